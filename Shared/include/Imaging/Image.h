@@ -1,0 +1,113 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "Export.h"
+#include "Imaging/ImageFormat.h"
+#include "Imaging/Pixel.h"
+
+namespace Imaging {
+
+struct FormatDescription;
+
+/// An image that owns its pixel bytes and knows how they lie.
+///
+/// Samples are single bytes up to a depth of 8 bits and 16-bit words, in the byte order of the image, up to 16. Rows follow each
+/// other with nothing between them; the planes of a planar image too. Size, format and depth never change.
+/// Concurrent reads of one image are safe; writes must not run beside any other use of it. A moved-from image has no pixels.
+class QUILL_API Image {
+public:
+    virtual ~Image();
+
+    virtual unsigned getWidth() const;
+    virtual unsigned getHeight() const;
+    /// Significant bits per sample: 8, 10, 12 or 16.
+    virtual unsigned getBitDepth() const;
+    /// Bytes that one sample takes: the bit depth in whole bytes.
+    virtual unsigned getBytesPerChannel() const;
+    virtual unsigned getNumberOfChannels() const;
+    virtual unsigned getNumberOfPlanes() const;
+    virtual bool isLittleEndian() const;
+    /// Bytes of the whole image. Dimensions whose product does not fit give the largest number.
+    virtual unsigned long long getImageSize() const;
+    virtual IMAGE_FORMAT getFormat() const;
+    /// Bytes that all samples of one pixel take.
+    virtual unsigned getBytesPerPixel() const = 0;
+    /// Bytes from one row to the next within a plane.
+    virtual unsigned getStride() const = 0;
+    /// Bytes from one plane to the next.
+    virtual unsigned getPlaneStride() const = 0;
+    /// The channel values of a pixel. Samples wider than two bytes read as 0.
+    /// @throws std::invalid_argument "Pixel location is out of image bounds."
+    /// @throws std::runtime_error "Invalid image format."  the format is not one of this class
+    virtual Pixel getPixel(unsigned row, unsigned column) const = 0;
+    /// Stores the channels that the layout holds, each truncated to an integer and kept to the low bits of a sample, not clamped.
+    /// Throws like getPixel().
+    virtual void setPixel(unsigned row, unsigned column, Pixel pixel) = 0;
+
+    /// A copy of the bytes.
+    std::vector<unsigned char> getData() const;
+    /// The first byte of getImageSize(); valid while the image lives.
+    unsigned char *getDataAddress();
+    const unsigned char *getDataAddress() const;
+
+    /// The image as bytes, scaled so that its brightest sample becomes 255. An image of depth 8 gives its own bytes, any other one
+    /// byte per pixel for grey and three for colour in the order blue, green, red (for a mosaic: the pixel channels 2, 1, 0).
+    std::vector<unsigned char> get8bitImageData() const;
+    /// The samples in machine byte order, unscaled, one or three per pixel as above; empty for an image of depth 8.
+    std::vector<unsigned short> get16bitImageData() const;
+
+protected:
+    /// Takes the data over. Concrete constructors call validateDataSize() next.
+    /// @throws std::invalid_argument "Image width cannot be 0.", "Image height cannot be 0."
+    Image(unsigned width, unsigned height, std::vector<unsigned char> data, unsigned bitDepth, bool littleEndian,
+          IMAGE_FORMAT format, unsigned channels, unsigned planes);
+    Image(const Image &other) = default;
+    Image &operator=(const Image &other) = default;
+    Image(Image &&other) noexcept;
+    Image &operator=(Image &&other) noexcept;
+
+    /// Cuts the data to the image's size, or fills it up with zeros.
+    void validateDataSize();
+    void validatePixelIndices(unsigned &row, unsigned &column) const;
+    bool byteSwapRequired() const;
+    static unsigned short swapBytes(unsigned short value);
+    static bool isMachineLittleEndian();
+
+    /// Byte offset of a pixel in an image, or a plane, whose pixels follow each other.
+    std::size_t getPixelOffset(unsigned row, unsigned column, unsigned bytesPerPixel) const;
+    /// One sample at a byte offset; 0 where samples have more than two bytes.
+    double readSample(std::size_t offset) const;
+    void writeSample(std::size_t offset, double value);
+    /// The samples of a colour pixel, @p step bytes apart, in the channels that the format gives them.
+    Pixel readColorPixel(const FormatDescription &description, std::size_t offset, std::size_t step) const;
+    void writeColorPixel(const FormatDescription &description, std::size_t offset, std::size_t step,
+                         const Pixel &pixel);
+
+private:
+    unsigned m_Width;
+    unsigned m_Height;
+    std::vector<unsigned char> m_Data;
+    IMAGE_FORMAT m_Format;
+    unsigned m_BitDepth;
+    unsigned m_NumberOfChannels;
+    unsigned m_NumberOfPlanes;
+    bool m_LittleEndian;
+};
+
+/// Makes an image of the class that fits the format. The data is cut, or filled up with zeros, to the image's size.
+/// @param data pixel bytes, rows one after another; moved in
+/// @param bitDepth significant bits per sample
+/// @param littleEndian byte order of two-byte samples
+/// @throws std::invalid_argument width or height is 0
+/// @throws std::runtime_error "Invalid image format."
+QUILL_API std::unique_ptr<Image> createImage(unsigned width, unsigned height, std::vector<unsigned char> data,
+                                             unsigned bitDepth, bool littleEndian, IMAGE_FORMAT format);
+
+/// An independent copy.
+/// @throws std::invalid_argument "Image cannot be null."
+QUILL_API std::unique_ptr<Image> cloneImage(const std::unique_ptr<Image> &image);
+
+} // namespace Imaging

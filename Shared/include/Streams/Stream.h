@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "Export.h"
+#include "Streams/StreamStatistics.h"
+
+namespace CameraInterface {
+
+/// What a stream delivers: frames one after another, or single captures.
+enum class StreamMode { Video = 0, Still = 1 };
+
+/// The size of the frames that a stream delivers.
+struct FrameGeometry {
+    std::uint32_t height = 0;       ///< rows
+    std::uint32_t width = 0;        ///< pixels per row
+    std::uint32_t bitsPerPixel = 0; ///< all samples of a pixel together
+};
+
+/// The image stream of a camera, owned by it.
+class QUILL_API Stream {
+public:
+    Stream() = default;
+    Stream(const Stream &) = delete;
+    Stream &operator=(const Stream &) = delete;
+    virtual ~Stream();
+
+    virtual bool isStreaming() = 0;
+    /// Starts delivery in the chosen mode; does nothing while it runs.
+    virtual void startStream() = 0;
+    /// Stops delivery; does nothing while it does not run.
+    virtual void stopStream() = 0;
+    virtual StreamMode getStreamType() = 0;
+    /// Chooses the mode of the next start.
+    virtual void setStreamType(StreamMode mode) = 0;
+    /// Waits for the next frame and hands over its bytes; the stream keeps no copy. One caller at a time.
+    virtual std::vector<unsigned char> getImageData() = 0;
+    /// The geometry of the frames that getImageData() returns.
+    virtual FrameGeometry getImageFormat() = 0;
+    /// The statistics, which the stream owns.
+    virtual StreamStatistics &getStreamStatistics() = 0;
+};
+
+} // namespace CameraInterface

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "Export.h"
+#include "Utilities/FrameCounter.h"
+
+namespace CameraInterface {
+
+/// Selects one of the frame counters of a stream.
+enum class STREAM_TYPE : std::uint8_t {
+    Reserved = 0,  ///< counted by nothing in the library
+    Delivered = 1, ///< frames that the stream handed out
+    Received = 2   ///< frames that the camera delivered to the stream
+};
+
+/// Frame rates and the last capture and transfer times of a stream. Thread-safe.
+///
+/// A copy shares its frame counters with its source; the two times are copied by value.
+class QUILL_API StreamStatistics {
+public:
+    StreamStatistics();
+    StreamStatistics(const StreamStatistics &other);
+    StreamStatistics(StreamStatistics &&other) noexcept;
+    StreamStatistics &operator=(const StreamStatistics &other);
+    StreamStatistics &operator=(StreamStatistics &&other) noexcept;
+    ~StreamStatistics();
+
+    /// Counts one frame.
+    void incrementFrameCount(STREAM_TYPE type);
+    /// The rate of a counter, in frames per second.
+    double getFramesPerSecond(STREAM_TYPE type);
+    /// The averaging interval of a counter, in seconds; 1 at first.
+    double getDesiredIntervalTime(STREAM_TYPE type);
+    void setDesiredIntervalTime(STREAM_TYPE type, double seconds);
+
+    /// How long the last capture took, in seconds.
+    double getCaptureTime();
+    void setCaptureTime(double seconds);
+    /// How long handing over the last image took, in seconds.
+    double getImageDataTransferTime();
+    void setImageDataTransferTime(double seconds);
+
+private:
+    Utilities::FrameCounter &counter(STREAM_TYPE type);
+
+    std::vector<std::shared_ptr<Utilities::FrameCounter>> m_FrameCounters; // by STREAM_TYPE
+    std::atomic<double> m_CaptureTime{0};
+    std::atomic<double> m_ImageDataTransferTime{0};
+};
+
+} // namespace CameraInterface

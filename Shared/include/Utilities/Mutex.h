@@ -1,0 +1,46 @@
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+
+// Clang checks at compile time that guarded members are touched under their lock; other compilers see nothing.
+#if defined(__clang__)
+#    define QUILL_THREAD_ANNOTATION(attribute) __attribute__((attribute))
+#else
+#    define QUILL_THREAD_ANNOTATION(attribute)
+#endif
+#define QUILL_GUARDED_BY(mutex) QUILL_THREAD_ANNOTATION(guarded_by(mutex))
+#define QUILL_REQUIRES(mutex) QUILL_THREAD_ANNOTATION(requires_capability(mutex))
+#define QUILL_EXCLUDES(mutex) QUILL_THREAD_ANNOTATION(locks_excluded(mutex))
+#define QUILL_ACQUIRE(mutex) QUILL_THREAD_ANNOTATION(acquire_capability(mutex))
+#define QUILL_RELEASE() QUILL_THREAD_ANNOTATION(release_capability())
+
+namespace Utilities {
+
+/// A plain, non-recursive mutex that the compiler can reason about.
+class QUILL_THREAD_ANNOTATION(capability("mutex")) Mutex {
+private:
+    friend class MutexLock;
+    std::mutex m_Mutex;
+};
+
+/// Holds a mutex for its own lifetime.
+class QUILL_THREAD_ANNOTATION(scoped_lockable) MutexLock {
+public:
+    explicit MutexLock(Mutex &mutex) QUILL_ACQUIRE(mutex) : m_Lock(mutex.m_Mutex) {}
+    MutexLock(const MutexLock &) = delete;
+    MutexLock &operator=(const MutexLock &) = delete;
+    ~MutexLock() QUILL_RELEASE() {}
+
+    /// Releases the mutex until @p condition is notified with @p predicate true, or @p duration has passed.
+    /// @return what the predicate answers at the end
+    template <typename Duration, typename Predicate>
+    bool waitFor(std::condition_variable &condition, const Duration &duration, Predicate predicate) {
+        return condition.wait_for(m_Lock, duration, predicate);
+    }
+
+private:
+    std::unique_lock<std::mutex> m_Lock;
+};
+
+} // namespace Utilities

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Export.h"
+
+namespace Utilities {
+
+/// Measures intervals on the steady clock and adds them up; all times are in seconds. One thread uses a watch.
+class QUILL_API Stopwatch {
+public:
+    /// Opens an interval. On a running watch it closes the open one first, as a lap.
+    void start();
+    /// Closes the interval. Called again, it adds the time since the last start once more.
+    void stop();
+    /// Back to the state of a new watch.
+    void reset();
+    /// The open interval so far, or the last closed one.
+    double delta();
+    /// While running, the time since the first start, pauses included; otherwise the sum of the closed intervals.
+    double elapsed();
+
+private:
+    void closeInterval(double now);
+
+    double m_Elapsed = 0;
+    double m_Delta = 0;
+    bool m_Running = false;
+    double m_OriginTime = 0;
+    double m_LastTime = 0;
+    bool m_FirstStart = true;
+};
+
+} // namespace Utilities

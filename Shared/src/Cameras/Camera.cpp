@@ -1,0 +1,154 @@
+#include "Cameras/Camera.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Exceptions/Raise.h"
+
+namespace CameraInterface {
+
+using namespace KestrelExceptions;
+
+namespace {
+
+template <typename Table>
+std::vector<std::string> namesOf(const Table &table) {
+    std::vector<std::string> names;
+    names.reserve(table.size());
+    for (const auto &entry : table) {
+        names.push_back(entry.second->getName());
+    }
+    return names;
+}
+
+} // namespace
+
+Camera::Camera() = default;
+
+Camera::~Camera() {
+    registerPropertyChangeCallback({});
+}
+
+bool Camera::isStreaming() {
+    return m_Stream && m_Stream->isStreaming();
+}
+
+void Camera::startStream() {
+    requireStream().startStream();
+}
+
+void Camera::stopStream() {
+    requireStream().stopStream();
+}
+
+StreamStatistics &Camera::getStreamStatistics() {
+    return requireStream().getStreamStatistics();
+}
+
+Stream &Camera::requireStream() {
+    if (!m_Stream) {
+        raise<KestrelException>(QUILL_HERE, Errors::kStreamUnsupported);
+    }
+    return *m_Stream;
+}
+
+void Camera::stopForGood() noexcept {
+    try {
+        if (m_Stream) {
+            m_Stream->stopStream();
+        }
+    } catch (...) {
+        // A device that is gone may refuse to stop.
+    }
+}
+
+std::unique_ptr<Imaging::Image> Camera::convertImage(const std::unique_ptr<Imaging::Image> &image,
+                                                     Imaging::IMAGE_FORMAT format) {
+    return Imaging::convertImage(image, format);
+}
+
+CameraState Camera::getState() {
+    return m_State;
+}
+
+bool Camera::isConnected() const {
+    return m_State == CameraState::Connected;
+}
+
+Property &Camera::getProperty(const std::string &name) {
+    const auto entry = m_Properties.find(name);
+    if (entry == m_Properties.end()) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, name);
+    }
+    return *entry->second;
+}
+
+bool Camera::isPropertySupported(const std::string &name) {
+    return m_Properties.count(name) != 0;
+}
+
+std::vector<std::string> Camera::getSupportedProperties() {
+    return namesOf(m_Properties);
+}
+
+Function &Camera::getFunction(std::string name) {
+    const auto entry = m_Functions.find(name);
+    if (entry == m_Functions.end()) {
+        raise<KestrelException_Function>(QUILL_HERE, Errors::kFunctionUnsupported, name);
+    }
+    return *entry->second;
+}
+
+std::vector<std::string> Camera::getSupportedFunctions() {
+    return namesOf(m_Functions);
+}
+
+std::vector<std::string> Camera::perform(const std::string &name, std::vector<std::string> &parameters) {
+    return getFunction(name).perform(parameters);
+}
+
+void Camera::registerPropertyChangeCallback(std::function<void(Property &)> callback) {
+    m_PropertyChangeCallback = std::move(callback);
+    updatePropertyChangeCallback();
+}
+
+void Camera::updatePropertyChangeCallback() {
+    for (const auto &entry : m_Properties) {
+        entry.second->registerOnChangeCallback(m_PropertyChangeCallback);
+    }
+}
+
+std::string Camera::getStateString(CameraState state) {
+    switch (state) {
+    case CameraState::Connected:
+        return "connected";
+    case CameraState::Disconnected:
+        return "disconnected";
+    case CameraState::Suspended:
+        return "suspended";
+    }
+    return "";
+}
+
+bool Camera::validateState(CameraState target) const {
+    switch (target) {
+    case CameraState::Connected:
+        return m_State == CameraState::Disconnected || m_State == CameraState::Suspended;
+    case CameraState::Disconnected:
+    case CameraState::Suspended:
+        return m_State == CameraState::Connected;
+    }
+    return false;
+}
+
+void Camera::requireTransition(CameraState target, const SourceLocation &here) {
+    if (target == CameraState::Connected && m_Retired) {
+        raise<KestrelException_Camera>(here, Errors::kCameraConnection, getSerialNumber());
+    }
+    if (!validateState(target)) {
+        raise<KestrelException_CameraState>(here, Errors::kCameraState, getStateString(m_State),
+                                            getStateString(target));
+    }
+}
+
+} // namespace CameraInterface

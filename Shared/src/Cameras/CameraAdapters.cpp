@@ -1,0 +1,15 @@
+#include "Cameras/CameraAdapters.h"
+
+#include "Cameras/SimulatedCamera/CameraListFile.h"
+#include "Cameras/SimulatedCamera/SimulatedCamera.h"
+
+namespace CameraInterface {
+
+std::vector<CameraAdapter> getCameraAdapters() {
+    return {
+        {"simulated cameras (" + SimulatedAdapter::getCameraListPath() + ")",
+         SimulatedAdapter::SimulatedCamera::getListOfCameras},
+    };
+}
+
+} // namespace CameraInterface

@@ -1,0 +1,196 @@
+#include <algorithm>
+#include <exception>
+#include <unordered_set>
+#include <utility>
+
+#include "Cameras/Camera.h"
+
+#include "Cameras/CameraAdapters.h"
+#include "Cameras/CameraWorkspace.h"
+#include "Exceptions/Raise.h"
+
+namespace CameraInterface {
+
+using namespace KestrelExceptions;
+
+namespace {
+
+CameraWorkspace &workspace() {
+    return CameraWorkspace::instance();
+}
+
+CameraList &list() {
+    return workspace().cameras();
+}
+
+/// The serial numbers of an enumeration.
+class SerialNumbers {
+public:
+    explicit SerialNumbers(const std::vector<std::unique_ptr<Camera>> &cameras) {
+        m_SerialNumbers.reserve(cameras.size());
+        for (const auto &camera : cameras) {
+            try {
+                m_SerialNumbers.insert(camera->getSerialNumber());
+            } catch (const std::exception &) {
+                m_Complete = false;
+            }
+        }
+    }
+
+    /// Whether a camera is certainly not there: one whose serial number cannot be read might be any.
+    bool lacks(const std::string &serialNumber) const { return m_Complete && m_SerialNumbers.count(serialNumber) == 0; }
+
+private:
+    std::unordered_set<std::string> m_SerialNumbers;
+    bool m_Complete = true;
+};
+
+bool hasVanished(Camera &camera, const std::string &serialNumber, const SerialNumbers &present) {
+    switch (camera.getState()) {
+    case CameraState::Connected:
+        return !camera.isCameraAlive();
+    case CameraState::Disconnected:
+        return present.lacks(serialNumber);
+    case CameraState::Suspended:
+        return false;
+    }
+    return false;
+}
+
+} // namespace
+
+void Camera::initialiseWorkspace() {
+    CameraWorkspace::refuseOnWatchdogThread();
+    addNewCamerasToList(getListOfCameras());
+    workspace().startWatchdogs(callbackWatchdogNewConnect, callbackWatchdogDisconnect);
+}
+
+void Camera::unitialisedWorkpace() {
+    CameraWorkspace::refuseOnWatchdogThread();
+    removeWatchdogs();
+    removeAllCamerasFromList();
+}
+
+std::map<std::string, std::string> Camera::getCamerasList() {
+    std::map<std::string, std::string> modelNames;
+    for (const CameraList::CameraPointer &camera : list().inOrderAdded()) {
+        try {
+            std::string modelName = camera->getModelName();
+            modelNames.emplace(camera->getSerialNumber(), std::move(modelName));
+        } catch (const std::exception &) {
+            // A camera that cannot say what it is, is left out.
+        }
+    }
+    return modelNames;
+}
+
+Camera &Camera::getCamera(const std::string &serialNumber) {
+    const CameraList::CameraPointer camera = list().find(serialNumber);
+    if (!camera) {
+        raise<KestrelException_Camera>(QUILL_HERE, Errors::kCameraNotFound, serialNumber);
+    }
+    return *camera; // the list, or its retired cameras, go on holding it
+}
+
+unsigned int Camera::searchForNewCameras() {
+    return list().add(getListOfCameras());
+}
+
+void Camera::registerNewConnectCallback(std::function<void()> callback) {
+    CameraWorkspace::refuseOnWatchdogThread();
+    workspace().setNewConnectCallback(std::move(callback));
+}
+
+void Camera::registerDisconnectCallback(std::function<void(const std::string &, const std::string &)> callback) {
+    CameraWorkspace::refuseOnWatchdogThread();
+    workspace().setDisconnectCallback(std::move(callback));
+}
+
+std::map<std::string, std::string> Camera::getEnumerationFailures() {
+    return workspace().enumerationFailures();
+}
+
+bool Camera::isCameraInList(const std::string &serialNumber, const std::vector<std::unique_ptr<Camera>> &cameras) {
+    return std::any_of(cameras.begin(), cameras.end(),
+                       [&](const auto &camera) { return camera->getSerialNumber() == serialNumber; });
+}
+
+void Camera::runNewConnectCallback() {
+    if (const auto callback = workspace().newConnectCallback()) {
+        callback();
+    }
+}
+
+void Camera::runDisconnectCallback(const std::string &modelName, const std::string &serialNumber) {
+    if (const auto callback = workspace().disconnectCallback()) {
+        callback(modelName, serialNumber);
+    }
+}
+
+std::vector<std::unique_ptr<Camera>> Camera::getListOfCameras() {
+    std::vector<std::unique_ptr<Camera>> cameras;
+    std::map<std::string, std::string> failures;
+    for (const CameraAdapter &adapter : getCameraAdapters()) {
+        try {
+            std::vector<std::unique_ptr<Camera>> found = adapter.m_GetListOfCameras();
+            std::move(found.begin(), found.end(), std::back_inserter(cameras));
+        } catch (const std::exception &failure) {
+            failures.emplace(adapter.m_Name, failure.what());
+        } catch (...) {
+            failures.emplace(adapter.m_Name, "unknown failure");
+        }
+    }
+    workspace().setEnumerationFailures(std::move(failures));
+    return cameras;
+}
+
+void Camera::addNewCamerasToList(std::vector<std::unique_ptr<Camera>> cameras) {
+    list().add(std::move(cameras));
+}
+
+void Camera::removeCameraFromList(const std::string &serialNumber) {
+    list().retire(serialNumber);
+}
+
+void Camera::removeAllCamerasFromList() {
+    list().clear();
+}
+
+int Camera::removeInactiveCamerasFromList() {
+    const auto listed = list().inOrderOfSerialNumber();
+    const std::vector<std::unique_ptr<Camera>> found = getListOfCameras();
+    const SerialNumbers present(found);
+    int dropped = 0;
+    for (const auto &[serialNumber, camera] : listed) {
+        try {
+            const std::string modelName = camera->getModelName();
+            if (hasVanished(*camera, serialNumber, present) && list().retire(serialNumber)) {
+                ++dropped;
+                runDisconnectCallback(modelName, serialNumber);
+            }
+        } catch (...) {
+            // One camera, or one call of the application's, must not keep the others from being examined.
+        }
+    }
+    return dropped;
+}
+
+void Camera::removeWatchdogs() {
+    workspace().stopWatchdogs();
+}
+
+bool Camera::callbackWatchdogNewConnect() {
+    const CameraWorkspace::WatchdogThread mark;
+    if (searchForNewCameras() > 0) {
+        runNewConnectCallback();
+    }
+    return true;
+}
+
+bool Camera::callbackWatchdogDisconnect() {
+    const CameraWorkspace::WatchdogThread mark;
+    removeInactiveCamerasFromList();
+    return true;
+}
+
+} // namespace CameraInterface

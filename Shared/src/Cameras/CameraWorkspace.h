@@ -1,0 +1,64 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "Cameras/CameraList.h"
+#include "Utilities/Mutex.h"
+#include "Utilities/Watchdog.h"
+
+namespace CameraInterface {
+
+/// The process-wide state behind the static operations of Camera. Thread-safe.
+class CameraWorkspace {
+public:
+    using NewConnectCallback = std::function<void()>;
+    using DisconnectCallback = std::function<void(const std::string &, const std::string &)>;
+
+    /// Made on first use and never destroyed; what runs is ended at process exit.
+    static CameraWorkspace &instance();
+
+    CameraList &cameras() { return m_Cameras; }
+
+    /// Starts the watchdogs that do not run yet.
+    void startWatchdogs(const std::function<bool()> &searchForNew, const std::function<bool()> &dropVanished);
+    /// Stops and destroys both watchdogs and clears both callbacks.
+    void stopWatchdogs();
+
+    void setNewConnectCallback(NewConnectCallback callback);
+    void setDisconnectCallback(DisconnectCallback callback);
+    NewConnectCallback newConnectCallback() const;
+    DisconnectCallback disconnectCallback() const;
+
+    void setEnumerationFailures(std::map<std::string, std::string> failures);
+    std::map<std::string, std::string> enumerationFailures() const;
+
+    /// @throws KestrelException "WouldWaitForItself"  on a watchdog's thread, for which the caller is about to wait
+    static void refuseOnWatchdogThread();
+
+    /// Marks the thread of a watchdog while it runs list maintenance and callbacks.
+    class WatchdogThread {
+    public:
+        WatchdogThread();
+        WatchdogThread(const WatchdogThread &) = delete;
+        WatchdogThread &operator=(const WatchdogThread &) = delete;
+        ~WatchdogThread();
+    };
+
+private:
+    CameraList m_Cameras;
+
+    Utilities::Mutex
+        m_ControlMutex; // guards the watchdogs; held while they are joined, so never taken on their threads
+    std::unique_ptr<Utilities::Watchdog> m_NewConnectWatchdog QUILL_GUARDED_BY(m_ControlMutex);
+    std::unique_ptr<Utilities::Watchdog> m_DisconnectWatchdog QUILL_GUARDED_BY(m_ControlMutex);
+
+    mutable Utilities::Mutex m_CallbackMutex; // guards what follows; never held while a callback runs
+    NewConnectCallback m_NewConnectCallback QUILL_GUARDED_BY(m_CallbackMutex);
+    DisconnectCallback m_DisconnectCallback QUILL_GUARDED_BY(m_CallbackMutex);
+    std::map<std::string, std::string> m_EnumerationFailures QUILL_GUARDED_BY(m_CallbackMutex);
+};
+
+} // namespace CameraInterface

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <type_traits>
+
+#include "Exceptions/KestrelExceptions.h"
+#include "Exceptions/SourceLocation.h"
+
+namespace KestrelExceptions {
+
+/// One kind of failure: the word that who() answers and the sentence that describes it.
+struct ErrorKind {
+    const char *name;
+    const char *description;
+};
+
+/// Every kind of failure that the library reports. The exception class says what the subject is.
+namespace Errors {
+inline constexpr ErrorKind kCameraNotFound{"CameraNotFound", "Camera was not found in the list of available cameras."};
+inline constexpr ErrorKind kCameraConnection{"CameraConnection", "Failed to connect to camera."};
+inline constexpr ErrorKind kCameraState{"CameraState", "State transition not allowed."};
+inline constexpr ErrorKind kPropertyUnsupported{"PropertyUnsupported", "Property is not supported."};
+inline constexpr ErrorKind kFunctionUnsupported{"FunctionUnsupported", "Function not supported."};
+inline constexpr ErrorKind kFunctionExecution{"FunctionExecution", "Failed to execute function."};
+inline constexpr ErrorKind kArgumentEmpty{"ArgumentEmpty", "Provided argument is empty."};
+inline constexpr ErrorKind kStreamUnsupported{"StreamUnsupported", "The camera has no stream."};
+inline constexpr ErrorKind kWouldWaitForItself{
+    "WouldWaitForItself", "This operation waits for the callback that called it. Call it from another thread."};
+} // namespace Errors
+
+/// Throws the one exception of @p kind about @p subjects, thrown at @p here.
+template <typename Exception, typename... Subjects>
+[[noreturn]] void raise(const SourceLocation &here, const ErrorKind &kind, const Subjects &...subjects) {
+    if constexpr (std::is_same_v<Exception, KestrelException>) {
+        throw KestrelException::create(kind.name, here.file, here.line, kind.description);
+    } else {
+        throw Exception(kind.name, here.file, here.line, kind.description, subjects...);
+    }
+}
+
+} // namespace KestrelExceptions

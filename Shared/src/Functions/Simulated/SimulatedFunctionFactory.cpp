@@ -1,0 +1,49 @@
+#include "Functions/Simulated/SimulatedFunctionFactory.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "Functions/Simulated/SimulatedEraseFlash.h"
+#include "Functions/Simulated/SimulatedReadFlash.h"
+#include "Functions/Simulated/SimulatedReadFlashStatus.h"
+#include "Functions/Simulated/SimulatedReboot.h"
+#include "Functions/Simulated/SimulatedUpdateFlash.h"
+#include "Functions/Simulated/SimulatedWriteFlash.h"
+#include "Functions/Simulated/SimulatedWriteFlashStatus.h"
+
+namespace CameraInterface::SimulatedAdapter {
+
+namespace {
+
+template <typename Class>
+std::unique_ptr<Function> make(SimulatedCamera *camera, const SimulatedFunctionDescription &description) {
+    return std::make_unique<Class>(camera, description.m_Name, description.m_Parameters, description.m_ReturnFormat);
+}
+
+/// Function name and what makes it.
+struct FunctionFactory {
+    std::string_view name;
+    std::unique_ptr<Function> (*make)(SimulatedCamera *, const SimulatedFunctionDescription &);
+};
+
+constexpr std::array<FunctionFactory, 7> kFactories{{
+    {"Read Flash", make<SimulatedReadFlash>},
+    {"Write Flash", make<SimulatedWriteFlash>},
+    {"Erase Flash", make<SimulatedEraseFlash>},
+    {"Update Flash", make<SimulatedUpdateFlash>},
+    {"Read Flash Status", make<SimulatedReadFlashStatus>},
+    {"Write Flash Status", make<SimulatedWriteFlashStatus>},
+    {"Reboot", make<SimulatedReboot>},
+}};
+
+} // namespace
+
+std::unique_ptr<Function> makeSimulatedFunction(SimulatedCamera *camera,
+                                                const SimulatedFunctionDescription &description) {
+    const auto *row = std::find_if(kFactories.begin(), kFactories.end(),
+                                   [&](const FunctionFactory &factory) { return factory.name == description.m_Name; });
+    return row == kFactories.end() ? make<SimulatedFunction>(camera, description) : row->make(camera, description);
+}
+
+} // namespace CameraInterface::SimulatedAdapter

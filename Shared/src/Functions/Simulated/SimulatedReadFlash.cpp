@@ -1,0 +1,21 @@
+#include "Functions/Simulated/SimulatedReadFlash.h"
+
+#include "Cameras/SimulatedCamera/SimulatedCamera.h"
+#include "Exceptions/Raise.h"
+#include "Utilities/TextConversion.h"
+
+namespace CameraInterface::SimulatedAdapter {
+
+using namespace KestrelExceptions;
+
+std::vector<std::string> SimulatedReadFlash::perform(std::vector<std::string> &parameters) {
+    requireParameters(parameters, 2, QUILL_HERE);
+    const std::uint32_t address = parseAddress(parameters[0]);
+    const int length = Utilities::parseInteger(parameters[1]);
+    if (!isValidRange(address, length)) {
+        raise<KestrelException_Function>(QUILL_HERE, Errors::kFunctionExecution, getName());
+    }
+    return {camera().getFlashMemory().read(address, static_cast<std::uint32_t>(length))};
+}
+
+} // namespace CameraInterface::SimulatedAdapter

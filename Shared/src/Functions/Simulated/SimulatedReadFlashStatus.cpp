@@ -1,0 +1,13 @@
+#include "Functions/Simulated/SimulatedReadFlashStatus.h"
+
+#include "Cameras/SimulatedCamera/SimulatedCamera.h"
+#include "Exceptions/Raise.h"
+
+namespace CameraInterface::SimulatedAdapter {
+
+std::vector<std::string> SimulatedReadFlashStatus::perform(std::vector<std::string> &parameters) {
+    requireParameters(parameters, 1, QUILL_HERE);
+    return {camera().getFlashStatus().read(parseAddress(parameters[0]), 1)};
+}
+
+} // namespace CameraInterface::SimulatedAdapter

@@ -1,0 +1,14 @@
+#include "Functions/Simulated/SimulatedUpdateFlash.h"
+
+#include "Cameras/SimulatedCamera/SimulatedCamera.h"
+#include "Exceptions/Raise.h"
+
+namespace CameraInterface::SimulatedAdapter {
+
+std::vector<std::string> SimulatedUpdateFlash::perform(std::vector<std::string> &parameters) {
+    requireParameters(parameters, 2, QUILL_HERE);
+    camera().getFlashMemory().write(parseAddress(parameters[0]), parameters[1]);
+    return {};
+}
+
+} // namespace CameraInterface::SimulatedAdapter

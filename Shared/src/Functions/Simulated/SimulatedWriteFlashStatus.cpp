@@ -1,0 +1,14 @@
+#include "Functions/Simulated/SimulatedWriteFlashStatus.h"
+
+#include "Cameras/SimulatedCamera/SimulatedCamera.h"
+#include "Exceptions/Raise.h"
+
+namespace CameraInterface::SimulatedAdapter {
+
+std::vector<std::string> SimulatedWriteFlashStatus::perform(std::vector<std::string> &parameters) {
+    requireParameters(parameters, 2, QUILL_HERE);
+    camera().getFlashStatus().write(parseAddress(parameters[0]), parameters[1]);
+    return {};
+}
+
+} // namespace CameraInterface::SimulatedAdapter

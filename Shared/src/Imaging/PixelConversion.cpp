@@ -1,0 +1,277 @@
+#include "Imaging/PixelConversion.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+#include <optional>
+
+#include <opencv2/imgproc.hpp>
+
+#include "Imaging/BufferPool.h"
+
+namespace Imaging {
+
+namespace {
+
+constexpr unsigned kAlphaChannel = 3;
+
+/// OpenCV gives black for a mosaic with a shorter side, in the alpha channel as well where it adds one itself.
+constexpr int kSmallestDemosaiced = 3;
+
+/// Rows that are worked on together, so that what one step writes is still in the cache for the next.
+constexpr std::size_t kBandBytes = 64 * 1024;
+
+/// The position of a channel among the samples of a pixel; nothing where the format lacks it.
+std::optional<unsigned> sampleOfChannel(const FormatDescription &description, unsigned channel) {
+    for (unsigned k = 0; k < description.channels; ++k) {
+        if (description.channelOfSample[k] == channel) {
+            return k;
+        }
+    }
+    return std::nullopt;
+}
+
+bool sameOrder(const FormatDescription &a, const FormatDescription &b) {
+    return a.channelOfSample[0] == b.channelOfSample[0];
+}
+
+double largestSample(int depth) {
+    return depth == CV_8U ? std::numeric_limits<unsigned char>::max() : std::numeric_limits<unsigned short>::max();
+}
+
+template <typename Work>
+void forEachBand(const PixelView &source, const PixelView &target, std::size_t bytesPerRow, Work work) {
+    const auto rows = static_cast<int>(std::clamp<std::size_t>(kBandBytes / std::max<std::size_t>(bytesPerRow, 1), 1,
+                                                               static_cast<std::size_t>(source.height())));
+    for (int begin = 0; begin < source.height(); begin += rows) {
+        const int end = begin + std::min(rows, source.height() - begin);
+        work(source.rows(begin, end), target.rows(begin, end));
+    }
+}
+
+// --- One call of OpenCV ---
+
+/// Codes of one Bayer family. OpenCV names a pattern by the second and third site of its second row.
+struct BayerCodes {
+    int toGrey;
+    int toBgr;
+    int toRgb;
+    int toBgra;
+    int toRgba;
+};
+
+/// By format number, from BAYER_RGGB on.
+constexpr std::array<BayerCodes, 4> kBayerCodes{{
+    {cv::COLOR_BayerBG2GRAY, cv::COLOR_BayerBG2BGR, cv::COLOR_BayerBG2RGB, cv::COLOR_BayerBG2BGRA,
+     cv::COLOR_BayerBG2RGBA},
+    {cv::COLOR_BayerGB2GRAY, cv::COLOR_BayerGB2BGR, cv::COLOR_BayerGB2RGB, cv::COLOR_BayerGB2BGRA,
+     cv::COLOR_BayerGB2RGBA},
+    {cv::COLOR_BayerGR2GRAY, cv::COLOR_BayerGR2BGR, cv::COLOR_BayerGR2RGB, cv::COLOR_BayerGR2BGRA,
+     cv::COLOR_BayerGR2RGBA},
+    {cv::COLOR_BayerRG2GRAY, cv::COLOR_BayerRG2BGR, cv::COLOR_BayerRG2RGB, cv::COLOR_BayerRG2BGRA,
+     cv::COLOR_BayerRG2RGBA},
+}};
+
+const BayerCodes &bayerCodes(const FormatDescription &description) {
+    const auto row = &description - kFormats.data();
+    return kBayerCodes[static_cast<std::size_t>(row) - static_cast<std::size_t>(IMAGE_FORMAT::BAYER_RGGB)];
+}
+
+int greyCode(const FormatDescription &source) {
+    const bool rgb = source.channelOfSample[0] == 0;
+    if (source.channels == 4) {
+        return rgb ? cv::COLOR_RGBA2GRAY : cv::COLOR_BGRA2GRAY;
+    }
+    return rgb ? cv::COLOR_RGB2GRAY : cv::COLOR_BGR2GRAY;
+}
+
+/// The code between two interleaved orders: by channels of the source, channels of the target (3 or 4) and whether red and blue
+/// change places.
+int reorderCode(const FormatDescription &source, const FormatDescription &target) {
+    constexpr int kNone = -1;
+    constexpr int kCodes[2][2][2] = {
+        {{kNone, cv::COLOR_BGR2RGB}, {cv::COLOR_BGR2BGRA, cv::COLOR_BGR2RGBA}},
+        {{cv::COLOR_BGRA2BGR, cv::COLOR_RGBA2BGR}, {kNone, cv::COLOR_BGRA2RGBA}},
+    };
+    return kCodes[source.channels - 3][target.channels - 3][sameOrder(source, target) ? 0 : 1];
+}
+
+/// Lets OpenCV write straight into the target, whose size and type are the result's.
+void convertColor(const PixelView &source, const PixelView &target, int code) {
+    cv::Mat result = target.pixels();
+    cv::cvtColor(source.pixels(), result, code);
+    CV_Assert(result.data == target.data());
+}
+
+// --- Planes ---
+
+void fillAlphaPlane(const PixelView &target) {
+    if (const auto alpha = sampleOfChannel(target.description(), kAlphaChannel)) {
+        std::memset(target.data() + *alpha * target.planeBytes(), 0xFF, target.planeBytes());
+    }
+}
+
+/// Splits into the planes where they belong; a plane that the target lacks goes into @p unwanted, of one band.
+void splitBand(const PixelView &source, const PixelView &target, unsigned char *unwanted) {
+    std::array<cv::Mat, 4> planes;
+    for (unsigned k = 0; k < source.description().channels; ++k) {
+        const auto place = sampleOfChannel(target.description(), source.description().channelOfSample[k]);
+        planes[k] = place ? target.plane(*place)
+                          : cv::Mat(source.height(), source.width(), CV_MAKETYPE(source.depth(), 1), unwanted);
+    }
+    cv::split(source.pixels(), planes.data());
+}
+
+/// Merges the planes in the order of the target; a plane that the source lacks is @p alpha, of one band.
+void mergeBand(const PixelView &source, const PixelView &target, const cv::Mat &alpha) {
+    const FormatDescription &order = target.description();
+    std::array<cv::Mat, 4> planes;
+    for (unsigned k = 0; k < order.channels; ++k) {
+        const auto place = sampleOfChannel(source.description(), order.channelOfSample[k]);
+        planes[k] = place ? source.plane(*place) : alpha.rowRange(0, source.height());
+    }
+    cv::Mat result = target.pixels();
+    cv::merge(planes.data(), order.channels, result);
+    CV_Assert(result.data == target.data());
+}
+
+// --- One function per pair of layouts ---
+
+void greyToInterleaved(const PixelView &source, const PixelView &target) {
+    convertColor(source, target, target.description().channels == 4 ? cv::COLOR_GRAY2BGRA : cv::COLOR_GRAY2BGR);
+}
+
+void greyToPlanar(const PixelView &source, const PixelView &target) {
+    for (unsigned channel = 0; channel < kAlphaChannel; ++channel) {
+        std::memcpy(target.data() + channel * target.planeBytes(), source.data(), target.planeBytes());
+    }
+    fillAlphaPlane(target);
+}
+
+void mosaicToGrey(const PixelView &source, const PixelView &target) {
+    convertColor(source, target, bayerCodes(source.description()).toGrey);
+}
+
+void interleavedToInterleaved(const PixelView &source, const PixelView &target) {
+    convertColor(source, target, reorderCode(source.description(), target.description()));
+}
+
+/// The three-channel format that a mosaic is demosaiced to on the way to @p target, in the order of the target.
+const FormatDescription &demosaicedFormat(const FormatDescription &target) {
+    const bool rgb = target.channelOfSample[0] == 0;
+    return describe(rgb ? IMAGE_FORMAT::RGB : IMAGE_FORMAT::BGR);
+}
+
+/// Demosaics into interleaved samples of scratch memory, then hands them to @p next.
+template <typename Next>
+void demosaicThen(const PixelView &source, const PixelView &target, Next next);
+
+void mosaicToInterleaved(const PixelView &source, const PixelView &target) {
+    const BayerCodes &codes = bayerCodes(source.description());
+    const bool rgb = target.description().channelOfSample[0] == 0;
+    if (target.description().channels == 3) {
+        convertColor(source, target, rgb ? codes.toRgb : codes.toBgr);
+    } else if (std::min(source.width(), source.height()) >= kSmallestDemosaiced) {
+        convertColor(source, target, rgb ? codes.toRgba : codes.toBgra);
+    } else {
+        demosaicThen(source, target, interleavedToInterleaved);
+    }
+}
+
+template <typename Next>
+void demosaicThen(const PixelView &source, const PixelView &target, Next next) {
+    const FormatDescription &format = demosaicedFormat(target.description());
+    const std::size_t planeBytes = source.rowBytes() * static_cast<std::size_t>(source.height());
+    ScratchBuffer scratch(planeBytes * format.channels);
+    const PixelView colors(scratch.data(), source.width(), source.height(), source.depth(), planeBytes, format);
+    mosaicToInterleaved(source, colors);
+    next(colors, target);
+}
+
+void interleavedToPlanar(const PixelView &source, const PixelView &target) {
+    const bool dropsPlane = source.description().channels > target.description().channels;
+    const std::size_t rowBytes = target.rowBytes();
+    ScratchBuffer unwanted(dropsPlane ? std::max(kBandBytes, rowBytes) : 0);
+    if (dropsPlane) {
+        forEachBand(source, target, rowBytes, [&](const PixelView &sourceRows, const PixelView &targetRows) {
+            splitBand(sourceRows, targetRows, unwanted.data());
+        });
+    } else {
+        splitBand(source, target, nullptr);
+        if (source.description().channels < target.description().channels) {
+            fillAlphaPlane(target);
+        }
+    }
+}
+
+void mosaicToPlanar(const PixelView &source, const PixelView &target) {
+    demosaicThen(source, target, interleavedToPlanar);
+}
+
+void interleavedToGrey(const PixelView &source, const PixelView &target) {
+    convertColor(source, target, greyCode(source.description()));
+}
+
+void planarToInterleaved(const PixelView &source, const PixelView &target) {
+    if (source.description().channels >= target.description().channels) {
+        mergeBand(source, target, cv::Mat());
+        return;
+    }
+    const std::size_t rowBytes = source.rowBytes();
+    const auto bandRows = static_cast<int>(std::max<std::size_t>(kBandBytes / rowBytes, 1));
+    const cv::Mat alpha(std::min(bandRows, source.height()), source.width(), CV_MAKETYPE(source.depth(), 1),
+                        cv::Scalar::all(largestSample(source.depth())));
+    forEachBand(source, target, rowBytes, [&](const PixelView &sourceRows, const PixelView &targetRows) {
+        mergeBand(sourceRows, targetRows, alpha);
+    });
+}
+
+void planarToGrey(const PixelView &source, const PixelView &target) {
+    const FormatDescription &format =
+        describe(source.description().channelOfSample[0] == 0 ? IMAGE_FORMAT::RGB : IMAGE_FORMAT::BGR);
+    const std::size_t rowBytes = source.rowBytes() * format.channels;
+    ScratchBuffer scratch(std::max(kBandBytes, rowBytes));
+    forEachBand(source, target, rowBytes, [&](const PixelView &sourceRows, const PixelView &targetRows) {
+        const PixelView colors(scratch.data(), sourceRows.width(), sourceRows.height(), sourceRows.depth(), rowBytes,
+                               format);
+        mergeBand(sourceRows, colors, cv::Mat());
+        interleavedToGrey(colors, targetRows);
+    });
+}
+
+void planarToPlanar(const PixelView &source, const PixelView &target) {
+    for (unsigned k = 0; k < target.description().channels; ++k) {
+        const auto place = sampleOfChannel(source.description(), target.description().channelOfSample[k]);
+        if (place) {
+            std::memcpy(target.data() + k * target.planeBytes(), source.data() + *place * source.planeBytes(),
+                        target.planeBytes());
+        } else {
+            fillAlphaPlane(target);
+        }
+    }
+}
+
+using Converter = void (*)(const PixelView &, const PixelView &);
+
+/// By the layout of the source and of the target: grey, mosaic, interleaved, planar.
+constexpr Converter kConverters[4][4] = {
+    {nullptr, nullptr, greyToInterleaved, greyToPlanar},
+    {mosaicToGrey, nullptr, mosaicToInterleaved, mosaicToPlanar},
+    {interleavedToGrey, nullptr, interleavedToInterleaved, interleavedToPlanar},
+    {planarToGrey, nullptr, planarToInterleaved, planarToPlanar},
+};
+
+} // namespace
+
+bool computesWithSamples(const FormatDescription &source, const FormatDescription &target) {
+    return source.layout == Layout::Mosaic || target.layout == Layout::Grey;
+}
+
+void convertPixels(const PixelView &source, const PixelView &target) {
+    const Converter converter = kConverters[static_cast<std::size_t>(source.description().layout)]
+                                           [static_cast<std::size_t>(target.description().layout)];
+    converter(source, target);
+}
+
+} // namespace Imaging

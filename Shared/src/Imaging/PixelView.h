@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstddef>
+
+#include <opencv2/core.hpp>
+
+#include "Imaging/FormatTable.h"
+
+namespace Imaging {
+
+/// Pixel bytes of a format, borrowed: what OpenCV is shown of an image, or of a few of its rows.
+class PixelView {
+public:
+    /// @param depth CV_8U or CV_16U
+    /// @param planeBytes bytes from one plane to the next
+    PixelView(unsigned char *data, int width, int height, int depth, std::size_t planeBytes,
+              const FormatDescription &description)
+        : m_Data(data), m_Width(width), m_Height(height), m_Depth(depth), m_PlaneBytes(planeBytes),
+          m_Description(&description) {}
+
+    int width() const { return m_Width; }
+    int height() const { return m_Height; }
+    int depth() const { return m_Depth; }
+    const FormatDescription &description() const { return *m_Description; }
+    std::size_t bytesPerSample() const { return m_Depth == CV_8U ? 1 : 2; }
+    std::size_t planeBytes() const { return m_PlaneBytes; }
+    unsigned char *data() const { return m_Data; }
+
+    /// Bytes that the rows of one plane take.
+    std::size_t rowBytes() const {
+        const unsigned samples = m_Description->layout == Layout::Planar ? 1 : m_Description->samplesPerPixel();
+        return static_cast<std::size_t>(m_Width) * samples * bytesPerSample();
+    }
+
+    /// All samples of each pixel side by side; for every layout but planar.
+    cv::Mat pixels() const {
+        return {m_Height, m_Width, CV_MAKETYPE(m_Depth, static_cast<int>(m_Description->samplesPerPixel())), m_Data};
+    }
+
+    /// The plane that holds sample @p k of each pixel.
+    cv::Mat plane(unsigned k) const { return {m_Height, m_Width, CV_MAKETYPE(m_Depth, 1), m_Data + k * m_PlaneBytes}; }
+
+    /// The rows from @p begin to before @p end.
+    PixelView rows(int begin, int end) const {
+        PixelView view = *this;
+        view.m_Data += static_cast<std::size_t>(begin) * rowBytes();
+        view.m_Height = end - begin;
+        return view;
+    }
+
+private:
+    unsigned char *m_Data;
+    int m_Width;
+    int m_Height;
+    int m_Depth;
+    std::size_t m_PlaneBytes;
+    const FormatDescription *m_Description;
+};
+
+} // namespace Imaging

@@ -1,0 +1,82 @@
+#include "Properties/MemoryProperty.h"
+
+#include "Utilities/TextConversion.h"
+
+namespace CameraInterface {
+
+template <typename T>
+MemoryProperty<T>::MemoryProperty(const std::string &name, const PROPERTY_TYPE &type, const T &minimum,
+                                  const T &maximum, const T &defaultValue, bool readOnly, bool discrete,
+                                  const std::map<std::string, T> &valueEnumeration)
+    : Property(name, type), m_Minimum(minimum), m_Maximum(maximum), m_Value(defaultValue), m_Default(defaultValue),
+      m_ReadOnly(readOnly), m_AvailableForWriting(!readOnly), m_Discrete(discrete),
+      m_ValueEnumeration(valueEnumeration) {}
+
+template <typename T>
+std::string MemoryProperty<T>::getText(const T &value) const {
+    return m_Discrete ? m_ValueEnumeration.toString(value) : Utilities::toText(value);
+}
+
+template <typename T>
+std::string MemoryProperty<T>::getMinimum() {
+    return getText(m_Minimum);
+}
+
+template <typename T>
+std::string MemoryProperty<T>::getMaximum() {
+    return getText(m_Maximum);
+}
+
+template <typename T>
+std::string MemoryProperty<T>::getValue() {
+    return getText(m_Value);
+}
+
+template <typename T>
+std::string MemoryProperty<T>::getDefault() {
+    return getText(m_Default);
+}
+
+template <typename T>
+bool MemoryProperty<T>::isReadOnly() {
+    return m_ReadOnly;
+}
+
+template <typename T>
+bool MemoryProperty<T>::isAvailableForWriting() {
+    return m_AvailableForWriting;
+}
+
+template <typename T>
+bool MemoryProperty<T>::isDiscrete() {
+    return m_Discrete;
+}
+
+template <typename T>
+std::vector<std::string> MemoryProperty<T>::getValueList() {
+    if (m_ValueList.empty()) {
+        m_ValueList = m_ValueEnumeration.getList();
+    }
+    return m_ValueList;
+}
+
+template <typename T>
+void MemoryProperty<T>::setValue(const std::string &value) {
+    if (value == getValue() || isReadOnly() || !isAvailableForWriting()) {
+        return;
+    }
+    if (m_Discrete) {
+        m_Value = m_ValueEnumeration.toValue(value);
+    } else {
+        Utilities::extractFirstWord(value, m_Value);
+    }
+    onChange(true);
+}
+
+template class MemoryProperty<unsigned long>;
+template class MemoryProperty<int>;
+template class MemoryProperty<double>;
+template class MemoryProperty<bool>;
+template class MemoryProperty<std::string>;
+
+} // namespace CameraInterface

@@ -1,0 +1,69 @@
+#include "Properties/Property.h"
+
+#include <utility>
+
+namespace CameraInterface {
+
+Property::Property(const std::string &name, const PROPERTY_TYPE &type) : m_Name(name), m_Type(type) {}
+
+Property::~Property() {
+    unregisterOnChangeCallback();
+}
+
+void Property::resetToDefault() {
+    setValue(getDefault());
+}
+
+void Property::update(bool notifyLinked) {
+    onChange(notifyLinked);
+}
+
+std::string Property::getName() const {
+    return m_Name;
+}
+
+PROPERTY_TYPE Property::getType() const {
+    return m_Type;
+}
+
+Property::operator std::string() {
+    return getValue();
+}
+
+void Property::operator=(const std::string &value) {
+    setValue(value);
+}
+
+void Property::addLinkedProperty(Property &other) {
+    m_LinkedProperties.emplace(other.getName(), &other);
+}
+
+void Property::removeLinkedProperty(Property &other) {
+    m_LinkedProperties.erase(other.getName());
+}
+
+void Property::registerOnChangeCallback(std::function<void(Property &)> callback) {
+    m_OnChangeCallback = std::move(callback);
+}
+
+void Property::unregisterOnChangeCallback() {
+    m_OnChangeCallback = nullptr;
+}
+
+void Property::onChange(bool notifyLinked) {
+    if (notifyLinked) {
+        for (const auto &partner : m_LinkedProperties) {
+            partner.second->update(false);
+        }
+    }
+    executeOnChangeCallback();
+}
+
+void Property::executeOnChangeCallback() {
+    // A copy, because the callback may replace itself while it runs.
+    if (const auto callback = m_OnChangeCallback) {
+        callback(*this);
+    }
+}
+
+} // namespace CameraInterface

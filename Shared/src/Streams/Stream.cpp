@@ -1,0 +1,7 @@
+#include "Streams/Stream.h"
+
+namespace CameraInterface {
+
+Stream::~Stream() = default;
+
+} // namespace CameraInterface

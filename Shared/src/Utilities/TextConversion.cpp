@@ -1,0 +1,211 @@
+#include "Utilities/TextConversion.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <stdexcept>
+#include <string_view>
+
+namespace Utilities {
+
+namespace {
+
+constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+constexpr std::string_view kDecimalDigits = "0123456789";
+
+std::string_view withoutLeadingSpace(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
+    return text;
+}
+
+/// An integer of any width: its sign and its magnitude, the latter capped above every 32-bit range.
+struct Integer {
+    bool negative;
+    std::uint64_t magnitude;
+
+    bool fits(std::uint64_t positiveLimit, std::uint64_t negativeLimit) const {
+        return magnitude <= (negative ? negativeLimit : positiveLimit);
+    }
+    std::int64_t value() const {
+        return negative ? -static_cast<std::int64_t>(magnitude) : static_cast<std::int64_t>(magnitude);
+    }
+};
+
+constexpr std::uint64_t kInt32Maximum = std::numeric_limits<std::int32_t>::max();
+constexpr std::uint64_t kInt32MinimumMagnitude = kInt32Maximum + 1;
+constexpr std::uint64_t kUint32Maximum = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint64_t kMagnitudeCap = std::uint64_t{1} << 62;
+
+/// Takes a sign off the front; whether it was a minus.
+bool takeSign(std::string_view &text) {
+    if (text.empty() || (text.front() != '+' && text.front() != '-')) {
+        return false;
+    }
+    const bool negative = text.front() == '-';
+    text.remove_prefix(1);
+    return negative;
+}
+
+std::optional<Integer> parseDigits(std::string_view text, bool negative, int base) {
+    std::uint64_t magnitude = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude, base);
+    if (error == std::errc::invalid_argument) {
+        return std::nullopt;
+    }
+    const bool overflow = error == std::errc::result_out_of_range;
+    return Integer{negative, overflow ? kMagnitudeCap : std::min(magnitude, kMagnitudeCap)};
+}
+
+/// The integer of an input stream: a sign, then decimal digits. 0 where there is none.
+Integer extractInteger(std::string_view word) {
+    const bool negative = takeSign(word);
+    return parseDigits(word, negative, 10).value_or(Integer{false, 0});
+}
+
+int baseOf(std::string_view &digits) {
+    const bool hexadecimal = digits.size() > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X') &&
+                             std::string_view("0123456789abcdefABCDEF").find(digits[2]) != std::string_view::npos;
+    if (hexadecimal) {
+        digits.remove_prefix(2);
+        return 16;
+    }
+    return !digits.empty() && digits[0] == '0' ? 8 : 10;
+}
+
+/// The longest start of a word that an input stream takes for a floating-point number: no "inf", "nan" or hexadecimal. An
+/// exponent that is begun is taken, so that "1e" is no number.
+std::string_view floatingPointCharacters(std::string_view word) {
+    std::size_t length = 0;
+    const auto take = [&](std::string_view allowed) {
+        const bool taken = length < word.size() && allowed.find(word[length]) != std::string_view::npos;
+        length += taken ? 1 : 0;
+        return taken;
+    };
+    take("+-");
+    bool digits = false;
+    while (take(kDecimalDigits)) {
+        digits = true;
+    }
+    if (take(".")) {
+        while (take(kDecimalDigits)) {
+            digits = true;
+        }
+    }
+    if (digits && take("eE")) {
+        take("+-");
+        while (take(kDecimalDigits)) {
+        }
+    }
+    return word.substr(0, length);
+}
+
+/// Whether a number text that is out of range is too large rather than too small: its exponent decides.
+bool overflows(std::string_view number) {
+    const std::size_t exponent = number.find_first_of("eE");
+    return exponent == std::string_view::npos || number.substr(exponent + 1, 1) != "-";
+}
+
+double extractDouble(std::string_view word) {
+    std::string_view number = floatingPointCharacters(word);
+    const bool negative = takeSign(number);
+    double magnitude = 0;
+    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), magnitude);
+    if (error == std::errc::result_out_of_range) {
+        magnitude = overflows(number) ? std::numeric_limits<double>::max() : 0.0;
+    } else if (error != std::errc{} || end != number.data() + number.size()) {
+        return 0.0;
+    }
+    return negative ? -magnitude : magnitude;
+}
+
+template <typename Number>
+std::string integerText(Number value) {
+    std::array<char, 24> buffer{};
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+    return {buffer.data(), result.ptr};
+}
+
+} // namespace
+
+std::string toText(unsigned long value) {
+    return integerText(value);
+}
+
+std::string toText(int value) {
+    return integerText(value);
+}
+
+std::string toText(double value) {
+    // The largest double has 309 digits before the point.
+    std::array<char, 320> buffer{};
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, 2);
+    return {buffer.data(), result.ptr};
+}
+
+std::string toText(bool value) {
+    return value ? "1" : "0";
+}
+
+std::string toText(const std::string &value) {
+    return value;
+}
+
+void extractFirstWord(const std::string &text, unsigned long &value) {
+    const std::string_view word = withoutLeadingSpace(text);
+    if (word.empty()) {
+        return;
+    }
+    const Integer number = extractInteger(word);
+    // A negative number wraps round, as it does where a long has 32 bits.
+    value = number.fits(kUint32Maximum, kUint32Maximum) ? static_cast<std::uint32_t>(number.value()) : kUint32Maximum;
+}
+
+void extractFirstWord(const std::string &text, int &value) {
+    const std::string_view word = withoutLeadingSpace(text);
+    if (word.empty()) {
+        return;
+    }
+    const std::int64_t number = extractInteger(word).value();
+    value = static_cast<int>(std::clamp<std::int64_t>(number, std::numeric_limits<std::int32_t>::min(),
+                                                      std::numeric_limits<std::int32_t>::max()));
+}
+
+void extractFirstWord(const std::string &text, double &value) {
+    const std::string_view word = withoutLeadingSpace(text);
+    if (!word.empty()) {
+        value = extractDouble(word);
+    }
+}
+
+void extractFirstWord(const std::string &text, bool &value) {
+    const std::string_view word = withoutLeadingSpace(text);
+    if (!word.empty()) {
+        value = extractInteger(word).magnitude != 0;
+    }
+}
+
+void extractFirstWord(const std::string &text, std::string &value) {
+    const std::string_view word = withoutLeadingSpace(text);
+    if (!word.empty()) {
+        value = word.substr(0, word.find_first_of(kWhiteSpace));
+    }
+}
+
+int parseInteger(const std::string &text) {
+    std::string_view digits = withoutLeadingSpace(text);
+    const bool negative = takeSign(digits);
+    const int base = baseOf(digits);
+    const std::optional<Integer> number = parseDigits(digits, negative, base);
+    if (!number) {
+        throw std::invalid_argument("invalid stoi argument");
+    }
+    if (!number->fits(kInt32Maximum, kInt32MinimumMagnitude)) {
+        throw std::out_of_range("stoi argument out of range");
+    }
+    return static_cast<int>(number->value());
+}
+
+} // namespace Utilities

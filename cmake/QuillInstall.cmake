@@ -1,0 +1,26 @@
+# Headers, library, tool, the example camera list, the CMake package and the pkg-config module.
+
+include(CMakePackageConfigHelpers)
+
+set(quill_cmake_dir "${CMAKE_INSTALL_LIBDIR}/cmake/QuillCamera")
+
+install(TARGETS quillcamera EXPORT QuillCameraTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY Shared/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quillcamera)
+install(FILES Data/TestCameraList.json DESTINATION ${CMAKE_INSTALL_DATADIR}/quillcamera)
+if(QUILL_BUILD_TOOLS)
+    install(TARGETS quill RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+
+install(EXPORT QuillCameraTargets NAMESPACE Quill:: DESTINATION ${quill_cmake_dir})
+configure_package_config_file(cmake/QuillCameraConfig.cmake.in "${PROJECT_BINARY_DIR}/QuillCameraConfig.cmake"
+    INSTALL_DESTINATION ${quill_cmake_dir})
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/QuillCameraConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/QuillCameraConfig.cmake" "${PROJECT_BINARY_DIR}/QuillCameraConfigVersion.cmake"
+    DESTINATION ${quill_cmake_dir})
+
+# Relative to the place of the .pc file, so that the package can be moved.
+set(quill_pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+file(RELATIVE_PATH quill_pkgconfig_prefix "/${quill_pkgconfig_dir}" "/")
+configure_file(cmake/quillcamera.pc.in "${PROJECT_BINARY_DIR}/quillcamera.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/quillcamera.pc" DESTINATION ${quill_pkgconfig_dir})

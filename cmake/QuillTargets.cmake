@@ -1,0 +1,19 @@
+# Flags that every target of the project is built with.
+
+option(QUILL_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)
+set(QUILL_SANITIZERS "" CACHE STRING "Sanitizers to build with, such as address,undefined or thread")
+set(QUILL_CXX_FLAGS "" CACHE STRING "Further compiler flags of this project's own targets")
+
+add_library(quill_flags INTERFACE)
+target_compile_features(quill_flags INTERFACE cxx_std_17)
+target_compile_options(quill_flags INTERFACE
+    -Wall -Wextra -Wpedantic
+    $<$<BOOL:${QUILL_WARNINGS_AS_ERRORS}>:-Werror>
+    # Exceptions name the throwing file relative to the project.
+    "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/="
+    ${QUILL_CXX_FLAGS})
+if(QUILL_SANITIZERS)
+    target_compile_options(quill_flags INTERFACE
+        -fsanitize=${QUILL_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(quill_flags INTERFACE -fsanitize=${QUILL_SANITIZERS})
+endif()
