@@ -17,22 +17,22 @@ enum class PARAMETER_TYPE { Integer = 0, String = 1, Boolean = 2, Float = 3 };
 
 /// A fixed set of named values: display texts, each standing for one value.
 ///
-/// A text occurs once; a value may stand under several texts. Texts are matched whole and case-sensitively, values by plain
-/// equality. Concurrent reads are safe; insert() must not run beside any other use of the same object.
+/// A text occurs once; a value may stand under several texts. Texts are matched whole and case-sensitively, values by
+/// plain equality. Concurrent reads are safe; insert() must not run beside any other use of the same object.
 template <typename T>
 class PropertyValueEnumeration {
 public:
     PropertyValueEnumeration() = default;
-    explicit PropertyValueEnumeration(const std::map<std::string, T> &values) : m_Values(values) {}
+    explicit PropertyValueEnumeration(const std::map<std::string, T>& values) : m_Values(values) {}
 
     /// Adds a pair. A text that is there already keeps its value.
-    void insert(const std::string &text, const T &value) { m_Values.emplace(text, value); }
+    void insert(const std::string& text, const T& value) { m_Values.emplace(text, value); }
 
     /// All texts, in ascending byte-wise order.
     std::vector<std::string> getList() const {
         std::vector<std::string> texts;
         texts.reserve(m_Values.size());
-        for (const auto &entry : m_Values) {
+        for (const auto& entry : m_Values) {
             texts.push_back(entry.first);
         }
         return texts;
@@ -40,8 +40,8 @@ public:
 
     /// The text of a value: the first in order where several stand for it.
     /// @throws KestrelException "PropertyValueConversion": no text stands for the value
-    std::string toString(const T &value) const {
-        for (const auto &[text, candidate] : m_Values) {
+    std::string toString(const T& value) const {
+        for (const auto& [text, candidate] : m_Values) {
             if (candidate == value) {
                 return text;
             }
@@ -51,7 +51,7 @@ public:
 
     /// The value of a text.
     /// @throws KestrelException "PropertyValueConversion": the text is not in the set
-    T toValue(const std::string &text) const {
+    T toValue(const std::string& text) const {
         const auto entry = m_Values.find(text);
         if (entry == m_Values.end()) {
             throw conversionFailure("Failed to convert string to value. Provided string not found.", __LINE__);
@@ -61,7 +61,7 @@ public:
 
 private:
     // Named here rather than by __FILE__, which would be the path of the installed header in an application.
-    static KestrelExceptions::KestrelException conversionFailure(const char *description, int line) {
+    static KestrelExceptions::KestrelException conversionFailure(const char* description, int line) {
         return KestrelExceptions::KestrelException::create(
             "PropertyValueConversion", "Shared/include/PropertyValueEnumerations.h", line, description);
     }
@@ -73,8 +73,8 @@ private:
 class QUILL_API PropertyTypes : public PropertyValueEnumeration<PROPERTY_TYPE> {
 public:
     PropertyTypes();
-    PropertyTypes(const PropertyTypes &) = default;
-    PropertyTypes &operator=(const PropertyTypes &) = default;
+    PropertyTypes(const PropertyTypes&) = default;
+    PropertyTypes& operator=(const PropertyTypes&) = default;
     virtual ~PropertyTypes();
 };
 
@@ -82,8 +82,8 @@ public:
 class QUILL_API ParameterTypes : public PropertyValueEnumeration<PARAMETER_TYPE> {
 public:
     ParameterTypes();
-    ParameterTypes(const ParameterTypes &) = default;
-    ParameterTypes &operator=(const ParameterTypes &) = default;
+    ParameterTypes(const ParameterTypes&) = default;
+    ParameterTypes& operator=(const ParameterTypes&) = default;
     virtual ~ParameterTypes();
 };
 

@@ -22,45 +22,48 @@ class CameraList;
 
 /// A camera, whatever reaches it, and the process-wide list of cameras.
 ///
-/// The static operations are thread-safe. initialiseWorkspace() fills the list and starts two threads that keep it: one drops
-/// cameras that went away, every 500 ms, one adds cameras that arrived, every 5000 ms; each tells the application through its
-/// callback. Inside such a callback the list is up to date and may be used; initialiseWorkspace(), unitialisedWorkpace() and the two
-/// registrations are refused there with a KestrelException "WouldWaitForItself", because they wait for the callback's own thread.
-/// A callback must not wait for another thread that makes one of these calls.
+/// The static operations are thread-safe. initialiseWorkspace() fills the list and starts two threads that keep it: one
+/// drops cameras that went away, every 500 ms, one adds cameras that arrived, every 5000 ms; each tells the application
+/// through its callback. Inside such a callback the list is up to date and may be used; initialiseWorkspace(),
+/// unitialisedWorkpace() and the two registrations are refused there with a KestrelException "WouldWaitForItself",
+/// because they wait for the callback's own thread. A callback must not wait for another thread that makes one of these
+/// calls.
 ///
-/// A reference from getCamera() stays usable until unitialisedWorkpace(). A camera that leaves the list earlier is retired:
-/// its stream is stopped, connecting it is refused with "CameraConnection", and its other operations answer harmlessly or with an
-/// exception. The last 64 retired cameras are kept; the oldest is destroyed when one more retires.
+/// A reference from getCamera() stays usable until unitialisedWorkpace(). A camera that leaves the list earlier is
+/// retired: its stream is stopped, connecting it is refused with "CameraConnection", and its other operations answer
+/// harmlessly or with an exception. The last 64 retired cameras are kept; the oldest is destroyed when one more
+/// retires.
 ///
 /// The operations of one camera are reentrant: one thread at a time uses a camera.
 class QUILL_API Camera {
 public:
-    Camera(const Camera &) = delete;
-    Camera &operator=(const Camera &) = delete;
+    Camera(const Camera&) = delete;
+    Camera& operator=(const Camera&) = delete;
     virtual ~Camera();
 
     // --- The camera list ---
 
     /// Adds every camera that is attached and starts watching for changes. Called again, it only adds new cameras.
     static void initialiseWorkspace();
-    /// Clears both callbacks, stops watching and destroys all cameras. When it returns, none of the library's threads runs.
+    /// Clears both callbacks, stops watching and destroys all cameras. When it returns, none of the library's threads
+    /// runs.
     static void unitialisedWorkpace();
     /// The model name of every listed camera, by serial number. A camera whose name cannot be read is left out.
     static std::map<std::string, std::string> getCamerasList();
     /// The listed camera of a serial number.
     /// @throws KestrelException_Camera "CameraNotFound"
-    static Camera &getCamera(const std::string &serialNumber);
+    static Camera& getCamera(const std::string& serialNumber);
     /// Looks for cameras now and adds the new ones.
     /// @return how many were added
     static unsigned int searchForNewCameras();
-    /// Replaces the function that is called when the watching thread has added cameras; an empty one clears it. When the call returns,
-    /// the former callback does not run any more.
+    /// Replaces the function that is called when the watching thread has added cameras; an empty one clears it. When
+    /// the call returns, the former callback does not run any more.
     static void registerNewConnectCallback(std::function<void()> callback);
-    /// Replaces the function that is called, with model name and serial number, for every camera that went away; otherwise
-    /// like registerNewConnectCallback().
-    static void registerDisconnectCallback(std::function<void(const std::string &, const std::string &)> callback);
-    /// Why adapters could not be asked for their cameras the last time: adapter name to reason. Empty when all is well. An adapter
-    /// that fails contributes no cameras and stops neither the others nor the application.
+    /// Replaces the function that is called, with model name and serial number, for every camera that went away;
+    /// otherwise like registerNewConnectCallback().
+    static void registerDisconnectCallback(std::function<void(const std::string&, const std::string&)> callback);
+    /// Why adapters could not be asked for their cameras the last time: adapter name to reason. Empty when all is well.
+    /// An adapter that fails contributes no cameras and stops neither the others nor the application.
     static std::map<std::string, std::string> getEnumerationFailures();
 
     // --- Image stream ---
@@ -73,12 +76,12 @@ public:
     /// Stops delivery. Throws like startStream().
     virtual void stopStream();
     /// The statistics of the stream. Throws like startStream().
-    virtual StreamStatistics &getStreamStatistics();
+    virtual StreamStatistics& getStreamStatistics();
 
     /// The next image.
     virtual std::unique_ptr<Imaging::Image> getImage() = 0;
     /// A new image in another format; see Imaging::convertImage().
-    virtual std::unique_ptr<Imaging::Image> convertImage(const std::unique_ptr<Imaging::Image> &image,
+    virtual std::unique_ptr<Imaging::Image> convertImage(const std::unique_ptr<Imaging::Image>& image,
                                                          Imaging::IMAGE_FORMAT format);
 
     /// Descriptive key/value pairs, read from the camera's properties; empty before the first connection.
@@ -107,21 +110,21 @@ public:
     // --- Properties and functions, by name ---
 
     /// @throws KestrelException_Property "PropertyUnsupported"
-    Property &getProperty(const std::string &name);
-    bool isPropertySupported(const std::string &name);
+    Property& getProperty(const std::string& name);
+    bool isPropertySupported(const std::string& name);
     /// The names of all properties, in ascending byte-wise order.
     std::vector<std::string> getSupportedProperties();
     /// @throws KestrelException_Function "FunctionUnsupported"
-    Function &getFunction(std::string name);
+    Function& getFunction(std::string name);
     /// The names of all functions, in ascending byte-wise order.
     std::vector<std::string> getSupportedFunctions();
     /// Performs a function and returns its results.
     /// @throws KestrelException_Function "FunctionUnsupported", and what Function::perform() throws
-    std::vector<std::string> perform(const std::string &name, std::vector<std::string> &parameters);
+    std::vector<std::string> perform(const std::string& name, std::vector<std::string>& parameters);
 
-    /// Replaces the function that is called, on the writing thread, after a property changed; also for properties of later
-    /// connections. An empty one clears it.
-    void registerPropertyChangeCallback(std::function<void(Property &)> callback);
+    /// Replaces the function that is called, on the writing thread, after a property changed; also for properties of
+    /// later connections. An empty one clears it.
+    void registerPropertyChangeCallback(std::function<void(Property&)> callback);
 
 protected:
     virtual void buildProperties() = 0;
@@ -129,9 +132,9 @@ protected:
 
     Camera();
 
-    static bool isCameraInList(const std::string &serialNumber, const std::vector<std::unique_ptr<Camera>> &cameras);
+    static bool isCameraInList(const std::string& serialNumber, const std::vector<std::unique_ptr<Camera>>& cameras);
     static void runNewConnectCallback();
-    static void runDisconnectCallback(const std::string &modelName, const std::string &serialNumber);
+    static void runDisconnectCallback(const std::string& modelName, const std::string& serialNumber);
 
     /// The word for a state: "connected", "disconnected" or "suspended"; empty for any other number.
     std::string getStateString(CameraState state);
@@ -140,7 +143,7 @@ protected:
     /// The guard that every connect(), disconnect() and suspend() starts with.
     /// @throws KestrelException_CameraState "CameraState"  the transition is not allowed
     /// @throws KestrelException_Camera "CameraConnection"  a retired camera is to be connected
-    void requireTransition(CameraState target, const KestrelExceptions::SourceLocation &here);
+    void requireTransition(CameraState target, const KestrelExceptions::SourceLocation& here);
     /// Hands the property-change callback to every property. Called after building them.
     void updatePropertyChangeCallback();
 
@@ -149,21 +152,21 @@ protected:
     std::map<std::string, std::unique_ptr<Property>> m_Properties;
     std::map<std::string, std::unique_ptr<Function>> m_Functions;
     std::unique_ptr<Stream> m_Stream; // empty on a camera without one
-    std::function<void(Property &)> m_PropertyChangeCallback;
+    std::function<void(Property&)> m_PropertyChangeCallback;
 
 private:
     friend class CameraList;
 
     static std::vector<std::unique_ptr<Camera>> getListOfCameras();
     static void addNewCamerasToList(std::vector<std::unique_ptr<Camera>> cameras);
-    static void removeCameraFromList(const std::string &serialNumber);
+    static void removeCameraFromList(const std::string& serialNumber);
     static void removeAllCamerasFromList();
     static int removeInactiveCamerasFromList();
     static void removeWatchdogs();
     static bool callbackWatchdogNewConnect();
     static bool callbackWatchdogDisconnect();
 
-    Stream &requireStream();
+    Stream& requireStream();
     /// Tells the stream of a retired camera to stop.
     void stopForGood() noexcept;
 

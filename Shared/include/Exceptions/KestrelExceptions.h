@@ -10,10 +10,10 @@ namespace KestrelExceptions {
 /// A failure of one camera.
 class QUILL_API KestrelException_Camera : public KestrelException {
 public:
-    KestrelException_Camera(const std::string &errorName, const std::string &file, int line,
-                            const std::string &description, const std::string &serialNumber);
-    KestrelException_Camera(const KestrelException_Camera &) = default;
-    KestrelException_Camera &operator=(const KestrelException_Camera &) = default;
+    KestrelException_Camera(const std::string& errorName, const std::string& file, int line,
+                            const std::string& description, const std::string& serialNumber);
+    KestrelException_Camera(const KestrelException_Camera&) = default;
+    KestrelException_Camera& operator=(const KestrelException_Camera&) = default;
     ~KestrelException_Camera() override;
 
 protected:
@@ -25,11 +25,11 @@ protected:
 /// A change of a camera's state that the current state does not allow.
 class QUILL_API KestrelException_CameraState : public KestrelException {
 public:
-    KestrelException_CameraState(const std::string &errorName, const std::string &file, int line,
-                                 const std::string &description, const std::string &fromState,
-                                 const std::string &toState);
-    KestrelException_CameraState(const KestrelException_CameraState &) = default;
-    KestrelException_CameraState &operator=(const KestrelException_CameraState &) = default;
+    KestrelException_CameraState(const std::string& errorName, const std::string& file, int line,
+                                 const std::string& description, const std::string& fromState,
+                                 const std::string& toState);
+    KestrelException_CameraState(const KestrelException_CameraState&) = default;
+    KestrelException_CameraState& operator=(const KestrelException_CameraState&) = default;
     ~KestrelException_CameraState() override;
 
 protected:
@@ -42,10 +42,10 @@ protected:
 /// A failure of one camera function.
 class QUILL_API KestrelException_Function : public KestrelException {
 public:
-    KestrelException_Function(const std::string &errorName, const std::string &file, int line,
-                              const std::string &description, const std::string &functionName);
-    KestrelException_Function(const KestrelException_Function &) = default;
-    KestrelException_Function &operator=(const KestrelException_Function &) = default;
+    KestrelException_Function(const std::string& errorName, const std::string& file, int line,
+                              const std::string& description, const std::string& functionName);
+    KestrelException_Function(const KestrelException_Function&) = default;
+    KestrelException_Function& operator=(const KestrelException_Function&) = default;
     ~KestrelException_Function() override;
 
 protected:
@@ -57,10 +57,10 @@ protected:
 /// An argument that an operation cannot take.
 class QUILL_API KestrelException_InvalidArgument : public KestrelException {
 public:
-    KestrelException_InvalidArgument(const std::string &errorName, const std::string &file, int line,
-                                     const std::string &description, const std::string &argumentName);
-    KestrelException_InvalidArgument(const KestrelException_InvalidArgument &) = default;
-    KestrelException_InvalidArgument &operator=(const KestrelException_InvalidArgument &) = default;
+    KestrelException_InvalidArgument(const std::string& errorName, const std::string& file, int line,
+                                     const std::string& description, const std::string& argumentName);
+    KestrelException_InvalidArgument(const KestrelException_InvalidArgument&) = default;
+    KestrelException_InvalidArgument& operator=(const KestrelException_InvalidArgument&) = default;
     ~KestrelException_InvalidArgument() override;
 
 protected:
@@ -72,10 +72,10 @@ protected:
 /// A failure of one camera property.
 class QUILL_API KestrelException_Property : public KestrelException {
 public:
-    KestrelException_Property(const std::string &errorName, const std::string &file, int line,
-                              const std::string &description, const std::string &propertyName);
-    KestrelException_Property(const KestrelException_Property &) = default;
-    KestrelException_Property &operator=(const KestrelException_Property &) = default;
+    KestrelException_Property(const std::string& errorName, const std::string& file, int line,
+                              const std::string& description, const std::string& propertyName);
+    KestrelException_Property(const KestrelException_Property&) = default;
+    KestrelException_Property& operator=(const KestrelException_Property&) = default;
     ~KestrelException_Property() override;
 
 protected:
@@ -87,11 +87,11 @@ protected:
 /// Two properties that do not fit each other.
 class QUILL_API KestrelException_PropertyComparison : public KestrelException {
 public:
-    KestrelException_PropertyComparison(const std::string &errorName, const std::string &file, int line,
-                                        const std::string &description, const std::string &firstProperty,
-                                        const std::string &secondProperty);
-    KestrelException_PropertyComparison(const KestrelException_PropertyComparison &) = default;
-    KestrelException_PropertyComparison &operator=(const KestrelException_PropertyComparison &) = default;
+    KestrelException_PropertyComparison(const std::string& errorName, const std::string& file, int line,
+                                        const std::string& description, const std::string& firstProperty,
+                                        const std::string& secondProperty);
+    KestrelException_PropertyComparison(const KestrelException_PropertyComparison&) = default;
+    KestrelException_PropertyComparison& operator=(const KestrelException_PropertyComparison&) = default;
     ~KestrelException_PropertyComparison() override;
 
 protected:
@@ -104,10 +104,10 @@ protected:
 /// A failure of a camera's stream; the stream type is "video" or "still".
 class QUILL_API KestrelException_Stream : public KestrelException {
 public:
-    KestrelException_Stream(const std::string &errorName, const std::string &file, int line,
-                            const std::string &description, const std::string &streamType);
-    KestrelException_Stream(const KestrelException_Stream &) = default;
-    KestrelException_Stream &operator=(const KestrelException_Stream &) = default;
+    KestrelException_Stream(const std::string& errorName, const std::string& file, int line,
+                            const std::string& description, const std::string& streamType);
+    KestrelException_Stream(const KestrelException_Stream&) = default;
+    KestrelException_Stream& operator=(const KestrelException_Stream&) = default;
     ~KestrelException_Stream() override;
 
 protected:

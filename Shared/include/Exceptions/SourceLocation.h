@@ -4,7 +4,7 @@ namespace KestrelExceptions {
 
 /// The place of a throw: a source path relative to the project and a line counted from 1.
 struct SourceLocation {
-    const char *file;
+    const char* file;
     int line;
 };
 

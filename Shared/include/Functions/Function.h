@@ -16,20 +16,20 @@ struct ParameterDescriptor {
 
 /// A named operation of a camera: flash, RAM, reboot, JTAG.
 ///
-/// Parameters and results are texts, one per descriptor and in their order. Numbers are parsed with automatic base ("0x"
-/// hexadecimal, leading 0 octal, otherwise decimal); data bytes are the bytes of the string, zeros included.
+/// Parameters and results are texts, one per descriptor and in their order. Numbers are parsed with automatic base
+/// ("0x" hexadecimal, leading 0 octal, otherwise decimal); data bytes are the bytes of the string, zeros included.
 /// Reentrant: functions have no locks, and one camera's functions are performed by one thread at a time.
 class QUILL_API Function {
 public:
-    Function(const Function &) = default;
-    Function &operator=(const Function &) = default;
+    Function(const Function&) = default;
+    Function& operator=(const Function&) = default;
     virtual ~Function();
 
     /// Performs the function on this thread, for as long as the camera takes.
     /// @return one text per descriptor of getReturnFormat()
     /// @throws KestrelException_InvalidArgument "ArgumentEmpty"  fewer parameters than the function reads
     /// @throws KestrelException_Function "FunctionExecution"  the operation failed
-    virtual std::vector<std::string> perform(std::vector<std::string> &parameters) = 0;
+    virtual std::vector<std::string> perform(std::vector<std::string>& parameters) = 0;
     virtual bool isAvailable() = 0;
     virtual std::vector<ParameterDescriptor> getParameters() = 0;
     virtual std::vector<ParameterDescriptor> getReturnFormat() = 0;
@@ -38,7 +38,7 @@ public:
     std::string getName() const;
 
 protected:
-    explicit Function(const std::string &name);
+    explicit Function(const std::string& name);
 
     /// Asked at the end of a concrete constructor, which throws "FunctionUnsupported" if the answer is no.
     virtual bool isFunctionSupported() const;

@@ -18,12 +18,13 @@ QUILL_API bool conversionExists(IMAGE_FORMAT from, IMAGE_FORMAT to);
 
 /// A new image in another format; to its own format, a copy. Width, height, depth and byte order stay.
 ///
-/// Samples are reordered as they lie and never scaled. A mosaic is demosaiced bilinearly, grey is the usual weighted sum of the
-/// colours; alpha that is added is the largest number of the sample's width. Thread-safe for different images.
+/// Samples are reordered as they lie and never scaled. A mosaic is demosaiced bilinearly, grey is the usual weighted
+/// sum of the colours; alpha that is added is the largest number of the sample's width. Thread-safe for different
+/// images.
 /// @throws std::runtime_error "Conversion between selected formats is not possible."
 /// @throws std::runtime_error "Cannot handle greater than 2 bytes per channel."
 /// @throws std::invalid_argument "Image cannot be null."
 /// @throws cv::Exception  OpenCV refuses dimensions that it cannot address
-QUILL_API std::unique_ptr<Image> convertImage(const std::unique_ptr<Image> &image, IMAGE_FORMAT format);
+QUILL_API std::unique_ptr<Image> convertImage(const std::unique_ptr<Image>& image, IMAGE_FORMAT format);
 
 } // namespace Imaging

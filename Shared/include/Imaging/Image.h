@@ -14,9 +14,10 @@ struct FormatDescription;
 
 /// An image that owns its pixel bytes and knows how they lie.
 ///
-/// Samples are single bytes up to a depth of 8 bits and 16-bit words, in the byte order of the image, up to 16. Rows follow each
-/// other with nothing between them; the planes of a planar image too. Size, format and depth never change.
-/// Concurrent reads of one image are safe; writes must not run beside any other use of it. A moved-from image has no pixels.
+/// Samples are single bytes up to a depth of 8 bits and 16-bit words, in the byte order of the image, up to 16. Rows
+/// follow each other with nothing between them; the planes of a planar image too. Size, format and depth never change.
+/// Concurrent reads of one image are safe; writes must not run beside any other use of it. A moved-from image has no
+/// pixels.
 class QUILL_API Image {
 public:
     virtual ~Image();
@@ -43,18 +44,19 @@ public:
     /// @throws std::invalid_argument "Pixel location is out of image bounds."
     /// @throws std::runtime_error "Invalid image format."  the format is not one of this class
     virtual Pixel getPixel(unsigned row, unsigned column) const = 0;
-    /// Stores the channels that the layout holds, each truncated to an integer and kept to the low bits of a sample, not clamped.
-    /// Throws like getPixel().
+    /// Stores the channels that the layout holds, each truncated to an integer and kept to the low bits of a sample,
+    /// not clamped. Throws like getPixel().
     virtual void setPixel(unsigned row, unsigned column, Pixel pixel) = 0;
 
     /// A copy of the bytes.
     std::vector<unsigned char> getData() const;
     /// The first byte of getImageSize(); valid while the image lives.
-    unsigned char *getDataAddress();
-    const unsigned char *getDataAddress() const;
+    unsigned char* getDataAddress();
+    const unsigned char* getDataAddress() const;
 
-    /// The image as bytes, scaled so that its brightest sample becomes 255. An image of depth 8 gives its own bytes, any other one
-    /// byte per pixel for grey and three for colour in the order blue, green, red (for a mosaic: the pixel channels 2, 1, 0).
+    /// The image as bytes, scaled so that its brightest sample becomes 255. An image of depth 8 gives its own bytes,
+    /// any other one byte per pixel for grey and three for colour in the order blue, green, red (for a mosaic: the
+    /// pixel channels 2, 1, 0).
     std::vector<unsigned char> get8bitImageData() const;
     /// The samples in machine byte order, unscaled, one or three per pixel as above; empty for an image of depth 8.
     std::vector<unsigned short> get16bitImageData() const;
@@ -64,14 +66,14 @@ protected:
     /// @throws std::invalid_argument "Image width cannot be 0.", "Image height cannot be 0."
     Image(unsigned width, unsigned height, std::vector<unsigned char> data, unsigned bitDepth, bool littleEndian,
           IMAGE_FORMAT format, unsigned channels, unsigned planes);
-    Image(const Image &other) = default;
-    Image &operator=(const Image &other) = default;
-    Image(Image &&other) noexcept;
-    Image &operator=(Image &&other) noexcept;
+    Image(const Image& other) = default;
+    Image& operator=(const Image& other) = default;
+    Image(Image&& other) noexcept;
+    Image& operator=(Image&& other) noexcept;
 
     /// Cuts the data to the image's size, or fills it up with zeros.
     void validateDataSize();
-    void validatePixelIndices(unsigned &row, unsigned &column) const;
+    void validatePixelIndices(unsigned& row, unsigned& column) const;
     bool byteSwapRequired() const;
     static unsigned short swapBytes(unsigned short value);
     static bool isMachineLittleEndian();
@@ -82,9 +84,9 @@ protected:
     double readSample(std::size_t offset) const;
     void writeSample(std::size_t offset, double value);
     /// The samples of a colour pixel, @p step bytes apart, in the channels that the format gives them.
-    Pixel readColorPixel(const FormatDescription &description, std::size_t offset, std::size_t step) const;
-    void writeColorPixel(const FormatDescription &description, std::size_t offset, std::size_t step,
-                         const Pixel &pixel);
+    Pixel readColorPixel(const FormatDescription& description, std::size_t offset, std::size_t step) const;
+    void writeColorPixel(const FormatDescription& description, std::size_t offset, std::size_t step,
+                         const Pixel& pixel);
 
 private:
     unsigned m_Width;
@@ -108,6 +110,6 @@ QUILL_API std::unique_ptr<Image> createImage(unsigned width, unsigned height, st
 
 /// An independent copy.
 /// @throws std::invalid_argument "Image cannot be null."
-QUILL_API std::unique_ptr<Image> cloneImage(const std::unique_ptr<Image> &image);
+QUILL_API std::unique_ptr<Image> cloneImage(const std::unique_ptr<Image>& image);
 
 } // namespace Imaging

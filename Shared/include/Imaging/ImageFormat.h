@@ -29,6 +29,6 @@ enum class IMAGE_FORMAT {
 QUILL_API std::string getFormatName(IMAGE_FORMAT format);
 
 /// The format of an enumerator's name, matched whole and case-sensitively; nothing for any other text.
-QUILL_API std::optional<IMAGE_FORMAT> findFormat(const std::string &name);
+QUILL_API std::optional<IMAGE_FORMAT> findFormat(const std::string& name);
 
 } // namespace Imaging

@@ -11,7 +11,7 @@ namespace CameraInterface {
 /// An on/off property, "Enabled" or "Disabled"; off at first.
 class QUILL_API BooleanProperty : public Property {
 public:
-    BooleanProperty(const std::string &name, const PROPERTY_TYPE &type);
+    BooleanProperty(const std::string& name, const PROPERTY_TYPE& type);
 
     using Property::operator=;
 
@@ -26,7 +26,7 @@ public:
     std::vector<std::string> getValueList() override;
     /// Stores the state and notifies nobody.
     /// @throws KestrelException "PropertyValueConversion"  neither "Enabled" nor "Disabled"
-    void setValue(const std::string &value) override;
+    void setValue(const std::string& value) override;
 
 protected:
     bool m_Value = false;

@@ -11,19 +11,20 @@ namespace CameraInterface {
 
 /// A property whose value lives in memory.
 ///
-/// Numbers read in fixed notation, floating-point ones with two decimals, whatever the locale. Made for T = unsigned long
-/// (32 bits wide in text on every platform), int, double, bool and std::string.
+/// Numbers read in fixed notation, floating-point ones with two decimals, whatever the locale. Made for T = unsigned
+/// long (32 bits wide in text on every platform), int, double, bool and std::string.
 template <typename T>
 class MemoryProperty : public Property {
 public:
     /// @param valueEnumeration text of each allowed value, for a discrete property; empty otherwise
-    MemoryProperty(const std::string &name, const PROPERTY_TYPE &type, const T &minimum, const T &maximum,
-                   const T &defaultValue, bool readOnly, bool discrete,
-                   const std::map<std::string, T> &valueEnumeration);
+    MemoryProperty(const std::string& name, const PROPERTY_TYPE& type, const T& minimum, const T& maximum,
+                   const T& defaultValue, bool readOnly, bool discrete,
+                   const std::map<std::string, T>& valueEnumeration);
 
     using Property::operator=;
 
-    /// The four texts throw KestrelException "PropertyValueConversion" where a discrete property holds a value without text.
+    /// The four texts throw KestrelException "PropertyValueConversion" where a discrete property holds a value without
+    /// text.
     std::string getMinimum() override;
     std::string getMaximum() override;
     std::string getValue() override;
@@ -33,10 +34,11 @@ public:
     bool isDiscrete() override;
     std::vector<std::string> getValueList() override;
 
-    /// Ignores the present text and every write to a property that cannot be written now. A continuous value is not checked
-    /// against the limits; a text that is no number stores 0, an empty one keeps the value.
-    /// @throws KestrelException "PropertyValueConversion"  not one of the texts of a discrete property; nothing is changed
-    void setValue(const std::string &value) override;
+    /// Ignores the present text and every write to a property that cannot be written now. A continuous value is not
+    /// checked against the limits; a text that is no number stores 0, an empty one keeps the value.
+    /// @throws KestrelException "PropertyValueConversion"  not one of the texts of a discrete property; nothing is
+    /// changed
+    void setValue(const std::string& value) override;
 
 protected:
     T m_Minimum;
@@ -50,7 +52,7 @@ protected:
     PropertyValueEnumeration<T> m_ValueEnumeration;
 
 private:
-    std::string getText(const T &value) const;
+    std::string getText(const T& value) const;
 };
 
 extern template class QUILL_API MemoryProperty<unsigned long>;

@@ -12,13 +12,13 @@ namespace CameraInterface {
 
 /// A named setting or reading of a camera. Every value travels as text.
 ///
-/// Reentrant: a property has no locks and is used from the thread that calls into its camera. It belongs to its camera and
-/// lives as long as the camera does.
+/// Reentrant: a property has no locks and is used from the thread that calls into its camera. It belongs to its camera
+/// and lives as long as the camera does.
 class QUILL_API Property {
 public:
     /// Copies name, type, callback and the links (not the partners behind them).
-    Property(const Property &) = default;
-    Property &operator=(const Property &) = default;
+    Property(const Property&) = default;
+    Property& operator=(const Property&) = default;
     virtual ~Property();
 
     /// Writes the default value; a property that cannot be written keeps its value.
@@ -41,7 +41,7 @@ public:
     virtual std::vector<std::string> getValueList() = 0;
     /// Writes a value, tells the linked partners and runs the on-change callback on this thread.
     /// In-memory properties ignore a write that is not possible; ask isReadOnly() and isAvailableForWriting() first.
-    virtual void setValue(const std::string &value) = 0;
+    virtual void setValue(const std::string& value) = 0;
 
     std::string getName() const;
     PROPERTY_TYPE getType() const;
@@ -49,19 +49,19 @@ public:
     /// Reads the value.
     operator std::string();
     /// Writes the value.
-    void operator=(const std::string &value);
+    void operator=(const std::string& value);
 
     /// Makes @p other refresh whenever this property changes. One way; a partner of the same name stays.
     /// @p other must live as long as the link is there.
-    void addLinkedProperty(Property &other);
-    void removeLinkedProperty(Property &other);
+    void addLinkedProperty(Property& other);
+    void removeLinkedProperty(Property& other);
 
     /// Replaces the function that is called after every change; an empty one clears it.
-    void registerOnChangeCallback(std::function<void(Property &)> callback);
+    void registerOnChangeCallback(std::function<void(Property&)> callback);
     void unregisterOnChangeCallback();
 
 protected:
-    Property(const std::string &name, const PROPERTY_TYPE &type);
+    Property(const std::string& name, const PROPERTY_TYPE& type);
 
     /// Updates the linked partners (in name order, one link far) if @p notifyLinked, then runs the callback.
     void onChange(bool notifyLinked);
@@ -70,8 +70,8 @@ protected:
 private:
     std::string m_Name;
     PROPERTY_TYPE m_Type;
-    std::map<std::string, Property *> m_LinkedProperties; // not owned: all belong to one camera
-    std::function<void(Property &)> m_OnChangeCallback;
+    std::map<std::string, Property*> m_LinkedProperties; // not owned: all belong to one camera
+    std::function<void(Property&)> m_OnChangeCallback;
 };
 
 } // namespace CameraInterface

@@ -10,13 +10,14 @@ namespace CameraInterface {
 
 /// Stands for one of two properties, chosen afresh at every call by the present value of a third.
 ///
-/// It has no value of its own: every call goes unchanged to the chosen property. update() runs this property's own callback.
+/// It has no value of its own: every call goes unchanged to the chosen property. update() runs this property's own
+/// callback.
 class QUILL_API PropertyConditional : public Property {
 public:
-    /// Stands for @p propertyIfEqual while @p conditionProperty reads @p conditionValue, for @p propertyOtherwise otherwise.
-    /// The three properties are not owned and must outlive this one.
-    PropertyConditional(const std::string &name, const PROPERTY_TYPE &type, Property &conditionProperty,
-                        const std::string &conditionValue, Property &propertyIfEqual, Property &propertyOtherwise);
+    /// Stands for @p propertyIfEqual while @p conditionProperty reads @p conditionValue, for @p propertyOtherwise
+    /// otherwise. The three properties are not owned and must outlive this one.
+    PropertyConditional(const std::string& name, const PROPERTY_TYPE& type, Property& conditionProperty,
+                        const std::string& conditionValue, Property& propertyIfEqual, Property& propertyOtherwise);
 
     using Property::operator=;
 
@@ -28,15 +29,15 @@ public:
     bool isAvailableForWriting() override;
     bool isDiscrete() override;
     std::vector<std::string> getValueList() override;
-    void setValue(const std::string &value) override;
+    void setValue(const std::string& value) override;
 
 private:
-    Property &selected();
+    Property& selected();
 
-    Property *m_ConditionProperty;
+    Property* m_ConditionProperty;
     std::string m_ConditionValue;
-    Property *m_PropertyIfEqual;
-    Property *m_PropertyOtherwise;
+    Property* m_PropertyIfEqual;
+    Property* m_PropertyOtherwise;
 };
 
 } // namespace CameraInterface

@@ -22,8 +22,8 @@ struct FrameGeometry {
 class QUILL_API Stream {
 public:
     Stream() = default;
-    Stream(const Stream &) = delete;
-    Stream &operator=(const Stream &) = delete;
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
     virtual ~Stream();
 
     virtual bool isStreaming() = 0;
@@ -39,7 +39,7 @@ public:
     /// The geometry of the frames that getImageData() returns.
     virtual FrameGeometry getImageFormat() = 0;
     /// The statistics, which the stream owns.
-    virtual StreamStatistics &getStreamStatistics() = 0;
+    virtual StreamStatistics& getStreamStatistics() = 0;
 };
 
 } // namespace CameraInterface

@@ -23,10 +23,10 @@ enum class STREAM_TYPE : std::uint8_t {
 class QUILL_API StreamStatistics {
 public:
     StreamStatistics();
-    StreamStatistics(const StreamStatistics &other);
-    StreamStatistics(StreamStatistics &&other) noexcept;
-    StreamStatistics &operator=(const StreamStatistics &other);
-    StreamStatistics &operator=(StreamStatistics &&other) noexcept;
+    StreamStatistics(const StreamStatistics& other);
+    StreamStatistics(StreamStatistics&& other) noexcept;
+    StreamStatistics& operator=(const StreamStatistics& other);
+    StreamStatistics& operator=(StreamStatistics&& other) noexcept;
     ~StreamStatistics();
 
     /// Counts one frame.
@@ -45,7 +45,7 @@ public:
     void setImageDataTransferTime(double seconds);
 
 private:
-    Utilities::FrameCounter &counter(STREAM_TYPE type);
+    Utilities::FrameCounter& counter(STREAM_TYPE type);
 
     std::vector<std::shared_ptr<Utilities::FrameCounter>> m_FrameCounters; // by STREAM_TYPE
     std::atomic<double> m_CaptureTime{0};

@@ -12,8 +12,8 @@ namespace Utilities {
 class QUILL_API FrameCounter {
 public:
     FrameCounter() = default;
-    FrameCounter(const FrameCounter &) = delete;
-    FrameCounter &operator=(const FrameCounter &) = delete;
+    FrameCounter(const FrameCounter&) = delete;
+    FrameCounter& operator=(const FrameCounter&) = delete;
     ~FrameCounter();
 
     /// Counts one frame, now.

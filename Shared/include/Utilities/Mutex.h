@@ -27,15 +27,15 @@ private:
 /// Holds a mutex for its own lifetime.
 class QUILL_THREAD_ANNOTATION(scoped_lockable) MutexLock {
 public:
-    explicit MutexLock(Mutex &mutex) QUILL_ACQUIRE(mutex) : m_Lock(mutex.m_Mutex) {}
-    MutexLock(const MutexLock &) = delete;
-    MutexLock &operator=(const MutexLock &) = delete;
+    explicit MutexLock(Mutex& mutex) QUILL_ACQUIRE(mutex) : m_Lock(mutex.m_Mutex) {}
+    MutexLock(const MutexLock&) = delete;
+    MutexLock& operator=(const MutexLock&) = delete;
     ~MutexLock() QUILL_RELEASE() {}
 
     /// Releases the mutex until @p condition is notified with @p predicate true, or @p duration has passed.
     /// @return what the predicate answers at the end
     template <typename Duration, typename Predicate>
-    bool waitFor(std::condition_variable &condition, const Duration &duration, Predicate predicate) {
+    bool waitFor(std::condition_variable& condition, const Duration& duration, Predicate predicate) {
         return condition.wait_for(m_Lock, duration, predicate);
     }
 

@@ -9,24 +9,25 @@
 
 namespace Utilities {
 
-/// Calls a function at a fixed period, on a thread of its own, until the function answers false or the watchdog is stopped.
+/// Calls a function at a fixed period, on a thread of its own, until the function answers false or the watchdog is
+/// stopped.
 ///
-/// One thread at a time owns a watchdog and calls its operations. Stopping wakes the thread at once and waits for a running
-/// call, so that nothing runs any more when stop() returns. The polled function may not start, stop or restart its own watchdog:
-/// it gets a KestrelException "WouldWaitForItself" and answers false instead to end the polling. An exception that it lets
-/// escape is dropped and the polling goes on.
+/// One thread at a time owns a watchdog and calls its operations. Stopping wakes the thread at once and waits for a
+/// running call, so that nothing runs any more when stop() returns. The polled function may not start, stop or restart
+/// its own watchdog: it gets a KestrelException "WouldWaitForItself" and answers false instead to end the polling. An
+/// exception that it lets escape is dropped and the polling goes on.
 class QUILL_API Watchdog {
 public:
     Watchdog();
-    Watchdog(const Watchdog &) = delete;
-    Watchdog &operator=(const Watchdog &) = delete;
+    Watchdog(const Watchdog&) = delete;
+    Watchdog& operator=(const Watchdog&) = delete;
     /// Stops.
     virtual ~Watchdog();
 
     /// Starts polling; the first call comes one period from now. A running watchdog is stopped first.
     /// @param periodMs milliseconds between calls; 0 or less polls without waiting
     /// @param callback the function polled; its answer says whether to go on
-    void start(const int &periodMs, const std::function<bool()> &callback);
+    void start(const int& periodMs, const std::function<bool()>& callback);
     /// Ends the polling and joins the thread; nothing happens on an idle watchdog.
     void stop();
     /// Starts anew with the period and the function of the last start.

@@ -12,10 +12,10 @@ using namespace KestrelExceptions;
 namespace {
 
 template <typename Table>
-std::vector<std::string> namesOf(const Table &table) {
+std::vector<std::string> namesOf(const Table& table) {
     std::vector<std::string> names;
     names.reserve(table.size());
-    for (const auto &entry : table) {
+    for (const auto& entry : table) {
         names.push_back(entry.second->getName());
     }
     return names;
@@ -41,11 +41,11 @@ void Camera::stopStream() {
     requireStream().stopStream();
 }
 
-StreamStatistics &Camera::getStreamStatistics() {
+StreamStatistics& Camera::getStreamStatistics() {
     return requireStream().getStreamStatistics();
 }
 
-Stream &Camera::requireStream() {
+Stream& Camera::requireStream() {
     if (!m_Stream) {
         raise<KestrelException>(QUILL_HERE, Errors::kStreamUnsupported);
     }
@@ -62,7 +62,7 @@ void Camera::stopForGood() noexcept {
     }
 }
 
-std::unique_ptr<Imaging::Image> Camera::convertImage(const std::unique_ptr<Imaging::Image> &image,
+std::unique_ptr<Imaging::Image> Camera::convertImage(const std::unique_ptr<Imaging::Image>& image,
                                                      Imaging::IMAGE_FORMAT format) {
     return Imaging::convertImage(image, format);
 }
@@ -75,7 +75,7 @@ bool Camera::isConnected() const {
     return m_State == CameraState::Connected;
 }
 
-Property &Camera::getProperty(const std::string &name) {
+Property& Camera::getProperty(const std::string& name) {
     const auto entry = m_Properties.find(name);
     if (entry == m_Properties.end()) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, name);
@@ -83,7 +83,7 @@ Property &Camera::getProperty(const std::string &name) {
     return *entry->second;
 }
 
-bool Camera::isPropertySupported(const std::string &name) {
+bool Camera::isPropertySupported(const std::string& name) {
     return m_Properties.count(name) != 0;
 }
 
@@ -91,7 +91,7 @@ std::vector<std::string> Camera::getSupportedProperties() {
     return namesOf(m_Properties);
 }
 
-Function &Camera::getFunction(std::string name) {
+Function& Camera::getFunction(std::string name) {
     const auto entry = m_Functions.find(name);
     if (entry == m_Functions.end()) {
         raise<KestrelException_Function>(QUILL_HERE, Errors::kFunctionUnsupported, name);
@@ -103,17 +103,17 @@ std::vector<std::string> Camera::getSupportedFunctions() {
     return namesOf(m_Functions);
 }
 
-std::vector<std::string> Camera::perform(const std::string &name, std::vector<std::string> &parameters) {
+std::vector<std::string> Camera::perform(const std::string& name, std::vector<std::string>& parameters) {
     return getFunction(name).perform(parameters);
 }
 
-void Camera::registerPropertyChangeCallback(std::function<void(Property &)> callback) {
+void Camera::registerPropertyChangeCallback(std::function<void(Property&)> callback) {
     m_PropertyChangeCallback = std::move(callback);
     updatePropertyChangeCallback();
 }
 
 void Camera::updatePropertyChangeCallback() {
-    for (const auto &entry : m_Properties) {
+    for (const auto& entry : m_Properties) {
         entry.second->registerOnChangeCallback(m_PropertyChangeCallback);
     }
 }
@@ -141,7 +141,7 @@ bool Camera::validateState(CameraState target) const {
     return false;
 }
 
-void Camera::requireTransition(CameraState target, const SourceLocation &here) {
+void Camera::requireTransition(CameraState target, const SourceLocation& here) {
     if (target == CameraState::Connected && m_Retired) {
         raise<KestrelException_Camera>(here, Errors::kCameraConnection, getSerialNumber());
     }

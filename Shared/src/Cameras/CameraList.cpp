@@ -11,17 +11,17 @@ using Utilities::MutexLock;
 unsigned int CameraList::add(std::vector<std::unique_ptr<Camera>> cameras) {
     std::vector<std::pair<std::string, CameraPointer>> candidates;
     candidates.reserve(cameras.size());
-    for (std::unique_ptr<Camera> &camera : cameras) {
+    for (std::unique_ptr<Camera>& camera : cameras) {
         try {
             std::string serialNumber = camera->getSerialNumber();
             candidates.emplace_back(std::move(serialNumber), std::move(camera));
-        } catch (const std::exception &) {
+        } catch (const std::exception&) {
             // Without a serial number it has no place in the list.
         }
     }
     unsigned int added = 0;
     const MutexLock lock(m_CameraListMutex); // released before the candidates are destroyed
-    for (auto &[serialNumber, camera] : candidates) {
+    for (auto& [serialNumber, camera] : candidates) {
         if (m_BySerialNumber.emplace(serialNumber, camera).second) {
             m_Cameras.push_back(std::move(camera));
             ++added;
@@ -30,7 +30,7 @@ unsigned int CameraList::add(std::vector<std::unique_ptr<Camera>> cameras) {
     return added;
 }
 
-CameraList::CameraPointer CameraList::find(const std::string &serialNumber) const {
+CameraList::CameraPointer CameraList::find(const std::string& serialNumber) const {
     const MutexLock lock(m_CameraListMutex);
     const auto entry = m_BySerialNumber.find(serialNumber);
     return entry == m_BySerialNumber.end() ? nullptr : entry->second;
@@ -46,7 +46,7 @@ std::vector<std::pair<std::string, CameraList::CameraPointer>> CameraList::inOrd
     return {m_BySerialNumber.begin(), m_BySerialNumber.end()};
 }
 
-bool CameraList::retire(const std::string &serialNumber) {
+bool CameraList::retire(const std::string& serialNumber) {
     CameraPointer camera;
     std::vector<CameraPointer> expired; // destroyed after the mutex is released
     {
@@ -73,7 +73,7 @@ void CameraList::clear() {
     std::vector<CameraPointer> cameras;
     {
         const MutexLock lock(m_CameraListMutex);
-        for (const CameraPointer &camera : m_Cameras) {
+        for (const CameraPointer& camera : m_Cameras) {
             camera->m_Retired = true;
         }
         cameras.swap(m_Cameras);
@@ -81,7 +81,7 @@ void CameraList::clear() {
         cameras.insert(cameras.end(), m_Retired.begin(), m_Retired.end());
         m_Retired.clear();
     }
-    for (CameraPointer &camera : cameras) {
+    for (CameraPointer& camera : cameras) {
         // Another thread may be looking at the list and destroy the object a moment later: nothing of it may run then.
         camera->stopForGood();
         camera.reset();

@@ -14,7 +14,8 @@ namespace CameraInterface {
 
 /// The cameras of the process, one per serial number, and the retired ones. Thread-safe.
 ///
-/// The mutex is never held while a camera's own code runs: cameras are held by shared pointers, asked and destroyed outside.
+/// The mutex is never held while a camera's own code runs: cameras are held by shared pointers, asked and destroyed
+/// outside.
 class CameraList {
 public:
     using CameraPointer = std::shared_ptr<Camera>;
@@ -22,13 +23,13 @@ public:
     /// How many retired cameras live on, so that references which an application still has stay usable.
     static constexpr std::size_t kMaximumRetired = 64;
 
-    /// Adds each camera whose serial number is not listed, in order; the others are destroyed. A camera whose serial number cannot
-    /// be read is not added.
+    /// Adds each camera whose serial number is not listed, in order; the others are destroyed. A camera whose serial
+    /// number cannot be read is not added.
     /// @return how many were added
     unsigned int add(std::vector<std::unique_ptr<Camera>> cameras) QUILL_EXCLUDES(m_CameraListMutex);
 
     /// The camera of a serial number, or null.
-    CameraPointer find(const std::string &serialNumber) const QUILL_EXCLUDES(m_CameraListMutex);
+    CameraPointer find(const std::string& serialNumber) const QUILL_EXCLUDES(m_CameraListMutex);
 
     /// All cameras, in the order in which they were added.
     std::vector<CameraPointer> inOrderAdded() const QUILL_EXCLUDES(m_CameraListMutex);
@@ -37,7 +38,7 @@ public:
 
     /// Takes a camera off the list and retires it.
     /// @return whether it was listed
-    bool retire(const std::string &serialNumber) QUILL_EXCLUDES(m_CameraListMutex);
+    bool retire(const std::string& serialNumber) QUILL_EXCLUDES(m_CameraListMutex);
 
     /// Retires every camera and destroys all of them, first to last.
     void clear() QUILL_EXCLUDES(m_CameraListMutex);

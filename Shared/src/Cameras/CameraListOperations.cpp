@@ -15,37 +15,37 @@ using namespace KestrelExceptions;
 
 namespace {
 
-CameraWorkspace &workspace() {
+CameraWorkspace& workspace() {
     return CameraWorkspace::instance();
 }
 
-CameraList &list() {
+CameraList& list() {
     return workspace().cameras();
 }
 
 /// The serial numbers of an enumeration.
 class SerialNumbers {
 public:
-    explicit SerialNumbers(const std::vector<std::unique_ptr<Camera>> &cameras) {
+    explicit SerialNumbers(const std::vector<std::unique_ptr<Camera>>& cameras) {
         m_SerialNumbers.reserve(cameras.size());
-        for (const auto &camera : cameras) {
+        for (const auto& camera : cameras) {
             try {
                 m_SerialNumbers.insert(camera->getSerialNumber());
-            } catch (const std::exception &) {
+            } catch (const std::exception&) {
                 m_Complete = false;
             }
         }
     }
 
     /// Whether a camera is certainly not there: one whose serial number cannot be read might be any.
-    bool lacks(const std::string &serialNumber) const { return m_Complete && m_SerialNumbers.count(serialNumber) == 0; }
+    bool lacks(const std::string& serialNumber) const { return m_Complete && m_SerialNumbers.count(serialNumber) == 0; }
 
 private:
     std::unordered_set<std::string> m_SerialNumbers;
     bool m_Complete = true;
 };
 
-bool hasVanished(Camera &camera, const std::string &serialNumber, const SerialNumbers &present) {
+bool hasVanished(Camera& camera, const std::string& serialNumber, const SerialNumbers& present) {
     switch (camera.getState()) {
     case CameraState::Connected:
         return !camera.isCameraAlive();
@@ -73,18 +73,18 @@ void Camera::unitialisedWorkpace() {
 
 std::map<std::string, std::string> Camera::getCamerasList() {
     std::map<std::string, std::string> modelNames;
-    for (const CameraList::CameraPointer &camera : list().inOrderAdded()) {
+    for (const CameraList::CameraPointer& camera : list().inOrderAdded()) {
         try {
             std::string modelName = camera->getModelName();
             modelNames.emplace(camera->getSerialNumber(), std::move(modelName));
-        } catch (const std::exception &) {
+        } catch (const std::exception&) {
             // A camera that cannot say what it is, is left out.
         }
     }
     return modelNames;
 }
 
-Camera &Camera::getCamera(const std::string &serialNumber) {
+Camera& Camera::getCamera(const std::string& serialNumber) {
     const CameraList::CameraPointer camera = list().find(serialNumber);
     if (!camera) {
         raise<KestrelException_Camera>(QUILL_HERE, Errors::kCameraNotFound, serialNumber);
@@ -101,7 +101,7 @@ void Camera::registerNewConnectCallback(std::function<void()> callback) {
     workspace().setNewConnectCallback(std::move(callback));
 }
 
-void Camera::registerDisconnectCallback(std::function<void(const std::string &, const std::string &)> callback) {
+void Camera::registerDisconnectCallback(std::function<void(const std::string&, const std::string&)> callback) {
     CameraWorkspace::refuseOnWatchdogThread();
     workspace().setDisconnectCallback(std::move(callback));
 }
@@ -110,9 +110,9 @@ std::map<std::string, std::string> Camera::getEnumerationFailures() {
     return workspace().enumerationFailures();
 }
 
-bool Camera::isCameraInList(const std::string &serialNumber, const std::vector<std::unique_ptr<Camera>> &cameras) {
+bool Camera::isCameraInList(const std::string& serialNumber, const std::vector<std::unique_ptr<Camera>>& cameras) {
     return std::any_of(cameras.begin(), cameras.end(),
-                       [&](const auto &camera) { return camera->getSerialNumber() == serialNumber; });
+                       [&](const auto& camera) { return camera->getSerialNumber() == serialNumber; });
 }
 
 void Camera::runNewConnectCallback() {
@@ -121,7 +121,7 @@ void Camera::runNewConnectCallback() {
     }
 }
 
-void Camera::runDisconnectCallback(const std::string &modelName, const std::string &serialNumber) {
+void Camera::runDisconnectCallback(const std::string& modelName, const std::string& serialNumber) {
     if (const auto callback = workspace().disconnectCallback()) {
         callback(modelName, serialNumber);
     }
@@ -130,11 +130,11 @@ void Camera::runDisconnectCallback(const std::string &modelName, const std::stri
 std::vector<std::unique_ptr<Camera>> Camera::getListOfCameras() {
     std::vector<std::unique_ptr<Camera>> cameras;
     std::map<std::string, std::string> failures;
-    for (const CameraAdapter &adapter : getCameraAdapters()) {
+    for (const CameraAdapter& adapter : getCameraAdapters()) {
         try {
             std::vector<std::unique_ptr<Camera>> found = adapter.m_GetListOfCameras();
             std::move(found.begin(), found.end(), std::back_inserter(cameras));
-        } catch (const std::exception &failure) {
+        } catch (const std::exception& failure) {
             failures.emplace(adapter.m_Name, failure.what());
         } catch (...) {
             failures.emplace(adapter.m_Name, "unknown failure");
@@ -148,7 +148,7 @@ void Camera::addNewCamerasToList(std::vector<std::unique_ptr<Camera>> cameras) {
     list().add(std::move(cameras));
 }
 
-void Camera::removeCameraFromList(const std::string &serialNumber) {
+void Camera::removeCameraFromList(const std::string& serialNumber) {
     list().retire(serialNumber);
 }
 
@@ -161,7 +161,7 @@ int Camera::removeInactiveCamerasFromList() {
     const std::vector<std::unique_ptr<Camera>> found = getListOfCameras();
     const SerialNumbers present(found);
     int dropped = 0;
-    for (const auto &[serialNumber, camera] : listed) {
+    for (const auto& [serialNumber, camera] : listed) {
         try {
             const std::string modelName = camera->getModelName();
             if (hasVanished(*camera, serialNumber, present) && list().retire(serialNumber)) {

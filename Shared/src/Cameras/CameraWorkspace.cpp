@@ -17,11 +17,12 @@ constexpr int kNewConnectPeriodMs = 5000;
 
 thread_local bool t_IsWatchdogThread = false;
 
-/// Ends the threads and closes the cameras when the process exits, or the library is unloaded, without unitialisedWorkpace().
+/// Ends the threads and closes the cameras when the process exits, or the library is unloaded, without
+/// unitialisedWorkpace().
 struct ExitGuard {
-    explicit ExitGuard(CameraWorkspace &workspace) : m_Workspace(workspace) {}
-    ExitGuard(const ExitGuard &) = delete;
-    ExitGuard &operator=(const ExitGuard &) = delete;
+    explicit ExitGuard(CameraWorkspace& workspace) : m_Workspace(workspace) {}
+    ExitGuard(const ExitGuard&) = delete;
+    ExitGuard& operator=(const ExitGuard&) = delete;
     ~ExitGuard() {
         // An exit from within a callback cannot wait for that callback.
         if (!t_IsWatchdogThread) {
@@ -30,10 +31,10 @@ struct ExitGuard {
         }
     }
 
-    CameraWorkspace &m_Workspace;
+    CameraWorkspace& m_Workspace;
 };
 
-void start(std::unique_ptr<Watchdog> &watchdog, int periodMs, const std::function<bool()> &callback) {
+void start(std::unique_ptr<Watchdog>& watchdog, int periodMs, const std::function<bool()>& callback) {
     if (!watchdog) {
         watchdog = std::make_unique<Watchdog>();
         watchdog->start(periodMs, callback);
@@ -42,14 +43,14 @@ void start(std::unique_ptr<Watchdog> &watchdog, int periodMs, const std::functio
 
 } // namespace
 
-CameraWorkspace &CameraWorkspace::instance() {
+CameraWorkspace& CameraWorkspace::instance() {
     static Internal::NeverDestroyed<CameraWorkspace> workspace;
     static const ExitGuard guard(workspace.get());
     return workspace.get();
 }
 
-void CameraWorkspace::startWatchdogs(const std::function<bool()> &searchForNew,
-                                     const std::function<bool()> &dropVanished) {
+void CameraWorkspace::startWatchdogs(const std::function<bool()>& searchForNew,
+                                     const std::function<bool()>& dropVanished) {
     const MutexLock lock(m_ControlMutex);
     start(m_DisconnectWatchdog, kDisconnectPeriodMs, dropVanished);
     start(m_NewConnectWatchdog, kNewConnectPeriodMs, searchForNew);

@@ -15,15 +15,15 @@ namespace CameraInterface {
 class CameraWorkspace {
 public:
     using NewConnectCallback = std::function<void()>;
-    using DisconnectCallback = std::function<void(const std::string &, const std::string &)>;
+    using DisconnectCallback = std::function<void(const std::string&, const std::string&)>;
 
     /// Made on first use and never destroyed; what runs is ended at process exit.
-    static CameraWorkspace &instance();
+    static CameraWorkspace& instance();
 
-    CameraList &cameras() { return m_Cameras; }
+    CameraList& cameras() { return m_Cameras; }
 
     /// Starts the watchdogs that do not run yet.
-    void startWatchdogs(const std::function<bool()> &searchForNew, const std::function<bool()> &dropVanished);
+    void startWatchdogs(const std::function<bool()>& searchForNew, const std::function<bool()>& dropVanished);
     /// Stops and destroys both watchdogs and clears both callbacks.
     void stopWatchdogs();
 
@@ -42,8 +42,8 @@ public:
     class WatchdogThread {
     public:
         WatchdogThread();
-        WatchdogThread(const WatchdogThread &) = delete;
-        WatchdogThread &operator=(const WatchdogThread &) = delete;
+        WatchdogThread(const WatchdogThread&) = delete;
+        WatchdogThread& operator=(const WatchdogThread&) = delete;
         ~WatchdogThread();
     };
 

@@ -2,32 +2,32 @@
 
 namespace KestrelExceptions {
 
-KestrelException KestrelException::create(const std::string &errorName, const std::string &file, int line,
-                                          const std::string &description) {
+KestrelException KestrelException::create(const std::string& errorName, const std::string& file, int line,
+                                          const std::string& description) {
     KestrelException exception(errorName, file, line, description);
     exception.init();
     return exception;
 }
 
-KestrelException::KestrelException(const std::string &errorName, const std::string &file, int line,
-                                   const std::string &description)
+KestrelException::KestrelException(const std::string& errorName, const std::string& file, int line,
+                                   const std::string& description)
     : m_ErrorName(errorName), m_File(file), m_Line(line), m_Description(description) {}
 
 KestrelException::~KestrelException() = default;
 
-const char *KestrelException::what() const noexcept {
+const char* KestrelException::what() const noexcept {
     return m_CompleteErrorMessage.c_str();
 }
 
-const char *KestrelException::who() const noexcept {
+const char* KestrelException::who() const noexcept {
     return m_ErrorName.c_str();
 }
 
-const char *KestrelException::where() const noexcept {
+const char* KestrelException::where() const noexcept {
     return m_Location.c_str();
 }
 
-const char *KestrelException::why() const noexcept {
+const char* KestrelException::why() const noexcept {
     return m_ErrorDescription.c_str();
 }
 
@@ -49,7 +49,7 @@ void KestrelException::buildErrorDescription() {
 
 void KestrelException::buildCompleteErrorMessage() {
     m_CompleteErrorMessage = "Exception: " + m_ErrorName + ".";
-    for (const std::string &line : {m_Location, m_ErrorDescription}) {
+    for (const std::string& line : {m_Location, m_ErrorDescription}) {
         if (!line.empty()) {
             m_CompleteErrorMessage += "\n" + line;
         }

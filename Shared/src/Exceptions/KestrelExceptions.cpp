@@ -2,8 +2,8 @@
 
 namespace KestrelExceptions {
 
-KestrelException_Camera::KestrelException_Camera(const std::string &errorName, const std::string &file, int line,
-                                                 const std::string &description, const std::string &serialNumber)
+KestrelException_Camera::KestrelException_Camera(const std::string& errorName, const std::string& file, int line,
+                                                 const std::string& description, const std::string& serialNumber)
     : KestrelException(errorName, file, line, description), m_SerialNumber(serialNumber) {
     init();
 }
@@ -14,9 +14,9 @@ void KestrelException_Camera::buildErrorDescription() {
     m_ErrorDescription = "Error with camera {serial number: " + m_SerialNumber + "}: " + m_Description;
 }
 
-KestrelException_CameraState::KestrelException_CameraState(const std::string &errorName, const std::string &file,
-                                                           int line, const std::string &description,
-                                                           const std::string &fromState, const std::string &toState)
+KestrelException_CameraState::KestrelException_CameraState(const std::string& errorName, const std::string& file,
+                                                           int line, const std::string& description,
+                                                           const std::string& fromState, const std::string& toState)
     : KestrelException(errorName, file, line, description), m_FromState(fromState), m_ToState(toState) {
     init();
 }
@@ -27,8 +27,8 @@ void KestrelException_CameraState::buildErrorDescription() {
     m_ErrorDescription = "Failed to transition from " + m_FromState + " to " + m_ToState + ". " + m_Description;
 }
 
-KestrelException_Function::KestrelException_Function(const std::string &errorName, const std::string &file, int line,
-                                                     const std::string &description, const std::string &functionName)
+KestrelException_Function::KestrelException_Function(const std::string& errorName, const std::string& file, int line,
+                                                     const std::string& description, const std::string& functionName)
     : KestrelException(errorName, file, line, description), m_FunctionName(functionName) {
     init();
 }
@@ -39,10 +39,10 @@ void KestrelException_Function::buildErrorDescription() {
     m_ErrorDescription = "Error with function {" + m_FunctionName + " }: " + m_Description;
 }
 
-KestrelException_InvalidArgument::KestrelException_InvalidArgument(const std::string &errorName,
-                                                                   const std::string &file, int line,
-                                                                   const std::string &description,
-                                                                   const std::string &argumentName)
+KestrelException_InvalidArgument::KestrelException_InvalidArgument(const std::string& errorName,
+                                                                   const std::string& file, int line,
+                                                                   const std::string& description,
+                                                                   const std::string& argumentName)
     : KestrelException(errorName, file, line, description), m_ArgumentName(argumentName) {
     init();
 }
@@ -53,8 +53,8 @@ void KestrelException_InvalidArgument::buildErrorDescription() {
     m_ErrorDescription = "The argument \"" + m_ArgumentName + "\" is invalid. " + m_Description;
 }
 
-KestrelException_Property::KestrelException_Property(const std::string &errorName, const std::string &file, int line,
-                                                     const std::string &description, const std::string &propertyName)
+KestrelException_Property::KestrelException_Property(const std::string& errorName, const std::string& file, int line,
+                                                     const std::string& description, const std::string& propertyName)
     : KestrelException(errorName, file, line, description), m_PropertyName(propertyName) {
     init();
 }
@@ -65,11 +65,11 @@ void KestrelException_Property::buildErrorDescription() {
     m_ErrorDescription = "Error with property {" + m_PropertyName + "}: " + m_Description;
 }
 
-KestrelException_PropertyComparison::KestrelException_PropertyComparison(const std::string &errorName,
-                                                                         const std::string &file, int line,
-                                                                         const std::string &description,
-                                                                         const std::string &firstProperty,
-                                                                         const std::string &secondProperty)
+KestrelException_PropertyComparison::KestrelException_PropertyComparison(const std::string& errorName,
+                                                                         const std::string& file, int line,
+                                                                         const std::string& description,
+                                                                         const std::string& firstProperty,
+                                                                         const std::string& secondProperty)
     : KestrelException(errorName, file, line, description), m_FirstProperty(firstProperty),
       m_SecondProperty(secondProperty) {
     init();
@@ -82,8 +82,8 @@ void KestrelException_PropertyComparison::buildErrorDescription() {
         "Error when comparing properties {" + m_FirstProperty + " & " + m_SecondProperty + " }: " + m_Description;
 }
 
-KestrelException_Stream::KestrelException_Stream(const std::string &errorName, const std::string &file, int line,
-                                                 const std::string &description, const std::string &streamType)
+KestrelException_Stream::KestrelException_Stream(const std::string& errorName, const std::string& file, int line,
+                                                 const std::string& description, const std::string& streamType)
     : KestrelException(errorName, file, line, description), m_StreamType(streamType) {
     init();
 }

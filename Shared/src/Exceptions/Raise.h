@@ -9,8 +9,8 @@ namespace KestrelExceptions {
 
 /// One kind of failure: the word that who() answers and the sentence that describes it.
 struct ErrorKind {
-    const char *name;
-    const char *description;
+    const char* name;
+    const char* description;
 };
 
 /// Every kind of failure that the library reports. The exception class says what the subject is.
@@ -29,7 +29,7 @@ inline constexpr ErrorKind kWouldWaitForItself{
 
 /// Throws the one exception of @p kind about @p subjects, thrown at @p here.
 template <typename Exception, typename... Subjects>
-[[noreturn]] void raise(const SourceLocation &here, const ErrorKind &kind, const Subjects &...subjects) {
+[[noreturn]] void raise(const SourceLocation& here, const ErrorKind& kind, const Subjects&... subjects) {
     if constexpr (std::is_same_v<Exception, KestrelException>) {
         throw KestrelException::create(kind.name, here.file, here.line, kind.description);
     } else {

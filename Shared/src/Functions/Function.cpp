@@ -2,7 +2,7 @@
 
 namespace CameraInterface {
 
-Function::Function(const std::string &name) : m_Name(name) {}
+Function::Function(const std::string& name) : m_Name(name) {}
 
 Function::~Function() = default;
 

@@ -17,7 +17,7 @@ constexpr std::size_t kMaximumBuffers = 16;
 
 } // namespace
 
-BufferPool &BufferPool::instance() {
+BufferPool& BufferPool::instance() {
     static Internal::NeverDestroyed<BufferPool> pool;
     return pool.get();
 }
@@ -27,7 +27,7 @@ BufferPool::Buffer BufferPool::take(std::size_t size) {
     if (size >= kSmallestPooled) {
         const Utilities::MutexLock lock(m_Mutex);
         // The smallest one that is large enough and not wastefully large.
-        const auto fits = [&](const Buffer &candidate) {
+        const auto fits = [&](const Buffer& candidate) {
             return candidate.capacity() >= size && candidate.capacity() / 2 <= size;
         };
         auto best = m_Buffers.end();

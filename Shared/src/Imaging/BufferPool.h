@@ -7,14 +7,14 @@
 
 namespace Imaging {
 
-/// Keeps the byte vectors of destroyed images for the next ones: fresh memory costs page faults and a zero fill that a conversion
-/// overwrites at once. Thread-safe.
+/// Keeps the byte vectors of destroyed images for the next ones: fresh memory costs page faults and a zero fill that a
+/// conversion overwrites at once. Thread-safe.
 class BufferPool {
 public:
     using Buffer = std::vector<unsigned char>;
 
     /// The pool of the process. It is never destroyed, so that images may outlive everything else.
-    static BufferPool &instance();
+    static BufferPool& instance();
 
     /// A buffer of exactly @p size bytes, whose content is not defined.
     Buffer take(std::size_t size);
@@ -32,11 +32,11 @@ private:
 class ScratchBuffer {
 public:
     explicit ScratchBuffer(std::size_t size) : m_Buffer(BufferPool::instance().take(size)) {}
-    ScratchBuffer(const ScratchBuffer &) = delete;
-    ScratchBuffer &operator=(const ScratchBuffer &) = delete;
+    ScratchBuffer(const ScratchBuffer&) = delete;
+    ScratchBuffer& operator=(const ScratchBuffer&) = delete;
     ~ScratchBuffer() { BufferPool::instance().giveBack(std::move(m_Buffer)); }
 
-    unsigned char *data() { return m_Buffer.data(); }
+    unsigned char* data() { return m_Buffer.data(); }
 
 private:
     BufferPool::Buffer m_Buffer;

@@ -12,7 +12,7 @@ bool machineIsLittleEndian() {
     return first == 1;
 }
 
-void swapSampleBytes(const unsigned char *source, unsigned char *target, std::size_t samples) {
+void swapSampleBytes(const unsigned char* source, unsigned char* target, std::size_t samples) {
     for (std::size_t i = 0; i < samples; ++i) {
         std::uint16_t sample = 0;
         std::memcpy(&sample, source + 2 * i, sizeof sample);

@@ -8,6 +8,6 @@ namespace Imaging {
 bool machineIsLittleEndian();
 
 /// Swaps the bytes of @p samples 16-bit words; source and target may be the same.
-void swapSampleBytes(const unsigned char *source, unsigned char *target, std::size_t samples);
+void swapSampleBytes(const unsigned char* source, unsigned char* target, std::size_t samples);
 
 } // namespace Imaging

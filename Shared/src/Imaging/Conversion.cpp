@@ -17,7 +17,7 @@ unsigned short conversionKey(IMAGE_FORMAT from, IMAGE_FORMAT to) {
 }
 
 /// The OpenCV depth of an image's samples.
-int sampleDepth(const Image &image) {
+int sampleDepth(const Image& image) {
     const unsigned bytes = image.getBytesPerChannel();
     if (bytes > 2) {
         throw std::runtime_error("Cannot handle greater than 2 bytes per channel.");
@@ -53,12 +53,12 @@ std::map<unsigned short, std::string> getAvailableConversions() {
 }
 
 bool conversionExists(IMAGE_FORMAT from, IMAGE_FORMAT to) {
-    const FormatDescription *source = findDescription(from);
-    const FormatDescription *target = findDescription(to);
+    const FormatDescription* source = findDescription(from);
+    const FormatDescription* target = findDescription(to);
     return source != nullptr && target != nullptr && source != target && target->layout != Layout::Mosaic;
 }
 
-std::unique_ptr<Image> convertImage(const std::unique_ptr<Image> &image, IMAGE_FORMAT format) {
+std::unique_ptr<Image> convertImage(const std::unique_ptr<Image>& image, IMAGE_FORMAT format) {
     if (!image || image->getFormat() == format) {
         return cloneImage(image);
     }
@@ -66,8 +66,8 @@ std::unique_ptr<Image> convertImage(const std::unique_ptr<Image> &image, IMAGE_F
     if (!conversionExists(image->getFormat(), format)) {
         throw std::runtime_error("Conversion between selected formats is not possible.");
     }
-    const FormatDescription &from = describe(image->getFormat());
-    const FormatDescription &to = describe(format);
+    const FormatDescription& from = describe(image->getFormat());
+    const FormatDescription& to = describe(format);
     const int width = matrixDimension(image->getWidth());
     const int height = matrixDimension(image->getHeight());
     const std::size_t planeBytes =

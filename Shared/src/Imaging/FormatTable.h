@@ -12,11 +12,12 @@ enum class Layout { Grey, Mosaic, Interleaved, Planar };
 
 /// What follows from a pixel format.
 struct FormatDescription {
-    const char *name;
+    const char* name;
     Layout layout;
     unsigned channels;
     unsigned planes;
-    /// The pixel channel of sample k of a pixel; of a mosaic, of the sites (even, even), (even, odd), (odd, even), (odd, odd).
+    /// The pixel channel of sample k of a pixel; of a mosaic, of the sites (even, even), (even, odd), (odd, even),
+    /// (odd, odd).
     std::array<std::uint8_t, 4> channelOfSample;
 
     /// Samples that one pixel takes in memory.
@@ -44,14 +45,14 @@ inline constexpr std::array<FormatDescription, 13> kFormats{{
 static_assert(kFormats.size() == static_cast<std::size_t>(IMAGE_FORMAT::BGRA_PLANAR) + 1);
 
 /// The row of a format, or null for a number that is none.
-const FormatDescription *findDescription(IMAGE_FORMAT format);
+const FormatDescription* findDescription(IMAGE_FORMAT format);
 
 /// The row of a format.
 /// @throws std::runtime_error "Invalid image format."
-const FormatDescription &describe(IMAGE_FORMAT format);
+const FormatDescription& describe(IMAGE_FORMAT format);
 
 /// The row of a format that must be of one layout.
 /// @throws std::runtime_error "Invalid image format."
-const FormatDescription &describe(IMAGE_FORMAT format, Layout layout);
+const FormatDescription& describe(IMAGE_FORMAT format, Layout layout);
 
 } // namespace Imaging

@@ -25,7 +25,8 @@ unsigned long long saturatingProduct(unsigned long long a, unsigned long long b)
     return b != 0 && a > largest / b ? largest : a * b;
 }
 
-/// Truncates toward zero to a signed 32-bit integer; values beyond one give the processor's answer, -2^31, whose low bits are 0.
+/// Truncates toward zero to a signed 32-bit integer; values beyond one give the processor's answer, -2^31, whose low
+/// bits are 0.
 std::uint32_t truncated(double value) {
     const bool representable = value > -2147483649.0 && value < 2147483648.0;
     return representable ? static_cast<std::uint32_t>(static_cast<std::int32_t>(value)) : 0x80000000U;
@@ -45,13 +46,13 @@ Image::Image(unsigned width, unsigned height, std::vector<unsigned char> data, u
     }
 }
 
-Image::Image(Image &&other) noexcept
+Image::Image(Image&& other) noexcept
     : m_Width(std::exchange(other.m_Width, 0)), m_Height(std::exchange(other.m_Height, 0)),
       m_Data(std::move(other.m_Data)), m_Format(other.m_Format), m_BitDepth(other.m_BitDepth),
       m_NumberOfChannels(other.m_NumberOfChannels), m_NumberOfPlanes(other.m_NumberOfPlanes),
       m_LittleEndian(other.m_LittleEndian) {}
 
-Image &Image::operator=(Image &&other) noexcept {
+Image& Image::operator=(Image&& other) noexcept {
     if (this != &other) {
         m_Width = std::exchange(other.m_Width, 0);
         m_Height = std::exchange(other.m_Height, 0);
@@ -109,11 +110,11 @@ std::vector<unsigned char> Image::getData() const {
     return m_Data;
 }
 
-unsigned char *Image::getDataAddress() {
+unsigned char* Image::getDataAddress() {
     return m_Data.data();
 }
 
-const unsigned char *Image::getDataAddress() const {
+const unsigned char* Image::getDataAddress() const {
     return m_Data.data();
 }
 
@@ -121,7 +122,7 @@ void Image::validateDataSize() {
     m_Data.resize(getImageSize());
 }
 
-void Image::validatePixelIndices(unsigned &row, unsigned &column) const {
+void Image::validatePixelIndices(unsigned& row, unsigned& column) const {
     if (row >= getHeight() || column >= getWidth()) {
         throw std::invalid_argument("Pixel location is out of image bounds.");
     }
@@ -181,7 +182,7 @@ void Image::writeSample(std::size_t offset, double value) {
     }
 }
 
-Pixel Image::readColorPixel(const FormatDescription &description, std::size_t offset, std::size_t step) const {
+Pixel Image::readColorPixel(const FormatDescription& description, std::size_t offset, std::size_t step) const {
     Pixel pixel;
     for (unsigned k = 0; k < std::min(description.channels, getNumberOfChannels()); ++k) {
         pixel.channel[description.channelOfSample[k]] = readSample(offset + k * step);
@@ -189,8 +190,8 @@ Pixel Image::readColorPixel(const FormatDescription &description, std::size_t of
     return pixel;
 }
 
-void Image::writeColorPixel(const FormatDescription &description, std::size_t offset, std::size_t step,
-                            const Pixel &pixel) {
+void Image::writeColorPixel(const FormatDescription& description, std::size_t offset, std::size_t step,
+                            const Pixel& pixel) {
     for (unsigned k = 0; k < std::min(description.channels, getNumberOfChannels()); ++k) {
         writeSample(offset + k * step, pixel.channel[description.channelOfSample[k]]);
     }
@@ -198,24 +199,24 @@ void Image::writeColorPixel(const FormatDescription &description, std::size_t of
 
 std::unique_ptr<Image> createImage(unsigned width, unsigned height, std::vector<unsigned char> data, unsigned bitDepth,
                                    bool littleEndian, IMAGE_FORMAT format) {
-    const FormatDescription &description = describe(format);
-    const auto make = [&](auto *type) -> std::unique_ptr<Image> {
+    const FormatDescription& description = describe(format);
+    const auto make = [&](auto* type) -> std::unique_ptr<Image> {
         return std::make_unique<std::remove_pointer_t<decltype(type)>>(
             width, height, std::move(data), bitDepth, littleEndian, format, description.channels, description.planes);
     };
     switch (description.layout) {
     case Layout::Mosaic:
-        return make(static_cast<Raw *>(nullptr));
+        return make(static_cast<Raw*>(nullptr));
     case Layout::Interleaved:
-        return make(static_cast<Color *>(nullptr));
+        return make(static_cast<Color*>(nullptr));
     case Layout::Planar:
-        return make(static_cast<PlanarColor *>(nullptr));
+        return make(static_cast<PlanarColor*>(nullptr));
     default:
         return std::make_unique<Mono>(width, height, std::move(data), bitDepth, littleEndian);
     }
 }
 
-std::unique_ptr<Image> cloneImage(const std::unique_ptr<Image> &image) {
+std::unique_ptr<Image> cloneImage(const std::unique_ptr<Image>& image) {
     if (!image) {
         throw std::invalid_argument("Image cannot be null.");
     }

@@ -23,7 +23,7 @@ constexpr int kSmallestDemosaiced = 3;
 constexpr std::size_t kBandBytes = 64 * 1024;
 
 /// The position of a channel among the samples of a pixel; nothing where the format lacks it.
-std::optional<unsigned> sampleOfChannel(const FormatDescription &description, unsigned channel) {
+std::optional<unsigned> sampleOfChannel(const FormatDescription& description, unsigned channel) {
     for (unsigned k = 0; k < description.channels; ++k) {
         if (description.channelOfSample[k] == channel) {
             return k;
@@ -32,7 +32,7 @@ std::optional<unsigned> sampleOfChannel(const FormatDescription &description, un
     return std::nullopt;
 }
 
-bool sameOrder(const FormatDescription &a, const FormatDescription &b) {
+bool sameOrder(const FormatDescription& a, const FormatDescription& b) {
     return a.channelOfSample[0] == b.channelOfSample[0];
 }
 
@@ -41,7 +41,7 @@ double largestSample(int depth) {
 }
 
 template <typename Work>
-void forEachBand(const PixelView &source, const PixelView &target, std::size_t bytesPerRow, Work work) {
+void forEachBand(const PixelView& source, const PixelView& target, std::size_t bytesPerRow, Work work) {
     const auto rows = static_cast<int>(std::clamp<std::size_t>(kBandBytes / std::max<std::size_t>(bytesPerRow, 1), 1,
                                                                static_cast<std::size_t>(source.height())));
     for (int begin = 0; begin < source.height(); begin += rows) {
@@ -73,12 +73,12 @@ constexpr std::array<BayerCodes, 4> kBayerCodes{{
      cv::COLOR_BayerRG2RGBA},
 }};
 
-const BayerCodes &bayerCodes(const FormatDescription &description) {
+const BayerCodes& bayerCodes(const FormatDescription& description) {
     const auto row = &description - kFormats.data();
     return kBayerCodes[static_cast<std::size_t>(row) - static_cast<std::size_t>(IMAGE_FORMAT::BAYER_RGGB)];
 }
 
-int greyCode(const FormatDescription &source) {
+int greyCode(const FormatDescription& source) {
     const bool rgb = source.channelOfSample[0] == 0;
     if (source.channels == 4) {
         return rgb ? cv::COLOR_RGBA2GRAY : cv::COLOR_BGRA2GRAY;
@@ -86,9 +86,9 @@ int greyCode(const FormatDescription &source) {
     return rgb ? cv::COLOR_RGB2GRAY : cv::COLOR_BGR2GRAY;
 }
 
-/// The code between two interleaved orders: by channels of the source, channels of the target (3 or 4) and whether red and blue
-/// change places.
-int reorderCode(const FormatDescription &source, const FormatDescription &target) {
+/// The code between two interleaved orders: by channels of the source, channels of the target (3 or 4) and whether red
+/// and blue change places.
+int reorderCode(const FormatDescription& source, const FormatDescription& target) {
     constexpr int kNone = -1;
     constexpr int kCodes[2][2][2] = {
         {{kNone, cv::COLOR_BGR2RGB}, {cv::COLOR_BGR2BGRA, cv::COLOR_BGR2RGBA}},
@@ -98,7 +98,7 @@ int reorderCode(const FormatDescription &source, const FormatDescription &target
 }
 
 /// Lets OpenCV write straight into the target, whose size and type are the result's.
-void convertColor(const PixelView &source, const PixelView &target, int code) {
+void convertColor(const PixelView& source, const PixelView& target, int code) {
     cv::Mat result = target.pixels();
     cv::cvtColor(source.pixels(), result, code);
     CV_Assert(result.data == target.data());
@@ -106,14 +106,14 @@ void convertColor(const PixelView &source, const PixelView &target, int code) {
 
 // --- Planes ---
 
-void fillAlphaPlane(const PixelView &target) {
+void fillAlphaPlane(const PixelView& target) {
     if (const auto alpha = sampleOfChannel(target.description(), kAlphaChannel)) {
         std::memset(target.data() + *alpha * target.planeBytes(), 0xFF, target.planeBytes());
     }
 }
 
 /// Splits into the planes where they belong; a plane that the target lacks goes into @p unwanted, of one band.
-void splitBand(const PixelView &source, const PixelView &target, unsigned char *unwanted) {
+void splitBand(const PixelView& source, const PixelView& target, unsigned char* unwanted) {
     std::array<cv::Mat, 4> planes;
     for (unsigned k = 0; k < source.description().channels; ++k) {
         const auto place = sampleOfChannel(target.description(), source.description().channelOfSample[k]);
@@ -124,8 +124,8 @@ void splitBand(const PixelView &source, const PixelView &target, unsigned char *
 }
 
 /// Merges the planes in the order of the target; a plane that the source lacks is @p alpha, of one band.
-void mergeBand(const PixelView &source, const PixelView &target, const cv::Mat &alpha) {
-    const FormatDescription &order = target.description();
+void mergeBand(const PixelView& source, const PixelView& target, const cv::Mat& alpha) {
+    const FormatDescription& order = target.description();
     std::array<cv::Mat, 4> planes;
     for (unsigned k = 0; k < order.channels; ++k) {
         const auto place = sampleOfChannel(source.description(), order.channelOfSample[k]);
@@ -138,37 +138,37 @@ void mergeBand(const PixelView &source, const PixelView &target, const cv::Mat &
 
 // --- One function per pair of layouts ---
 
-void greyToInterleaved(const PixelView &source, const PixelView &target) {
+void greyToInterleaved(const PixelView& source, const PixelView& target) {
     convertColor(source, target, target.description().channels == 4 ? cv::COLOR_GRAY2BGRA : cv::COLOR_GRAY2BGR);
 }
 
-void greyToPlanar(const PixelView &source, const PixelView &target) {
+void greyToPlanar(const PixelView& source, const PixelView& target) {
     for (unsigned channel = 0; channel < kAlphaChannel; ++channel) {
         std::memcpy(target.data() + channel * target.planeBytes(), source.data(), target.planeBytes());
     }
     fillAlphaPlane(target);
 }
 
-void mosaicToGrey(const PixelView &source, const PixelView &target) {
+void mosaicToGrey(const PixelView& source, const PixelView& target) {
     convertColor(source, target, bayerCodes(source.description()).toGrey);
 }
 
-void interleavedToInterleaved(const PixelView &source, const PixelView &target) {
+void interleavedToInterleaved(const PixelView& source, const PixelView& target) {
     convertColor(source, target, reorderCode(source.description(), target.description()));
 }
 
 /// The three-channel format that a mosaic is demosaiced to on the way to @p target, in the order of the target.
-const FormatDescription &demosaicedFormat(const FormatDescription &target) {
+const FormatDescription& demosaicedFormat(const FormatDescription& target) {
     const bool rgb = target.channelOfSample[0] == 0;
     return describe(rgb ? IMAGE_FORMAT::RGB : IMAGE_FORMAT::BGR);
 }
 
 /// Demosaics into interleaved samples of scratch memory, then hands them to @p next.
 template <typename Next>
-void demosaicThen(const PixelView &source, const PixelView &target, Next next);
+void demosaicThen(const PixelView& source, const PixelView& target, Next next);
 
-void mosaicToInterleaved(const PixelView &source, const PixelView &target) {
-    const BayerCodes &codes = bayerCodes(source.description());
+void mosaicToInterleaved(const PixelView& source, const PixelView& target) {
+    const BayerCodes& codes = bayerCodes(source.description());
     const bool rgb = target.description().channelOfSample[0] == 0;
     if (target.description().channels == 3) {
         convertColor(source, target, rgb ? codes.toRgb : codes.toBgr);
@@ -180,8 +180,8 @@ void mosaicToInterleaved(const PixelView &source, const PixelView &target) {
 }
 
 template <typename Next>
-void demosaicThen(const PixelView &source, const PixelView &target, Next next) {
-    const FormatDescription &format = demosaicedFormat(target.description());
+void demosaicThen(const PixelView& source, const PixelView& target, Next next) {
+    const FormatDescription& format = demosaicedFormat(target.description());
     const std::size_t planeBytes = source.rowBytes() * static_cast<std::size_t>(source.height());
     ScratchBuffer scratch(planeBytes * format.channels);
     const PixelView colors(scratch.data(), source.width(), source.height(), source.depth(), planeBytes, format);
@@ -189,12 +189,12 @@ void demosaicThen(const PixelView &source, const PixelView &target, Next next) {
     next(colors, target);
 }
 
-void interleavedToPlanar(const PixelView &source, const PixelView &target) {
+void interleavedToPlanar(const PixelView& source, const PixelView& target) {
     const bool dropsPlane = source.description().channels > target.description().channels;
     const std::size_t rowBytes = target.rowBytes();
     ScratchBuffer unwanted(dropsPlane ? std::max(kBandBytes, rowBytes) : 0);
     if (dropsPlane) {
-        forEachBand(source, target, rowBytes, [&](const PixelView &sourceRows, const PixelView &targetRows) {
+        forEachBand(source, target, rowBytes, [&](const PixelView& sourceRows, const PixelView& targetRows) {
             splitBand(sourceRows, targetRows, unwanted.data());
         });
     } else {
@@ -205,15 +205,15 @@ void interleavedToPlanar(const PixelView &source, const PixelView &target) {
     }
 }
 
-void mosaicToPlanar(const PixelView &source, const PixelView &target) {
+void mosaicToPlanar(const PixelView& source, const PixelView& target) {
     demosaicThen(source, target, interleavedToPlanar);
 }
 
-void interleavedToGrey(const PixelView &source, const PixelView &target) {
+void interleavedToGrey(const PixelView& source, const PixelView& target) {
     convertColor(source, target, greyCode(source.description()));
 }
 
-void planarToInterleaved(const PixelView &source, const PixelView &target) {
+void planarToInterleaved(const PixelView& source, const PixelView& target) {
     if (source.description().channels >= target.description().channels) {
         mergeBand(source, target, cv::Mat());
         return;
@@ -222,17 +222,17 @@ void planarToInterleaved(const PixelView &source, const PixelView &target) {
     const auto bandRows = static_cast<int>(std::max<std::size_t>(kBandBytes / rowBytes, 1));
     const cv::Mat alpha(std::min(bandRows, source.height()), source.width(), CV_MAKETYPE(source.depth(), 1),
                         cv::Scalar::all(largestSample(source.depth())));
-    forEachBand(source, target, rowBytes, [&](const PixelView &sourceRows, const PixelView &targetRows) {
+    forEachBand(source, target, rowBytes, [&](const PixelView& sourceRows, const PixelView& targetRows) {
         mergeBand(sourceRows, targetRows, alpha);
     });
 }
 
-void planarToGrey(const PixelView &source, const PixelView &target) {
-    const FormatDescription &format =
+void planarToGrey(const PixelView& source, const PixelView& target) {
+    const FormatDescription& format =
         describe(source.description().channelOfSample[0] == 0 ? IMAGE_FORMAT::RGB : IMAGE_FORMAT::BGR);
     const std::size_t rowBytes = source.rowBytes() * format.channels;
     ScratchBuffer scratch(std::max(kBandBytes, rowBytes));
-    forEachBand(source, target, rowBytes, [&](const PixelView &sourceRows, const PixelView &targetRows) {
+    forEachBand(source, target, rowBytes, [&](const PixelView& sourceRows, const PixelView& targetRows) {
         const PixelView colors(scratch.data(), sourceRows.width(), sourceRows.height(), sourceRows.depth(), rowBytes,
                                format);
         mergeBand(sourceRows, colors, cv::Mat());
@@ -240,7 +240,7 @@ void planarToGrey(const PixelView &source, const PixelView &target) {
     });
 }
 
-void planarToPlanar(const PixelView &source, const PixelView &target) {
+void planarToPlanar(const PixelView& source, const PixelView& target) {
     for (unsigned k = 0; k < target.description().channels; ++k) {
         const auto place = sampleOfChannel(source.description(), target.description().channelOfSample[k]);
         if (place) {
@@ -252,7 +252,7 @@ void planarToPlanar(const PixelView &source, const PixelView &target) {
     }
 }
 
-using Converter = void (*)(const PixelView &, const PixelView &);
+using Converter = void (*)(const PixelView&, const PixelView&);
 
 /// By the layout of the source and of the target: grey, mosaic, interleaved, planar.
 constexpr Converter kConverters[4][4] = {
@@ -264,11 +264,11 @@ constexpr Converter kConverters[4][4] = {
 
 } // namespace
 
-bool computesWithSamples(const FormatDescription &source, const FormatDescription &target) {
+bool computesWithSamples(const FormatDescription& source, const FormatDescription& target) {
     return source.layout == Layout::Mosaic || target.layout == Layout::Grey;
 }
 
-void convertPixels(const PixelView &source, const PixelView &target) {
+void convertPixels(const PixelView& source, const PixelView& target) {
     const Converter converter = kConverters[static_cast<std::size_t>(source.description().layout)]
                                            [static_cast<std::size_t>(target.description().layout)];
     converter(source, target);

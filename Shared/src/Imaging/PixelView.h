@@ -13,18 +13,18 @@ class PixelView {
 public:
     /// @param depth CV_8U or CV_16U
     /// @param planeBytes bytes from one plane to the next
-    PixelView(unsigned char *data, int width, int height, int depth, std::size_t planeBytes,
-              const FormatDescription &description)
+    PixelView(unsigned char* data, int width, int height, int depth, std::size_t planeBytes,
+              const FormatDescription& description)
         : m_Data(data), m_Width(width), m_Height(height), m_Depth(depth), m_PlaneBytes(planeBytes),
           m_Description(&description) {}
 
     int width() const { return m_Width; }
     int height() const { return m_Height; }
     int depth() const { return m_Depth; }
-    const FormatDescription &description() const { return *m_Description; }
+    const FormatDescription& description() const { return *m_Description; }
     std::size_t bytesPerSample() const { return m_Depth == CV_8U ? 1 : 2; }
     std::size_t planeBytes() const { return m_PlaneBytes; }
-    unsigned char *data() const { return m_Data; }
+    unsigned char* data() const { return m_Data; }
 
     /// Bytes that the rows of one plane take.
     std::size_t rowBytes() const {
@@ -49,12 +49,12 @@ public:
     }
 
 private:
-    unsigned char *m_Data;
+    unsigned char* m_Data;
     int m_Width;
     int m_Height;
     int m_Depth;
     std::size_t m_PlaneBytes;
-    const FormatDescription *m_Description;
+    const FormatDescription* m_Description;
 };
 
 } // namespace Imaging

@@ -37,7 +37,7 @@ void Raw::setPixel(unsigned row, unsigned column, Pixel pixel) {
 }
 
 Raw::BAYER_COLOR Raw::getBayerColor(unsigned row, unsigned column) const {
-    const FormatDescription &description = describe(getFormat(), Layout::Mosaic);
+    const FormatDescription& description = describe(getFormat(), Layout::Mosaic);
     return static_cast<BAYER_COLOR>(description.channelOfSample[row % 2 * 2 + column % 2]);
 }
 

@@ -23,13 +23,13 @@ static_assert(kDescriptiveProperties.size() == 16);
 
 } // namespace
 
-std::map<std::string, std::string> collectCameraInfo(Camera &camera) {
+std::map<std::string, std::string> collectCameraInfo(Camera& camera) {
     std::map<std::string, std::string> info;
-    for (const char *name : kDescriptiveProperties) {
+    for (const char* name : kDescriptiveProperties) {
         try {
-            Property &property = camera.getProperty(name);
+            Property& property = camera.getProperty(name);
             info[property.getName()] = property.getValue();
-        } catch (const std::exception &) {
+        } catch (const std::exception&) {
             // The other properties are still worth reading.
         }
     }

@@ -8,6 +8,6 @@
 namespace Internal {
 
 /// The values of the descriptive properties that a camera has, by name. A property that cannot be read is left out.
-std::map<std::string, std::string> collectCameraInfo(CameraInterface::Camera &camera);
+std::map<std::string, std::string> collectCameraInfo(CameraInterface::Camera& camera);
 
 } // namespace Internal

@@ -10,13 +10,13 @@ template <typename T>
 class NeverDestroyed {
 public:
     template <typename... Arguments>
-    explicit NeverDestroyed(Arguments &&...arguments) {
-        ::new (static_cast<void *>(m_Storage)) T(std::forward<Arguments>(arguments)...);
+    explicit NeverDestroyed(Arguments&&... arguments) {
+        ::new (static_cast<void*>(m_Storage)) T(std::forward<Arguments>(arguments)...);
     }
-    NeverDestroyed(const NeverDestroyed &) = delete;
-    NeverDestroyed &operator=(const NeverDestroyed &) = delete;
+    NeverDestroyed(const NeverDestroyed&) = delete;
+    NeverDestroyed& operator=(const NeverDestroyed&) = delete;
 
-    T &get() { return *std::launder(reinterpret_cast<T *>(m_Storage)); }
+    T& get() { return *std::launder(reinterpret_cast<T*>(m_Storage)); }
 
 private:
     alignas(T) unsigned char m_Storage[sizeof(T)];

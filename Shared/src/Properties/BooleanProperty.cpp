@@ -2,7 +2,7 @@
 
 namespace CameraInterface {
 
-BooleanProperty::BooleanProperty(const std::string &name, const PROPERTY_TYPE &type) : Property(name, type) {}
+BooleanProperty::BooleanProperty(const std::string& name, const PROPERTY_TYPE& type) : Property(name, type) {}
 
 std::string BooleanProperty::getMinimum() {
     return m_States.toString(false);
@@ -36,7 +36,7 @@ std::vector<std::string> BooleanProperty::getValueList() {
     return m_States.getList();
 }
 
-void BooleanProperty::setValue(const std::string &value) {
+void BooleanProperty::setValue(const std::string& value) {
     m_Value = m_States.toValue(value);
 }
 

@@ -5,15 +5,15 @@
 namespace CameraInterface {
 
 template <typename T>
-MemoryProperty<T>::MemoryProperty(const std::string &name, const PROPERTY_TYPE &type, const T &minimum,
-                                  const T &maximum, const T &defaultValue, bool readOnly, bool discrete,
-                                  const std::map<std::string, T> &valueEnumeration)
+MemoryProperty<T>::MemoryProperty(const std::string& name, const PROPERTY_TYPE& type, const T& minimum,
+                                  const T& maximum, const T& defaultValue, bool readOnly, bool discrete,
+                                  const std::map<std::string, T>& valueEnumeration)
     : Property(name, type), m_Minimum(minimum), m_Maximum(maximum), m_Value(defaultValue), m_Default(defaultValue),
       m_ReadOnly(readOnly), m_AvailableForWriting(!readOnly), m_Discrete(discrete),
       m_ValueEnumeration(valueEnumeration) {}
 
 template <typename T>
-std::string MemoryProperty<T>::getText(const T &value) const {
+std::string MemoryProperty<T>::getText(const T& value) const {
     return m_Discrete ? m_ValueEnumeration.toString(value) : Utilities::toText(value);
 }
 
@@ -61,7 +61,7 @@ std::vector<std::string> MemoryProperty<T>::getValueList() {
 }
 
 template <typename T>
-void MemoryProperty<T>::setValue(const std::string &value) {
+void MemoryProperty<T>::setValue(const std::string& value) {
     if (value == getValue() || isReadOnly() || !isAvailableForWriting()) {
         return;
     }

@@ -4,7 +4,7 @@
 
 namespace CameraInterface {
 
-Property::Property(const std::string &name, const PROPERTY_TYPE &type) : m_Name(name), m_Type(type) {}
+Property::Property(const std::string& name, const PROPERTY_TYPE& type) : m_Name(name), m_Type(type) {}
 
 Property::~Property() {
     unregisterOnChangeCallback();
@@ -30,19 +30,19 @@ Property::operator std::string() {
     return getValue();
 }
 
-void Property::operator=(const std::string &value) {
+void Property::operator=(const std::string& value) {
     setValue(value);
 }
 
-void Property::addLinkedProperty(Property &other) {
+void Property::addLinkedProperty(Property& other) {
     m_LinkedProperties.emplace(other.getName(), &other);
 }
 
-void Property::removeLinkedProperty(Property &other) {
+void Property::removeLinkedProperty(Property& other) {
     m_LinkedProperties.erase(other.getName());
 }
 
-void Property::registerOnChangeCallback(std::function<void(Property &)> callback) {
+void Property::registerOnChangeCallback(std::function<void(Property&)> callback) {
     m_OnChangeCallback = std::move(callback);
 }
 
@@ -52,7 +52,7 @@ void Property::unregisterOnChangeCallback() {
 
 void Property::onChange(bool notifyLinked) {
     if (notifyLinked) {
-        for (const auto &partner : m_LinkedProperties) {
+        for (const auto& partner : m_LinkedProperties) {
             partner.second->update(false);
         }
     }

@@ -2,13 +2,13 @@
 
 namespace CameraInterface {
 
-PropertyConditional::PropertyConditional(const std::string &name, const PROPERTY_TYPE &type,
-                                         Property &conditionProperty, const std::string &conditionValue,
-                                         Property &propertyIfEqual, Property &propertyOtherwise)
+PropertyConditional::PropertyConditional(const std::string& name, const PROPERTY_TYPE& type,
+                                         Property& conditionProperty, const std::string& conditionValue,
+                                         Property& propertyIfEqual, Property& propertyOtherwise)
     : Property(name, type), m_ConditionProperty(&conditionProperty), m_ConditionValue(conditionValue),
       m_PropertyIfEqual(&propertyIfEqual), m_PropertyOtherwise(&propertyOtherwise) {}
 
-Property &PropertyConditional::selected() {
+Property& PropertyConditional::selected() {
     return m_ConditionProperty->getValue() == m_ConditionValue ? *m_PropertyIfEqual : *m_PropertyOtherwise;
 }
 
@@ -44,7 +44,7 @@ std::vector<std::string> PropertyConditional::getValueList() {
     return selected().getValueList();
 }
 
-void PropertyConditional::setValue(const std::string &value) {
+void PropertyConditional::setValue(const std::string& value) {
     selected().setValue(value);
 }
 

@@ -2,9 +2,9 @@
 
 namespace CameraInterface::SimulatedAdapter {
 
-SimulatedProperty::SimulatedProperty(const std::string &name, PROPERTY_TYPE type, const std::string &minimum,
-                                     const std::string &maximum, const std::string &defaultValue, bool readOnly,
-                                     bool discrete, const std::vector<std::string> &valueList)
+SimulatedProperty::SimulatedProperty(const std::string& name, PROPERTY_TYPE type, const std::string& minimum,
+                                     const std::string& maximum, const std::string& defaultValue, bool readOnly,
+                                     bool discrete, const std::vector<std::string>& valueList)
     : Property(name, type), m_Minimum(minimum), m_Maximum(maximum), m_Value(defaultValue), m_Default(defaultValue),
       m_ReadOnly(readOnly), m_AvailableForWriting(!readOnly), m_Discrete(discrete), m_ValueList(valueList) {}
 
@@ -40,7 +40,7 @@ std::vector<std::string> SimulatedProperty::getValueList() {
     return m_ValueList;
 }
 
-void SimulatedProperty::setValue(const std::string &value) {
+void SimulatedProperty::setValue(const std::string& value) {
     if (!isReadOnly() && isAvailableForWriting()) {
         m_Value = value;
         onChange(true);

@@ -10,9 +10,9 @@ namespace CameraInterface::SimulatedAdapter {
 /// A property of a simulated camera: texts, as its list describes them. Nothing that is written is checked.
 class SimulatedProperty : public Property {
 public:
-    SimulatedProperty(const std::string &name, PROPERTY_TYPE type, const std::string &minimum,
-                      const std::string &maximum, const std::string &defaultValue, bool readOnly, bool discrete,
-                      const std::vector<std::string> &valueList);
+    SimulatedProperty(const std::string& name, PROPERTY_TYPE type, const std::string& minimum,
+                      const std::string& maximum, const std::string& defaultValue, bool readOnly, bool discrete,
+                      const std::vector<std::string>& valueList);
 
     using Property::operator=;
 
@@ -24,7 +24,7 @@ public:
     bool isAvailableForWriting() override;
     bool isDiscrete() override;
     std::vector<std::string> getValueList() override;
-    void setValue(const std::string &value) override;
+    void setValue(const std::string& value) override;
 
 private:
     std::string m_Minimum;

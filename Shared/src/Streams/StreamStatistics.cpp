@@ -8,19 +8,19 @@ StreamStatistics::StreamStatistics()
     : m_FrameCounters{std::make_shared<Utilities::FrameCounter>(), std::make_shared<Utilities::FrameCounter>(),
                       std::make_shared<Utilities::FrameCounter>()} {}
 
-StreamStatistics::StreamStatistics(const StreamStatistics &other)
+StreamStatistics::StreamStatistics(const StreamStatistics& other)
     : m_FrameCounters(other.m_FrameCounters), m_CaptureTime(other.m_CaptureTime.load()),
       m_ImageDataTransferTime(other.m_ImageDataTransferTime.load()) {}
 
-StreamStatistics::StreamStatistics(StreamStatistics &&other) noexcept
+StreamStatistics::StreamStatistics(StreamStatistics&& other) noexcept
     : m_FrameCounters(std::move(other.m_FrameCounters)), m_CaptureTime(other.m_CaptureTime.load()),
       m_ImageDataTransferTime(other.m_ImageDataTransferTime.load()) {}
 
-StreamStatistics &StreamStatistics::operator=(const StreamStatistics &other) {
+StreamStatistics& StreamStatistics::operator=(const StreamStatistics& other) {
     return *this = StreamStatistics(other);
 }
 
-StreamStatistics &StreamStatistics::operator=(StreamStatistics &&other) noexcept {
+StreamStatistics& StreamStatistics::operator=(StreamStatistics&& other) noexcept {
     m_FrameCounters = std::move(other.m_FrameCounters);
     m_CaptureTime = other.m_CaptureTime.load();
     m_ImageDataTransferTime = other.m_ImageDataTransferTime.load();
@@ -61,7 +61,7 @@ void StreamStatistics::setImageDataTransferTime(double seconds) {
     m_ImageDataTransferTime = seconds;
 }
 
-Utilities::FrameCounter &StreamStatistics::counter(STREAM_TYPE type) {
+Utilities::FrameCounter& StreamStatistics::counter(STREAM_TYPE type) {
     return *m_FrameCounters[static_cast<std::size_t>(type)];
 }
 

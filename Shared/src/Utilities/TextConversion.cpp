@@ -40,7 +40,7 @@ constexpr std::uint64_t kUint32Maximum = std::numeric_limits<std::uint32_t>::max
 constexpr std::uint64_t kMagnitudeCap = std::uint64_t{1} << 62;
 
 /// Takes a sign off the front; whether it was a minus.
-bool takeSign(std::string_view &text) {
+bool takeSign(std::string_view& text) {
     if (text.empty() || (text.front() != '+' && text.front() != '-')) {
         return false;
     }
@@ -65,7 +65,7 @@ Integer extractInteger(std::string_view word) {
     return parseDigits(word, negative, 10).value_or(Integer{false, 0});
 }
 
-int baseOf(std::string_view &digits) {
+int baseOf(std::string_view& digits) {
     const bool hexadecimal = digits.size() > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X') &&
                              std::string_view("0123456789abcdefABCDEF").find(digits[2]) != std::string_view::npos;
     if (hexadecimal) {
@@ -75,8 +75,8 @@ int baseOf(std::string_view &digits) {
     return !digits.empty() && digits[0] == '0' ? 8 : 10;
 }
 
-/// The longest start of a word that an input stream takes for a floating-point number: no "inf", "nan" or hexadecimal. An
-/// exponent that is begun is taken, so that "1e" is no number.
+/// The longest start of a word that an input stream takes for a floating-point number: no "inf", "nan" or hexadecimal.
+/// An exponent that is begun is taken, so that "1e" is no number.
 std::string_view floatingPointCharacters(std::string_view word) {
     std::size_t length = 0;
     const auto take = [&](std::string_view allowed) {
@@ -102,10 +102,17 @@ std::string_view floatingPointCharacters(std::string_view word) {
     return word.substr(0, length);
 }
 
-/// Whether a number text that is out of range is too large rather than too small: its exponent decides.
+/// Whether a number text that is out of range is too large rather than too small: the power of ten of its first digit
+/// says.
 bool overflows(std::string_view number) {
-    const std::size_t exponent = number.find_first_of("eE");
-    return exponent == std::string_view::npos || number.substr(exponent + 1, 1) != "-";
+    const std::size_t exponentMark = std::min(number.find_first_of("eE"), number.size());
+    const std::string_view mantissa = number.substr(0, exponentMark);
+    std::string_view exponentDigits = number.substr(std::min(exponentMark + 1, number.size()));
+    const bool negative = takeSign(exponentDigits);
+    const std::int64_t exponent = parseDigits(exponentDigits, negative, 10).value_or(Integer{false, 0}).value();
+    const auto point = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size()));
+    const auto firstDigit = static_cast<std::int64_t>(mantissa.find_first_of("123456789"));
+    return exponent + point - firstDigit > 0;
 }
 
 double extractDouble(std::string_view word) {
@@ -149,11 +156,11 @@ std::string toText(bool value) {
     return value ? "1" : "0";
 }
 
-std::string toText(const std::string &value) {
+std::string toText(const std::string& value) {
     return value;
 }
 
-void extractFirstWord(const std::string &text, unsigned long &value) {
+void extractFirstWord(const std::string& text, unsigned long& value) {
     const std::string_view word = withoutLeadingSpace(text);
     if (word.empty()) {
         return;
@@ -163,7 +170,7 @@ void extractFirstWord(const std::string &text, unsigned long &value) {
     value = number.fits(kUint32Maximum, kUint32Maximum) ? static_cast<std::uint32_t>(number.value()) : kUint32Maximum;
 }
 
-void extractFirstWord(const std::string &text, int &value) {
+void extractFirstWord(const std::string& text, int& value) {
     const std::string_view word = withoutLeadingSpace(text);
     if (word.empty()) {
         return;
@@ -173,28 +180,28 @@ void extractFirstWord(const std::string &text, int &value) {
                                                       std::numeric_limits<std::int32_t>::max()));
 }
 
-void extractFirstWord(const std::string &text, double &value) {
+void extractFirstWord(const std::string& text, double& value) {
     const std::string_view word = withoutLeadingSpace(text);
     if (!word.empty()) {
         value = extractDouble(word);
     }
 }
 
-void extractFirstWord(const std::string &text, bool &value) {
+void extractFirstWord(const std::string& text, bool& value) {
     const std::string_view word = withoutLeadingSpace(text);
     if (!word.empty()) {
         value = extractInteger(word).magnitude != 0;
     }
 }
 
-void extractFirstWord(const std::string &text, std::string &value) {
+void extractFirstWord(const std::string& text, std::string& value) {
     const std::string_view word = withoutLeadingSpace(text);
     if (!word.empty()) {
         value = word.substr(0, word.find_first_of(kWhiteSpace));
     }
 }
 
-int parseInteger(const std::string &text) {
+int parseInteger(const std::string& text) {
     std::string_view digits = withoutLeadingSpace(text);
     const bool negative = takeSign(digits);
     const int base = baseOf(digits);

@@ -10,20 +10,20 @@ std::string toText(unsigned long value);
 std::string toText(int value);
 std::string toText(double value);
 std::string toText(bool value);
-std::string toText(const std::string &value);
+std::string toText(const std::string& value);
 
-/// Reads the first blank-delimited word, the way a standard input stream does: text that is blank leaves @p value as it is, a
-/// word that does not start with a number gives 0, one out of range the nearest limit. Integers are 32 bits wide.
-void extractFirstWord(const std::string &text, unsigned long &value);
-void extractFirstWord(const std::string &text, int &value);
-void extractFirstWord(const std::string &text, double &value);
-void extractFirstWord(const std::string &text, bool &value);
-void extractFirstWord(const std::string &text, std::string &value);
+/// Reads the first blank-delimited word, the way a standard input stream does: text that is blank leaves @p value as it
+/// is, a word that does not start with a number gives 0, one out of range the nearest limit. Integers are 32 bits wide.
+void extractFirstWord(const std::string& text, unsigned long& value);
+void extractFirstWord(const std::string& text, int& value);
+void extractFirstWord(const std::string& text, double& value);
+void extractFirstWord(const std::string& text, bool& value);
+void extractFirstWord(const std::string& text, std::string& value);
 
-/// The signed 32-bit number at the start of a text, with automatic base: "0x" hexadecimal, a leading 0 octal, otherwise decimal.
-/// Leading white space and a sign are accepted; what follows the number is ignored.
+/// The signed 32-bit number at the start of a text, with automatic base: "0x" hexadecimal, a leading 0 octal, otherwise
+/// decimal. Leading white space and a sign are accepted; what follows the number is ignored.
 /// @throws std::invalid_argument "invalid stoi argument"  no number there
 /// @throws std::out_of_range "stoi argument out of range"  not a signed 32-bit number
-int parseInteger(const std::string &text);
+int parseInteger(const std::string& text);
 
 } // namespace Utilities

@@ -24,7 +24,7 @@ Watchdog::~Watchdog() {
     }
 }
 
-void Watchdog::start(const int &periodMs, const std::function<bool()> &callback) {
+void Watchdog::start(const int& periodMs, const std::function<bool()>& callback) {
     // Copies, because restart() passes the members that stop() leaves free to change.
     const int period = periodMs;
     const std::function<bool()> function = callback;

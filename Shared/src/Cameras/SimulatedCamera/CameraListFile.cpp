@@ -21,7 +21,7 @@ void forEachCamera(Visit visit) {
     json document;
     file >> document;
     if (const auto cameras = document.find("Cameras"); cameras != document.end()) {
-        for (const json &camera : *cameras) {
+        for (const json& camera : *cameras) {
             visit(camera);
         }
     }
@@ -29,11 +29,11 @@ void forEachCamera(Visit visit) {
 
 /// The entries of an array that the cameras with this serial number have under @p key, in order.
 template <typename Description>
-std::vector<Description> loadDescriptions(const std::string &serialNumber, const char *key) {
+std::vector<Description> loadDescriptions(const std::string& serialNumber, const char* key) {
     std::vector<Description> descriptions;
-    forEachCamera([&](const json &camera) {
+    forEachCamera([&](const json& camera) {
         if (camera.at("Identification").at("Serial Number").get<std::string>() == serialNumber) {
-            for (const json &entry : camera.at(key)) {
+            for (const json& entry : camera.at(key)) {
                 descriptions.push_back(entry.get<Description>());
             }
         }
@@ -46,14 +46,14 @@ template <typename Read>
 void readAsFarAsPossible(Read read) {
     try {
         read();
-    } catch (const std::exception &) {
+    } catch (const std::exception&) {
         // An incomplete entry is taken for what it has.
     }
 }
 
-void readDescriptors(const json &entries, std::vector<ParameterDescriptor> &descriptors) {
+void readDescriptors(const json& entries, std::vector<ParameterDescriptor>& descriptors) {
     static const ParameterTypes types;
-    for (const json &entry : entries) {
+    for (const json& entry : entries) {
         ParameterDescriptor descriptor;
         descriptor.m_Type = types.toValue(entry.at("Type").get<std::string>());
         entry.at("Label").get_to(descriptor.m_Label);
@@ -65,26 +65,26 @@ void readDescriptors(const json &entries, std::vector<ParameterDescriptor> &desc
 
 std::vector<SimulatedCameraIdentification> loadSimulatedCameraList() {
     std::vector<SimulatedCameraIdentification> identifications;
-    forEachCamera([&](const json &camera) { identifications.push_back(camera.get<SimulatedCameraIdentification>()); });
+    forEachCamera([&](const json& camera) { identifications.push_back(camera.get<SimulatedCameraIdentification>()); });
     return identifications;
 }
 
-std::vector<SimulatedPropertyDescription> loadPropertyDescriptions(const std::string &serialNumber) {
+std::vector<SimulatedPropertyDescription> loadPropertyDescriptions(const std::string& serialNumber) {
     return loadDescriptions<SimulatedPropertyDescription>(serialNumber, "Properties");
 }
 
-std::vector<SimulatedFunctionDescription> loadFunctionDescriptions(const std::string &serialNumber) {
+std::vector<SimulatedFunctionDescription> loadFunctionDescriptions(const std::string& serialNumber) {
     return loadDescriptions<SimulatedFunctionDescription>(serialNumber, "Functions");
 }
 
-void from_json(const json &value, SimulatedCameraIdentification &identification) {
+void from_json(const json& value, SimulatedCameraIdentification& identification) {
     readAsFarAsPossible([&] {
         value.at("Identification").at("Model Name").get_to(identification.m_ModelName);
         value.at("Identification").at("Serial Number").get_to(identification.m_SerialNumber);
     });
 }
 
-void from_json(const json &value, SimulatedPropertyDescription &description) {
+void from_json(const json& value, SimulatedPropertyDescription& description) {
     static const PropertyTypes types;
     readAsFarAsPossible([&] {
         value.at("Name").get_to(description.m_Name);
@@ -100,7 +100,7 @@ void from_json(const json &value, SimulatedPropertyDescription &description) {
     });
 }
 
-void from_json(const json &value, SimulatedFunctionDescription &description) {
+void from_json(const json& value, SimulatedFunctionDescription& description) {
     readAsFarAsPossible([&] {
         value.at("Name").get_to(description.m_Name);
         readDescriptors(value.at("Parameters"), description.m_Parameters);

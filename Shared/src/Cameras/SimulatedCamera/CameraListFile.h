@@ -39,19 +39,20 @@ struct SimulatedFunctionDescription {
 /// The full path of the camera list, fixed when the library is built.
 std::string getCameraListPath();
 
-// Each loader reads the camera list anew. Without such a file, or without cameras in it, the result is empty; what is no JSON ends
-// in the JSON library's exception. An entry that is incomplete keeps what was read of it before the first key that is missing or wrong.
+// Each loader reads the camera list anew. Without such a file, or without cameras in it, the result is empty; what is
+// no JSON ends in the JSON library's exception. An entry that is incomplete keeps what was read of it before the first
+// key that is missing or wrong.
 
 /// Every camera of the list, in its order.
 std::vector<SimulatedCameraIdentification> loadSimulatedCameraList();
 /// The properties of every camera entry with this serial number.
 /// @throws nlohmann::json::exception  also where an entry has no serial number, or a matching one no "Properties"
-std::vector<SimulatedPropertyDescription> loadPropertyDescriptions(const std::string &serialNumber);
+std::vector<SimulatedPropertyDescription> loadPropertyDescriptions(const std::string& serialNumber);
 /// The functions of every camera entry with this serial number. Throws like loadPropertyDescriptions().
-std::vector<SimulatedFunctionDescription> loadFunctionDescriptions(const std::string &serialNumber);
+std::vector<SimulatedFunctionDescription> loadFunctionDescriptions(const std::string& serialNumber);
 
-void from_json(const nlohmann::json &value, SimulatedCameraIdentification &identification);
-void from_json(const nlohmann::json &value, SimulatedPropertyDescription &description);
-void from_json(const nlohmann::json &value, SimulatedFunctionDescription &description);
+void from_json(const nlohmann::json& value, SimulatedCameraIdentification& identification);
+void from_json(const nlohmann::json& value, SimulatedPropertyDescription& description);
+void from_json(const nlohmann::json& value, SimulatedFunctionDescription& description);
 
 } // namespace CameraInterface::SimulatedAdapter

@@ -4,7 +4,7 @@
 
 namespace CameraInterface::SimulatedAdapter {
 
-IdentificationCache &IdentificationCache::instance() {
+IdentificationCache& IdentificationCache::instance() {
     static Internal::NeverDestroyed<IdentificationCache> cache;
     return cache.get();
 }

@@ -8,12 +8,14 @@
 
 namespace CameraInterface::SimulatedAdapter {
 
-/// The identifications of the camera list, read once in the process. Thread-safe: a first reader that is reading makes the others wait.
+/// The identifications of the camera list, read once in the process. Thread-safe: a first reader that is reading makes
+/// the others wait.
 class IdentificationCache {
 public:
-    static IdentificationCache &instance();
+    static IdentificationCache& instance();
 
-    /// The identifications. A list that cannot be read throws the loader's exception and is tried again at the next call.
+    /// The identifications. A list that cannot be read throws the loader's exception and is tried again at the next
+    /// call.
     std::vector<SimulatedCameraIdentification> get();
 
     /// Makes the next get() read the list again.

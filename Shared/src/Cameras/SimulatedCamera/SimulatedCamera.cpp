@@ -15,24 +15,24 @@ namespace CameraInterface::SimulatedAdapter {
 
 using namespace KestrelExceptions;
 
-SimulatedCamera::SimulatedCamera(const std::string &serialNumber, const std::string &modelName)
+SimulatedCamera::SimulatedCamera(const std::string& serialNumber, const std::string& modelName)
     : m_SerialNumber(serialNumber), m_ModelName(modelName) {}
 
 SimulatedCamera::~SimulatedCamera() {
     try {
         SimulatedCamera::disconnect();
-    } catch (const KestrelException &) {
+    } catch (const KestrelException&) {
         // A suspended camera refuses to be disconnected; there is nothing to close.
     }
 }
 
 std::vector<std::unique_ptr<Camera>> SimulatedCamera::getListOfCameras() {
     std::vector<std::unique_ptr<Camera>> cameras;
-    for (const SimulatedCameraIdentification &identification : IdentificationCache::instance().get()) {
+    for (const SimulatedCameraIdentification& identification : IdentificationCache::instance().get()) {
         try {
             cameras.push_back(
                 std::make_unique<SimulatedCamera>(identification.m_SerialNumber, identification.m_ModelName));
-        } catch (const std::exception &) {
+        } catch (const std::exception&) {
             // The other cameras are still to be had.
         }
     }
@@ -83,13 +83,13 @@ void SimulatedCamera::suspend() {
 }
 
 void SimulatedCamera::buildProperties() {
-    for (const SimulatedPropertyDescription &description : loadPropertyDescriptions(getSerialNumber())) {
+    for (const SimulatedPropertyDescription& description : loadPropertyDescriptions(getSerialNumber())) {
         try {
             auto property = std::make_unique<SimulatedProperty>(
                 description.m_Name, description.m_Type, description.m_Minimum, description.m_Maximum,
                 description.m_Default, description.m_ReadOnly, description.m_Discrete, description.m_ValueList);
             m_Properties.emplace(property->getName(), std::move(property));
-        } catch (const KestrelException_Property &) {
+        } catch (const KestrelException_Property&) {
             // A camera lacks what it cannot make.
         }
     }
@@ -97,11 +97,11 @@ void SimulatedCamera::buildProperties() {
 }
 
 void SimulatedCamera::buildFunctions() {
-    for (const SimulatedFunctionDescription &description : loadFunctionDescriptions(getSerialNumber())) {
+    for (const SimulatedFunctionDescription& description : loadFunctionDescriptions(getSerialNumber())) {
         try {
             std::unique_ptr<Function> function = makeSimulatedFunction(this, description);
             m_Functions.emplace(function->getName(), std::move(function));
-        } catch (const KestrelException_Function &) {
+        } catch (const KestrelException_Function&) {
             // A camera lacks what it cannot make.
         }
     }

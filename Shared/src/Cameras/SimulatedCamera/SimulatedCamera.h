@@ -10,16 +10,17 @@
 
 namespace CameraInterface::SimulatedAdapter {
 
-/// A camera that exists only in the camera list: properties hold texts, flash and status registers live in memory, images are one
-/// black pixel. Both memories outlive disconnection and vanish with the object.
+/// A camera that exists only in the camera list: properties hold texts, flash and status registers live in memory,
+/// images are one black pixel. Both memories outlive disconnection and vanish with the object.
 class SimulatedCamera : public Camera {
 public:
-    SimulatedCamera(const std::string &serialNumber, const std::string &modelName);
-    SimulatedCamera(const SimulatedCamera &) = delete;
-    SimulatedCamera &operator=(const SimulatedCamera &) = delete;
+    SimulatedCamera(const std::string& serialNumber, const std::string& modelName);
+    SimulatedCamera(const SimulatedCamera&) = delete;
+    SimulatedCamera& operator=(const SimulatedCamera&) = delete;
     ~SimulatedCamera() override;
 
-    /// A new object for each camera of the list. The list is read once in the process; one that cannot be parsed throws.
+    /// A new object for each camera of the list. The list is read once in the process; one that cannot be parsed
+    /// throws.
     static std::vector<std::unique_ptr<Camera>> getListOfCameras();
 
     std::unique_ptr<Imaging::Image> getImage() override;
@@ -31,9 +32,9 @@ public:
     void disconnect() override;
     void suspend() override;
 
-    SparseMemory &getFlashMemory() { return m_FlashMemory; }
-    SparseMemory &getFlashStatus() { return m_FlashStatus; }
-    void setBootMode(const std::string &mode) { m_BootMode = mode; }
+    SparseMemory& getFlashMemory() { return m_FlashMemory; }
+    SparseMemory& getFlashStatus() { return m_FlashStatus; }
+    void setBootMode(const std::string& mode) { m_BootMode = mode; }
 
 protected:
     void buildProperties() override;

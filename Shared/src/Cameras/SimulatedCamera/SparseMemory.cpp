@@ -32,7 +32,7 @@ std::string SparseMemory::read(std::uint32_t address, std::uint32_t length) cons
     return data;
 }
 
-void SparseMemory::write(std::uint32_t address, const std::string &data) {
+void SparseMemory::write(std::uint32_t address, const std::string& data) {
     auto from = data.begin();
     forEachPage(address, data.size(), kPageSize, [&](std::uint32_t number, std::uint32_t offset, std::uint32_t part) {
         const auto [page, isNew] = m_Pages.try_emplace(number);

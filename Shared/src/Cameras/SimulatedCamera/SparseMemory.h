@@ -15,7 +15,7 @@ public:
 
     /// @p length bytes from @p address on. Throws std::bad_alloc where they do not fit into memory.
     std::string read(std::uint32_t address, std::uint32_t length) const;
-    void write(std::uint32_t address, const std::string &data);
+    void write(std::uint32_t address, const std::string& data);
     /// Puts @p length bytes back to what they held untouched.
     void clear(std::uint32_t address, std::uint32_t length);
 

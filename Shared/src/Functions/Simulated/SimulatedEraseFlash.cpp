@@ -6,7 +6,7 @@
 
 namespace CameraInterface::SimulatedAdapter {
 
-std::vector<std::string> SimulatedEraseFlash::perform(std::vector<std::string> &parameters) {
+std::vector<std::string> SimulatedEraseFlash::perform(std::vector<std::string>& parameters) {
     requireParameters(parameters, 2, QUILL_HERE);
     const std::uint32_t address = parseAddress(parameters[0]);
     const int length = Utilities::parseInteger(parameters[1]);

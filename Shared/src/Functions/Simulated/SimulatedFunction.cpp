@@ -7,16 +7,16 @@ namespace CameraInterface::SimulatedAdapter {
 
 using namespace KestrelExceptions;
 
-SimulatedFunction::SimulatedFunction(SimulatedCamera *camera, const std::string &name,
-                                     const std::vector<ParameterDescriptor> &parameters,
-                                     const std::vector<ParameterDescriptor> &returnFormat)
+SimulatedFunction::SimulatedFunction(SimulatedCamera* camera, const std::string& name,
+                                     const std::vector<ParameterDescriptor>& parameters,
+                                     const std::vector<ParameterDescriptor>& returnFormat)
     : Function(name), m_Camera(camera), m_Parameters(parameters), m_ReturnFormat(returnFormat) {
     if (!SimulatedFunction::isFunctionSupported()) {
         raise<KestrelException_Function>(QUILL_HERE, Errors::kFunctionUnsupported, name);
     }
 }
 
-std::vector<std::string> SimulatedFunction::perform(std::vector<std::string> & /*parameters*/) {
+std::vector<std::string> SimulatedFunction::perform(std::vector<std::string>& /*parameters*/) {
     return {};
 }
 
@@ -32,14 +32,14 @@ std::vector<ParameterDescriptor> SimulatedFunction::getReturnFormat() {
     return m_ReturnFormat;
 }
 
-void SimulatedFunction::requireParameters(const std::vector<std::string> &parameters, std::size_t count,
-                                          const SourceLocation &here) {
+void SimulatedFunction::requireParameters(const std::vector<std::string>& parameters, std::size_t count,
+                                          const SourceLocation& here) {
     if (parameters.size() < count) {
         raise<KestrelException_InvalidArgument>(here, Errors::kArgumentEmpty, "parameters");
     }
 }
 
-std::uint32_t SimulatedFunction::parseAddress(const std::string &text) {
+std::uint32_t SimulatedFunction::parseAddress(const std::string& text) {
     return static_cast<std::uint32_t>(Utilities::parseInteger(text));
 }
 

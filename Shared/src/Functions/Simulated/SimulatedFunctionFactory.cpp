@@ -17,14 +17,14 @@ namespace CameraInterface::SimulatedAdapter {
 namespace {
 
 template <typename Class>
-std::unique_ptr<Function> make(SimulatedCamera *camera, const SimulatedFunctionDescription &description) {
+std::unique_ptr<Function> make(SimulatedCamera* camera, const SimulatedFunctionDescription& description) {
     return std::make_unique<Class>(camera, description.m_Name, description.m_Parameters, description.m_ReturnFormat);
 }
 
 /// Function name and what makes it.
 struct FunctionFactory {
     std::string_view name;
-    std::unique_ptr<Function> (*make)(SimulatedCamera *, const SimulatedFunctionDescription &);
+    std::unique_ptr<Function> (*make)(SimulatedCamera*, const SimulatedFunctionDescription&);
 };
 
 constexpr std::array<FunctionFactory, 7> kFactories{{
@@ -39,10 +39,10 @@ constexpr std::array<FunctionFactory, 7> kFactories{{
 
 } // namespace
 
-std::unique_ptr<Function> makeSimulatedFunction(SimulatedCamera *camera,
-                                                const SimulatedFunctionDescription &description) {
-    const auto *row = std::find_if(kFactories.begin(), kFactories.end(),
-                                   [&](const FunctionFactory &factory) { return factory.name == description.m_Name; });
+std::unique_ptr<Function> makeSimulatedFunction(SimulatedCamera* camera,
+                                                const SimulatedFunctionDescription& description) {
+    const auto* row = std::find_if(kFactories.begin(), kFactories.end(),
+                                   [&](const FunctionFactory& factory) { return factory.name == description.m_Name; });
     return row == kFactories.end() ? make<SimulatedFunction>(camera, description) : row->make(camera, description);
 }
 

@@ -8,7 +8,7 @@ namespace CameraInterface::SimulatedAdapter {
 
 using namespace KestrelExceptions;
 
-std::vector<std::string> SimulatedReadFlash::perform(std::vector<std::string> &parameters) {
+std::vector<std::string> SimulatedReadFlash::perform(std::vector<std::string>& parameters) {
     requireParameters(parameters, 2, QUILL_HERE);
     const std::uint32_t address = parseAddress(parameters[0]);
     const int length = Utilities::parseInteger(parameters[1]);

@@ -5,7 +5,7 @@
 
 namespace CameraInterface::SimulatedAdapter {
 
-std::vector<std::string> SimulatedReadFlashStatus::perform(std::vector<std::string> &parameters) {
+std::vector<std::string> SimulatedReadFlashStatus::perform(std::vector<std::string>& parameters) {
     requireParameters(parameters, 1, QUILL_HERE);
     return {camera().getFlashStatus().read(parseAddress(parameters[0]), 1)};
 }

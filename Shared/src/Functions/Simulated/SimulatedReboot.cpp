@@ -7,9 +7,9 @@
 
 namespace CameraInterface::SimulatedAdapter {
 
-std::vector<std::string> SimulatedReboot::perform(std::vector<std::string> &parameters) {
+std::vector<std::string> SimulatedReboot::perform(std::vector<std::string>& parameters) {
     requireParameters(parameters, 1, QUILL_HERE);
-    const std::string &mode = parameters[0];
+    const std::string& mode = parameters[0];
     if (mode != "Bootloader" && mode != "Firmware") {
         throw std::invalid_argument("Reboot mode not valid.");
     }

@@ -10,7 +10,7 @@ class SimulatedReboot : public SimulatedFunction {
 public:
     using SimulatedFunction::SimulatedFunction;
 
-    std::vector<std::string> perform(std::vector<std::string> &parameters) override;
+    std::vector<std::string> perform(std::vector<std::string>& parameters) override;
 };
 
 } // namespace CameraInterface::SimulatedAdapter

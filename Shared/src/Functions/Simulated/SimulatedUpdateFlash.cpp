@@ -5,7 +5,7 @@
 
 namespace CameraInterface::SimulatedAdapter {
 
-std::vector<std::string> SimulatedUpdateFlash::perform(std::vector<std::string> &parameters) {
+std::vector<std::string> SimulatedUpdateFlash::perform(std::vector<std::string>& parameters) {
     requireParameters(parameters, 2, QUILL_HERE);
     camera().getFlashMemory().write(parseAddress(parameters[0]), parameters[1]);
     return {};

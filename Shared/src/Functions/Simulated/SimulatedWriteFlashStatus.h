@@ -9,7 +9,7 @@ class SimulatedWriteFlashStatus : public SimulatedFunction {
 public:
     using SimulatedFunction::SimulatedFunction;
 
-    std::vector<std::string> perform(std::vector<std::string> &parameters) override;
+    std::vector<std::string> perform(std::vector<std::string>& parameters) override;
 };
 
 } // namespace CameraInterface::SimulatedAdapter

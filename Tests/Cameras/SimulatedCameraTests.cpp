@@ -1,0 +1,304 @@
+#include "Cameras/SimulatedCamera/SimulatedCamera.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "Cameras/SimulatedCamera/CameraListFile.h"
+#include "Exceptions/KestrelExceptions.h"
+#include "Support/CameraListFixture.h"
+#include "Support/Throws.h"
+
+namespace {
+
+using namespace CameraInterface;
+using namespace CameraInterface::SimulatedAdapter;
+using namespace KestrelExceptions;
+using nlohmann::json;
+using TestSupport::expectFailure;
+using TestSupport::expectStandard;
+using Texts = std::vector<std::string>;
+
+json property(const std::string& name, const std::string& value, bool readOnly = false) {
+    return {{"Name", name},           {"Type", "Float"},      {"Minimum", "0"},    {"Maximum", "100"},
+            {"Default", value},       {"ReadOnly", readOnly}, {"Discrete", false}, {"AvailableForWriting", !readOnly},
+            {"ValueList", {"a", "b"}}};
+}
+
+json function(const std::string& name) {
+    const json address{{"Type", "Integer"}, {"Label", "Address"}};
+    return {{"Name", name},
+            {"Parameters", {address, {{"Type", "String"}, {"Label", "Data"}}}},
+            {"Return Format", {address}}};
+}
+
+json camera(const std::string& serial, json properties = json::array(), json functions = json::array()) {
+    return {{"Identification", {{"Model Name", "Model " + serial}, {"Serial Number", serial}}},
+            {"Properties", std::move(properties)},
+            {"Functions", std::move(functions)}};
+}
+
+std::string listOf(json cameras) {
+    return json{{"Cameras", std::move(cameras)}}.dump();
+}
+
+class SimulatedCameraTest : public TestSupport::CameraListFixture {
+protected:
+    Camera& open(const std::string& list, const std::string& serial = "1") {
+        describeCameras(list);
+        Camera::initialiseWorkspace();
+        Camera& camera = Camera::getCamera(serial);
+        camera.connect();
+        return camera;
+    }
+
+    Camera& openFlash() {
+        json functions = json::array();
+        for (const char* name : {"Read Flash", "Write Flash", "Erase Flash", "Update Flash", "Read Flash Status",
+                                 "Write Flash Status", "Reboot", "Jtag"}) {
+            functions.push_back(function(name));
+        }
+        return open(listOf({camera("1", json::array(), functions)}));
+    }
+};
+
+Texts perform(Camera& camera, const std::string& name, Texts parameters) {
+    return camera.perform(name, parameters);
+}
+
+TEST_F(SimulatedCameraTest, EachCameraHasWhatItsOwnEntryLists) {
+    const std::string list =
+        listOf({camera("1", {property("Video Gain", "1"), property("Exposure", "2")}, {function("Reboot")}),
+                camera("2", {property("Video Exposure", "3")})});
+    Camera& first = open(list);
+    Camera& second = open(list, "2");
+    EXPECT_EQ(Camera::getCamerasList(), (std::map<std::string, std::string>{{"1", "Model 1"}, {"2", "Model 2"}}));
+    EXPECT_EQ(first.getSupportedProperties(), (Texts{"Exposure", "Video Gain"}));
+    EXPECT_EQ(second.getSupportedProperties(), Texts{"Video Exposure"});
+    EXPECT_EQ(first.getSupportedFunctions(), Texts{"Reboot"});
+    EXPECT_TRUE(first.isPropertySupported("Exposure"));
+    EXPECT_FALSE(first.isPropertySupported("exposure"));
+    expectFailure<KestrelException_Property>([&] { first.getProperty("x"); }, "PropertyUnsupported",
+                                             "Property is not supported.");
+    expectFailure<KestrelException_Function>([&] { perform(second, "Reboot", {}); }, "FunctionUnsupported",
+                                             "Function not supported.");
+}
+
+TEST_F(SimulatedCameraTest, StatesChangeByTheirRules) {
+    Camera& camera = open(listOf({::camera("1")}));
+    const char* const refused = "State transition not allowed.";
+    camera.connect();
+    camera.suspend();
+    const auto failure =
+        expectFailure<KestrelException_CameraState>([&] { camera.disconnect(); }, "CameraState", refused);
+    EXPECT_STREQ(failure.why(), "Failed to transition from suspended to disconnected. State transition not allowed.");
+    EXPECT_NE(std::string(failure.where()).find("[Shared/src/Cameras/SimulatedCamera/SimulatedCamera.cpp]"),
+              std::string::npos);
+    expectFailure<KestrelException_CameraState>([&] { camera.suspend(); }, "CameraState", refused);
+    camera.connect();
+    EXPECT_TRUE(camera.isConnected());
+    camera.disconnect();
+    camera.disconnect();
+    EXPECT_EQ(camera.getState(), CameraState::Disconnected);
+    expectFailure<KestrelException_CameraState>([&] { camera.suspend(); }, "CameraState", refused);
+    camera.connect();
+    camera.suspend(); // and destroyed in this state
+}
+
+TEST_F(SimulatedCameraTest, HasNoStreamAndOneBlackPixel) {
+    Camera& camera = open(listOf({::camera("1")}));
+    camera.disconnect();
+    const auto image = camera.getImage();
+    EXPECT_EQ(image->getImageSize(), 1U);
+    EXPECT_EQ(image->getFormat(), Imaging::IMAGE_FORMAT::MONO);
+    EXPECT_EQ(camera.convertImage(image, Imaging::IMAGE_FORMAT::RGB)->getData().size(), 3U);
+    EXPECT_FALSE(camera.isStreaming());
+    const char* const sentence = "The camera has no stream.";
+    expectFailure<KestrelException>([&] { camera.startStream(); }, "StreamUnsupported", sentence);
+    expectFailure<KestrelException>([&] { camera.stopStream(); }, "StreamUnsupported", sentence);
+    expectFailure<KestrelException>([&] { camera.getStreamStatistics(); }, "StreamUnsupported", sentence);
+}
+
+TEST_F(SimulatedCameraTest, PropertiesKeepTheirTextsUncheckedAcrossConnections) {
+    Camera& camera = open(listOf({::camera("1", {property("Gain", "1"), property("Version", "1.0", true)})}));
+    Texts changed;
+    camera.registerPropertyChangeCallback([&](Property& property) { changed.push_back(property.getName()); });
+    Property& gain = camera.getProperty("Gain");
+    gain.setValue("999");
+    camera.getProperty("Version").setValue("2.0");
+    camera.getProperty("Version").resetToDefault();
+    EXPECT_EQ(camera.getProperty("Version").getValue(), "1.0");
+    EXPECT_EQ(changed, Texts{"Gain"});
+    camera.disconnect();
+    describeCameras(listOf({::camera("1", {property("Gain", "5"), property("New", "6")})}));
+    camera.connect();
+    EXPECT_EQ(&camera.getProperty("Gain"), &gain);
+    EXPECT_EQ(gain.getValue(), "999");
+    camera.getProperty("New").setValue("7");
+    EXPECT_EQ(changed, (Texts{"Gain", "New"})) << "a property that came later carries the callback too";
+    gain.resetToDefault();
+    EXPECT_EQ(gain.getValue(), "1");
+    EXPECT_EQ(gain.getValueList(), (Texts{"a", "b"}));
+}
+
+TEST_F(SimulatedCameraTest, InfoHoldsTheDescriptivePropertiesThatThereAre) {
+    Camera& camera = open(listOf({::camera("1", {property("Firmware Version", "1.2"), property("Gain", "1")})}));
+    EXPECT_EQ(camera.getCameraInfo(), (std::map<std::string, std::string>{{"Firmware Version", "1.2"}}));
+}
+
+TEST_F(SimulatedCameraTest, FlashReadsBackWhatWasWritten) {
+    Camera& camera = openFlash();
+    EXPECT_EQ(perform(camera, "Read Flash", {"0x100", "4"}), Texts{"\xFF\xFF\xFF\xFF"});
+    EXPECT_EQ(perform(camera, "Write Flash", {"0x101", std::string("\x12\x00\x34", 3)}), Texts{});
+    EXPECT_EQ(perform(camera, "Read Flash", {"0x100", "5", "ignored"}), Texts{std::string("\xFF\x12\x00\x34\xFF", 5)});
+    EXPECT_EQ(perform(camera, "Erase Flash", {"257", "1"}), Texts{});
+    EXPECT_EQ(perform(camera, "Read Flash", {"0401", "3"}), Texts{std::string("\xFF\x00\x34", 3)});
+    camera.disconnect();
+    camera.connect();
+    EXPECT_EQ(perform(camera, "Read Flash", {"0x103", "1"}), Texts{"\x34"}) << "memory outlives the connection";
+    // Across pages, and at the end of the address range.
+    const std::string data(10'000, 'q');
+    perform(camera, "Update Flash", {"4000", data});
+    perform(camera, "Erase Flash", {"4090", "8200"});
+    EXPECT_EQ(perform(camera, "Read Flash", {"4000", "10000"}),
+              Texts{std::string(90, 'q') + std::string(8200, '\xFF') + std::string(1710, 'q')});
+    perform(camera, "Write Flash", {"-2", "abcd"});
+    EXPECT_EQ(perform(camera, "Read Flash", {"0", "2"}), Texts{"cd"}) << "addresses count on modulo 2^32";
+    perform(camera, "Erase Flash", {"0", "2147483647"});
+    EXPECT_EQ(perform(camera, "Read Flash", {"0", "2"}), Texts{"\xFF\xFF"});
+    EXPECT_EQ(perform(camera, "Read Flash", {"-2", "1"}), Texts{"a"});
+    EXPECT_EQ(perform(camera, "Read Flash", {"-1", "0"}), Texts{""});
+}
+
+TEST_F(SimulatedCameraTest, StatusRegistersAreAMemoryOfTheirOwn) {
+    Camera& camera = openFlash();
+    EXPECT_EQ(perform(camera, "Read Flash Status", {"7"}), Texts{std::string(1, '\0')});
+    perform(camera, "Write Flash Status", {"7", "\x80\x81"});
+    EXPECT_EQ(perform(camera, "Read Flash Status", {"8"}), Texts{"\x81"});
+    EXPECT_EQ(perform(camera, "Read Flash", {"7", "1"}), Texts{"\xFF"});
+    EXPECT_EQ(perform(camera, "Reboot", {"Bootloader"}), Texts{});
+    EXPECT_TRUE(camera.isConnected());
+    EXPECT_EQ(perform(camera, "Jtag", {}), Texts{}) << "a function without simulated behaviour takes anything";
+    EXPECT_EQ(camera.getFunction("Jtag").getParameters()[1].m_Label, "Data");
+    EXPECT_EQ(camera.getFunction("Jtag").getReturnFormat()[0].m_Type, PARAMETER_TYPE::Integer);
+}
+
+TEST_F(SimulatedCameraTest, FunctionsRefuseWhatTheyCannotDo) {
+    Camera& camera = openFlash();
+    for (const char* name : {"Read Flash", "Write Flash", "Erase Flash", "Update Flash", "Write Flash Status"}) {
+        for (const Texts& parameters : {Texts{}, Texts{"0"}}) {
+            expectFailure<KestrelException_InvalidArgument>([&] { perform(camera, name, parameters); }, "ArgumentEmpty",
+                                                            "Provided argument is empty.");
+        }
+        expectStandard<std::invalid_argument>([&] { perform(camera, name, {"x", "0"}); }, "invalid stoi argument");
+        expectStandard<std::out_of_range>(
+            [&] {
+                perform(camera, name, {"0x80000000", "0"});
+            },
+            "stoi argument out of range");
+    }
+    for (const char* name : {"Read Flash Status", "Reboot"}) {
+        expectFailure<KestrelException_InvalidArgument>([&] { perform(camera, name, {}); }, "ArgumentEmpty",
+                                                        "Provided argument is empty.");
+    }
+    for (const Texts& range : {Texts{"0", "-1"}, Texts{"-16", "32"}, Texts{"-16", "16"}}) {
+        expectFailure<KestrelException_Function>([&] { perform(camera, "Read Flash", range); }, "FunctionExecution",
+                                                 "Failed to execute function.");
+        EXPECT_EQ(perform(camera, "Erase Flash", range), Texts{}) << "erases nothing and says nothing";
+    }
+    EXPECT_NO_THROW(perform(camera, "Read Flash", {"-16", "15"}));
+    expectStandard<std::invalid_argument>([&] { perform(camera, "Reboot", {"firmware"}); }, "Reboot mode not valid.");
+}
+
+TEST_F(SimulatedCameraTest, TheEnumerationReadsTheListOnce) {
+    EXPECT_EQ(SimulatedCamera::getListOfCameras().size(), 0U);
+    describeCameras("{\"Cameras\": [");
+    EXPECT_THROW(SimulatedCamera::getListOfCameras(), json::parse_error) << "not kept: the next call tries again";
+    Camera::initialiseWorkspace();
+    EXPECT_NE(Camera::getEnumerationFailures().at("simulated cameras").find("parse error"), std::string::npos);
+    describeCameras(listOf({camera("1")}));
+    EXPECT_EQ(SimulatedCamera::getListOfCameras().size(), 1U);
+    EXPECT_EQ(Camera::searchForNewCameras(), 1U);
+}
+
+TEST_F(SimulatedCameraTest, ConnectPassesTheFailuresOfItsListOn) {
+    describeCameras(listOf({camera("1")}));
+    Camera::initialiseWorkspace();
+    Camera& camera = Camera::getCamera("1");
+    for (const char* broken :
+         {"", "{\"Cameras\": [{}]}", "{\"Cameras\": [{\"Identification\": {\"Serial Number\": 1}}]}",
+          "{\"Cameras\": [{\"Identification\": {\"Serial Number\": \"1\"}, \"Properties\": []}]}"}) {
+        describeCameras(broken);
+        EXPECT_THROW(camera.connect(), json::exception) << broken;
+        EXPECT_EQ(camera.getState(), CameraState::Disconnected);
+    }
+}
+
+class CameraListFileTest : public TestSupport::CameraListFixture {};
+
+TEST_F(CameraListFileTest, DocumentsWithoutCamerasAreEmpty) {
+    const auto all = [] {
+        return loadSimulatedCameraList().size() + loadPropertyDescriptions("1").size() +
+               loadFunctionDescriptions("1").size();
+    };
+    removeCameraList();
+    EXPECT_EQ(all(), 0U);
+    for (const char* document :
+         {"{}", "[]", "3", "null", "{\"Cameras\": []}", "{\"Cameras\": null}", "{\"cameras\": [1]}"}) {
+        describeCameras(document);
+        EXPECT_EQ(all(), 0U) << document;
+    }
+    for (const char* document : {"", "{", "{\"Cameras\": [}", "\xFF\xFE"}) {
+        describeCameras(document);
+        EXPECT_THROW(all(), json::parse_error) << document;
+    }
+    describeCameras(std::string(100'000, '['));
+    EXPECT_THROW(all(), json::parse_error) << "deep nesting";
+}
+
+TEST_F(CameraListFileTest, IncompleteEntriesKeepWhatWasReadBeforeTheFault) {
+    json wrongMinimum = property("A", "1");
+    wrongMinimum["Minimum"] = 0;
+    json noAvailability = property("B", "2");
+    noAvailability.erase("AvailableForWriting");
+    noAvailability["ReadOnly"] = true;
+    json wrongWord = property("C", "3");
+    wrongWord["Type"] = "float";
+    json wrongList = property("D", "4");
+    wrongList["ValueList"] = {"a", 1};
+    json wrongDescriptor = function("Reboot");
+    wrongDescriptor["Parameters"][1]["Type"] = "string";
+    describeCameras(listOf({camera("1", {wrongMinimum, noAvailability, wrongWord, wrongList, 5}, {wrongDescriptor}),
+                            {{"Identification", 5}}}));
+
+    const auto identifications = loadSimulatedCameraList();
+    ASSERT_EQ(identifications.size(), 2U);
+    EXPECT_EQ(identifications[0].m_ModelName, "Model 1");
+    EXPECT_EQ(identifications[1].m_SerialNumber, "");
+    EXPECT_THROW(loadPropertyDescriptions("1"), json::type_error) << "whichever camera is asked for";
+    describeCameras(listOf({camera("1", {wrongMinimum, noAvailability, wrongWord, wrongList, 5}, {wrongDescriptor})}));
+
+    const auto properties = loadPropertyDescriptions("1");
+    ASSERT_EQ(properties.size(), 5U);
+    EXPECT_EQ(properties[0].m_Type, PROPERTY_TYPE::Float);
+    EXPECT_EQ(properties[0].m_Maximum, "");
+    EXPECT_TRUE(properties[1].m_ReadOnly);
+    EXPECT_EQ(properties[1].m_ValueList, Texts{});
+    EXPECT_EQ(properties[2].m_Name, "C");
+    EXPECT_EQ(properties[2].m_Type, PROPERTY_TYPE::String);
+    EXPECT_EQ(properties[3].m_ValueList, Texts{});
+    EXPECT_EQ(properties[4].m_Name, "");
+
+    const auto functions = loadFunctionDescriptions("1");
+    ASSERT_EQ(functions.size(), 1U);
+    EXPECT_EQ(functions[0].m_Parameters.size(), 1U);
+    EXPECT_EQ(functions[0].m_ReturnFormat.size(), 0U);
+}
+
+TEST_F(CameraListFileTest, EntriesWithOneSerialNumberAddUp) {
+    describeCameras(listOf({camera("1", {property("A", "1")}), camera("2"), camera("1", {property("B", "2")})}));
+    const auto properties = loadPropertyDescriptions("1");
+    ASSERT_EQ(properties.size(), 2U);
+    EXPECT_EQ(properties[1].m_Name, "B");
+}
+
+} // namespace

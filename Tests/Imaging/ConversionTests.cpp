@@ -1,0 +1,267 @@
+#include "Imaging/Conversion.h"
+
+#include <map>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <opencv2/imgproc.hpp>
+
+#include "Imaging/BufferPool.h"
+#include "Support/Images.h"
+#include "Support/Throws.h"
+
+namespace {
+
+using namespace Imaging;
+using TestSupport::allFormats;
+using TestSupport::expectStandard;
+using TestSupport::patternImage;
+using Bytes = std::vector<unsigned char>;
+using F = IMAGE_FORMAT;
+using Pair = std::pair<F, F>;
+
+const char* const kImpossible = "Conversion between selected formats is not possible.";
+
+// --- The reference: one OpenCV call per step, through the intermediate formats of a fixed table ---
+
+bool isBayer(F format) {
+    return format >= F::BAYER_RGGB && format <= F::BAYER_BGGR;
+}
+
+bool isPlanar(F format) {
+    return format >= F::RGB_PLANAR;
+}
+
+F interleavedOf(F planar) {
+    return static_cast<F>(static_cast<int>(planar) - 4);
+}
+
+std::vector<F> intermediates(F from, F to) {
+    static const std::map<Pair, std::vector<F>> mono{
+        {{F::MONO, F::RGB}, {F::BGR}},
+        {{F::MONO, F::RGBA}, {F::BGRA}},
+        {{F::MONO, F::RGB_PLANAR}, {F::BGR, F::RGB}},
+        {{F::MONO, F::RGBA_PLANAR}, {F::BGR, F::RGBA}},
+        {{F::MONO, F::BGR_PLANAR}, {F::BGR}},
+        {{F::MONO, F::BGRA_PLANAR}, {F::BGRA}},
+    };
+    if (from == F::MONO) {
+        const auto entry = mono.find({from, to});
+        return entry == mono.end() ? std::vector<F>{} : entry->second;
+    }
+    // From a mosaic through BGR, from planes through their own interleaved order, to planes through theirs.
+    std::vector<F> route{from};
+    if (isBayer(from) && to != F::MONO) {
+        route.push_back(F::BGR);
+    } else if (isPlanar(from)) {
+        route.push_back(interleavedOf(from));
+    }
+    if (isPlanar(to)) {
+        route.push_back(interleavedOf(to));
+    }
+    std::vector<F> result;
+    for (const F format : route) {
+        if (format != from && format != to && (result.empty() || result.back() != format)) {
+            result.push_back(format);
+        }
+    }
+    return result;
+}
+
+int colorCode(F from, F to) {
+    static const std::map<Pair, int> codes{
+        {{F::MONO, F::BGR}, 8},         {{F::MONO, F::BGRA}, 9},        {{F::BAYER_RGGB, F::MONO}, 86},
+        {{F::BAYER_RGGB, F::BGR}, 46},  {{F::BAYER_GRBG, F::MONO}, 87}, {{F::BAYER_GRBG, F::BGR}, 47},
+        {{F::BAYER_GBRG, F::MONO}, 89}, {{F::BAYER_GBRG, F::BGR}, 49},  {{F::BAYER_BGGR, F::MONO}, 88},
+        {{F::BAYER_BGGR, F::BGR}, 48},  {{F::RGB, F::MONO}, 7},         {{F::RGB, F::RGBA}, 0},
+        {{F::RGB, F::BGR}, 4},          {{F::RGB, F::BGRA}, 2},         {{F::RGBA, F::MONO}, 11},
+        {{F::RGBA, F::RGB}, 1},         {{F::RGBA, F::BGR}, 3},         {{F::RGBA, F::BGRA}, 5},
+        {{F::BGR, F::MONO}, 6},         {{F::BGR, F::RGB}, 4},          {{F::BGR, F::RGBA}, 2},
+        {{F::BGR, F::BGRA}, 0},         {{F::BGRA, F::MONO}, 10},       {{F::BGRA, F::RGB}, 3},
+        {{F::BGRA, F::RGBA}, 5},        {{F::BGRA, F::BGR}, 1},
+    };
+    return codes.at({from, to});
+}
+
+int channelsOf(F format) {
+    if (format == F::MONO || isBayer(format)) {
+        return 1;
+    }
+    const F order = isPlanar(format) ? interleavedOf(format) : format;
+    return order == F::RGBA || order == F::BGRA ? 4 : 3;
+}
+
+Bytes bytesOf(const cv::Mat& matrix) {
+    return {matrix.datastart, matrix.dataend};
+}
+
+Bytes swapped(Bytes bytes) {
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+        std::swap(bytes[i], bytes[i + 1]);
+    }
+    return bytes;
+}
+
+Bytes referenceStep(Bytes bytes, int width, int height, int depth, F from, F to) {
+    const cv::Mat input(height, width, CV_MAKETYPE(depth, channelsOf(from)), bytes.data());
+    cv::Mat output;
+    if (isPlanar(to)) {
+        std::vector<cv::Mat> planes;
+        cv::split(input, planes);
+        cv::vconcat(planes, output);
+    } else if (isPlanar(from)) {
+        const cv::Mat stack = input.reshape(1, channelsOf(from) * height);
+        std::vector<cv::Mat> planes;
+        for (int k = 0; k < channelsOf(from); ++k) {
+            planes.push_back(stack(cv::Rect(0, k * height, width, height)));
+        }
+        cv::merge(planes, output);
+    } else {
+        output.create(height, width, CV_MAKETYPE(depth, channelsOf(to)));
+        cv::cvtColor(input, output, colorCode(from, to));
+    }
+    return bytesOf(output);
+}
+
+Bytes referenceConversion(const Image& image, F to) {
+    const F from = image.getFormat();
+    std::vector<F> route = intermediates(from, to);
+    route.push_back(to);
+    // Only what computes with samples needs them in machine order; the machine of the tests is little-endian.
+    const bool swap = !image.isLittleEndian() && image.getBytesPerChannel() == 2 && (isBayer(from) || to == F::MONO);
+    Bytes bytes = swap ? swapped(image.getData()) : image.getData();
+    F current = from;
+    for (const F next : route) {
+        bytes = referenceStep(bytes, static_cast<int>(image.getWidth()), static_cast<int>(image.getHeight()),
+                              image.getBytesPerChannel() == 1 ? CV_8U : CV_16U, current, next);
+        current = next;
+    }
+    return swap ? swapped(bytes) : bytes;
+}
+
+TEST(Conversion, EveryPairEqualsTheStepByStepChain) {
+    int conversions = 0;
+    for (const auto& [width, height] :
+         std::vector<std::pair<unsigned, unsigned>>{{1, 1}, {2, 2}, {3, 2}, {2, 5}, {3, 3}, {64, 48}, {333, 127}}) {
+        for (const unsigned depth : {8U, 12U, 16U}) {
+            for (const bool littleEndian : {true, false}) {
+                for (const F from : allFormats()) {
+                    const auto image = patternImage(width, height, depth, from, littleEndian);
+                    const Bytes before = image->getData();
+                    for (const F to : allFormats()) {
+                        if (!conversionExists(from, to)) {
+                            continue;
+                        }
+                        ++conversions;
+                        const auto result = convertImage(image, to);
+                        ASSERT_EQ(result->getData(), referenceConversion(*image, to))
+                            << getFormatName(from) << " to " << getFormatName(to) << ", " << width << " x " << height
+                            << ", " << depth << " bits, " << (littleEndian ? "little" : "big") << "-endian";
+                        EXPECT_EQ(result->getFormat(), to);
+                        EXPECT_EQ(result->getBitDepth(), depth);
+                        EXPECT_EQ(result->isLittleEndian(), littleEndian);
+                    }
+                    ASSERT_EQ(image->getData(), before) << "the source is never changed";
+                }
+            }
+        }
+    }
+    EXPECT_EQ(conversions, 7 * 3 * 2 * 108);
+}
+
+TEST(Conversion, MosaicsOfOneColourBecomeThatColour) {
+    // A mosaic that is red alone, green alone or blue alone, in each of the four layouts and at odd sizes.
+    for (const F mosaic : {F::BAYER_RGGB, F::BAYER_GRBG, F::BAYER_GBRG, F::BAYER_BGGR}) {
+        for (const int color : {0, 1, 2}) {
+            const auto image = createImage(9, 7, {}, 8, true, mosaic);
+            for (unsigned row = 0; row < 7; ++row) {
+                for (unsigned column = 0; column < 9; ++column) {
+                    Pixel pixel;
+                    pixel.channel[0] = color == 0 ? 200 : 0;
+                    pixel.channel[1] = pixel.channel[2] = color == 1 ? 200 : 0;
+                    pixel.channel[3] = color == 2 ? 200 : 0;
+                    image->setPixel(row, column, pixel);
+                }
+            }
+            for (const F target : {F::RGB, F::BGRA, F::RGB_PLANAR}) {
+                const Pixel middle = convertImage(image, target)->getPixel(3, 4);
+                for (int channel = 0; channel < 3; ++channel) {
+                    EXPECT_EQ(middle.channel[channel], channel == color ? 200 : 0)
+                        << getFormatName(mosaic) << " to " << getFormatName(target);
+                }
+            }
+        }
+    }
+}
+
+TEST(Conversion, TheListNamesEveryPairOnce) {
+    const auto conversions = getAvailableConversions();
+    EXPECT_EQ(conversions.size(), 108U);
+    EXPECT_EQ(*conversions.begin(), (std::pair<const unsigned short, std::string>{0x0005, "MONO_TO_RGB"}));
+    EXPECT_EQ(*conversions.rbegin(),
+              (std::pair<const unsigned short, std::string>{0x0C0B, "BGRA_PLANAR_TO_BGR_PLANAR"}));
+    EXPECT_EQ(conversions.at(0x010B), "BAYER_RGGB_TO_BGR_PLANAR");
+    for (const F from : allFormats()) {
+        EXPECT_EQ(findFormat(getFormatName(from)), from);
+        for (const F to : allFormats()) {
+            const auto key = static_cast<unsigned short>(static_cast<int>(from) * 256 + static_cast<int>(to));
+            EXPECT_EQ(conversions.count(key) == 1, conversionExists(from, to));
+            EXPECT_EQ(conversionExists(from, to), from != to && !isBayer(to));
+        }
+    }
+    EXPECT_FALSE(conversionExists(static_cast<F>(256), F::RGB));
+    EXPECT_FALSE(findFormat("rgb").has_value());
+}
+
+TEST(Conversion, ToTheSameFormatIsACopy) {
+    const auto image = patternImage(3, 3, 12, F::BAYER_GRBG, true);
+    const auto copy = convertImage(image, F::BAYER_GRBG);
+    EXPECT_EQ(copy->getData(), image->getData());
+    EXPECT_NE(copy->getDataAddress(), image->getDataAddress());
+}
+
+TEST(Conversion, WhatCannotBeConvertedIsRefused) {
+    const auto convert = [](unsigned depth, F from, F to) {
+        return [=] { convertImage(createImage(4, 4, {}, depth, true, from), to); };
+    };
+    expectStandard<std::runtime_error>(convert(8, F::MONO, F::BAYER_GRBG), kImpossible);
+    expectStandard<std::runtime_error>(convert(8, F::BAYER_RGGB, F::BAYER_GRBG), kImpossible);
+    expectStandard<std::runtime_error>(convert(8, F::RGB, static_cast<F>(13)), kImpossible);
+    expectStandard<std::runtime_error>(convert(24, F::RGB, F::BGR), "Cannot handle greater than 2 bytes per channel.");
+    expectStandard<std::invalid_argument>([] { convertImage(nullptr, F::RGB); }, "Image cannot be null.");
+    EXPECT_THROW(convert(0, F::RGB, F::BGR)(), cv::Exception);
+    auto image = createImage(4, 4, {}, 8, true, F::MONO);
+    const auto moved = createImage(4, 4, {}, 8, true, F::MONO);
+    EXPECT_NO_THROW(convertImage(moved, F::RGB));
+}
+
+TEST(BufferPool, NeverHandsOutABufferTwice) {
+    // Eight threads convert images large enough for the pool, hold some and drop them late.
+    std::vector<std::thread> threads;
+    std::atomic<int> wrong{0};
+    for (unsigned number = 0; number < 8; ++number) {
+        threads.emplace_back([number, &wrong] {
+            const auto image =
+                createImage(300, 301 + number, Bytes(std::size_t{300} * (301 + number), 10 + number), 8, true, F::MONO);
+            std::vector<std::unique_ptr<Image>> held;
+            for (int round = 0; round < 20; ++round) {
+                held.push_back(convertImage(image, round % 2 == 0 ? F::RGB : F::BGR_PLANAR));
+                if (held.size() == 4) {
+                    held.erase(held.begin());
+                }
+                for (const auto& result : held) {
+                    const Bytes data = result->getData();
+                    wrong += data != Bytes(std::size_t{900} * (301 + number), 10 + number) ? 1 : 0;
+                }
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(wrong, 0);
+    BufferPool& pool = BufferPool::instance();
+    EXPECT_EQ(pool.take(70'000).size(), 70'000U);
+}
+
+} // namespace

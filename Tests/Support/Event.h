@@ -1,0 +1,38 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+
+namespace TestSupport {
+
+/// How long a test waits for what must happen, on however busy a machine.
+inline constexpr std::chrono::seconds kLongEnough{60};
+
+/// A count that one thread raises and another waits for.
+class Event {
+public:
+    void raise() {
+        {
+            const std::lock_guard lock(m_Mutex);
+            ++m_Count;
+        }
+        m_Condition.notify_all();
+    }
+    /// Whether the count reached @p count in time.
+    bool wait(int count = 1) {
+        std::unique_lock lock(m_Mutex);
+        return m_Condition.wait_for(lock, kLongEnough, [&] { return m_Count >= count; });
+    }
+    int count() {
+        const std::lock_guard lock(m_Mutex);
+        return m_Count;
+    }
+
+private:
+    std::mutex m_Mutex;
+    std::condition_variable m_Condition;
+    int m_Count = 0;
+};
+
+} // namespace TestSupport

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "Cameras/Camera.h"
+#include "Cameras/CameraAdapters.h"
+
+namespace TestSupport {
+
+/// Cameras that a test plugs in and pulls out.
+class FakeBus {
+public:
+    /// What a camera on the bus looks like. Read by the watchdogs while the test changes it.
+    struct Device {
+        std::string serialNumber;
+        std::string modelName = "Model F";
+        std::atomic<bool> alive{true};
+        std::atomic<bool> unreadable{false}; ///< the model name cannot be read
+        std::atomic<int> objects{0};         ///< camera objects that exist
+        std::atomic<int> stops{0};           ///< streams that were told to stop
+    };
+
+    std::shared_ptr<Device> plug(const std::string& serialNumber, const std::string& modelName = "Model F");
+    void unplug(const std::string& serialNumber);
+    /// Makes the enumeration throw until it is called with false.
+    void failEnumeration(bool fail) { m_Fail = fail; }
+    int enumerations() const { return m_Enumerations; }
+
+    CameraInterface::CameraAdapter adapter();
+
+private:
+    std::vector<std::unique_ptr<CameraInterface::Camera>> enumerate();
+
+    std::mutex m_Mutex; // guards the devices
+    std::vector<std::shared_ptr<Device>> m_Devices;
+    std::atomic<bool> m_Fail{false};
+    std::atomic<int> m_Enumerations{0};
+};
+
+} // namespace TestSupport

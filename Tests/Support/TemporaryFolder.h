@@ -1,0 +1,28 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace TestSupport {
+
+/// A folder of its own, removed at the end.
+class TemporaryFolder {
+public:
+    TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ~TemporaryFolder();
+
+    std::filesystem::path path() const { return m_Path; }
+    std::string file(const std::string& name) const { return m_Path / name; }
+    /// Writes a file and returns its path.
+    std::string write(const std::string& name, const std::string& content) const;
+
+private:
+    std::filesystem::path m_Path;
+};
+
+/// The bytes of a file.
+std::string readFile(const std::filesystem::path& path);
+
+} // namespace TestSupport

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace TestSupport {
+
+/// Runs @p action, expects exactly an @p Exception and gives a copy of it.
+template <typename Exception, typename Action>
+Exception expectThrown(Action action) {
+    try {
+        action();
+    } catch (const Exception& exception) {
+        EXPECT_EQ(typeid(exception), typeid(Exception)) << exception.what();
+        return exception;
+    }
+    throw std::logic_error("Nothing was thrown.");
+}
+
+/// Expects a standard exception of exactly this type and text.
+template <typename Exception, typename Action>
+void expectStandard(Action action, const std::string& text) {
+    EXPECT_EQ(expectThrown<Exception>(action).what(), text);
+}
+
+/// Expects an exception of the library with this word, whose description ends in this sentence.
+template <typename Exception, typename Action>
+Exception expectFailure(Action action, const std::string& word, const std::string& sentence) {
+    Exception exception = expectThrown<Exception>(action);
+    EXPECT_EQ(exception.who(), word);
+    const std::string why = exception.why();
+    EXPECT_EQ(why.substr(why.size() - std::min(why.size(), sentence.size())), sentence);
+    return exception;
+}
+
+} // namespace TestSupport
