@@ -13,10 +13,9 @@ inline constexpr std::chrono::seconds kLongEnough{60};
 class Event {
 public:
     void raise() {
-        {
-            const std::lock_guard lock(m_Mutex);
-            ++m_Count;
-        }
+        // Notified under the lock: a waiter may destroy the event as soon as it wakes.
+        const std::lock_guard lock(m_Mutex);
+        ++m_Count;
         m_Condition.notify_all();
     }
     /// Whether the count reached @p count in time.

@@ -1,7 +1,9 @@
 #include "Utilities/Watchdog.h"
 
+#include <atomic>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -16,9 +18,9 @@ using Utilities::Watchdog;
 constexpr int kNeverMs = 1'000'000'000;
 
 TEST(Watchdog, StopWakesAWaitingThreadWithoutACall) {
+    Event called;
     Watchdog watchdog;
     watchdog.stop(); // idle: nothing happens
-    Event called;
     watchdog.start(kNeverMs, [&] {
         called.raise();
         return true;
@@ -28,8 +30,8 @@ TEST(Watchdog, StopWakesAWaitingThreadWithoutACall) {
 }
 
 TEST(Watchdog, AFalseAnswerEndsThePolling) {
-    Watchdog watchdog;
     Event called;
+    Watchdog watchdog;
     watchdog.start(0, [&] {
         called.raise();
         return false;
@@ -42,9 +44,9 @@ TEST(Watchdog, AFalseAnswerEndsThePolling) {
 }
 
 TEST(Watchdog, ASecondStartReplacesTheFirst) {
-    Watchdog watchdog;
     Event first;
     Event second;
+    Watchdog watchdog;
     watchdog.start(0, [&] {
         first.raise();
         return true;
@@ -60,10 +62,10 @@ TEST(Watchdog, ASecondStartReplacesTheFirst) {
 }
 
 TEST(Watchdog, StopWaitsForARunningCall) {
-    Watchdog watchdog;
     Event entered;
     Event release;
     std::atomic<bool> finished{false};
+    Watchdog watchdog;
     watchdog.start(0, [&] {
         entered.raise();
         release.wait();
@@ -78,9 +80,9 @@ TEST(Watchdog, StopWaitsForARunningCall) {
 }
 
 TEST(Watchdog, ACallbackThatWouldWaitForItselfIsToldSo) {
-    Watchdog watchdog;
     Event refused;
     std::string words;
+    Watchdog watchdog;
     watchdog.start(0, [&] {
         for (const auto& operation : {&Watchdog::stop, &Watchdog::restart}) {
             try {
@@ -98,8 +100,8 @@ TEST(Watchdog, ACallbackThatWouldWaitForItselfIsToldSo) {
 }
 
 TEST(Watchdog, AnEscapingExceptionDoesNotEndThePolling) {
-    Watchdog watchdog;
     Event called;
+    Watchdog watchdog;
     watchdog.start(0, [&]() -> bool {
         called.raise();
         throw std::runtime_error("escaped");
