@@ -49,7 +49,7 @@ public:
     /// Reads the value.
     operator std::string();
     /// Writes the value.
-    void operator=(const std::string& value);
+    void operator=(const std::string& value); // NOLINT(misc-unconventional-assign-operator): assigns to the camera
 
     /// Makes @p other refresh whenever this property changes. One way; a partner of the same name stays.
     /// @p other must live as long as the link is there.

@@ -30,7 +30,7 @@ public:
     explicit MutexLock(Mutex& mutex) QUILL_ACQUIRE(mutex) : m_Lock(mutex.m_Mutex) {}
     MutexLock(const MutexLock&) = delete;
     MutexLock& operator=(const MutexLock&) = delete;
-    ~MutexLock() QUILL_RELEASE() {}
+    ~MutexLock() QUILL_RELEASE() = default;
 
     /// Releases the mutex until @p condition is notified with @p predicate true, or @p duration has passed.
     /// @return what the predicate answers at the end

@@ -91,7 +91,7 @@ std::vector<std::string> Camera::getSupportedProperties() {
     return namesOf(m_Properties);
 }
 
-Function& Camera::getFunction(std::string name) {
+Function& Camera::getFunction(std::string name) { // NOLINT(performance-unnecessary-value-param): the interface's own
     const auto entry = m_Functions.find(name);
     if (entry == m_Functions.end()) {
         raise<KestrelException_Function>(QUILL_HERE, Errors::kFunctionUnsupported, name);

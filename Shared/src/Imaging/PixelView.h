@@ -34,7 +34,9 @@ public:
 
     /// All samples of each pixel side by side; for every layout but planar.
     cv::Mat pixels() const {
-        return {m_Height, m_Width, CV_MAKETYPE(m_Depth, static_cast<int>(m_Description->samplesPerPixel())), m_Data};
+        const auto samples = static_cast<int>(m_Description->samplesPerPixel()); // 1, 3 or 4
+        // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): never 0
+        return {m_Height, m_Width, CV_MAKETYPE(m_Depth, samples), m_Data};
     }
 
     /// The plane that holds sample @p k of each pixel.

@@ -30,7 +30,7 @@ Property::operator std::string() {
     return getValue();
 }
 
-void Property::operator=(const std::string& value) {
+void Property::operator=(const std::string& value) { // NOLINT(misc-unconventional-assign-operator)
     setValue(value);
 }
 

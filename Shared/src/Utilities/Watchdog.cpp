@@ -19,8 +19,9 @@ Watchdog::~Watchdog() {
     if (isOwnThread()) {
         // The process ends from within the callback: the thread is not going to run again.
         m_Thread.detach();
-    } else {
-        stop();
+    } else if (m_Thread.joinable()) {
+        requestStop();
+        m_Thread.join();
     }
 }
 
