@@ -9,6 +9,9 @@ install(TARGETS quillcamera EXPORT QuillCameraTargets
 install(DIRECTORY Shared/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quillcamera)
 install(FILES Data/TestCameraList.json DESTINATION ${CMAKE_INSTALL_DATADIR}/quillcamera)
 if(QUILL_BUILD_TOOLS)
+    # The tool finds the library beside it, wherever both are moved.
+    file(RELATIVE_PATH quill_library_from_tool "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
+    set_property(TARGET quill PROPERTY INSTALL_RPATH "\$ORIGIN/${quill_library_from_tool}")
     install(TARGETS quill RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 

@@ -1,0 +1,263 @@
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "ChildProcess.h"
+#include "Support/TemporaryFolder.h"
+
+namespace {
+
+using nlohmann::json;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+using namespace TestSupport;
+using Words = std::vector<std::string>;
+
+constexpr const char* kCameraList = R"({"Cameras": [
+  {"Identification": {"Model Name": "One", "Serial Number": "90001"},
+   "Properties": [
+    {"Name": "Gain", "Type": "Float", "Minimum": "0.0", "Maximum": "24.0", "Default": "1.5",
+     "ReadOnly": false, "AvailableForWriting": true, "Discrete": false, "ValueList": []},
+    {"Name": "Width", "Type": "Integer", "Minimum": "8", "Maximum": "2592", "Default": "640",
+     "ReadOnly": false, "AvailableForWriting": true, "Discrete": false, "ValueList": []},
+    {"Name": "Shutter", "Type": "String", "Minimum": "", "Maximum": "", "Default": "Global",
+     "ReadOnly": false, "AvailableForWriting": true, "Discrete": true, "ValueList": ["Global", "Rolling"]},
+    {"Name": "Model Name", "Type": "String", "Minimum": "", "Maximum": "", "Default": "One",
+     "ReadOnly": true, "AvailableForWriting": false, "Discrete": false, "ValueList": []}],
+   "Functions": [
+    {"Name": "Read Flash", "Parameters": [{"Type": "Integer", "Label": "Address"}, {"Type": "Integer", "Label": "Length"}],
+     "Return Format": [{"Type": "String", "Label": "Data"}]},
+    {"Name": "Write Flash", "Parameters": [{"Type": "Integer", "Label": "Address"}, {"Type": "String", "Label": "Data"}],
+     "Return Format": []}]},
+  {"Identification": {"Model Name": "Two", "Serial Number": "90002"}, "Properties": [], "Functions": []},
+  {"Identification": {"Model Name": "Three", "Serial Number": "81000"}, "Properties": [], "Functions": []}]})";
+
+/// Runs the tool on a list of cameras of its own.
+class Tool : public ::testing::Test {
+protected:
+    Tool() { m_Folder.write("list.json", kCameraList); }
+
+    ChildProcess command(const Words& words) const {
+        return {
+            QUILL_UNDER_TEST, words, {"QUILL_TEST_CAMERA_LIST=" + m_Folder.file("list.json"), "LC_ALL=de_DE.UTF-8"}};
+    }
+    ChildResult run(const Words& words) const { return runChild(command(words)); }
+    ChildResult runScript(const std::string& script) const {
+        ChildProcess shell = command({"shell"});
+        shell.inputFile = m_Folder.write("script", script);
+        return runChild(shell);
+    }
+    std::size_t filesInFolder() const {
+        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(m_Folder.path()), {}));
+    }
+
+    TemporaryFolder m_Folder;
+};
+
+/// Words, exit code, and a part of what is said: on standard output where that is 0, else in the one line on standard
+/// error.
+struct CommandCase {
+    Words words;
+    int exitCode;
+    std::string said;
+};
+
+TEST_F(Tool, EndsWithTheDocumentedCodeAndSaysWhy) {
+    const CommandCase cases[] = {
+        {{"list"}, 0, "90001   One    disconnected\n"},
+        {{"info", "8"}, 0, "Model Name     Three\n"},
+        {{"properties", "90001"}, 0, "Gain        Float    1.5     0.0 .. 24.0       writable\n"},
+        {{"properties", "90001"}, 0, "Shutter     String   Global  Global | Rolling  writable\n"},
+        {{"properties", "90001"}, 0, "Model Name  String   One     -                 read-only\n"},
+        {{"get", "90001", "Gain"}, 0, "1.5\n"},
+        {{"get", "90001", "Gain", "Width"}, 0, "Width  640\n"},
+        {{"set", "90001", "Gain", "24"}, 0, "Gain = 24\n"},
+        {{"set", "90001", "Shutter", "Rolling"}, 0, "Shutter = Rolling\n"},
+        {{"functions", "90001"}, 0, "Read Flash   Address:Integer, Length:Integer  Data:String  yes\n"},
+        {{"perform", "90001", "Read Flash", "0", "2"}, 0, "00000000  ff ff  "},
+        {{"conversions"}, 0, "\nBAYER_RGGB   RGB          BAYER_RGGB_TO_RGB\n"},
+        {{"--version"}, 0, "quill "},
+        {{"--help"}, 0, "130  interrupted"},
+        {{"help", "perform"}, 0, "Usage: quill perform [OPTIONS] SERIAL NAME"},
+        {{"set", "90001", "Gain", "-0.1"}, 1, "property 'Gain': cannot be set to '-0.1': the range is 0.0 .. 24.0"},
+        {{"set", "90001", "Gain", "1,5"}, 1, "it takes a decimal number"},
+        {{"set", "90001", "Width", "8.5"}, 1, "it takes a decimal integer"},
+        {{"set", "90001", "Shutter", "rolling"}, 1, "the choices are Global | Rolling"},
+        {{"set", "90001", "Model Name", "x"},
+         1,
+         "camera 90001: property 'Model Name': cannot be set to 'x': it is read-only"},
+        {{"perform", "90001", "Read Flash", "zz", "2"},
+         1,
+         "'Read Flash': cannot be performed with 'zz', '2': invalid stoi"},
+        {{"perform", "90001", "Read Flash", "0", "-1"}, 1, "Failed to execute function."},
+        {{"perform", "90001", "Write Flash", "0", "@/nonexistent"},
+         1,
+         "file '/nonexistent': cannot be read: No such file"},
+        {{"convert", "/nonexistent.png", "-o", "x.pgm"}, 1, "/nonexistent.png"},
+        {{"perform", "90001", "Write Flash", "0", "hex:123"}, 2, "half a byte is left over"},
+        {{"perform", "90001", "Write Flash"}, 2, "missing arguments: Address:Integer, Data:String"},
+        {{"perform", "90001", "Write Flash", "0", "a", "b"}, 2, "too many arguments"},
+        {{"convert", "x.png", "--to", "PINK", "-o", "x.pgm"}, 2, "PINK: no such format; there are MONO, BAYER_RGGB"},
+        {{"convert", "x.png", "--width", "3", "-o", "x.pgm"}, 2, "--width requires --from"},
+        {{"capture", "90001", "-o", "x.jpeg"}, 2, "x.jpeg"},
+        {{"info", "900"}, 2, "camera '900': fits several: 90001, 90002"},
+        {{"get", "90001"}, 2, "NAME is required"},
+        {{"frobnicate"}, 2, "unknown command 'frobnicate'; try 'quill --help'"},
+        {{}, 2, "a command is missing"},
+        {{"info", "7"}, 3, "camera '7': not found; there are: 81000, 90001, 90002"},
+        {{"get", "90001", "[a,b]"}, 3, "camera 90001: property '[a,b]': cannot be read: Property is not supported."},
+        {{"perform", "90001", "Fly"}, 3, "camera 90001: function 'Fly': cannot be performed: Function not supported."},
+    };
+    for (const CommandCase& expected : cases) {
+        SCOPED_TRACE(::testing::PrintToString(expected.words));
+        const ChildResult result = run(expected.words);
+        EXPECT_EQ(result.exitCode, expected.exitCode) << result.errors;
+        const bool done = expected.exitCode == 0;
+        EXPECT_THAT(done ? result.output : result.errors, HasSubstr(expected.said));
+        EXPECT_EQ(done ? result.errors : result.output, "");
+        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), done ? 0 : 1);
+        EXPECT_TRUE(done || result.errors.rfind("quill: ", 0) == 0) << result.errors;
+        EXPECT_THAT(result.output + result.errors, Not(HasSubstr("\033")));
+    }
+}
+
+TEST_F(Tool, GivesJsonWithStableKeys) {
+    const struct {
+        Words words;
+        const char* pointer;
+        json value;
+    } cases[] = {
+        {{"list"}, "/cameras/0", {{"serialNumber", "81000"}, {"modelName", "Three"}, {"state", "disconnected"}}},
+        {{"list"}, "/failures", json::array()},
+        {{"info", "90001"}, "/information/Model Name", "One"},
+        {{"properties", "90001"}, "/properties/2/choices", {"Global", "Rolling"}},
+        {{"get", "90001", "Gain"}, "/properties/0/value", "1.5"},
+        {{"set", "90001", "Gain", "3"}, "/properties/0/value", "3"},
+        {{"functions", "90001"}, "/functions/0/parameters/1/label", "Length"},
+        {{"perform", "90001", "Read Flash", "0", "2"},
+         "/results/0",
+         {{"label", "Data"}, {"type", "String"}, {"text", nullptr}, {"hex", "ffff"}}},
+        {{"conversions"}, "/conversions/0", {{"from", "MONO"}, {"to", "RGB"}, {"name", "MONO_TO_RGB"}}},
+    };
+    for (const auto& expected : cases) {
+        SCOPED_TRACE(::testing::PrintToString(expected.words));
+        Words words = expected.words;
+        words.emplace_back("--json");
+        const json document = json::parse(run(words).output);
+        EXPECT_EQ(document.at(json::json_pointer(expected.pointer)), expected.value) << document;
+    }
+}
+
+TEST_F(Tool, ShellKeepsWhatACameraWasToldAndGoesOnAfterAFailure) {
+    const ChildResult result = runScript("# a comment\n"
+                                         "perform 90001 \"Write Flash\" 0x10 hex:00FF41 # bytes\n"
+                                         "get 90001 'No such'\n"
+                                         "frobnicate\n"
+                                         "get 90001 \"Gain\n"
+                                         "perform 90001 Read\\ Flash 16 4\n"
+                                         "exit\n"
+                                         "get 90001 Gain\n");
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.output, "Data: 4 bytes\n"
+                             "00000000  00 ff 41 ff                                      |..A.|\n");
+    EXPECT_THAT(result.errors, HasSubstr("quill: line 3: camera 90001: property 'No such': cannot be read"));
+    EXPECT_THAT(result.errors, HasSubstr("quill: line 5: the quote \" is not closed"));
+}
+
+TEST_F(Tool, WatchTellsWhoDepartsAndArrivesUntilInterrupted) {
+    const auto useList = [&](const std::string& list) {
+        return [this, list](pid_t) {
+            std::filesystem::rename(m_Folder.write("next.json", list), m_Folder.file("list.json"));
+        };
+    };
+    ChildProcess watch = command({"watch"});
+    watch.reactions = {{"present   90002  Two\n", useList(R"({"Cameras": []})")},
+                       {"departed  90002  Two\n", useList(kCameraList)},
+                       {"arrived   90002  Two\n", [](pid_t process) { kill(process, SIGINT); }}};
+    const ChildResult result = runChild(watch);
+    EXPECT_EQ(result.exitCode, 130) << result.output;
+    EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(Tool, WatchEndsWhenNobodyListens) {
+    ChildProcess pipeline =
+        command({"-c", R"({ "$0" watch; echo "ended with $?" >&2; } | head -n 1)", QUILL_UNDER_TEST});
+    pipeline.program = "sh";
+    EXPECT_EQ(runChild(pipeline).errors, "ended with 0\n");
+}
+
+TEST_F(Tool, ColoursATerminalUnlessToldNotTo) {
+    ChildProcess list = command({"list"});
+    list.onTerminal = true;
+    list.environment.insert(list.environment.end(), {"TERM=xterm", "NO_COLOR="});
+    EXPECT_THAT(runChild(list).output, HasSubstr("\033["));
+    list.environment.back() = "NO_COLOR=1";
+    EXPECT_THAT(runChild(list).output, Not(HasSubstr("\033[")));
+}
+
+TEST_F(Tool, SaysThatTheCameraListIsBroken) {
+    m_Folder.write("list.json", "{ \"Cameras\": [");
+    const ChildResult list = run({"list"});
+    EXPECT_EQ(list.exitCode, 1);
+    EXPECT_THAT(list.errors, HasSubstr("quill: warning: simulated cameras (" + m_Folder.file("list.json")));
+    EXPECT_THAT(list.errors, HasSubstr("parse error"));
+    const ChildResult info = run({"info", "90001"});
+    EXPECT_EQ(info.exitCode, 3);
+    EXPECT_THAT(info.errors, HasSubstr("camera '90001': not found; there is none; simulated cameras"));
+}
+
+TEST_F(Tool, ReportsResultsThatCannotBeWritten) {
+    ChildProcess full = command({"-c", R"("$0" conversions > /dev/full)", QUILL_UNDER_TEST});
+    full.program = "sh";
+    const ChildResult result = runChild(full);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.errors, "quill: standard output: cannot be written: No space left on device\n");
+}
+
+TEST_F(Tool, ConvertsAndCapturesImages) {
+    const std::string raw = m_Folder.write("frame.raw", std::string("\x01\x02\x03\x04\x05\x06", 6));
+    const std::string grey = m_Folder.file("grey.pgm");
+    const ChildResult converted =
+        run({"convert", raw, "--from", "mono", "--width", "3", "--height", "2", "--bits", "8", "-o", grey});
+    EXPECT_EQ(converted.exitCode, 0) << converted.errors;
+    EXPECT_THAT(readFile(grey), ::testing::EndsWith("\x01\x02\x03\x04\x05\x06"));
+    const std::string color = m_Folder.file("color.ppm");
+    EXPECT_EQ(run({"convert", grey, "--to", "RGB", "-o", color}).exitCode, 0);
+    EXPECT_THAT(readFile(color),
+                ::testing::EndsWith("\x01\x01\x01\x02\x02\x02\x03\x03\x03\x04\x04\x04\x05\x05\x05\x06\x06\x06"));
+    const std::string captured = m_Folder.file("captured.ppm");
+    EXPECT_EQ(run({"capture", "90001", "--format", "BGR", "-o", captured}).exitCode, 0);
+    EXPECT_THAT(readFile(captured), StartsWith("P6"));
+}
+
+TEST_F(Tool, LeavesNoHalfWrittenFile) {
+    const std::string png = m_Folder.file("frame.png");
+    ASSERT_EQ(run({"capture", "90001", "-o", png}).exitCode, 0);
+    const std::string truncated = m_Folder.write("truncated.png", readFile(png).substr(0, 50));
+    const std::string raw = m_Folder.write("frame.raw", "12345");
+    const std::size_t files = filesInFolder();
+    const std::string target = m_Folder.file("out.ppm");
+    const Words cases[] = {
+        {"convert", truncated, "--to", "RGB", "-o", target},
+        {"convert", raw, "--from", "BAYER_RGGB", "--width", "2", "--height", "2", "--to", "RGB", "-o", target},
+        {"convert", png, "--to", "BAYER_RGGB", "-o", target},
+        {"convert", png, "--to", "RGB", "-o", m_Folder.file("no/such/folder.ppm")},
+        {"perform", "90001", "Read Flash", "0", "8", "-o", m_Folder.file("no/such/flash.bin")},
+    };
+    for (const Words& words : cases) {
+        SCOPED_TRACE(::testing::PrintToString(words));
+        const ChildResult result = run(words);
+        EXPECT_EQ(result.exitCode, 1) << result.errors;
+        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+        EXPECT_EQ(filesInFolder(), files);
+    }
+}
+
+} // namespace

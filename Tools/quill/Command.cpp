@@ -1,0 +1,13 @@
+#include "Command.h"
+
+namespace QuillTool {
+
+void addCameraArgument(CLI::App& parser, std::string& selector) {
+    parser.add_option("SERIAL", selector, "Serial number of the camera, or a unique beginning")->required();
+}
+
+void addJsonFlag(CLI::App& parser, bool& json) {
+    parser.add_flag("--json", json, "Print the results as JSON");
+}
+
+} // namespace QuillTool

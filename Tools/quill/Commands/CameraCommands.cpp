@@ -1,0 +1,128 @@
+#include <array>
+#include <map>
+#include <string>
+
+#include <Quill.h>
+
+#include "Command.h"
+
+namespace QuillTool {
+
+namespace {
+
+using CameraInterface::Camera;
+using CameraInterface::CameraState;
+
+const char* stateName(CameraState state) {
+    constexpr std::array kNames{"connected", "disconnected", "suspended"};
+    return kNames.at(static_cast<std::size_t>(state));
+}
+
+class ListCommand : public Command {
+public:
+    void describe(CLI::App& parser) override { addJsonFlag(parser, m_Json); }
+
+    ExitCode run(Context& context) override {
+        Table table{{"SERIAL", "MODEL", "STATE"}, {}};
+        Json cameras = Json::array();
+        for (const auto& [serialNumber, modelName] : context.session.listCameras()) {
+            const char* state = stateOf(serialNumber);
+            table.rows.push_back({serialNumber, modelName, state});
+            cameras.push_back({{"serialNumber", serialNumber}, {"modelName", modelName}, {"state", state}});
+        }
+        if (m_Json) {
+            Json failures = Json::array();
+            for (const auto& [adapter, reason] : Camera::getEnumerationFailures()) {
+                failures.push_back({{"adapter", adapter}, {"reason", reason}});
+            }
+            context.output.printJson(Json{{"cameras", cameras}, {"failures", failures}});
+        } else {
+            context.output.printTable(table);
+        }
+        if (const std::string incomplete = Session::incompleteness(); !incomplete.empty()) {
+            throw ToolError(ExitCode::Failed, "the list is not complete: " + incomplete);
+        }
+        return ExitCode::Done;
+    }
+
+private:
+    static const char* stateOf(const std::string& serialNumber) {
+        try {
+            return stateName(Camera::getCamera(serialNumber).getState());
+        } catch (const KestrelExceptions::KestrelException&) {
+            return "gone";
+        }
+    }
+
+    bool m_Json = false;
+};
+
+class InfoCommand : public Command {
+public:
+    void describe(CLI::App& parser) override {
+        addCameraArgument(parser, m_Camera);
+        addJsonFlag(parser, m_Json);
+    }
+
+    ExitCode run(Context& context) override {
+        const SelectedCamera camera = context.session.connect(m_Camera);
+        camera.attempt("its description cannot be read", [&] {
+            const std::string model = camera->getModelName();
+            const char* state = stateName(camera->getState());
+            const std::size_t properties = camera->getSupportedProperties().size();
+            const std::size_t functions = camera->getSupportedFunctions().size();
+            const std::map<std::string, std::string> information = camera->getCameraInfo();
+            if (m_Json) {
+                m_Document = {{"serialNumber", camera.serialNumber()},
+                              {"modelName", model},
+                              {"state", state},
+                              {"properties", properties},
+                              {"functions", functions},
+                              {"information", information}};
+                return;
+            }
+            m_Table.rows = {{"Serial Number", camera.serialNumber()},
+                            {"Model Name", model},
+                            {"State", state},
+                            {"Properties", std::to_string(properties)},
+                            {"Functions", std::to_string(functions)}};
+            for (const auto& [name, value] : information) {
+                if (name != "Serial Number" && name != "Model Name") {
+                    m_Table.rows.push_back({name, value});
+                }
+            }
+        });
+        if (m_Json) {
+            context.output.printJson(m_Document);
+        } else {
+            context.output.printTable(m_Table);
+        }
+        return ExitCode::Done;
+    }
+
+private:
+    std::string m_Camera;
+    bool m_Json = false;
+    Json m_Document;
+    Table m_Table{{"WHAT", "VALUE"}, {}};
+};
+
+} // namespace
+
+std::vector<CommandDescription> cameraCommands() {
+    return {
+        {"list", "List the cameras: serial number, model and state",
+         "Ends with 1 where some kind of camera could not be looked for.\n\n"
+         "Examples:\n"
+         "  quill list\n"
+         "  quill list --json | jq -r '.cameras[].serialNumber'\n",
+         makeCommand<ListCommand>},
+        {"info", "Describe a camera",
+         "Examples:\n"
+         "  quill info 90001\n"
+         "  quill info 90001 --json | jq -r '.information[\"Firmware Version\"]'\n",
+         makeCommand<InfoCommand>},
+    };
+}
+
+} // namespace QuillTool

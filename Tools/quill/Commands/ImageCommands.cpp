@@ -1,0 +1,224 @@
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <Quill.h>
+#include <fmt/format.h>
+
+#include "Command.h"
+#include "ImageFiles/ImageFile.h"
+#include "Text.h"
+
+namespace QuillTool {
+
+namespace {
+
+using Imaging::Image;
+using Imaging::IMAGE_FORMAT;
+
+std::vector<std::string> formatNames() {
+    std::vector<std::string> names;
+    for (int format = static_cast<int>(IMAGE_FORMAT::MONO); format <= static_cast<int>(IMAGE_FORMAT::BGRA_PLANAR);
+         ++format) {
+        names.push_back(Imaging::getFormatName(static_cast<IMAGE_FORMAT>(format)));
+    }
+    return names;
+}
+
+IMAGE_FORMAT parseFormat(const std::string& option, const std::string& name) {
+    const std::optional<IMAGE_FORMAT> format = Imaging::findFormat(inCapitals(name));
+    if (!format) {
+        throw ToolError(ExitCode::Usage, fmt::format("{} {}: no such format; there are {}", option, name,
+                                                     fmt::join(formatNames(), ", ")));
+    }
+    return *format;
+}
+
+void requireConversion(const std::string& source, IMAGE_FORMAT from, IMAGE_FORMAT to) {
+    if (from != to && !Imaging::conversionExists(from, to)) {
+        throw ToolError(
+            ExitCode::Failed,
+            fmt::format("{}: cannot be converted: there is no conversion from {} to {}; see 'quill conversions'",
+                        source, Imaging::getFormatName(from), Imaging::getFormatName(to)));
+    }
+}
+
+/// Runs an action on files, whose errors are sentences of their own.
+template <typename Action>
+auto onFile(ExitCode code, Action action) {
+    try {
+        return action();
+    } catch (const ImageFileError& failure) {
+        throw ToolError(code, failure.what());
+    }
+}
+
+/// The file and its layout, as the tool tells them.
+void report(Output& output, const Image& image, const std::string& path, bool json) {
+    const std::string format = Imaging::getFormatName(image.getFormat());
+    if (json) {
+        output.printJson(Json{{"file", path},
+                              {"width", image.getWidth()},
+                              {"height", image.getHeight()},
+                              {"format", format},
+                              {"bitDepth", image.getBitDepth()}});
+    } else {
+        output.printLine(fmt::format("{}: {} x {} {}, {} bits", path, image.getWidth(), image.getHeight(), format,
+                                     image.getBitDepth()));
+    }
+}
+
+/// Where a command leaves its image.
+struct Destination {
+    std::string path;
+    bool json = false;
+
+    void describe(CLI::App& parser) {
+        parser.add_option("-o,--output", path, "File: .png, .pgm, .ppm, .pam or .raw (bare bytes)")->required();
+        addJsonFlag(parser, json);
+    }
+    void requireWritable() const {
+        onFile(ExitCode::Usage, [&] { requireWritableExtension(path); });
+    }
+    void write(Output& output, const std::unique_ptr<Image>& image) const {
+        onFile(ExitCode::Failed, [&] { writeImageFile(image, path); });
+        report(output, *image, path, json);
+    }
+};
+
+class CaptureCommand : public Command {
+public:
+    void describe(CLI::App& parser) override {
+        addCameraArgument(parser, m_Camera);
+        m_Destination.describe(parser);
+        parser.add_option("--format", m_Format, "Convert the image to this format first");
+    }
+
+    ExitCode run(Context& context) override {
+        std::optional<IMAGE_FORMAT> format;
+        if (!m_Format.empty()) {
+            format = parseFormat("--format", m_Format);
+        }
+        m_Destination.requireWritable();
+        const SelectedCamera camera = context.session.connect(m_Camera);
+        std::unique_ptr<Image> image = camera.attempt("no image can be captured", [&] { return camera->getImage(); });
+        if (format && *format != image->getFormat()) {
+            requireConversion(camera.about("its image"), image->getFormat(), *format);
+            image =
+                camera.attempt("its image cannot be converted", [&] { return camera->convertImage(image, *format); });
+        }
+        m_Destination.write(context.output, image);
+        return ExitCode::Done;
+    }
+
+private:
+    std::string m_Camera;
+    std::string m_Format;
+    Destination m_Destination;
+};
+
+class ConvertCommand : public Command {
+public:
+    void describe(CLI::App& parser) override {
+        parser.add_option("IN", m_Source, "PNG or PNM file; any other with --from")->required();
+        m_Destination.describe(parser);
+        parser.add_option("--to", m_To, "Format of the result; the input's if not given");
+        CLI::Option* from = parser.add_option("--from", m_From, "Format of the bare bytes of a raw frame");
+        CLI::Option* width = parser.add_option("--width", m_Width, "Pixels in a row of the raw frame");
+        CLI::Option* height = parser.add_option("--height", m_Height, "Rows of the raw frame");
+        CLI::Option* bits = parser.add_option("--bits", m_Bits, "Bits of a sample: 8 (if not given), 10, 12 or 16");
+        CLI::Option* bigEndian =
+            parser.add_flag("--big-endian", m_BigEndian, "Samples of two bytes have the larger byte first");
+        from->needs(width)->needs(height);
+        for (CLI::Option* option : {width, height, bits, bigEndian}) {
+            option->needs(from);
+        }
+        width->check(CLI::PositiveNumber);
+        height->check(CLI::PositiveNumber);
+        bits->check(CLI::IsMember({8, 10, 12, 16}));
+    }
+
+    ExitCode run(Context& context) override {
+        std::optional<RawDescription> raw;
+        if (!m_From.empty()) {
+            raw = RawDescription{parseFormat("--from", m_From), m_Width, m_Height, m_Bits, !m_BigEndian};
+        }
+        std::optional<IMAGE_FORMAT> format;
+        if (!m_To.empty()) {
+            format = parseFormat("--to", m_To);
+        }
+        m_Destination.requireWritable();
+        std::unique_ptr<Image> image = onFile(ExitCode::Failed, [&] { return readImageFile(m_Source, raw); });
+        if (format) {
+            const std::string source = fmt::format("file '{}'", m_Source);
+            requireConversion(source, image->getFormat(), *format);
+            image = attempt(source + ": cannot be converted", [&] { return Imaging::convertImage(image, *format); });
+        }
+        m_Destination.write(context.output, image);
+        return ExitCode::Done;
+    }
+
+private:
+    std::string m_Source;
+    std::string m_To;
+    std::string m_From;
+    unsigned m_Width = 0;
+    unsigned m_Height = 0;
+    unsigned m_Bits = 8;
+    bool m_BigEndian = false;
+    Destination m_Destination;
+};
+
+class ConversionsCommand : public Command {
+public:
+    void describe(CLI::App& parser) override { addJsonFlag(parser, m_Json); }
+
+    ExitCode run(Context& context) override {
+        Table table{{"FROM", "TO", "NAME"}, {}};
+        Json conversions = Json::array();
+        for (const auto& [key, name] : Imaging::getAvailableConversions()) {
+            const std::string from = Imaging::getFormatName(static_cast<IMAGE_FORMAT>(key / 256));
+            const std::string to = Imaging::getFormatName(static_cast<IMAGE_FORMAT>(key % 256));
+            table.rows.push_back({from, to, name});
+            conversions.push_back({{"from", from}, {"to", to}, {"name", name}});
+        }
+        if (m_Json) {
+            context.output.printJson(Json{{"conversions", conversions}});
+        } else {
+            context.output.printTable(table);
+        }
+        return ExitCode::Done;
+    }
+
+private:
+    bool m_Json = false;
+};
+
+} // namespace
+
+std::vector<CommandDescription> imageCommands() {
+    return {
+        {"capture", "Take an image and write it to a file",
+         "Examples:\n"
+         "  quill capture 90001 -o frame.png\n"
+         "  quill capture 90001 -o frame.ppm --format RGB\n",
+         makeCommand<CaptureCommand>},
+        {"convert", "Convert an image file, or a raw frame, to another format",
+         "'quill conversions' lists what can be converted to what. A raw frame is bare\n"
+         "pixels, row by row. A file whose writing fails is not left behind.\n\n"
+         "Examples:\n"
+         "  quill convert frame.png --to MONO -o grey.pgm\n"
+         "  quill convert frame.raw --from BAYER_RGGB --width 640 --height 480 --bits 12 \\\n"
+         "      --to RGB -o frame.png\n",
+         makeCommand<ConvertCommand>},
+        {"conversions", "List what image format can be converted to what other",
+         "Examples:\n"
+         "  quill conversions | grep ^BAYER_RGGB\n"
+         "  quill conversions --json\n",
+         makeCommand<ConversionsCommand>},
+    };
+}
+
+} // namespace QuillTool

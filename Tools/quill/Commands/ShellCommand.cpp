@@ -1,0 +1,84 @@
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "Command.h"
+#include "CommandLine.h"
+#include "LineReader.h"
+#include "WordSplitter.h"
+
+namespace QuillTool {
+
+namespace {
+
+class ShellCommand : public Command {
+public:
+    void describe(CLI::App& /*parser*/) override {}
+
+    ExitCode run(Context& context) override {
+        if (context.inShell) {
+            throw ToolError(ExitCode::Usage, "shell: this is the shell already");
+        }
+        Context inside{context.session, context.output, context.interrupt, true};
+        const std::unique_ptr<LineReader> lines = makeLineReader(context.interrupt);
+        ExitCode firstFailure = ExitCode::Done;
+        for (int number = 1; const std::optional<std::string> line = lines->next(); ++number) {
+            if (!lines->isInteractive()) {
+                context.output.setPlace(fmt::format("line {}", number));
+            }
+            const std::optional<ExitCode> code = runLine(*line, inside);
+            if (!code) {
+                break;
+            }
+            if (firstFailure == ExitCode::Done) {
+                firstFailure = *code;
+            }
+            if (lines->isInteractive() && context.interrupt.requested()) {
+                context.interrupt.clear(); // it ended the command, not the session
+                context.output.printLine("");
+            }
+        }
+        context.output.setPlace("");
+        return lines->isInteractive() ? ExitCode::Done : firstFailure;
+    }
+
+private:
+    /// @return nothing for the word that ends the session
+    static std::optional<ExitCode> runLine(const std::string& line, Context& context) {
+        std::vector<std::string> words;
+        try {
+            words = splitWords(line);
+        } catch (const ToolError& failure) {
+            context.output.fail(failure.what());
+            return failure.code();
+        }
+        if (words.empty()) {
+            return ExitCode::Done;
+        }
+        if (words.front() == "exit" || words.front() == "quit") {
+            return std::nullopt;
+        }
+        return runCommandLine(words, context);
+    }
+};
+
+} // namespace
+
+CommandDescription shellCommand() {
+    return {"shell", "Run commands in one session, from a prompt or a pipe",
+            "Every line is a command as on the command line, without 'quill'; cameras stay\n"
+            "connected from one to the next. Words are quoted as in a shell, '#' begins a\n"
+            "comment, 'help' lists the commands, 'exit' or 'quit' ends. A command that fails\n"
+            "does not end the session; the exit code of a script is that of the first\n"
+            "failure in it.\n\n"
+            "Examples:\n"
+            "  quill shell\n"
+            "  quill shell < setup.quill\n"
+            "  printf '%s\\n' 'set 90001 Gamma 1.8' 'capture 90001 -o f.png' | quill shell\n",
+            makeCommand<ShellCommand>};
+}
+
+} // namespace QuillTool

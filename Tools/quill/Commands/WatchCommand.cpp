@@ -1,0 +1,135 @@
+#include <array>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <Quill.h>
+#include <fmt/format.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include "Command.h"
+#include "WakePipe.h"
+
+namespace QuillTool {
+
+namespace {
+
+using CameraInterface::Camera;
+
+struct Departure {
+    std::string modelName;
+    std::string serialNumber;
+};
+
+/// What the library's threads have to tell the command's.
+class CameraChanges {
+public:
+    CameraChanges() {
+        Camera::registerDisconnectCallback([this](const std::string& modelName, const std::string& serialNumber) {
+            {
+                const Utilities::MutexLock lock(m_Mutex);
+                m_Departures.push_back({modelName, serialNumber});
+            }
+            m_Pipe.wake();
+        });
+        Camera::registerNewConnectCallback([this] { m_Pipe.wake(); });
+    }
+    CameraChanges(const CameraChanges&) = delete;
+    CameraChanges& operator=(const CameraChanges&) = delete;
+    /// When the registrations have ended, no callback runs any more.
+    ~CameraChanges() {
+        Camera::registerNewConnectCallback({});
+        Camera::registerDisconnectCallback({});
+    }
+
+    /// Readable when something changed.
+    int descriptor() const { return m_Pipe.descriptor(); }
+
+    std::vector<Departure> takeDepartures() {
+        m_Pipe.drain();
+        const Utilities::MutexLock lock(m_Mutex);
+        return std::exchange(m_Departures, {});
+    }
+
+private:
+    WakePipe m_Pipe;
+    Utilities::Mutex m_Mutex; // guards the departures
+    std::vector<Departure> m_Departures QUILL_GUARDED_BY(m_Mutex);
+};
+
+class WatchCommand : public Command {
+public:
+    void describe(CLI::App& parser) override { addJsonFlag(parser, m_Json); }
+
+    ExitCode run(Context& context) override {
+        CameraChanges changes; // before the first look, so that nothing is missed
+        m_Known = context.session.listCameras();
+        for (const auto& [serialNumber, modelName] : m_Known) {
+            tell(context.output, "present", serialNumber, modelName);
+        }
+        do {
+            for (const Departure& departure : changes.takeDepartures()) {
+                if (m_Known.erase(departure.serialNumber) != 0) {
+                    tell(context.output, "departed", departure.serialNumber, departure.modelName);
+                }
+            }
+            tellArrivals(context.output);
+            context.output.flush();
+        } while (waitForChange(context.interrupt, changes));
+        return ExitCode::Interrupted;
+    }
+
+private:
+    void tell(Output& output, const char* event, const std::string& serialNumber, const std::string& modelName) const {
+        if (m_Json) {
+            output.printJsonLine(Json{{"event", event}, {"serialNumber", serialNumber}, {"modelName", modelName}});
+        } else {
+            output.printLine(fmt::format("{:<8}  {}  {}", event, serialNumber, modelName));
+        }
+    }
+
+    void tellArrivals(Output& output) {
+        for (const auto& [serialNumber, modelName] : Camera::getCamerasList()) {
+            if (m_Known.emplace(serialNumber, modelName).second) {
+                tell(output, "arrived", serialNumber, modelName);
+            }
+        }
+    }
+
+    /// @return false when it is time to end
+    static bool waitForChange(const Interrupt& interrupt, const CameraChanges& changes) {
+        std::array<pollfd, 3> waiting{pollfd{interrupt.descriptor(), POLLIN, 0},
+                                      pollfd{changes.descriptor(), POLLIN, 0}, pollfd{STDOUT_FILENO, 0, 0}};
+        while (!interrupt.requested()) {
+            if (poll(waiting.data(), waiting.size(), -1) <= 0) {
+                continue;
+            }
+            if ((waiting[2].revents & POLLERR) != 0) {
+                throw OutputClosed{}; // at once, not at the next change
+            }
+            if (waiting[1].revents != 0) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    bool m_Json = false;
+    std::map<std::string, std::string> m_Known; // model name by serial number
+};
+
+} // namespace
+
+CommandDescription watchCommand() {
+    return {"watch", "Tell of cameras that arrive and depart until interrupted",
+            "Begins with the cameras that are there. One line, or one JSON object, for each\n"
+            "camera; ends with 130 when interrupted.\n\n"
+            "Examples:\n"
+            "  quill watch\n"
+            "  quill watch --json | jq -r 'select(.event == \"departed\") | .serialNumber'\n",
+            makeCommand<WatchCommand>};
+}
+
+} // namespace QuillTool

@@ -1,0 +1,65 @@
+#include "ImageFiles/InputFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <system_error>
+
+#include <fmt/format.h>
+
+namespace QuillTool {
+
+namespace {
+
+constexpr std::size_t kFirstChunk = std::size_t{64} * 1024;
+
+void requireReadable(std::uintmax_t size) {
+    if (size > kLargestInput) {
+        throw std::runtime_error("the file is larger than 2 GiB");
+    }
+}
+
+} // namespace
+
+std::vector<unsigned char> readInputFile(const std::string& path) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"), &std::fclose);
+    if (!file) {
+        throw std::system_error(errno, std::generic_category());
+    }
+    std::error_code notRegular;
+    const std::uintmax_t size = std::filesystem::file_size(path, notRegular);
+    if (!notRegular) {
+        requireReadable(size);
+    }
+    // One byte more than a regular file has, so that one reading finds its end.
+    std::size_t chunk = notRegular ? kFirstChunk : size + 1;
+
+    std::vector<unsigned char> bytes;
+    std::size_t used = 0;
+    do {
+        bytes.resize(used + chunk);
+        used += std::fread(&bytes[used], 1, chunk, file.get());
+        if (std::ferror(file.get()) != 0) {
+            throw std::system_error(errno, std::generic_category());
+        }
+        requireReadable(used);
+        chunk = std::max(used, kFirstChunk);
+    } while (std::feof(file.get()) == 0);
+    bytes.resize(used);
+    return bytes;
+}
+
+std::size_t checkedImageBytes(std::uint64_t width, std::uint64_t height, std::uint64_t bytesPerPixel) {
+    if (width == 0 || height == 0) {
+        throw std::runtime_error("an image needs a width and a height");
+    }
+    if (width > kLargestInput / bytesPerPixel / height) {
+        throw std::runtime_error(fmt::format("an image of {} x {} pixels is larger than 2 GiB", width, height));
+    }
+    return width * height * bytesPerPixel;
+}
+
+} // namespace QuillTool

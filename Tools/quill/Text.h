@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace QuillTool {
+
+/// The text on one line and harmless to a terminal: line breaks and other control characters become single blanks.
+std::string oneLine(std::string_view text);
+
+/// How many columns a UTF-8 text takes, each character counted as one.
+std::size_t displayWidth(std::string_view text);
+
+/// The text in capitals, ASCII letters only.
+std::string inCapitals(std::string text);
+
+} // namespace QuillTool

@@ -1,0 +1,59 @@
+#include "ToolError.h"
+
+#include <algorithm>
+#include <array>
+#include <new>
+#include <string_view>
+
+#include <Quill.h>
+
+namespace QuillTool {
+
+namespace {
+
+using KestrelExceptions::KestrelException;
+
+/// Kind of failure, as who() says it, and its exit code. Every other kind is a failed operation.
+struct FailureCode {
+    std::string_view kind;
+    ExitCode code;
+};
+
+constexpr std::array kFailureCodes{
+    FailureCode{"CameraNotFound", ExitCode::NotFound},
+    FailureCode{"PropertyUnsupported", ExitCode::NotFound},
+    FailureCode{"FunctionUnsupported", ExitCode::NotFound},
+};
+
+ExitCode codeOf(const std::exception& failure) {
+    const auto* known = dynamic_cast<const KestrelException*>(&failure);
+    if (known == nullptr) {
+        return ExitCode::Failed;
+    }
+    const auto* row = std::find_if(kFailureCodes.begin(), kFailureCodes.end(),
+                                   [&](const FailureCode& candidate) { return candidate.kind == known->who(); });
+    return row == kFailureCodes.end() ? ExitCode::Failed : row->code;
+}
+
+} // namespace
+
+std::string reasonOf(const std::exception& failure) {
+    if (dynamic_cast<const std::bad_alloc*>(&failure) != nullptr) {
+        return "out of memory";
+    }
+    const auto* known = dynamic_cast<const KestrelException*>(&failure);
+    if (known == nullptr) {
+        return failure.what();
+    }
+    const std::string reason = known->why();
+    constexpr std::string_view kSubjectEnd = "}: ";
+    const std::size_t subjectEnd = reason.find(kSubjectEnd);
+    const bool namesSubject = reason.rfind("Error with ", 0) == 0 && subjectEnd != std::string::npos;
+    return namesSubject ? reason.substr(subjectEnd + kSubjectEnd.size()) : reason;
+}
+
+ToolError describeFailure(const std::string& tried, const std::exception& failure) {
+    return {codeOf(failure), tried + ": " + reasonOf(failure)};
+}
+
+} // namespace QuillTool
