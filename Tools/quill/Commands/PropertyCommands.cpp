@@ -120,10 +120,10 @@ public:
         if (m_Json) {
             context.output.printJson(toJson(camera, readings));
         } else {
-            Table table{{"NAME", "TYPE", "VALUE", "RANGE OR CHOICES", "WRITABILITY"}, {}};
+            Table table{{"NAME", "TYPE", "VALUE", "WRITABILITY", "RANGE OR CHOICES"}, {}};
             for (const PropertyReading& reading : readings) {
                 table.rows.push_back(
-                    {reading.name, typeName(reading.type), reading.value, reading.allowed(), reading.writability()});
+                    {reading.name, typeName(reading.type), reading.value, reading.writability(), reading.allowed()});
             }
             context.output.printTable(table);
         }
