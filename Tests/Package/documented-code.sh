@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# Every block of C++ and CMake in the documents is, line for line, a file that is built and run elsewhere in the tests.
+# Argument: source folder.
+set -euo pipefail
+cd "$1"
+built=(Examples/*.cpp Tests/Package/consumer/*)
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+awk -v work="$work" '
+    /^```(cpp|c\+\+|cmake)$/ { name = FILENAME; gsub("/", "_", name); block = work "/" name ":" FNR; next }
+    /^```/ { block = "" }
+    block { print > block }' README.md CONTRIBUTING.md docs/*.md
+
+blocks=("$work"/README.md:*)
+[[ -e ${blocks[0]} ]] || { echo "README.md shows no code." >&2 && exit 1; }
+status=0
+for block in "$work"/*; do
+    matched=false
+    for file in "${built[@]}"; do
+        cmp --silent "$block" "$file" && matched=true
+    done
+    $matched || { echo "The code after ${block##*/} is no file that is built." >&2 && status=1; }
+done
+exit $status

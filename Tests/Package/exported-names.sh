@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# The library exports names of its public namespaces and no others. Argument: the library.
+set -euo pipefail
+
+names=$(nm --dynamic --defined-only --format=just-symbols "$1" 2>/dev/null)
+public='^_Z(T[VIS])?NK?(15CameraInterface|7Imaging|17KestrelExceptions|9Utilities)'
+internal='Adapter|8Internal|8nlohmann'
+[[ -n $names ]] || { echo "The library exports nothing." >&2 && exit 1; }
+if grep -Ev "$public" <<<"$names" || grep -E "$internal" <<<"$names"; then
+    echo "These names ought to be hidden." >&2
+    exit 1
+fi

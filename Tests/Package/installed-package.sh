@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# Installs a build, moves the result elsewhere, and builds and runs a small project with it: through CMake, and through
+# pkg-config.
+# Arguments: source folder, build folder, compiler, library folder below the prefix, camera list that the library reads,
+# CMake generator.
+set -euo pipefail
+sourceFolder=$1 buildFolder=$2 compiler=$3 libraryFolder=$4 cameraList=$5 generator=$6
+consumer=$sourceFolder/Tests/Package/consumer
+
+fail() {
+    echo "$*" >&2
+    exit 1
+}
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cmake --install "$buildFolder" --prefix "$work/staged" >/dev/null
+mv "$work/staged" "$work/moved"
+package=$work/moved
+library=$package/$libraryFolder/libquillcamera.so
+
+# The tool finds the library by itself; what others build has to be told.
+if [[ -e $package/bin/quill ]]; then
+    "$package/bin/quill" --version >/dev/null
+fi
+export LD_LIBRARY_PATH=$package/$libraryFolder
+
+cmake -S "$consumer" -B "$work/cmake" -G "$generator" -DCMAKE_CXX_COMPILER="$compiler" \
+    -DCMAKE_PREFIX_PATH="$package" >/dev/null
+cmake --build "$work/cmake" >/dev/null
+"$work/cmake/consumer"
+
+export PKG_CONFIG_PATH=$package/$libraryFolder/pkgconfig
+# shellcheck disable=SC2046 # flags are words
+"$compiler" -std=c++17 "$consumer/main.cpp" -o "$work/consumer" $(pkg-config --cflags --libs quillcamera)
+"$work/consumer"
+
+# Nothing leads back to where the package was made, or shows what it was made with.
+if grep --recursive --binary-files=without-match --fixed-strings \
+    -e "$sourceFolder" -e "$buildFolder" -e "$work" "$package"; then
+    fail "These files of the package name the folders that it was made in."
+fi
+if readelf --string-dump=.rodata "$library" | grep --text --fixed-strings --invert-match "$cameraList" |
+    grep --text --fixed-strings "$sourceFolder"; then
+    fail "The library holds paths of its source folder."
+fi
+if grep --recursive --extended-regexp '#include.*(opencv|nlohmann)' "$package/include"; then
+    fail "Public headers need headers of other libraries."
+fi
+
+# The umbrella header leaves nothing out.
+cd "$package/include/quillcamera"
+missing=$(comm -23 <(find . -name '*.h' -printf '%P\n' | grep -v '^Quill.h$' | sort) \
+    <(sed -n 's/^#include "\(.*\)"$/\1/p' Quill.h | sort))
+[[ -z $missing ]] || fail "Quill.h does not include: $missing"
+
+# The library neither asks for an executable stack nor carries a search path.
+readelf --program-headers --wide "$library" | grep -q 'GNU_STACK.* RW ' || fail "The library's stack is executable."
+if readelf --dynamic "$library" | grep -E 'RPATH|RUNPATH|TEXTREL'; then
+    fail "The library carries a search path or is relocated in its code."
+fi

@@ -1,0 +1,49 @@
+# Sourced by the scripts of this folder: what they need, and how they build.
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
+
+# Debian's packages: the tools, what the library is built on, what the quill tool adds, what tests and benchmarks add.
+quillPackages=(
+    g++ cmake ninja-build pkg-config
+    libopencv-core-dev libopencv-imgproc-dev nlohmann-json3-dev
+    libcli11-dev libfmt-dev libpng-dev libedit-dev
+    libgtest-dev libgmock-dev libbenchmark-dev
+)
+
+isInstalled() {
+    [[ "$(dpkg-query --show --showformat '${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
+}
+
+# Installs the packages that are missing; where that is not possible, says which they are and how to install them.
+ensurePackages() {
+    local package missing=() asRoot=()
+    for package in "${quillPackages[@]}"; do
+        isInstalled "$package" || missing+=("$package")
+    done
+    ((${#missing[@]})) || return 0
+
+    ((EUID == 0)) || asRoot=(sudo --non-interactive)
+    if "${asRoot[@]}" true 2>/dev/null; then
+        echo "Installing ${missing[*]}" >&2
+        # A package source that cannot be reached does not matter as long as another one has the packages.
+        "${asRoot[@]}" apt-get update --quiet >&2 || true
+        if "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive \
+            apt-get install --quiet --yes --no-install-recommends "${missing[@]}" >&2; then
+            return 0
+        fi
+    fi
+    echo "These packages are missing: ${missing[*]}" >&2
+    echo "Install them with: sudo apt-get install --no-install-recommends ${missing[*]}" >&2
+    exit 1
+}
+
+# Configures a preset of CMakePresets.json and builds all of it, or only the targets named. Uses ccache if there.
+buildPreset() {
+    local preset=$1 launcher=()
+    shift
+    if command -v ccache >/dev/null; then
+        launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    fi
+    cmake --preset "$preset" "${launcher[@]}" >&2
+    cmake --build --preset "$preset" --parallel 2 ${1+--target "$@"} >&2
+}
