@@ -26,13 +26,14 @@ BufferPool::Buffer BufferPool::take(std::size_t size) {
     Buffer buffer;
     if (size >= kSmallestPooled) {
         const Utilities::MutexLock lock(m_Mutex);
-        // The smallest one that is large enough and not wastefully large.
+        // The smallest one that is large enough and not wastefully large; of equals the last given back, whose content
+        // is most likely in the cache.
         const auto fits = [&](const Buffer& candidate) {
             return candidate.capacity() >= size && candidate.capacity() / 2 <= size;
         };
         auto best = m_Buffers.end();
         for (auto candidate = m_Buffers.begin(); candidate != m_Buffers.end(); ++candidate) {
-            if (fits(*candidate) && (best == m_Buffers.end() || candidate->capacity() < best->capacity())) {
+            if (fits(*candidate) && (best == m_Buffers.end() || candidate->capacity() <= best->capacity())) {
                 best = candidate;
             }
         }

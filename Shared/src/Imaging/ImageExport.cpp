@@ -5,6 +5,9 @@
 #include <optional>
 #include <vector>
 
+#include <opencv2/core/hal/intrin.hpp>
+
+#include "Imaging/BufferPool.h"
 #include "Imaging/ByteOrder.h"
 #include "Imaging/Color.h"
 #include "Imaging/FormatTable.h"
@@ -18,8 +21,13 @@ namespace Imaging {
 
 namespace {
 
-/// What is worked on together stays in the first-level cache.
-constexpr std::size_t kBandBytes = 24 * 1024;
+/// What is worked on together stays in the cache.
+constexpr std::size_t kBandBytes = 32 * 1024;
+
+/// How far ahead loops ask for what they read: for a frame that is larger than its caches, the processor alone asks too
+/// late.
+constexpr std::size_t kPrefetchedBytes = 4096;
+constexpr std::size_t kCacheLineBytes = 64;
 
 std::uint16_t loadWord(const unsigned char* bytes) {
     std::uint16_t word = 0;
@@ -43,6 +51,22 @@ std::optional<Layout> layoutOfClass(const Image& image) {
     return std::nullopt;
 }
 
+std::uint16_t largestSample(const unsigned char* samples, std::size_t count) {
+    constexpr std::size_t kLanes = cv::v_uint16x8::nlanes;
+    cv::v_uint16x8 largestOfLanes = cv::v_setzero_u16();
+    std::size_t i = 0;
+    for (; i + kLanes <= count; i += kLanes) {
+        const unsigned char* here = samples + 2 * i;
+        __builtin_prefetch(here + kPrefetchedBytes);
+        largestOfLanes = cv::v_max(largestOfLanes, cv::v_reinterpret_as_u16(cv::v_load(here)));
+    }
+    std::uint16_t largest = cv::v_reduce_max(largestOfLanes);
+    for (; i < count; ++i) {
+        largest = std::max(largest, loadWord(samples + 2 * i));
+    }
+    return largest;
+}
+
 /// An image of 16-bit words as it is exported: one sample per pixel for grey, the channels 2, 1, 0 for everything else,
 /// in machine byte order, a band of rows at a time.
 class ExportedRows {
@@ -53,73 +77,146 @@ public:
         const auto limit = static_cast<unsigned>(std::numeric_limits<int>::max());
         return description != nullptr && layoutOfClass(image) == description->layout &&
                image.getNumberOfChannels() == description->channels && image.getBytesPerChannel() == 2 &&
-               image.getWidth() != 0 && image.getWidth() <= limit && image.getHeight() <= limit;
+               image.getWidth() != 0 && image.getHeight() != 0 && image.getWidth() <= limit &&
+               image.getHeight() <= limit;
     }
 
     explicit ExportedRows(const Image& image)
-        : m_Swap(image.isLittleEndian() != machineIsLittleEndian()),
-          m_Source(const_cast<unsigned char*>(image.getDataAddress()), static_cast<int>(image.getWidth()),
+        : m_Source(const_cast<unsigned char*>(image.getDataAddress()), static_cast<int>(image.getWidth()),
                    static_cast<int>(image.getHeight()), CV_16U, std::size_t{2} * image.getWidth() * image.getHeight(),
                    describe(image.getFormat())),
           m_SamplesPerRow(std::size_t{image.getWidth()} * (image.getNumberOfChannels() == 1 ? 1 : 3)),
-          m_BandRows(static_cast<int>(std::max<std::size_t>(kBandBytes / (2 * m_SamplesPerRow), 1))) {}
+          m_BandRows(
+              static_cast<int>(std::clamp<std::size_t>(kBandBytes / (2 * m_SamplesPerRow), 1, image.getHeight()))),
+          m_Swap(image.isLittleEndian() != machineIsLittleEndian()), m_Band(2 * samplesOf(m_BandRows)),
+          m_Swapped(m_Swap ? bytesPerBand() : 0), m_Scaled(bytesPerBand() / 2) {}
 
-    std::size_t samples() const { return m_SamplesPerRow * static_cast<std::size_t>(m_Source.height()); }
+    std::size_t samples() const { return samplesOf(m_Source.height()); }
 
-    /// Calls @p use with the bytes and the number of the samples of each band, from the top.
-    template <typename Use>
-    void forEachBand(Use use) {
-        for (int row = 0; row < m_Source.height(); row += m_BandRows) {
-            const int rows = std::min(m_BandRows, m_Source.height() - row);
-            use(band(m_Source.rows(row, row + rows), row), m_SamplesPerRow * static_cast<std::size_t>(rows));
-        }
+    std::uint16_t largest() {
+        const FormatDescription& format = m_Source.description();
+        std::uint16_t largest = 0;
+        forEachBand([&](const PixelView& rows, int firstRow) {
+            if (format.layout == Layout::Mosaic || format.samplesPerPixel() == 4) {
+                // Some samples are not exported.
+                arrange(rows, firstRow, m_Band.data());
+                largest = std::max(largest, largestSample(m_Band.data(), samplesOf(rows.height())));
+                return;
+            }
+            for (unsigned plane = 0; plane < format.planes; ++plane) {
+                largest = std::max(largest, largestSample(planeData(rows, plane), samplesOfPlane(rows)));
+            }
+        });
+        return largest;
+    }
+
+    /// Appends the exported samples.
+    void appendTo(std::vector<unsigned short>& result) {
+        forEachBand([&](const PixelView& rows, int firstRow) {
+            const unsigned char* samples = rows.data();
+            if (!liesAsExported()) {
+                for (unsigned plane = 0; plane < rows.description().planes; ++plane) {
+                    const unsigned char* bytes = planeData(rows, plane);
+                    for (std::size_t i = 0; i < 2 * samplesOfPlane(rows); i += kCacheLineBytes) {
+                        __builtin_prefetch(bytes + i);
+                    }
+                }
+                arrange(rows, firstRow, m_Band.data());
+                samples = m_Band.data();
+            }
+            const auto* words = reinterpret_cast<const unsigned short*>(samples);
+            result.insert(result.end(), words, words + samplesOf(rows.height()));
+        });
+    }
+
+    /// Appends what @p map makes of the exported samples: called with samples, their number and where one byte of each
+    /// goes.
+    template <typename Map>
+    void appendTo(std::vector<unsigned char>& result, Map map) {
+        forEachBand([&](const PixelView& rows, int firstRow) {
+            const std::size_t begin = result.size();
+            result.resize(begin + samplesOf(rows.height()));
+            if (liesAsExported()) {
+                map(rows.data(), samplesOfPlane(rows), result.data() + begin);
+                return;
+            }
+            // Half as many bytes are left to be arranged then.
+            const PixelView scaled(m_Scaled.data(), rows.width(), rows.height(), CV_8U, samplesOfPlane(rows),
+                                   rows.description());
+            for (unsigned plane = 0; plane < rows.description().planes; ++plane) {
+                map(planeData(rows, plane), samplesOfPlane(rows), planeData(scaled, plane));
+            }
+            arrange(scaled, firstRow, result.data() + begin);
+        });
     }
 
 private:
-    const unsigned char* band(const PixelView& rows, int firstRow) {
-        const FormatDescription& bgr = describe(IMAGE_FORMAT::BGR);
-        const Layout layout = rows.description().layout;
-        const bool asItLies = layout == Layout::Grey || &rows.description() == &bgr;
-        const std::size_t samples = m_SamplesPerRow * static_cast<std::size_t>(rows.height());
-        if (asItLies && !m_Swap) {
-            return rows.data();
+    static unsigned char* planeData(const PixelView& rows, unsigned plane) {
+        return rows.data() + plane * rows.planeBytes();
+    }
+    static std::size_t samplesOfPlane(const PixelView& rows) {
+        return rows.rowBytes() / rows.bytesPerSample() * static_cast<std::size_t>(rows.height());
+    }
+
+    std::size_t samplesOf(int rows) const { return m_SamplesPerRow * static_cast<std::size_t>(rows); }
+    /// Bytes of the source.
+    std::size_t bytesPerBand() const {
+        return m_Source.rowBytes() * m_Source.description().planes * static_cast<std::size_t>(m_BandRows);
+    }
+    bool liesAsExported() const {
+        return m_Source.description().layout == Layout::Grey || &m_Source.description() == &describe(IMAGE_FORMAT::BGR);
+    }
+
+    /// Calls @p use with the rows of each band in machine byte order, and the number of the first one, from the top.
+    template <typename Use>
+    void forEachBand(Use use) {
+        for (int row = 0; row < m_Source.height(); row += m_BandRows) {
+            const PixelView rows = m_Source.rows(row, std::min(row + m_BandRows, m_Source.height()));
+            use(m_Swap ? swapped(rows) : rows, row);
         }
-        m_Band.resize(2 * samples);
-        if (asItLies) {
-            swapSampleBytes(rows.data(), m_Band.data(), samples);
-            return m_Band.data();
+    }
+
+    PixelView swapped(const PixelView& rows) {
+        const PixelView result(m_Swapped.data(), rows.width(), rows.height(), CV_16U, 2 * samplesOfPlane(rows),
+                               rows.description());
+        for (unsigned plane = 0; plane < rows.description().planes; ++plane) {
+            swapSampleBytes(planeData(rows, plane), planeData(result, plane), samplesOfPlane(rows));
         }
-        if (layout == Layout::Mosaic) {
-            spreadMosaic(rows, firstRow);
+        return result;
+    }
+
+    /// Puts the samples of @p rows into the order in which they are exported.
+    static void arrange(const PixelView& rows, int firstRow, unsigned char* target) {
+        if (rows.description().layout == Layout::Mosaic) {
+            spreadMosaic(rows, firstRow, target);
         } else {
-            convertPixels(rows, PixelView(m_Band.data(), rows.width(), rows.height(), CV_16U, 0, bgr));
+            convertPixels(rows,
+                          PixelView(target, rows.width(), rows.height(), rows.depth(), 0, describe(IMAGE_FORMAT::BGR)));
         }
-        if (m_Swap) {
-            swapSampleBytes(m_Band.data(), m_Band.data(), samples);
-        }
-        return m_Band.data();
     }
 
     /// Puts each site's sample where its channel is exported; channel 3, blue, is not.
-    void spreadMosaic(const PixelView& rows, int firstRow) {
-        std::fill(m_Band.begin(), m_Band.end(), static_cast<unsigned char>(0));
+    static void spreadMosaic(const PixelView& rows, int firstRow, unsigned char* target) {
+        const std::size_t bytes = rows.bytesPerSample();
         const unsigned char* from = rows.data();
-        unsigned char* to = m_Band.data();
+        std::memset(target, 0, 3 * bytes * samplesOfPlane(rows));
         for (int row = 0; row < rows.height(); ++row) {
             const std::uint8_t* channels = &rows.description().channelOfSample[(firstRow + row) % 2 * 2];
-            for (int column = 0; column < rows.width(); ++column, from += 2, to += 6) {
+            for (int column = 0; column < rows.width(); ++column, from += bytes, target += 3 * bytes) {
                 if (const std::uint8_t channel = channels[column % 2]; channel < 3) {
-                    std::memcpy(to + 2 * (2 - channel), from, 2);
+                    std::memcpy(target + bytes * (2 - channel), from, bytes);
                 }
             }
         }
     }
 
-    bool m_Swap;
     PixelView m_Source;
     std::size_t m_SamplesPerRow;
     int m_BandRows;
-    std::vector<unsigned char> m_Band;
+    bool m_Swap;
+    ScratchBuffer m_Band;
+    ScratchBuffer m_Swapped;
+    ScratchBuffer m_Scaled;
 };
 
 /// The exported values of any image, read pixel by pixel.
@@ -136,36 +233,69 @@ std::vector<std::uint16_t> exportedValues(const Image& image) {
     return values;
 }
 
-std::uint16_t largestSample(const unsigned char* samples, std::size_t count) {
-    std::uint16_t largest = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        largest = std::max(largest, loadWord(samples + 2 * i));
-    }
-    return largest;
-}
-
 /// Scales samples to 0...255, the largest becoming 255 and halves going up: floor(255 v / largest + 1/2), in whole
 /// numbers.
 class Scale {
 public:
-    explicit Scale(unsigned largest) : m_Table(largest + 1) {
-        unsigned remainder = largest;
+    explicit Scale(unsigned largest) : m_Largest(largest) {
+        if (!isDividedByMultiplying()) {
+            fillTable();
+        }
+    }
+
+    void map(const unsigned char* samples, std::size_t count, unsigned char* result) const {
+        if (isDividedByMultiplying()) {
+            divide(samples, count, result);
+            return;
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            // Samples that are not exported may be larger than the largest.
+            result[i] = m_Table[std::min<unsigned>(loadWord(samples + 2 * i), m_Largest)];
+        }
+    }
+
+private:
+    /// Where the factor and four times the largest sample fit into 16-bit words, of which the processor takes several
+    /// at a time.
+    bool isDividedByMultiplying() const { return m_Largest >= 256 && m_Largest < 8192; }
+
+    void divide(const unsigned char* samples, std::size_t count, unsigned char* result) const {
+        constexpr std::size_t kLanes = cv::v_uint8x16::nlanes;
+        std::size_t i = 0;
+        for (; i + kLanes <= count; i += kLanes) {
+            const unsigned char* here = samples + 2 * i;
+            __builtin_prefetch(here + kPrefetchedBytes);
+            cv::v_store(result + i, cv::v_pack(levels(here), levels(here + kLanes)));
+        }
+        for (; i < count; ++i) {
+            result[i] = static_cast<unsigned char>((510 * loadWord(samples + 2 * i) + m_Largest) / (2 * m_Largest));
+        }
+    }
+
+    cv::v_uint16x8 levels(const unsigned char* samples) const {
+        const auto word = [](unsigned value) { return cv::v_setall_u16(static_cast<std::uint16_t>(value)); };
+        const cv::v_uint16x8 sample = cv::v_reinterpret_as_u16(cv::v_load(samples));
+        const cv::v_uint16x8 divisor = word(2 * m_Largest);
+        // The level or one less; what remains, below two divisors, tells which.
+        const cv::v_uint16x8 level = cv::v_mul_hi(sample, word(255 * 65536 / m_Largest));
+        const cv::v_uint16x8 dividend = cv::v_add_wrap(cv::v_mul_wrap(sample, word(510)), word(m_Largest));
+        const cv::v_uint16x8 remainder = cv::v_sub_wrap(dividend, cv::v_mul_wrap(divisor, level));
+        return cv::v_sub_wrap(level, remainder >= divisor);
+    }
+
+    void fillTable() {
+        m_Table.reserve(m_Largest + 1);
+        unsigned remainder = m_Largest;
         unsigned char level = 0;
-        for (unsigned char& entry : m_Table) {
-            entry = level;
-            for (remainder += 2 * 255; largest != 0 && remainder >= 2 * largest; remainder -= 2 * largest) {
+        for (unsigned sample = 0; sample <= m_Largest; ++sample) {
+            m_Table.push_back(level);
+            for (remainder += 2 * 255; m_Largest != 0 && remainder >= 2 * m_Largest; remainder -= 2 * m_Largest) {
                 ++level;
             }
         }
     }
 
-    void map(const unsigned char* samples, std::size_t count, unsigned char* result) const {
-        for (std::size_t i = 0; i < count; ++i) {
-            result[i] = m_Table[loadWord(samples + 2 * i)];
-        }
-    }
-
-private:
+    unsigned m_Largest;
     std::vector<unsigned char> m_Table;
 };
 
@@ -184,17 +314,10 @@ std::vector<unsigned char> Image::get8bitImageData() const {
         return result;
     }
     ExportedRows rows(*this);
-    std::uint16_t largest = 0;
-    rows.forEachBand([&](const unsigned char* samples, std::size_t count) {
-        largest = std::max(largest, largestSample(samples, count));
-    });
-    const Scale scale(largest);
-    std::vector<unsigned char> scaled;
+    const Scale scale(rows.largest());
     result.reserve(rows.samples());
-    rows.forEachBand([&](const unsigned char* samples, std::size_t count) {
-        scaled.resize(count);
-        scale.map(samples, count, scaled.data());
-        result.insert(result.end(), scaled.begin(), scaled.end());
+    rows.appendTo(result, [&](const unsigned char* samples, std::size_t count, unsigned char* scaled) {
+        scale.map(samples, count, scaled);
     });
     return result;
 }
@@ -209,10 +332,7 @@ std::vector<unsigned short> Image::get16bitImageData() const {
     ExportedRows rows(*this);
     std::vector<unsigned short> result;
     result.reserve(rows.samples());
-    rows.forEachBand([&](const unsigned char* samples, std::size_t count) {
-        const auto* words = reinterpret_cast<const unsigned short*>(samples);
-        result.insert(result.end(), words, words + count);
-    });
+    rows.appendTo(result);
     return result;
 }
 

@@ -143,9 +143,12 @@ void greyToInterleaved(const PixelView& source, const PixelView& target) {
 }
 
 void greyToPlanar(const PixelView& source, const PixelView& target) {
-    for (unsigned channel = 0; channel < kAlphaChannel; ++channel) {
-        std::memcpy(target.data() + channel * target.planeBytes(), source.data(), target.planeBytes());
-    }
+    forEachBand(source, target, source.rowBytes(), [](const PixelView& sourceRows, const PixelView& targetRows) {
+        const std::size_t bytes = sourceRows.rowBytes() * static_cast<std::size_t>(sourceRows.height());
+        for (unsigned channel = 0; channel < kAlphaChannel; ++channel) {
+            std::memcpy(targetRows.data() + channel * targetRows.planeBytes(), sourceRows.data(), bytes);
+        }
+    });
     fillAlphaPlane(target);
 }
 

@@ -1,8 +1,26 @@
 #include "Properties/MemoryProperty.h"
 
+#include <cmath>
+#include <type_traits>
+#include <utility>
+
 #include "Utilities/TextConversion.h"
 
 namespace CameraInterface {
+
+namespace {
+
+/// False where the texts of two values certainly differ; making a text takes longer than reading one.
+template <typename T>
+bool mayHaveOneText(const T& a, const T& b) {
+    if constexpr (std::is_floating_point_v<T>) {
+        return !(std::abs(a - b) > 0.01); // two decimals
+    } else {
+        return true;
+    }
+}
+
+} // namespace
 
 template <typename T>
 MemoryProperty<T>::MemoryProperty(const std::string& name, const PROPERTY_TYPE& type, const T& minimum,
@@ -62,13 +80,18 @@ std::vector<std::string> MemoryProperty<T>::getValueList() {
 
 template <typename T>
 void MemoryProperty<T>::setValue(const std::string& value) {
-    if (value == getValue() || isReadOnly() || !isAvailableForWriting()) {
+    if ((m_Discrete && value == getValue()) || isReadOnly() || !isAvailableForWriting()) {
         return;
     }
     if (m_Discrete) {
         m_Value = m_ValueEnumeration.toValue(value);
     } else {
-        Utilities::extractFirstWord(value, m_Value);
+        T written = m_Value;
+        Utilities::extractFirstWord(value, written);
+        if (mayHaveOneText(written, m_Value) && value == getValue()) {
+            return;
+        }
+        m_Value = std::move(written);
     }
     onChange(true);
 }

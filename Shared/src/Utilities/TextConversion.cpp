@@ -16,8 +16,14 @@ namespace {
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 constexpr std::string_view kDecimalDigits = "0123456789";
 
+bool isWhiteSpace(char character) {
+    return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
 std::string_view withoutLeadingSpace(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
+    while (!text.empty() && isWhiteSpace(text.front())) {
+        text.remove_prefix(1);
+    }
     return text;
 }
 
@@ -115,14 +121,22 @@ bool overflows(std::string_view number) {
     return exponent + point - firstDigit > 0;
 }
 
+bool isDigit(char character) {
+    return character >= '0' && character <= '9';
+}
+
 double extractDouble(std::string_view word) {
-    std::string_view number = floatingPointCharacters(word);
-    const bool negative = takeSign(number);
+    const bool negative = takeSign(word);
     double magnitude = 0;
-    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), magnitude);
+    if (word.empty() || !(isDigit(word.front()) || word.front() == '.')) {
+        return 0.0;
+    }
+    const char* const wordEnd = word.data() + word.size();
+    const auto [end, error] = std::from_chars(word.data(), wordEnd, magnitude);
+    const bool exponentCutOff = end != wordEnd && (*end == 'e' || *end == 'E');
     if (error == std::errc::result_out_of_range) {
-        magnitude = overflows(number) ? std::numeric_limits<double>::max() : 0.0;
-    } else if (error != std::errc{} || end != number.data() + number.size()) {
+        magnitude = overflows(floatingPointCharacters(word)) ? std::numeric_limits<double>::max() : 0.0;
+    } else if (error != std::errc{} || exponentCutOff) {
         return 0.0;
     }
     return negative ? -magnitude : magnitude;
