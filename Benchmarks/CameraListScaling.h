@@ -1,0 +1,13 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "Support/Report.h"
+
+namespace Benchmarks {
+
+/// Measures enumeration and disconnect check with 10 to 10,000 cameras, those whose names match @p filter.
+void measureCameraListScaling(const std::string& filter, bool brief, const std::function<void(ScalingResult)>& use);
+
+} // namespace Benchmarks

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <vector>
+
+#include "Support/RatioBenchmark.h"
+
+namespace Benchmarks {
+
+/// How much is measured.
+enum class Scope { Short, Full };
+
+std::vector<Claim> conversionClaims(Scope scope);
+std::vector<Claim> exportClaims(Scope scope);
+std::vector<Claim> cameraListClaims(Scope scope);
+std::vector<Claim> propertyClaims(Scope scope);
+
+} // namespace Benchmarks

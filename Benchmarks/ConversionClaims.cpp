@@ -1,0 +1,224 @@
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+
+#include <benchmark/benchmark.h>
+#include <opencv2/imgproc.hpp>
+
+#include "Claims.h"
+#include "Imaging/Conversion.h"
+#include "Support/Frames.h"
+
+namespace Benchmarks {
+
+namespace {
+
+using namespace Imaging;
+using Format = IMAGE_FORMAT;
+
+/// Steps of a chain that are no codes of cvtColor.
+constexpr int kSplit = -1;
+constexpr int kMerge = -2;
+
+/// What a conversion is compared with.
+enum class Floor {
+    OneCall, ///< its only step, into a matrix that is there already
+    Chain,   ///< its steps one after another, each into a fresh matrix
+    Copy     ///< memcpy of as many bytes as the result has
+};
+
+/// In the order of Floor.
+constexpr const char* kFloorNames[] = {"cvtColor", "step by step", "memcpy of result"};
+
+struct ConversionGoal {
+    const char* goal;
+    Floor floor;
+    double limit8;  ///< for samples of 8 bits
+    double limit16; ///< for samples of 16 bits; 0: not a goal
+    Format from;
+    Format to;
+    std::vector<int> steps;
+};
+
+const std::vector<ConversionGoal> kConversions{
+    {"P1", Floor::OneCall, 1.05, 1.05, Format::BGR, Format::RGB, {cv::COLOR_BGR2RGB}},
+    {"P1", Floor::OneCall, 1.05, 1.05, Format::BGR, Format::BGRA, {cv::COLOR_BGR2BGRA}},
+    {"P1", Floor::OneCall, 1.05, 1.05, Format::RGBA, Format::BGR, {cv::COLOR_RGBA2BGR}},
+    {"P1", Floor::OneCall, 1.05, 1.05, Format::BGRA, Format::RGBA, {cv::COLOR_BGRA2RGBA}},
+    {"P1", Floor::OneCall, 1.05, 1.05, Format::RGB, Format::MONO, {cv::COLOR_RGB2GRAY}},
+    {"P1", Floor::OneCall, 1.05, 1.05, Format::BGRA, Format::MONO, {cv::COLOR_BGRA2GRAY}},
+    {"P1", Floor::OneCall, 1.05, 1.05, Format::MONO, Format::RGB, {cv::COLOR_GRAY2BGR}},
+    {"P1", Floor::OneCall, 1.05, 1.05, Format::MONO, Format::BGRA, {cv::COLOR_GRAY2BGRA}},
+    {"P1", Floor::OneCall, 1.05, 0, Format::BAYER_RGGB, Format::BGR, {cv::COLOR_BayerBG2BGR}},
+    {"P1", Floor::OneCall, 1.05, 0, Format::BAYER_GRBG, Format::RGB, {cv::COLOR_BayerGB2RGB}},
+    {"P1", Floor::OneCall, 1.05, 0, Format::BAYER_GBRG, Format::BGRA, {cv::COLOR_BayerGR2BGRA}},
+    {"P1", Floor::OneCall, 1.05, 0, Format::BAYER_BGGR, Format::MONO, {cv::COLOR_BayerRG2GRAY}},
+
+    {"P5", Floor::Chain, 0.55, 0.55, Format::RGB, Format::RGB_PLANAR, {kSplit}},
+    {"P5", Floor::Chain, 0.55, 0.55, Format::BGR, Format::RGB_PLANAR, {cv::COLOR_BGR2RGB, kSplit}},
+    {"P5", Floor::Chain, 0.55, 0.55, Format::RGB, Format::RGBA_PLANAR, {cv::COLOR_RGB2RGBA, kSplit}},
+    {"P5", Floor::Chain, 0.55, 0.55, Format::RGBA, Format::RGB_PLANAR, {cv::COLOR_RGBA2RGB, kSplit}},
+    {"P5", Floor::Chain, 0.55, 0.55, Format::RGBA, Format::RGBA_PLANAR, {kSplit}},
+
+    {"P6", Floor::Chain, 0.60, 0.60, Format::RGB_PLANAR, Format::RGB, {kMerge}},
+    {"P6", Floor::Chain, 0.60, 0.60, Format::BGR_PLANAR, Format::RGB, {kMerge, cv::COLOR_BGR2RGB}},
+    {"P6", Floor::Chain, 0.60, 0.60, Format::RGBA_PLANAR, Format::BGR, {kMerge, cv::COLOR_RGBA2BGR}},
+    {"P6", Floor::Chain, 0.60, 0.60, Format::RGBA_PLANAR, Format::BGRA, {kMerge, cv::COLOR_RGBA2BGRA}},
+    {"P6", Floor::Chain, 0.75, 0.75, Format::RGB_PLANAR, Format::RGBA, {kMerge, cv::COLOR_RGB2RGBA}},
+    {"P6", Floor::Chain, 0.75, 0.75, Format::RGB_PLANAR, Format::BGRA, {kMerge, cv::COLOR_RGB2BGRA}},
+
+    {"P7", Floor::Copy, 1.05, 1.05, Format::RGB_PLANAR, Format::BGR_PLANAR, {}},
+    {"P7", Floor::Copy, 1.05, 1.05, Format::RGBA_PLANAR, Format::BGR_PLANAR, {}},
+    {"P7", Floor::Copy, 1.05, 1.05, Format::RGB_PLANAR, Format::RGBA_PLANAR, {}},
+    {"P7", Floor::Copy, 0.95, 0.95, Format::MONO, Format::RGB_PLANAR, {}},
+    {"P7", Floor::Copy, 0.95, 0.95, Format::MONO, Format::BGRA_PLANAR, {}},
+
+    {"P8", Floor::Chain, 0.75, 0.55, Format::RGB_PLANAR, Format::MONO, {kMerge, cv::COLOR_RGB2GRAY}},
+    {"P8", Floor::Chain, 0.75, 0.55, Format::BGRA_PLANAR, Format::MONO, {kMerge, cv::COLOR_BGRA2GRAY}},
+};
+
+constexpr FrameSize kTinySize{"320 x 240", 320, 240};
+constexpr FrameSize kMediumSize{"1.3 MP", 1280, 1024};
+constexpr FrameSize kLargeSize{"5 MP", 2448, 2048};
+/// One call costs so little there that what is around it may show.
+constexpr double kTinyOneCallLimit = 1.15;
+
+/// What a straightforward implementation does in one step: a fresh matrix, then an image's bytes that are copied from
+/// it.
+std::vector<unsigned char> applyStep(const cv::Mat& input, int step, int height) {
+    cv::Mat output;
+    std::vector<cv::Mat> planes;
+    switch (step) {
+    case kSplit:
+        cv::split(input, planes);
+        cv::vconcat(planes, output);
+        break;
+    case kMerge:
+        for (int begin = 0; begin < input.rows; begin += height) {
+            planes.push_back(input.rowRange(begin, begin + height));
+        }
+        cv::merge(planes, output);
+        break;
+    default:
+        cv::cvtColor(input, output, step);
+    }
+    return {output.datastart, output.dataend};
+}
+
+std::vector<unsigned char> applyChain(Image& source, const std::vector<int>& steps) {
+    const auto width = static_cast<int>(source.getWidth());
+    const auto height = static_cast<int>(source.getHeight());
+    cv::Mat samples = matrixOf(source);
+    std::vector<unsigned char> bytes;
+    for (const int step : steps) {
+        bytes = applyStep(samples, step, height);
+        // Whatever is followed by another step is interleaved.
+        const auto channels =
+            static_cast<int>(bytes.size() / (samples.elemSize1() * source.getWidth() * source.getHeight()));
+        samples = cv::Mat(height, width, CV_MAKETYPE(samples.depth(), channels), bytes.data());
+    }
+    return bytes;
+}
+
+/// Frames that both ways of one claim read and write: where memory lies decides more about its speed than the ways
+/// differ.
+struct Frames {
+    explicit Frames(const FrameKind& source, const FrameKind& result)
+        : sources([&] { return randomFrame(source); }), results([&] { return randomFrame(result); }) {}
+
+    Rotation<std::unique_ptr<Image>> sources;
+    Rotation<std::unique_ptr<Image>> results;
+};
+using SharedFrames = std::shared_ptr<Frames>;
+
+Variant ours(const SharedFrames& frames, Format to) {
+    return {[frames, to] {
+        std::unique_ptr<Image>& result = frames->results.next();
+        result.reset(); // first, so that its memory is free again, as when an application is done with the oldest frame
+        result = convertImage(frames->sources.next(), to);
+    }};
+}
+
+Variant oneCall(const SharedFrames& frames, int code) {
+    return {[frames, code] {
+        cv::Mat result = matrixOf(*frames->results.next());
+        cv::cvtColor(matrixOf(*frames->sources.next()), result, code);
+        benchmark::ClobberMemory();
+    }};
+}
+
+Variant chain(const SharedFrames& frames, const std::vector<int>& steps) {
+    auto results = std::make_shared<Rotation<std::vector<unsigned char>>>([] { return std::vector<unsigned char>(); });
+    return {[frames, results, steps] {
+        std::vector<unsigned char>& result = results->next();
+        result = {};
+        result = applyChain(*frames->sources.next(), steps);
+    }};
+}
+
+Variant copyOfResult(const SharedFrames& frames, const FrameKind& source, const FrameKind& result) {
+    const std::size_t bytes = result.bytes();
+    // Of the same memory, where that is large enough.
+    const SharedFrames copied = source.bytes() >= bytes ? frames : std::make_shared<Frames>(result, result);
+    return {[frames, copied, bytes] {
+        std::memcpy(frames->results.next()->getDataAddress(), copied->sources.next()->getDataAddress(), bytes);
+        benchmark::ClobberMemory();
+    }};
+}
+
+/// Times of different results are not compared.
+void requireEqualResults(const ConversionGoal& goal, const FrameKind& kind) {
+    const std::unique_ptr<Image> source = randomFrame(kind);
+    const std::unique_ptr<Image> converted = convertImage(source, goal.to);
+    if (converted->getData() != applyChain(*source, goal.steps)) {
+        throw std::logic_error("The conversion and the calls that it is compared with give different results.");
+    }
+}
+
+std::pair<Variant, Variant> makeVariants(const ConversionGoal& goal, const FrameKind& source) {
+    const FrameKind result{source.size, source.bitDepth, goal.to};
+    const auto frames = std::make_shared<Frames>(source, result);
+    switch (goal.floor) {
+    case Floor::OneCall:
+        requireEqualResults(goal, source);
+        return {oneCall(frames, goal.steps.front()), ours(frames, goal.to)};
+    case Floor::Chain:
+        requireEqualResults(goal, source);
+        return {chain(frames, goal.steps), ours(frames, goal.to)};
+    default:
+        return {copyOfResult(frames, source, result), ours(frames, goal.to)};
+    }
+}
+
+} // namespace
+
+std::vector<Claim> conversionClaims(Scope scope) {
+    std::vector<FrameSize> sizes{kTinySize, kMediumSize};
+    if (scope == Scope::Full) {
+        sizes.push_back(kLargeSize);
+    }
+    std::vector<Claim> claims;
+    for (const ConversionGoal& goal : kConversions) {
+        for (const FrameSize& size : sizes) {
+            const bool tiny = size.width == kTinySize.width;
+            if (tiny && goal.floor != Floor::OneCall) {
+                continue;
+            }
+            for (const unsigned bits : {8U, 16U}) {
+                const double limit = bits == 8 ? goal.limit8 : goal.limit16;
+                if (limit == 0) {
+                    continue;
+                }
+                claims.push_back(
+                    {goal.goal,
+                     getFormatName(goal.from) + " to " + getFormatName(goal.to) + ", " + size.name + ", " +
+                         std::to_string(bits) + " bit",
+                     kFloorNames[static_cast<std::size_t>(goal.floor)], tiny ? kTinyOneCallLimit : limit,
+                     [&goal, kind = FrameKind{size, bits, goal.from}] { return makeVariants(goal, kind); }});
+            }
+        }
+    }
+    return claims;
+}
+
+} // namespace Benchmarks

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include <opencv2/core.hpp>
+
+#include "Imaging/Image.h"
+
+namespace Benchmarks {
+
+struct FrameSize {
+    const char* name;
+    int width;
+    int height;
+};
+
+/// What a frame of random samples looks like.
+struct FrameKind {
+    FrameSize size;
+    unsigned bitDepth;
+    Imaging::IMAGE_FORMAT format;
+
+    /// Samples of one pixel, wherever they lie.
+    int samples() const;
+    /// OpenCV's depth of a sample.
+    int depth() const { return bitDepth == 8 ? CV_8U : CV_16U; }
+    std::size_t bytes() const;
+};
+
+/// Several objects in turn, so that none is found in the cache because it was used just before.
+template <typename T>
+class Rotation {
+public:
+    template <typename Make>
+    explicit Rotation(Make make) {
+        for (int i = 0; i < kObjects; ++i) {
+            m_Objects.push_back(make());
+        }
+    }
+
+    T& next() { return m_Objects[m_Next++ % kObjects]; }
+
+private:
+    static constexpr int kObjects = 4;
+
+    std::vector<T> m_Objects;
+    std::size_t m_Next = 0;
+};
+
+/// An image of random samples below 2 to the power of its depth, little-endian.
+std::unique_ptr<Imaging::Image> randomFrame(const FrameKind& kind);
+
+/// An image's bytes as OpenCV takes them, not copied: planes below each other, all other samples side by side.
+cv::Mat matrixOf(Imaging::Image& image);
+
+} // namespace Benchmarks

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Benchmarks {
+
+/// One way of doing a piece of work.
+struct Variant {
+    std::function<void()> run;
+    /// How many pieces one run does: times are compared per piece.
+    double pieces = 1;
+    /// What must be in place before runs are timed; not timed itself.
+    std::function<void()> prepare = [] {};
+};
+
+/// A goal: our way takes at most so many times as long as the floor.
+struct Claim {
+    std::string goal; ///< number of the goal, such as "P1"
+    std::string what;
+    std::string floor;
+    double limit; ///< largest ratio that meets the goal
+    /// Makes the floor and our way, with the buffers that both rotate through; called when the claim is measured.
+    std::function<std::pair<Variant, Variant>()> make;
+};
+
+struct Measurement {
+    double floorSeconds; ///< of one piece, as all times here
+    double ourSeconds;
+    double ratio;
+};
+
+/// Runs floor and ours interleaved, in turning order, and takes medians over the rounds: of the times, and of each
+/// round's ratio, which other load on the machine changes least.
+Measurement measure(const Claim& claim, int rounds);
+
+} // namespace Benchmarks

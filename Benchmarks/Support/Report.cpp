@@ -1,0 +1,67 @@
+#include "Support/Report.h"
+
+#include <array>
+#include <cstdio>
+
+namespace Benchmarks {
+
+namespace {
+
+/// A time with three digits and the unit that suits it.
+std::string timeText(double seconds) {
+    struct Unit {
+        const char* name;
+        double seconds;
+    };
+    constexpr Unit kUnits[] = {{"s", 1}, {"ms", 1e-3}, {"us", 1e-6}, {"ns", 1e-9}};
+    const Unit* unit = kUnits;
+    while (seconds < unit->seconds && unit + 1 != std::end(kUnits)) {
+        ++unit;
+    }
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.3g %s", seconds / unit->seconds, unit->name);
+    return text.data();
+}
+
+} // namespace
+
+void Report::add(const Claim& claim, const Measurement& measurement) {
+    const bool met = measurement.ratio <= claim.limit;
+    if (!m_AsJson) {
+        if (m_Claims.empty()) {
+            std::printf("%-5s%-46s%-18s%10s%10s%8s%7s\n", "goal", "what", "floor", "floor", "ours", "ratio", "limit");
+        }
+        std::printf("%-5s%-46s%-18s%10s%10s%8.2f%7.2f  %s\n", claim.goal.c_str(), claim.what.c_str(),
+                    claim.floor.c_str(), timeText(measurement.floorSeconds).c_str(),
+                    timeText(measurement.ourSeconds).c_str(), measurement.ratio, claim.limit, met ? "met" : "NOT MET");
+        std::fflush(stdout);
+    }
+    m_Claims.push_back({{"goal", claim.goal},
+                        {"what", claim.what},
+                        {"floor", claim.floor},
+                        {"floorSeconds", measurement.floorSeconds},
+                        {"ourSeconds", measurement.ourSeconds},
+                        {"ratio", measurement.ratio},
+                        {"limit", claim.limit},
+                        {"met", met}});
+}
+
+void Report::add(const ScalingResult& result) {
+    if (!m_AsJson) {
+        if (m_Scaling.empty()) {
+            std::printf("\n%-40s%10s%12s%12s\n", "with growing number", "number", "time", "per item");
+        }
+        std::printf("%-40s%10.0f%12s%12s\n", result.what.c_str(), result.items, timeText(result.seconds).c_str(),
+                    timeText(result.seconds / result.items).c_str());
+        std::fflush(stdout);
+    }
+    m_Scaling.push_back({{"what", result.what}, {"items", result.items}, {"seconds", result.seconds}});
+}
+
+void Report::finish() const {
+    if (m_AsJson) {
+        std::puts(nlohmann::ordered_json{{"claims", m_Claims}, {"scaling", m_Scaling}}.dump(2).c_str());
+    }
+}
+
+} // namespace Benchmarks

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "Support/RatioBenchmark.h"
+
+namespace Benchmarks {
+
+/// What a plain benchmark took for a number of items.
+struct ScalingResult {
+    std::string what;
+    double items;
+    double seconds;
+};
+
+/// Prints results as they come, as a table, or all of them at the end as one JSON object.
+class Report {
+public:
+    explicit Report(bool asJson) : m_AsJson(asJson) {}
+
+    void add(const Claim& claim, const Measurement& measurement);
+    void add(const ScalingResult& result);
+    void finish() const;
+
+private:
+    bool m_AsJson;
+    nlohmann::ordered_json m_Claims = nlohmann::ordered_json::array();
+    nlohmann::ordered_json m_Scaling = nlohmann::ordered_json::array();
+};
+
+} // namespace Benchmarks
