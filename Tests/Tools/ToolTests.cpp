@@ -73,9 +73,9 @@ TEST_F(Tool, EndsWithTheDocumentedCodeAndSaysWhy) {
     const CommandCase cases[] = {
         {{"list"}, 0, "90001   One    disconnected\n"},
         {{"info", "8"}, 0, "Model Name     Three\n"},
-        {{"properties", "90001"}, 0, "Gain        Float    1.5     0.0 .. 24.0       writable\n"},
-        {{"properties", "90001"}, 0, "Shutter     String   Global  Global | Rolling  writable\n"},
-        {{"properties", "90001"}, 0, "Model Name  String   One     -                 read-only\n"},
+        {{"properties", "90001"}, 0, "Gain        Float    1.5     writable     0.0 .. 24.0\n"},
+        {{"properties", "90001"}, 0, "Shutter     String   Global  writable     Global | Rolling\n"},
+        {{"properties", "90001"}, 0, "Model Name  String   One     read-only    -\n"},
         {{"get", "90001", "Gain"}, 0, "1.5\n"},
         {{"get", "90001", "Gain", "Width"}, 0, "Width  640\n"},
         {{"set", "90001", "Gain", "24"}, 0, "Gain = 24\n"},
