@@ -6,6 +6,10 @@ set(quill_cmake_dir "${CMAKE_INSTALL_LIBDIR}/cmake/QuillCamera")
 
 install(TARGETS quillcamera EXPORT QuillCameraTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+if(QUILL_BUILD_SOFTWARE_DEVICES)
+    # Beside the library, which looks for the flat libraries there and nowhere else.
+    install(TARGETS softwaredevices orvexapi LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
+endif()
 install(DIRECTORY Shared/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quillcamera)
 install(FILES Data/TestCameraList.json DESTINATION ${CMAKE_INSTALL_DATADIR}/quillcamera)
 if(QUILL_BUILD_TOOLS)

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <atomic>
+#include <mutex>
+
+#include "SoftwareDevices.h"
+
+namespace SoftwareDevices {
+
+/// What is to go wrong in which boundary call. Thread-safe.
+class Faults {
+public:
+    /// What befalls one call.
+    struct Effect {
+        std::uint32_t errorCode = kNoError;
+        std::chrono::milliseconds delay{0};
+        bool unplugs = false;
+    };
+
+    void failNext(std::uint32_t serial, Operation operation, std::uint32_t count, std::uint32_t errorCode);
+    /// @param callNumber  as CallLog counts
+    void failCall(std::uint64_t callNumber, std::uint32_t errorCode);
+    void delay(std::uint32_t serial, Operation operation, std::chrono::milliseconds time);
+    void unplugDuring(std::uint32_t serial, Operation operation, std::uint32_t call);
+    void clear();
+
+    Effect onCall(std::uint32_t serial, Operation operation, std::uint64_t callNumber);
+
+    /// Arms reachMiddleOfCall on this thread; kNoDevice disarms it.
+    static void unplugInMiddle(std::uint32_t serial);
+    /// Called by an operation when half of its work is done, without any lock: unplugs the device if that is to happen
+    /// now.
+    static void reachMiddleOfCall();
+
+private:
+    struct Planned {
+        std::uint32_t serial;
+        Operation operation;
+        std::uint32_t count; ///< calls that fail; calls until the device is unplugged
+        std::uint32_t errorCode;
+        std::chrono::milliseconds delay;
+        bool unplugs;
+    };
+
+    void plan(const Planned& planned);
+
+    std::atomic<bool> m_Any{false};
+    std::mutex m_Mutex; // guards what follows
+    std::vector<Planned> m_Planned;
+    std::uint64_t m_FailingCall = 0; ///< 0: none
+    std::uint32_t m_FailingCode = kNoError;
+};
+
+} // namespace SoftwareDevices
