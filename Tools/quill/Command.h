@@ -57,6 +57,7 @@ std::vector<CommandDescription> cameraCommands();
 std::vector<CommandDescription> propertyCommands();
 std::vector<CommandDescription> functionCommands();
 std::vector<CommandDescription> imageCommands();
+CommandDescription streamCommand();
 CommandDescription watchCommand();
 CommandDescription shellCommand();
 

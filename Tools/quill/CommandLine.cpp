@@ -50,6 +50,7 @@ const std::vector<CommandDescription>& allCommands() {
         for (auto& group : {cameraCommands(), propertyCommands(), functionCommands(), imageCommands()}) {
             std::copy(group.begin(), group.end(), std::back_inserter(all));
         }
+        all.push_back(streamCommand());
         all.push_back(watchCommand());
         all.push_back(shellCommand());
         return all;

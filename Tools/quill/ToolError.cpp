@@ -23,6 +23,7 @@ constexpr std::array kFailureCodes{
     FailureCode{"CameraNotFound", ExitCode::NotFound},
     FailureCode{"PropertyUnsupported", ExitCode::NotFound},
     FailureCode{"FunctionUnsupported", ExitCode::NotFound},
+    FailureCode{"StreamTimeout", ExitCode::TimedOut},
 };
 
 ExitCode codeOf(const std::exception& failure) {

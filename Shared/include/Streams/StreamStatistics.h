@@ -33,6 +33,8 @@ public:
     void incrementFrameCount(STREAM_TYPE type);
     /// The rate of a counter, in frames per second.
     double getFramesPerSecond(STREAM_TYPE type);
+    /// All frames that a counter has counted. What was received and not delivered, nobody asked for in time.
+    unsigned long long getFrameCount(STREAM_TYPE type);
     /// The averaging interval of a counter, in seconds; 1 at first.
     double getDesiredIntervalTime(STREAM_TYPE type);
     void setDesiredIntervalTime(STREAM_TYPE type, double seconds);

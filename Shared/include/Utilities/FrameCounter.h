@@ -20,7 +20,9 @@ public:
     void incrementFrameCount();
     /// The frames of the last interval divided by the time from the oldest of them to now, in 1/s.
     double getFramesPerSecond();
-    /// Forgets the frames counted so far.
+    /// All frames counted since construction. It only grows.
+    unsigned long long getFrameCount() const;
+    /// Forgets the times of the frames counted so far.
     void resetFrameCount();
     /// The averaging interval in seconds, 1 at first. Frames that an interval left out do not come back when it grows.
     void setDesiredIntervalTime(double seconds);
@@ -30,6 +32,7 @@ private:
     void dropOldFrames(double now) QUILL_REQUIRES(m_Mutex);
 
     std::atomic<double> m_DesiredIntervalTime{1.0};
+    std::atomic<unsigned long long> m_FrameCount{0};
     Mutex m_Mutex; // guards the rate and the times
     double m_FramesPerSecond QUILL_GUARDED_BY(m_Mutex) = 0;
     std::deque<double> m_FrameTimes QUILL_GUARDED_BY(m_Mutex); // seconds on the steady clock, oldest first

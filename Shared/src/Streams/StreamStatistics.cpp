@@ -37,6 +37,10 @@ double StreamStatistics::getFramesPerSecond(STREAM_TYPE type) {
     return counter(type).getFramesPerSecond();
 }
 
+unsigned long long StreamStatistics::getFrameCount(STREAM_TYPE type) {
+    return counter(type).getFrameCount();
+}
+
 double StreamStatistics::getDesiredIntervalTime(STREAM_TYPE type) {
     return counter(type).getDesiredIntervalTime();
 }

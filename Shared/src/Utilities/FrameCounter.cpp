@@ -14,6 +14,7 @@ constexpr std::size_t kMaximumFrameTimes = 65'536;
 FrameCounter::~FrameCounter() = default;
 
 void FrameCounter::incrementFrameCount() {
+    ++m_FrameCount;
     const MutexLock lock(m_Mutex);
     if (m_FrameTimes.size() >= kMaximumFrameTimes) {
         m_FrameTimes.pop_front();
@@ -31,6 +32,10 @@ double FrameCounter::getFramesPerSecond() {
         m_FramesPerSecond = static_cast<double>(m_FrameTimes.size()) / span;
     }
     return m_FramesPerSecond;
+}
+
+unsigned long long FrameCounter::getFrameCount() const {
+    return m_FrameCount;
 }
 
 void FrameCounter::resetFrameCount() {

@@ -1,4 +1,4 @@
-#include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,6 +9,7 @@
 
 #include "Command.h"
 #include "ImageFiles/ImageFile.h"
+#include "StreamRun.h"
 #include "Text.h"
 
 namespace QuillTool {
@@ -82,9 +83,17 @@ struct Destination {
     void requireWritable() const {
         onFile(ExitCode::Usage, [&] { requireWritableExtension(path); });
     }
-    void write(Output& output, const std::unique_ptr<Image>& image) const {
-        onFile(ExitCode::Failed, [&] { writeImageFile(image, path); });
-        report(output, *image, path, json);
+    /// @param number  of an image in a series, counted from 1; 0 for a single one
+    void write(Output& output, const std::unique_ptr<Image>& image, unsigned number = 0) const {
+        const std::string file = number == 0 ? path : numbered(number);
+        onFile(ExitCode::Failed, [&] { writeImageFile(image, file); });
+        report(output, *image, file, json);
+    }
+
+    std::string numbered(unsigned number) const {
+        const std::filesystem::path file(path);
+        const std::string name = fmt::format("{}-{}{}", file.stem().string(), number, file.extension().string());
+        return (file.parent_path() / name).string();
     }
 };
 
@@ -93,7 +102,10 @@ public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
         m_Destination.describe(parser);
-        parser.add_option("--format", m_Format, "Convert the image to this format first");
+        parser.add_option("--format", m_Format, "Convert the images to this format first");
+        parser.add_option("--count", m_Count, "Number of images; more than one are numbered: NAME-1.EXT")
+            ->check(CLI::Range(1U, 1'000'000U));
+        m_Run.describe(parser);
     }
 
     ExitCode run(Context& context) override {
@@ -103,19 +115,33 @@ public:
         }
         m_Destination.requireWritable();
         const SelectedCamera camera = context.session.connect(m_Camera);
+        m_Run.prepare(context.output, camera);
+        if (m_Count > 1) {
+            m_Run.start(camera);
+        }
+        for (unsigned number = 1; number <= m_Count && !context.interrupt.requested(); ++number) {
+            const std::unique_ptr<Image> image = capture(camera, format);
+            m_Destination.write(context.output, image, m_Count > 1 ? number : 0);
+        }
+        m_Run.end(camera);
+        return context.interrupt.requested() ? ExitCode::Interrupted : ExitCode::Done;
+    }
+
+private:
+    static std::unique_ptr<Image> capture(const SelectedCamera& camera, const std::optional<IMAGE_FORMAT>& format) {
         std::unique_ptr<Image> image = camera.attempt("no image can be captured", [&] { return camera->getImage(); });
         if (format && *format != image->getFormat()) {
             requireConversion(camera.about("its image"), image->getFormat(), *format);
             image =
                 camera.attempt("its image cannot be converted", [&] { return camera->convertImage(image, *format); });
         }
-        m_Destination.write(context.output, image);
-        return ExitCode::Done;
+        return image;
     }
 
-private:
     std::string m_Camera;
     std::string m_Format;
+    unsigned m_Count = 1;
+    StreamRun m_Run;
     Destination m_Destination;
 };
 
@@ -201,8 +227,12 @@ private:
 std::vector<CommandDescription> imageCommands() {
     return {
         {"capture", "Take an image and write it to a file",
+         "With --count the camera streams while the images are taken. --set writes\n"
+         "properties first, as 'quill set' does.\n\n"
          "Examples:\n"
          "  quill capture 90001 -o frame.png\n"
+         "  quill capture 41500101 -o frame.png --format RGB --set \"Video Exposure=20\"\n"
+         "  quill capture 41500101 -o frame.pgm --count 10 --still\n"
          "  quill capture 90001 -o frame.ppm --format RGB\n",
          makeCommand<CaptureCommand>},
         {"convert", "Convert an image file, or a raw frame, to another format",
