@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 constexpr std::string_view kDecimalDigits = "0123456789";
+constexpr std::string_view kHexadecimalDigits = "0123456789abcdefABCDEF";
 
 bool isWhiteSpace(char character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
@@ -71,11 +72,16 @@ Integer extractInteger(std::string_view word) {
     return parseDigits(word, negative, 10).value_or(Integer{false, 0});
 }
 
-int baseOf(std::string_view& digits) {
+/// Takes "0x" off the front where a hexadecimal number follows; whether it was there.
+bool takeHexadecimalPrefix(std::string_view& digits) {
     const bool hexadecimal = digits.size() > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X') &&
-                             std::string_view("0123456789abcdefABCDEF").find(digits[2]) != std::string_view::npos;
-    if (hexadecimal) {
-        digits.remove_prefix(2);
+                             kHexadecimalDigits.find(digits[2]) != std::string_view::npos;
+    digits.remove_prefix(hexadecimal ? 2 : 0);
+    return hexadecimal;
+}
+
+int baseOf(std::string_view& digits) {
+    if (takeHexadecimalPrefix(digits)) {
         return 16;
     }
     return !digits.empty() && digits[0] == '0' ? 8 : 10;
@@ -143,6 +149,32 @@ double extractDouble(std::string_view word) {
 }
 
 template <typename Number>
+Number parseFloatingPoint(const std::string& text, const char* invalid, const char* outOfRange) {
+    std::string_view number = withoutLeadingSpace(text);
+    const bool negative = takeSign(number);
+    const bool hexadecimal = takeHexadecimalPrefix(number);
+    Number magnitude = 0;
+    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), magnitude,
+                                              hexadecimal ? std::chars_format::hex : std::chars_format::general);
+    const bool secondSign = !number.empty() && number.front() == '-';
+    if (error == std::errc::invalid_argument || secondSign) {
+        throw std::invalid_argument(invalid);
+    }
+    if (error == std::errc::result_out_of_range) {
+        throw std::out_of_range(outOfRange);
+    }
+    return negative ? -magnitude : magnitude;
+}
+
+std::string fixedText(double value, int decimals) {
+    // The largest double has 309 digits before the point.
+    std::array<char, 320> buffer{};
+    const auto result =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, decimals);
+    return {buffer.data(), result.ptr};
+}
+
+template <typename Number>
 std::string integerText(Number value) {
     std::array<char, 24> buffer{};
     const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
@@ -160,10 +192,7 @@ std::string toText(int value) {
 }
 
 std::string toText(double value) {
-    // The largest double has 309 digits before the point.
-    std::array<char, 320> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, 2);
-    return {buffer.data(), result.ptr};
+    return fixedText(value, 2);
 }
 
 std::string toText(bool value) {
@@ -172,6 +201,10 @@ std::string toText(bool value) {
 
 std::string toText(const std::string& value) {
     return value;
+}
+
+std::string toSixDecimals(float value) {
+    return fixedText(value, 6);
 }
 
 void extractFirstWord(const std::string& text, unsigned long& value) {
@@ -227,6 +260,30 @@ int parseInteger(const std::string& text) {
         throw std::out_of_range("stoi argument out of range");
     }
     return static_cast<int>(number->value());
+}
+
+unsigned long parseUnsigned(const std::string& text, int base) {
+    std::string_view digits = withoutLeadingSpace(text);
+    const bool negative = takeSign(digits);
+    if (base == 16) {
+        takeHexadecimalPrefix(digits);
+    }
+    const std::optional<Integer> number = parseDigits(digits, negative, base);
+    if (!number) {
+        throw std::invalid_argument("invalid stoul argument");
+    }
+    if (!number->fits(kUint32Maximum, kUint32Maximum)) {
+        throw std::out_of_range("stoul argument out of range");
+    }
+    return static_cast<std::uint32_t>(number->value());
+}
+
+double parseDouble(const std::string& text) {
+    return parseFloatingPoint<double>(text, "invalid stod argument", "stod argument out of range");
+}
+
+float parseFloat(const std::string& text) {
+    return parseFloatingPoint<float>(text, "invalid stof argument", "stof argument out of range");
 }
 
 } // namespace Utilities
