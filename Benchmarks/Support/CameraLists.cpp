@@ -12,6 +12,7 @@
 #include "Cameras/SimulatedCamera/CameraListFile.h"
 #include "Cameras/SimulatedCamera/IdentificationCache.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
+#include "Internal/SharedLibrary.h"
 
 namespace Benchmarks {
 
@@ -138,3 +139,7 @@ std::string SimulatedAdapter::getCameraListPath() {
 }
 
 } // namespace CameraInterface
+
+std::string Internal::getLibraryFolder() {
+    return {}; // no SDK cameras
+}

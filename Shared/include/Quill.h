@@ -4,6 +4,7 @@
 
 #include "Cameras/Camera.h"
 #include "Cameras/CameraState.h"
+#include "Cameras/OrvexCamera/GigE.h"
 #include "Exceptions/KestrelException.h"
 #include "Exceptions/KestrelExceptions.h"
 #include "Exceptions/SourceLocation.h"
@@ -25,6 +26,7 @@
 #include "PropertyValueEnumerations.h"
 #include "Streams/Stream.h"
 #include "Streams/StreamStatistics.h"
+#include "Utilities/CSHA1.h"
 #include "Utilities/FrameCounter.h"
 #include "Utilities/Mutex.h"
 #include "Utilities/Stopwatch.h"

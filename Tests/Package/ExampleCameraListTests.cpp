@@ -33,9 +33,12 @@ void expectComplete(Property& property) {
 
 TEST(ExampleCameraList, DescribesCamerasCompletely) {
     Camera::initialiseWorkspace();
-    const auto cameras = Camera::getCamerasList();
-    EXPECT_THAT(cameras, SizeIs(testing::Ge(4u)));
-    for (const auto& [serialNumber, modelName] : cameras) {
+    int simulated = 0;
+    for (const auto& [serialNumber, modelName] : Camera::getCamerasList()) {
+        if (modelName.rfind("Model S-", 0) != 0) {
+            continue; // a camera of another kind
+        }
+        ++simulated;
         Camera& camera = Camera::getCamera(serialNumber);
         camera.connect();
         EXPECT_EQ(camera.getProperty("Serial Number").getValue(), serialNumber);
@@ -56,6 +59,7 @@ TEST(ExampleCameraList, DescribesCamerasCompletely) {
             EXPECT_THAT(function.getReturnFormat(), SizeIs(name.rfind("Read", 0) == 0 ? 1u : 0u));
         }
     }
+    EXPECT_GE(simulated, 4);
     Camera::unitialisedWorkpace();
 }
 

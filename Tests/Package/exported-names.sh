@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# The library exports names of its public namespaces and no others. Argument: the library.
+# The library exports names of its public namespaces and classes, and no others. Argument: the library.
 set -euo pipefail
 
 names=$(nm --dynamic --defined-only --format=just-symbols "$1" 2>/dev/null)
-public='^_Z(T[VIS])?NK?(15CameraInterface|7Imaging|17KestrelExceptions|9Utilities)'
-internal='Adapter|8Internal|8nlohmann'
+public='^_Z(T[VIS])?NK?(15CameraInterface|7Imaging|17KestrelExceptions|9Utilities|12OrvexAdapter5CGigE|5CSHA1)'
+internal='SimulatedAdapter|OrvexCamera|8Internal|8nlohmann'
 [[ -n $names ]] || { echo "The library exports nothing." >&2 && exit 1; }
 if grep -Ev "$public" <<<"$names" || grep -E "$internal" <<<"$names"; then
     echo "These names ought to be hidden." >&2

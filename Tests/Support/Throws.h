@@ -1,8 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "Exceptions/KestrelException.h"
 
 namespace TestSupport {
 
@@ -32,6 +35,27 @@ Exception expectFailure(Action action, const std::string& word, const std::strin
     const std::string why = exception.why();
     EXPECT_EQ(why.substr(why.size() - std::min(why.size(), sentence.size())), sentence);
     return exception;
+}
+
+/// What an action throws, in one line: word, throwing file and sentence; the text alone for a standard exception.
+template <typename Action>
+std::string thrownBy(Action action) {
+    try {
+        action();
+    } catch (const KestrelExceptions::KestrelException& failure) {
+        const std::string where = failure.where();
+        const std::size_t begin = std::min(where.find('['), where.size());
+        return std::string(failure.who()) + where.substr(begin, where.rfind(']') - begin + 1) + failure.why();
+    } catch (const std::exception& failure) {
+        return failure.what();
+    }
+    return "nothing";
+}
+
+/// What thrownBy() gives for a failure of a property.
+inline std::string propertyFailure(const std::string& word, const std::string& className, const std::string& name,
+                                   const std::string& sentence) {
+    return word + "[Shared/src/Properties/" + className + ".cpp]Error with property {" + name + "}: " + sentence;
 }
 
 } // namespace TestSupport

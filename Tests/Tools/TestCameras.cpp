@@ -4,6 +4,7 @@
 #include "Cameras/SimulatedCamera/CameraListFile.h"
 #include "Cameras/SimulatedCamera/IdentificationCache.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
+#include "Internal/SharedLibrary.h"
 
 // Simulated cameras that arrive and depart as the list changes that the environment names.
 
@@ -22,3 +23,7 @@ std::vector<CameraAdapter> getCameraAdapters() {
 }
 
 } // namespace CameraInterface
+
+std::string Internal::getLibraryFolder() {
+    return {};
+}

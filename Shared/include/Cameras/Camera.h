@@ -144,6 +144,8 @@ protected:
     /// @throws KestrelException_CameraState "CameraState"  the transition is not allowed
     /// @throws KestrelException_Camera "CameraConnection"  a retired camera is to be connected
     void requireTransition(CameraState target, const KestrelExceptions::SourceLocation& here);
+    /// Whether the camera has left the list: it will not come back under this object.
+    bool isRetired() const;
     /// Hands the property-change callback to every property. Called after building them.
     void updatePropertyChangeCallback();
 

@@ -40,6 +40,9 @@ public:
     virtual FrameGeometry getImageFormat() = 0;
     /// The statistics, which the stream owns.
     virtual StreamStatistics& getStreamStatistics() = 0;
+    /// Ends delivery whatever the device answers: the camera is gone, or about to be destroyed. Whoever waits for a
+    /// frame is told so. The base stops the stream and drops what that throws.
+    virtual void forceStop() noexcept;
 };
 
 } // namespace CameraInterface

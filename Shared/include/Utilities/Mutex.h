@@ -39,6 +39,12 @@ public:
         return condition.wait_for(m_Lock, duration, predicate);
     }
 
+    /// The same, until a point in time.
+    template <typename TimePoint, typename Predicate>
+    bool waitUntil(std::condition_variable& condition, const TimePoint& end, Predicate predicate) {
+        return condition.wait_until(m_Lock, end, predicate);
+    }
+
 private:
     std::unique_lock<std::mutex> m_Lock;
 };

@@ -53,12 +53,8 @@ Stream& Camera::requireStream() {
 }
 
 void Camera::stopForGood() noexcept {
-    try {
-        if (m_Stream) {
-            m_Stream->stopStream();
-        }
-    } catch (...) {
-        // A device that is gone may refuse to stop.
+    if (m_Stream) {
+        m_Stream->forceStop();
     }
 }
 
@@ -139,6 +135,10 @@ bool Camera::validateState(CameraState target) const {
         return m_State == CameraState::Connected;
     }
     return false;
+}
+
+bool Camera::isRetired() const {
+    return m_Retired;
 }
 
 void Camera::requireTransition(CameraState target, const SourceLocation& here) {

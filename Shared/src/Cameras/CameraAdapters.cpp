@@ -1,5 +1,6 @@
 #include "Cameras/CameraAdapters.h"
 
+#include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Cameras/SimulatedCamera/CameraListFile.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
 
@@ -7,6 +8,7 @@ namespace CameraInterface {
 
 std::vector<CameraAdapter> getCameraAdapters() {
     return {
+        {"SDK cameras", OrvexAdapter::OrvexCamera::getListOfCameras},
         {"simulated cameras (" + SimulatedAdapter::getCameraListPath() + ")",
          SimulatedAdapter::SimulatedCamera::getListOfCameras},
     };

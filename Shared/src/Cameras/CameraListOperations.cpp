@@ -48,7 +48,11 @@ private:
 bool hasVanished(Camera& camera, const std::string& serialNumber, const SerialNumbers& present) {
     switch (camera.getState()) {
     case CameraState::Connected:
-        return !camera.isCameraAlive();
+        if (camera.isCameraAlive()) {
+            return false;
+        }
+        // It falls silent too when the application closes it at this moment.
+        return camera.isConnected() ? !camera.isCameraAlive() : hasVanished(camera, serialNumber, present);
     case CameraState::Disconnected:
         return present.lacks(serialNumber);
     case CameraState::Suspended:

@@ -16,12 +16,32 @@ struct ErrorKind {
 /// Every kind of failure that the library reports. The exception class says what the subject is.
 namespace Errors {
 inline constexpr ErrorKind kCameraNotFound{"CameraNotFound", "Camera was not found in the list of available cameras."};
+inline constexpr ErrorKind kCameraEnumeration{"CameraEnumeration ", "Failed to enumerate cameras."};
 inline constexpr ErrorKind kCameraConnection{"CameraConnection", "Failed to connect to camera."};
 inline constexpr ErrorKind kCameraState{"CameraState", "State transition not allowed."};
 inline constexpr ErrorKind kPropertyUnsupported{"PropertyUnsupported", "Property is not supported."};
+inline constexpr ErrorKind kPropertyReadOnly{"PropertyReadOnly", "Read only property value cannot be changed."};
+inline constexpr ErrorKind kPropertyReadFailure{"PropertyReadFailure", "Property value could not be read."};
+inline constexpr ErrorKind kPropertyWriteFailure{"PropertyWriteFailure", "Property value could not be written."};
+inline constexpr ErrorKind kPropertyRangeReadFailure{"PropertyRangeReadFailure",
+                                                     "Property range information could not be read."};
+inline constexpr ErrorKind kPropertyErrorUnknown{"PropertyErrorUnknown", "An unknown error occured."};
+inline constexpr ErrorKind kPropertyUnknown{"PropertyUnknown", "Unknown property."};
+inline constexpr ErrorKind kPropertyTypeMismatch{"PropertyTypeMismatch", "Property types don't match."};
 inline constexpr ErrorKind kFunctionUnsupported{"FunctionUnsupported", "Function not supported."};
 inline constexpr ErrorKind kFunctionExecution{"FunctionExecution", "Failed to execute function."};
 inline constexpr ErrorKind kArgumentEmpty{"ArgumentEmpty", "Provided argument is empty."};
+inline constexpr ErrorKind kArgumentUnhandled{"ArgumentUnhandled", "Provided argument value cannot be handled."};
+inline constexpr ErrorKind kInvalidStreamFormat{"InvalidStreamFormat", "Stream format is invalid."};
+inline constexpr ErrorKind kInvalidStreamSettings{"InvalidStreamSettings", "Stream settings are invalid."};
+inline constexpr ErrorKind kRegisterStreamCallback{"RegisterStreamCallback", "Unable to register streaming callback."};
+inline constexpr ErrorKind kRemoveStreamCallback{"RemoveStreamCallback", "Unable to remove streaming callback."};
+inline constexpr ErrorKind kStartStream{"StartStream", "Unable to start stream."};
+inline constexpr ErrorKind kStopStream{"StopStream", "Unable to stop stream."};
+inline constexpr ErrorKind kStreamTimeout{"StreamTimeout", "No frame arrived in time."};
+inline constexpr ErrorKind kStreamStopped{"StreamStopped", "The stream does not run, or was stopped."};
+inline constexpr ErrorKind kStreamEnded{"StreamStopped", "The camera's capture ended before a frame arrived."};
+inline constexpr ErrorKind kStreamCameraGone{"StreamStopped", "The camera is gone."};
 inline constexpr ErrorKind kStreamUnsupported{"StreamUnsupported", "The camera has no stream."};
 inline constexpr ErrorKind kWouldWaitForItself{
     "WouldWaitForItself", "This operation waits for the callback that called it. Call it from another thread."};

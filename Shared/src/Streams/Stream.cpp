@@ -4,4 +4,12 @@ namespace CameraInterface {
 
 Stream::~Stream() = default;
 
+void Stream::forceStop() noexcept {
+    try {
+        stopStream();
+    } catch (...) {
+        // A device that is gone may refuse to stop.
+    }
+}
+
 } // namespace CameraInterface

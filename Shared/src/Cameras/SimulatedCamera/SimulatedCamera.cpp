@@ -60,7 +60,7 @@ bool SimulatedCamera::isCameraAlive() {
 }
 
 void SimulatedCamera::connect() {
-    if (isConnected()) {
+    if (isConnected() && !isRetired()) {
         return;
     }
     requireTransition(CameraState::Connected, QUILL_HERE);

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Export.h"
+
+namespace OrvexAdapter {
+
+/// The network settings of a GigE camera and of the host adapter that reaches it. Numbers of addresses have the first
+/// octet in the most significant byte; the three addresses are IP address, subnet mask and gateway.
+struct ORVEX_ETHERNET {
+    unsigned char cameraMac[8] = {}; ///< six bytes in wire order, then two reserved
+    std::uint32_t cameraAddresses[3] = {};
+    unsigned char hostMac[8] = {};
+    std::uint32_t hostAddresses[3] = {};
+    std::uint32_t size = 140;
+    unsigned char reserved[96] = {};
+};
+static_assert(sizeof(ORVEX_ETHERNET) == 140);
+
+/// The SDK's 24 counters of a stream, in its order.
+struct _ORVEX_STREAM_STATS {
+    std::uint32_t counters[24] = {};
+};
+static_assert(sizeof(_ORVEX_STREAM_STATS) == 96);
+
+/// Network settings and stream counters of one GigE Vision camera, with their texts.
+///
+/// A plain value: it asks the SDK only in GetEthernetInfo(), SetEthernetInfo() and the two operations that take a
+/// handle. An index is a camera's place in the SDK's present enumeration, counted from 1. Reentrant.
+class QUILL_API CGigE {
+public:
+    /// Reads the settings of camera and host.
+    /// @throws KestrelException "GigEError"
+    void GetEthernetInfo(int index);
+    /// Writes the camera's three addresses.
+    /// @throws KestrelException "GigEError"  the camera keeps its settings
+    void SetEthernetInfo(int index);
+
+    // Addresses as four decimal numbers joined by ".".
+    std::string GetCamIPAddress() const;
+    std::string GetCamMaskAddress() const;
+    std::string GetCamGatewayAddress() const;
+    std::string GetHostIPAddress() const;
+    std::string GetHostMaskAddress() const;
+    std::string GetHostGatewayAddress() const;
+
+    /// Six upper-case hexadecimal numbers joined by ":", of which only the first is padded: 00:A:1B:3:4:F5. It is the
+    /// serial number of a GigE camera.
+    std::string GetCamMacAddress() const;
+    std::string GetHostMacAddress() const;
+
+    // Nothing reaches the camera before SetEthernetInfo(). Each piece between "." counts with its low 8 bits, a piece
+    // that is no number as 0; with less than four pieces the last one stays the lowest byte. More than four pieces are
+    // refused with std::invalid_argument, and nothing is changed.
+    void SetCamIpAddress(const std::string& text);
+    void SetCamMaskAddress(const std::string& text);
+    void SetCamGatewayAddress(const std::string& text);
+    void SetHostIpAddress(const std::string& text);
+    void SetHostMaskAddress(const std::string& text);
+    void SetHostGatewayAddress(const std::string& text);
+
+    // Each hexadecimal piece between ":" gives, with its low 8 bits, the next byte from the first on. More than six
+    // pieces, or one that is no number, are refused with std::invalid_argument, and nothing is changed.
+    void SetCamMacAddress(const std::string& text);
+    void SetHostMacAddress(const std::string& text);
+
+    /// Reads the counters of an open camera's stream.
+    /// @throws KestrelException "GigEError"
+    _ORVEX_STREAM_STATS GetGigeCamStats(void* handle);
+    /// A report of the counters as last read, one to a line.
+    std::string GetGigeCamStatsString();
+    /// Reads the counters and reports them; throws like GetGigeCamStats().
+    std::string GetGigeCamStatsToString(void* handle);
+
+private:
+    static unsigned long GetIpFromString(const std::string& text);
+    static std::string IpString(const unsigned long& address);
+    static void SetMacFromString(unsigned char* mac, const std::string& text);
+
+    ORVEX_ETHERNET m_Ethernet;
+    _ORVEX_STREAM_STATS m_StreamStats;
+};
+
+} // namespace OrvexAdapter

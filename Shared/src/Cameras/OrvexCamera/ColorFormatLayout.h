@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+#include "Exceptions/SourceLocation.h"
+#include "Imaging/ImageFormat.h"
+
+namespace OrvexAdapter {
+
+/// The pixel layout of a camera's frames, by the text of its "Color Format".
+/// @throws KestrelException_InvalidArgument "ArgumentUnhandled"  a text without a layout, which is the argument's name
+Imaging::IMAGE_FORMAT getImageFormatFromColorFormat(const std::string& colorFormat,
+                                                    const KestrelExceptions::SourceLocation& here);
+
+} // namespace OrvexAdapter

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace OrvexAdapter {
+
+/// The designation of a model; empty for an id that is not known.
+std::string getModelNameFromCameraId(std::uint32_t cameraId);
+
+} // namespace OrvexAdapter

@@ -1,0 +1,238 @@
+#include "Cameras/OrvexCamera/OrvexCamera.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+#include "Cameras/OrvexCamera/ColorFormatLayout.h"
+#include "Cameras/OrvexCamera/ModelNames.h"
+#include "Exceptions/Raise.h"
+#include "Internal/CameraInfo.h"
+#include "OrvexApi/OrvexApi.h"
+#include "OrvexPropertyBuilder.h"
+#include "Properties/OrvexEnumerations.h"
+#include "PropertyNames.h"
+#include "Streams/OrvexStream.h"
+
+namespace OrvexAdapter {
+
+using namespace CameraInterface;
+using namespace KestrelExceptions;
+using Utilities::MutexLock;
+
+namespace {
+
+constexpr unsigned int kGigE = 4;
+constexpr unsigned int kEnumeratedInterfaces[] = {2};
+
+/// A stray failure does not make a camera dead: this many of three queries must fail.
+constexpr int kAliveQueries = 3;
+constexpr int kDeadFailures = 2;
+
+} // namespace
+
+Utilities::Mutex OrvexCamera::m_CameraEnumerationMutex;
+
+OrvexCamera::OrvexCamera(const ORVEX_VERSION& version, unsigned int interface)
+    : m_Version(version), m_Interface(interface), m_ModelName(getModelNameFromCameraId(version.cameraid)) {
+    if (m_Interface == kGigE) {
+        m_GigE.GetEthernetInfo(static_cast<int>(findCameraIndex()));
+        m_SerialNumber = m_GigE.GetCamMacAddress();
+    } else {
+        m_SerialNumber = std::to_string(version.serialnumber);
+    }
+    m_Stream = std::make_unique<OrvexStream>(*this);
+}
+
+OrvexCamera::~OrvexCamera() {
+    m_Stream->forceStop();
+    registerPropertyChangeCallback({});
+    try {
+        OrvexCamera::disconnect();
+    } catch (const std::exception&) {
+        // A suspended camera refuses to be disconnected, but must not stay open.
+    }
+    closeHandle();
+}
+
+std::vector<std::unique_ptr<Camera>> OrvexCamera::getListOfCameras() {
+    const MutexLock lock(m_CameraEnumerationMutex);
+    std::vector<std::unique_ptr<Camera>> cameras;
+    for (const unsigned int interface : kEnumeratedInterfaces) {
+        if (orvexApi().sdkSelectInterface(interface) == 0) {
+            continue;
+        }
+        try {
+            for (const ORVEX_VERSION& version : getConnectedCameras()) {
+                try {
+                    cameras.push_back(std::make_unique<OrvexCamera>(version, interface));
+                } catch (const std::exception&) {
+                    // The next camera may be well.
+                }
+            }
+        } catch (const std::exception&) {
+            // The next interface may be well.
+        }
+    }
+    return cameras;
+}
+
+void* OrvexCamera::getHandle() {
+    return m_Handle;
+}
+
+std::unique_ptr<Imaging::Image> OrvexCamera::getImage() {
+    const bool wasStreaming = isStreaming();
+    if (!wasStreaming) {
+        startStream();
+    }
+    try {
+        const Imaging::IMAGE_FORMAT layout =
+            getImageFormatFromColorFormat(getProperty(PropertyNames::kColorFormat).getValue(), QUILL_HERE);
+        std::vector<unsigned char> data = m_Stream->getImageData();
+        const FrameGeometry geometry = m_Stream->getImageFormat();
+        if (!wasStreaming) {
+            stopStream();
+        }
+        const bool littleEndian = Endianness().toValue(getProperty(PropertyNames::kEndianness).getValue());
+        return Imaging::createImage(geometry.width, geometry.height, std::move(data), geometry.bitsPerPixel,
+                                    littleEndian, layout);
+    } catch (...) {
+        if (!wasStreaming) {
+            m_Stream->forceStop(); // a run around one image ends with it
+        }
+        throw;
+    }
+}
+
+std::map<std::string, std::string> OrvexCamera::getCameraInfo() {
+    return Internal::collectCameraInfo(*this);
+}
+
+std::string OrvexCamera::getSerialNumber() {
+    return m_SerialNumber;
+}
+
+std::string OrvexCamera::getModelName() {
+    return m_ModelName;
+}
+
+bool OrvexCamera::isCameraAlive() {
+    int failures = 0;
+    for (int query = 0; query < kAliveQueries; ++query) {
+        ORVEX_VERSION scratch{};
+        failures += orvexApi().sdkQueryVersion(m_Handle, &scratch) == 0 ? 1 : 0;
+    }
+    return failures < kDeadFailures;
+}
+
+void OrvexCamera::connect() {
+    if (isConnected() && !isRetired()) {
+        return;
+    }
+    requireTransition(CameraState::Connected, QUILL_HERE);
+    const MutexLock lock(m_CameraEnumerationMutex);
+    closeHandle();
+    m_Handle = orvexApi().sdkCameraOpen(findCameraIndex());
+    if (m_Handle != nullptr) {
+        orvexApi().sdkPostOpenSetup(m_Handle, 1);
+    }
+    if (m_Handle == nullptr || isRetired() || hasOpenedAnother()) {
+        closeHandle();
+        raise<KestrelException_Camera>(QUILL_HERE, Errors::kCameraConnection, m_SerialNumber);
+    }
+    buildProperties();
+    buildFunctions();
+    m_State = CameraState::Connected;
+}
+
+void OrvexCamera::disconnect() {
+    if (m_Handle == nullptr) {
+        return;
+    }
+    requireTransition(CameraState::Disconnected, QUILL_HERE);
+    if (isStreaming()) {
+        stopStream();
+    }
+    // First the state: the watchdog takes a connected camera that does not answer for one that is gone.
+    m_State = CameraState::Disconnected;
+    if (orvexApi().sdkCameraClose(m_Handle) != 0) {
+        m_Handle = nullptr;
+    } else {
+        m_State = CameraState::Connected;
+    }
+}
+
+void OrvexCamera::suspend() {
+    requireTransition(CameraState::Suspended, QUILL_HERE);
+    if (isStreaming()) {
+        stopStream();
+    }
+    m_State = CameraState::Suspended;
+}
+
+void OrvexCamera::closeHandle() {
+    if (void* handle = m_Handle.exchange(nullptr)) {
+        orvexApi().sdkCameraClose(handle);
+    }
+}
+
+bool OrvexCamera::hasOpenedAnother() {
+    ORVEX_VERSION opened{};
+    return orvexApi().sdkQueryVersion(m_Handle, &opened) != 0 && opened.serialnumber != m_Version.serialnumber;
+}
+
+void OrvexCamera::buildProperties() {
+    OrvexPropertyBuilder::build(m_Properties, *this);
+    updatePropertyChangeCallback();
+}
+
+void OrvexCamera::buildFunctions() {}
+
+unsigned int OrvexCamera::getNumCameras() {
+    unsigned int index = 1;
+    while (void* handle = orvexApi().sdkCameraOpen(index)) {
+        orvexApi().sdkCameraClose(handle);
+        ++index;
+    }
+    return index - 1;
+}
+
+unsigned int OrvexCamera::EnumCameras(ORVEX_VERSION* versions, unsigned int count) {
+    unsigned int index = 1;
+    for (; index <= count; ++index) {
+        void* handle = orvexApi().sdkCameraOpen(index);
+        if (handle == nullptr) {
+            break;
+        }
+        orvexApi().sdkQueryVersion(handle, &versions[index - 1]);
+        orvexApi().sdkCameraClose(handle);
+    }
+    return index - 1;
+}
+
+std::vector<ORVEX_VERSION> OrvexCamera::getConnectedCameras() {
+    const auto announced = static_cast<std::uint32_t>(std::max(orvexApi().sdkNumCameras(), 0));
+    if (announced == 0) {
+        return {};
+    }
+    std::vector<ORVEX_VERSION> versions(announced, ORVEX_VERSION{});
+    const auto filled = std::max(orvexApi().sdkEnumCameras(versions.data(), announced), 0);
+    if (static_cast<std::uint32_t>(filled) != announced) {
+        raise<KestrelException>(QUILL_HERE, Errors::kCameraEnumeration);
+    }
+    return versions;
+}
+
+unsigned int OrvexCamera::findCameraIndex() {
+    if (orvexApi().sdkSelectInterface(m_Interface) == 0) {
+        return 0;
+    }
+    const std::vector<ORVEX_VERSION> versions = getConnectedCameras();
+    const auto place = std::find_if(versions.begin(), versions.end(), [&](const ORVEX_VERSION& version) {
+        return version.serialnumber == m_Version.serialnumber;
+    });
+    return place == versions.end() ? 0 : static_cast<unsigned int>(place - versions.begin()) + 1;
+}
+
+} // namespace OrvexAdapter

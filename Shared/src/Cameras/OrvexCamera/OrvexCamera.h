@@ -1,0 +1,73 @@
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Cameras/Camera.h"
+#include "Cameras/OrvexCamera/GigE.h"
+#include "OrvexApi/OrvexRecords.h"
+#include "Utilities/Mutex.h"
+
+namespace OrvexAdapter {
+
+/// A camera that is reached through the maker's camera SDK.
+class OrvexCamera : public CameraInterface::Camera {
+public:
+    /// @param version the record with which the camera was enumerated
+    /// @param interface the SDK's number of the hardware interface: 1 USB 1.0, 2 USB 2.0, 3 USB 3.0, 4 GigE Vision
+    OrvexCamera(const ORVEX_VERSION& version, unsigned int interface);
+    OrvexCamera(const OrvexCamera&) = delete;
+    OrvexCamera& operator=(const OrvexCamera&) = delete;
+    ~OrvexCamera() override;
+
+    /// A new, disconnected object for each camera of the SDK. Takes the enumeration mutex.
+    static std::vector<std::unique_ptr<Camera>> getListOfCameras() QUILL_EXCLUDES(m_CameraEnumerationMutex);
+
+    /// The SDK's handle; null while the camera is not open. Taken anew for every call of the SDK.
+    void* getHandle();
+
+    using Camera::isRetired;
+
+    std::unique_ptr<Imaging::Image> getImage() override;
+    std::unique_ptr<Imaging::Image> convertImage(const std::unique_ptr<Imaging::Image>& image,
+                                                 Imaging::IMAGE_FORMAT format) override;
+    std::map<std::string, std::string> getCameraInfo() override;
+    std::string getSerialNumber() override;
+    std::string getModelName() override;
+    bool isCameraAlive() override;
+    void connect() override QUILL_EXCLUDES(m_CameraEnumerationMutex);
+    void disconnect() override;
+    void suspend() override;
+
+protected:
+    void buildProperties() override;
+    void buildFunctions() override;
+
+private:
+    static unsigned int getNumCameras();
+    static unsigned int EnumCameras(ORVEX_VERSION* versions, unsigned int count);
+    static std::vector<ORVEX_VERSION> getConnectedCameras();
+    unsigned int findCameraIndex();
+    void closeHandle();
+    /// Whether the indices moved between the search for the camera and its opening, because another one came or went.
+    bool hasOpenedAnother();
+    bool cameraCanHandleConversion(const std::unique_ptr<Imaging::Image>& image, Imaging::IMAGE_FORMAT format);
+    std::unique_ptr<Imaging::Image> convertImageUsingCamera(const std::unique_ptr<Imaging::Image>& image,
+                                                            Imaging::IMAGE_FORMAT format);
+
+    /// Serialises enumeration, which the watchdogs run, with opening: both select an interface and count cameras.
+    /// Nothing that is called under it takes it again.
+    static Utilities::Mutex m_CameraEnumerationMutex;
+
+    std::atomic<void*> m_Handle{nullptr}; // read by the watchdog
+    ORVEX_VERSION m_Version;
+    CGigE m_GigE;
+    unsigned int m_Interface;
+    std::string m_SerialNumber;
+    std::string m_ModelName;
+};
+
+} // namespace OrvexAdapter

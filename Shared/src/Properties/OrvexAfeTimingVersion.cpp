@@ -1,0 +1,45 @@
+#include "Properties/OrvexAfeTimingVersion.h"
+
+#include <cstdint>
+
+#include "Cameras/OrvexCamera/OrvexCamera.h"
+#include "Exceptions/Raise.h"
+#include "Internal/QuillInternal.h"
+#include "OrvexApi/OrvexApi.h"
+#include "Utilities/TextConversion.h"
+#include "Utilities/TextPieces.h"
+
+namespace OrvexAdapter {
+
+using namespace KestrelExceptions;
+
+namespace {
+
+bool hasAfeTiming(OrvexCamera& camera) {
+    std::uint32_t model = 0;
+    return orvexApi().sdkGetCameraId(camera.getHandle(), &model) != 0 && (model == 1584 || model == 1585);
+}
+
+} // namespace
+
+OrvexAfeTimingVersion::OrvexAfeTimingVersion(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
+                                             OrvexCamera& camera)
+    : OrvexInformationProperty(name, type, camera) {
+    if (!hasAfeTiming(camera)) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
+    }
+}
+
+std::string OrvexAfeTimingVersion::getValue() {
+    std::string stored = "0.0";
+    if (!QuillInternal::Orvex::OrvexGetAfeTimingVersion(m_Camera->getHandle(), stored) && !m_Camera->isCameraAlive()) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyReadFailure, getName());
+    }
+    std::string version;
+    for (const std::string& piece : Utilities::split(stored, '.')) {
+        version += (version.empty() ? "" : ".") + Utilities::toText(Utilities::parseUnsigned(piece, 16));
+    }
+    return version;
+}
+
+} // namespace OrvexAdapter

@@ -1,0 +1,9 @@
+#include "Properties/OrvexBooleanProperty.h"
+
+namespace OrvexAdapter {
+
+OrvexBooleanProperty::OrvexBooleanProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
+                                           OrvexCamera& camera)
+    : BooleanProperty(name, type), m_Camera(&camera) {}
+
+} // namespace OrvexAdapter

@@ -1,0 +1,24 @@
+#include "Properties/OrvexConstantProperty.h"
+
+#include "Properties/Truncation.h"
+#include "Utilities/TextConversion.h"
+
+namespace OrvexAdapter {
+
+OrvexConstantProperty::OrvexConstantProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
+                                             OrvexCamera& camera, const unsigned long& propertyId)
+    : OrvexFixedProperty(name, type, camera, propertyId) {
+    const float value = readValue();
+    m_Enumeration.insert(Utilities::toSixDecimals(value), truncate(value));
+    m_ValueList = m_Enumeration.getList();
+}
+
+std::string OrvexConstantProperty::getValue() {
+    return m_Enumeration.toString(truncate(readValue()));
+}
+
+void OrvexConstantProperty::setValue(const std::string& /*value*/) {
+    refuseWrite(QUILL_HERE);
+}
+
+} // namespace OrvexAdapter

@@ -1,0 +1,32 @@
+#include "Properties/OrvexEndianness.h"
+
+#include <cstdint>
+
+namespace OrvexAdapter {
+
+namespace {
+
+constexpr unsigned long kColorFormat = 80;
+constexpr std::uint32_t kLittleEndian = 0x80000000U;
+
+} // namespace
+
+OrvexEndianness::OrvexEndianness(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
+                                 OrvexCamera& camera)
+    : OrvexFixedProperty(name, type, camera, kColorFormat) {
+    m_ValueList = {OrvexEndianness::getValue()};
+}
+
+std::string OrvexEndianness::getValue() {
+    return m_Enumeration.toString((static_cast<std::uint32_t>(readFlags()) & kLittleEndian) != 0);
+}
+
+bool OrvexEndianness::isReadOnly() {
+    return true;
+}
+
+void OrvexEndianness::setValue(const std::string& /*value*/) {
+    refuseWrite(QUILL_HERE);
+}
+
+} // namespace OrvexAdapter

@@ -1,0 +1,9 @@
+#include "Properties/OrvexEnumProperty.h"
+
+namespace OrvexAdapter {
+
+bool OrvexEnumProperty::isDiscrete() {
+    return true;
+}
+
+} // namespace OrvexAdapter

@@ -1,0 +1,31 @@
+#include "Properties/OrvexFpga2Version.h"
+
+#include "Cameras/OrvexCamera/OrvexCamera.h"
+#include "Exceptions/Raise.h"
+#include "Internal/QuillInternal.h"
+#include "OrvexApi/OrvexApi.h"
+#include "Utilities/TextPieces.h"
+
+namespace OrvexAdapter {
+
+using namespace KestrelExceptions;
+
+OrvexFpga2Version::OrvexFpga2Version(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
+                                     OrvexCamera& camera)
+    : OrvexInformationProperty(name, type, camera) {
+    ORVEX_VERSION version{};
+    if (orvexApi().sdkQueryVersion(camera.getHandle(), &version) == 0 ||
+        !QuillInternal::Orvex::isFpga2Available(version)) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
+    }
+}
+
+std::string OrvexFpga2Version::getValue() {
+    unsigned short version = 0;
+    if (!QuillInternal::Orvex::OrvexGetFpga2Version(m_Camera->getHandle(), version)) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyReadFailure, getName());
+    }
+    return Utilities::dottedBytes(version, 2);
+}
+
+} // namespace OrvexAdapter

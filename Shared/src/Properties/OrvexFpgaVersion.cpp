@@ -1,0 +1,20 @@
+#include "Properties/OrvexFpgaVersion.h"
+
+#include "Cameras/OrvexCamera/OrvexCamera.h"
+#include "Exceptions/Raise.h"
+#include "OrvexApi/OrvexApi.h"
+#include "Utilities/TextPieces.h"
+
+namespace OrvexAdapter {
+
+using namespace KestrelExceptions;
+
+std::string OrvexFpgaVersion::getValue() {
+    ORVEX_VERSION version{};
+    if (orvexApi().sdkQueryVersion(m_Camera->getHandle(), &version) == 0) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyReadFailure, getName());
+    }
+    return Utilities::dottedBytes(version.fpga, 2);
+}
+
+} // namespace OrvexAdapter

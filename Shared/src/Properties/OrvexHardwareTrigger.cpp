@@ -1,0 +1,31 @@
+#include "Properties/OrvexHardwareTrigger.h"
+
+#include "Cameras/OrvexCamera/OrvexCamera.h"
+#include "Exceptions/Raise.h"
+#include "OrvexApi/OrvexApi.h"
+
+namespace OrvexAdapter {
+
+using namespace KestrelExceptions;
+
+OrvexHardwareTrigger::OrvexHardwareTrigger(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
+                                           OrvexCamera& camera)
+    : OrvexBooleanProperty(name, type, camera) {
+    if (!switchTrigger(false)) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
+    }
+}
+
+void OrvexHardwareTrigger::setValue(const std::string& value) {
+    const bool on = m_States.toValue(value);
+    if (!switchTrigger(on)) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyWriteFailure, getName());
+    }
+    m_Value = on;
+}
+
+bool OrvexHardwareTrigger::switchTrigger(bool on) {
+    return orvexApi().sdkSetHardwareTrigger(m_Camera->getHandle(), on ? 1 : 0) != 0;
+}
+
+} // namespace OrvexAdapter

@@ -1,0 +1,44 @@
+#include "Properties/OrvexPixelFormat.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "Exceptions/Raise.h"
+#include "Properties/OrvexEnumerations.h"
+#include "Properties/OrvexFrameFormat.h"
+
+namespace OrvexAdapter {
+
+using namespace KestrelExceptions;
+
+namespace {
+
+constexpr unsigned long kSmallestCode = 0;
+constexpr unsigned long kLargestCode = 7;
+
+} // namespace
+
+OrvexPixelFormat::OrvexPixelFormat(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
+                                   OrvexCamera& camera)
+    : MemoryProperty<unsigned long>(name, type, kLargestCode, kSmallestCode, 0, false, true, {}), m_Camera(&camera) {
+    const FrameFormat present = readFrameFormat(*m_Camera, *this, QUILL_HERE);
+    m_Value = present.format.pixelFormat;
+    m_Default = m_Value;
+
+    const PixelFormats candidates;
+    for (const std::string& text : candidates.getList()) {
+        const unsigned long code = candidates.toValue(text);
+        FrameFormat trial = present;
+        trial.format.pixelFormat = static_cast<std::uint32_t>(code);
+        if (writeFrameFormat(*m_Camera, trial)) {
+            m_ValueEnumeration.insert(text, code);
+            m_Minimum = std::min(m_Minimum, code);
+            m_Maximum = std::max(m_Maximum, code);
+        }
+    }
+    if (!writeFrameFormat(*m_Camera, present)) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyWriteFailure, getName());
+    }
+}
+
+} // namespace OrvexAdapter

@@ -1,0 +1,172 @@
+#include "Properties/OrvexStandardProperty.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "Cameras/OrvexCamera/OrvexCamera.h"
+#include "Exceptions/Raise.h"
+#include "OrvexApi/OrvexApi.h"
+#include "Utilities/TextConversion.h"
+
+namespace OrvexAdapter {
+
+using namespace KestrelExceptions;
+
+namespace {
+
+constexpr std::int32_t kReadOnlyFlag = 0x00010000; // of the range's flags
+
+// Error numbers of the SDK.
+constexpr std::array<std::uint32_t, 4> kUnsupported{20, 21, 22, 83};
+constexpr std::uint32_t kNotWritableNow = 22; // after a write
+
+bool isUnsupported(std::uint32_t error) {
+    return std::find(kUnsupported.begin(), kUnsupported.end(), error) != kUnsupported.end();
+}
+
+} // namespace
+
+OrvexStandardProperty::OrvexStandardProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
+                                             OrvexCamera& camera, const unsigned long& propertyId)
+    : Property(name, type), m_Camera(&camera), m_PropertyId(static_cast<std::uint32_t>(propertyId)) {
+    if (!isSupportedByCamera()) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
+    }
+}
+
+std::string OrvexStandardProperty::getMinimum() {
+    return Utilities::toSixDecimals(readMinimum());
+}
+
+std::string OrvexStandardProperty::getMaximum() {
+    return Utilities::toSixDecimals(readMaximum());
+}
+
+std::string OrvexStandardProperty::getValue() {
+    return Utilities::toSixDecimals(readValue());
+}
+
+std::string OrvexStandardProperty::getDefault() {
+    return Utilities::toSixDecimals(readDefault());
+}
+
+bool OrvexStandardProperty::isReadOnly() {
+    try {
+        return (readRange().flags & kReadOnlyFlag) != 0;
+    } catch (const KestrelException_Property&) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyErrorUnknown, getName());
+    }
+}
+
+bool OrvexStandardProperty::isAvailableForWriting() {
+    if (isReadOnly()) {
+        return false;
+    }
+    if (writeState(readState())) {
+        return true;
+    }
+    if (orvexApi().sdkGetLastErrorForCamera(m_Camera->getHandle()) == kNotWritableNow) {
+        return false;
+    }
+    raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyErrorUnknown, getName());
+}
+
+bool OrvexStandardProperty::isDiscrete() {
+    return false;
+}
+
+std::vector<std::string> OrvexStandardProperty::getValueList() {
+    return {};
+}
+
+void OrvexStandardProperty::setValue(const std::string& value) {
+    if (isWritable()) {
+        writeValue(Utilities::parseFloat(clampToRange(value)));
+    }
+}
+
+std::string OrvexStandardProperty::clampToRange(std::string text) {
+    const double number = Utilities::parseDouble(text);
+    const std::string minimum = getMinimum();
+    const std::string maximum = getMaximum();
+    if (number > Utilities::parseDouble(maximum)) {
+        return maximum;
+    }
+    return Utilities::parseDouble(minimum) > number ? minimum : text;
+}
+
+float OrvexStandardProperty::readValue() {
+    return readState().value;
+}
+
+std::int32_t OrvexStandardProperty::readFlags() {
+    return readState().flags;
+}
+
+float OrvexStandardProperty::readMinimum() {
+    return readRange().minimum;
+}
+
+float OrvexStandardProperty::readMaximum() {
+    return readRange().maximum;
+}
+
+float OrvexStandardProperty::readDefault() {
+    return readRange().defaultValue;
+}
+
+void OrvexStandardProperty::writeValue(const float& value) {
+    const bool changes = std::fabs(value - readValue()) > std::numeric_limits<float>::epsilon();
+    if (changes) {
+        writeAndTell({value, readFlags()});
+    }
+}
+
+void OrvexStandardProperty::writeFlags(std::int32_t flags) {
+    writeAndTell({readValue(), flags});
+}
+
+bool OrvexStandardProperty::isSupportedByCamera() {
+    try {
+        readValue();
+        return true;
+    } catch (const KestrelException_Property&) {
+        return !isUnsupported(orvexApi().sdkGetLastErrorForCamera(m_Camera->getHandle()));
+    }
+}
+
+bool OrvexStandardProperty::isWritable() {
+    return !isReadOnly() && isAvailableForWriting();
+}
+
+OrvexStandardProperty::State OrvexStandardProperty::readState() {
+    State state;
+    if (orvexApi().sdkGetProperty(m_Camera->getHandle(), m_PropertyId, &state.value, &state.flags) == 0) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyReadFailure, getName());
+    }
+    return state;
+}
+
+OrvexStandardProperty::Range OrvexStandardProperty::readRange() {
+    Range range;
+    if (orvexApi().sdkPropertyRange(m_Camera->getHandle(), m_PropertyId, &range.minimum, &range.maximum,
+                                    &range.defaultValue, &range.flags) == 0) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyRangeReadFailure, getName());
+    }
+    return range;
+}
+
+bool OrvexStandardProperty::writeState(const State& state) {
+    return orvexApi().sdkSetProperty(m_Camera->getHandle(), m_PropertyId, state.value, state.flags) != 0;
+}
+
+void OrvexStandardProperty::writeAndTell(const State& state) {
+    if (!writeState(state)) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyWriteFailure, getName());
+    }
+    onChange(true);
+}
+
+} // namespace OrvexAdapter

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Properties/Property.h"
+
+namespace OrvexAdapter {
+
+class OrvexCamera;
+
+/// A continuous SDK property: a numbered value that the camera keeps as a float beside a word of flags.
+///
+/// Nothing is cached: every operation asks the camera, with the handle that it has at that moment. Texts have six
+/// decimals. Where no other word is given, a failed read throws KestrelException_Property "PropertyReadFailure" or, for
+/// the range, "PropertyRangeReadFailure".
+class OrvexStandardProperty : public CameraInterface::Property {
+public:
+    /// @throws KestrelException_Property "PropertyUnsupported"  the camera says that it has no such property; one that
+    /// cannot be read for another reason counts as there
+    OrvexStandardProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,
+                          const unsigned long& propertyId);
+
+    using Property::operator=;
+
+    std::string getMinimum() override;
+    std::string getMaximum() override;
+    std::string getValue() override;
+    std::string getDefault() override;
+    /// @throws KestrelException_Property "PropertyErrorUnknown"
+    bool isReadOnly() override;
+    /// Finds out by writing the present value back.
+    /// @throws KestrelException_Property "PropertyErrorUnknown"
+    bool isAvailableForWriting() override;
+    bool isDiscrete() override;
+    std::vector<std::string> getValueList() override;
+    /// Writes the number limited to the range; a property that cannot be written now ignores it.
+    /// @throws std::invalid_argument, std::out_of_range  the text is no number
+    /// @throws KestrelException_Property "PropertyWriteFailure"
+    void setValue(const std::string& value) override;
+
+    /// A number text limited to the range of the property.
+    virtual std::string clampToRange(std::string text);
+
+protected:
+    float readValue();
+    std::int32_t readFlags();
+    float readMinimum();
+    float readMaximum();
+    float readDefault();
+    /// Writes a value that differs from the present one, with the present flags, and tells of the change.
+    void writeValue(const float& value);
+    /// Writes flags, with the present value, and tells of the change.
+    void writeFlags(std::int32_t flags);
+    bool isSupportedByCamera();
+    bool isWritable();
+
+    OrvexCamera* m_Camera; // owns this property
+    std::uint32_t m_PropertyId;
+
+private:
+    struct State {
+        float value = 0;
+        std::int32_t flags = 0;
+    };
+    struct Range {
+        float minimum = 0;
+        float maximum = 0;
+        float defaultValue = 0;
+        std::int32_t flags = 0;
+    };
+
+    State readState();
+    Range readRange();
+    bool writeState(const State& state);
+    void writeAndTell(const State& state);
+};
+
+} // namespace OrvexAdapter

@@ -1,0 +1,16 @@
+#include "Properties/OrvexTriggerMode.h"
+
+#include <algorithm>
+
+namespace OrvexAdapter {
+
+std::string OrvexTriggerMode::getMaximum() {
+    constexpr int kLastMode = 1; // cameras may report more
+    return m_Enumeration.toString(std::min(numberOf(readMaximum()), kLastMode));
+}
+
+int OrvexTriggerMode::numberOf(float value) const {
+    return truncate(value) & 0xFF;
+}
+
+} // namespace OrvexAdapter

@@ -1,0 +1,13 @@
+#include "Properties/OrvexXOffset.h"
+
+#include "PropertyNames.h"
+
+namespace OrvexAdapter {
+
+namespace PropertyNames = CameraInterface::PropertyNames;
+
+OrvexXOffset::OrvexXOffset(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera)
+    : OrvexRegionProperty(name, type, camera, {nullptr, PropertyNames::kMaximumWidth, &ORVEX_FRAME_FORMAT::xOffset},
+                          QUILL_HERE) {}
+
+} // namespace OrvexAdapter

@@ -1,0 +1,113 @@
+#include "Cameras/OrvexCamera/GigE.h"
+
+#include <array>
+#include <map>
+
+#include <gtest/gtest.h>
+
+#include "OrvexApi/OrvexApi.h"
+#include "Support/SoftwareDeviceFixture.h"
+#include "Support/Throws.h"
+
+namespace {
+
+using namespace OrvexAdapter;
+using TestSupport::thrownBy;
+
+/// A camera on the network, found under the index 1.
+class GigETest : public TestSupport::SoftwareDeviceFixture {
+protected:
+    GigETest() {
+        SoftwareDevices::DeviceDescription description = SoftwareDevices::gigeDevice();
+        description.network->cameraAddresses = {0xC0A80001, 0xC0A80002, 0xC0A80003};
+        description.network->hostAddresses = {0x0A000000, 0x0A000001, 0x0A000002};
+        m_Serial = SoftwareDevices::plug(description);
+        orvexApi().sdkSelectInterface(4);
+    }
+
+    static std::string failure(const std::string& sentence) {
+        return "GigEError[Shared/include/Cameras/OrvexCamera/GigE.h]" + sentence;
+    }
+
+    std::uint32_t m_Serial = 0;
+    CGigE m_GigE;
+};
+
+TEST_F(GigETest, ReadsAndWritesTheSettingsOfACamera) {
+    EXPECT_EQ(m_GigE.GetCamIPAddress(), "0.0.0.0");
+    m_GigE.GetEthernetInfo(1);
+    EXPECT_EQ(m_GigE.GetCamIPAddress(), "192.168.0.1");
+    EXPECT_EQ(m_GigE.GetCamMaskAddress(), "192.168.0.2");
+    EXPECT_EQ(m_GigE.GetCamGatewayAddress(), "192.168.0.3");
+    EXPECT_EQ(m_GigE.GetHostIPAddress(), "10.0.0.0");
+    EXPECT_EQ(m_GigE.GetHostMaskAddress(), "10.0.0.1");
+    EXPECT_EQ(m_GigE.GetHostGatewayAddress(), "10.0.0.2");
+    EXPECT_EQ(m_GigE.GetCamMacAddress(), "00:A:1B:3:4:F5") << "only the first byte is padded";
+    EXPECT_EQ(m_GigE.GetHostMacAddress(), "00:1B:21:3C:9D:F8");
+
+    m_GigE.SetCamIpAddress("1.2.3.4");
+    m_GigE.SetCamMaskAddress("255.255.0.0");
+    m_GigE.SetCamGatewayAddress("5.6.7.8");
+    SoftwareDevices::startLog();
+    m_GigE.SetEthernetInfo(1);
+    EXPECT_EQ(SoftwareDevices::takeLog().back().operation, SoftwareDevices::Operation::sdkNumCameras);
+    EXPECT_EQ(SoftwareDevices::network(m_Serial).cameraAddresses,
+              (std::array<std::uint32_t, 3>{0x01020304, 0xFFFF0000, 0x05060708}));
+
+    EXPECT_EQ(thrownBy([&] { m_GigE.GetEthernetInfo(3); }),
+              failure("could not read ethernet information from camera index #3"));
+    SoftwareDevices::startLog();
+    EXPECT_EQ(thrownBy([&] { m_GigE.SetEthernetInfo(-1); }),
+              failure("could not update camera ethernet setting for camera index #-1"));
+    EXPECT_EQ(SoftwareDevices::takeLog().size(), 1U);
+}
+
+TEST_F(GigETest, ParsesTexts) {
+    for (const auto& [text, address] : std::map<std::string, std::string>{{"10.0.0.2", "10.0.0.2"},
+                                                                          {"10.0.2", "0.10.0.2"},
+                                                                          {"1.300.x.7y", "1.44.0.7"},
+                                                                          {"1.2.3.-1", "1.2.3.255"},
+                                                                          {"", "0.0.0.0"}}) {
+        m_GigE.SetHostIpAddress(text);
+        EXPECT_EQ(m_GigE.GetHostIPAddress(), address) << text;
+    }
+    m_GigE.SetHostMacAddress("0:a:1b:3:4:f5");
+    EXPECT_EQ(m_GigE.GetHostMacAddress(), "00:A:1B:3:4:F5");
+    m_GigE.SetHostMacAddress("1FF:0x10");
+    EXPECT_EQ(m_GigE.GetHostMacAddress(), "FF:10:1B:3:4:F5") << "what is not given stays";
+    m_GigE.SetHostIpAddress("1.2.3.4");
+    EXPECT_THROW(m_GigE.SetHostIpAddress("9.9.9.9.9"), std::invalid_argument);
+    EXPECT_THROW(m_GigE.SetHostMacAddress("9:9:9:9:9:9:9"), std::invalid_argument);
+    EXPECT_THROW(m_GigE.SetHostMacAddress("9:x"), std::invalid_argument);
+    EXPECT_EQ(m_GigE.GetHostIPAddress(), "1.2.3.4");
+    EXPECT_EQ(m_GigE.GetHostMacAddress(), "FF:10:1B:3:4:F5");
+}
+
+TEST_F(GigETest, ReportsTheCounters) {
+    static OrvexApi api;
+    api.sdkGetStreamStats = [](void*, std::uint32_t kind, ::_ORVEX_STREAM_STATS* statistics,
+                               std::uint32_t size) -> std::uint32_t {
+        for (std::uint32_t index = 0; index < size / 4; ++index) {
+            statistics->counters[index] = 100 + index;
+        }
+        return kind == 1 ? 1 : 0;
+    };
+    useOrvexApi(&api);
+    const std::string report = m_GigE.GetGigeCamStatsToString(nullptr);
+    EXPECT_EQ(report, "\nActual frame drop: 102\nFrame completed: 100\nFrame dropped: 101\nGEV STATS\n"
+                      "Block id missing: 117\nBlocks dropped: 116\nData over run: 105\nExpected resend: 103\n"
+                      "Expected single resend: 109\nFull line missing: 107\nIgnored packet: 113\nLost packet: 104\n"
+                      "Other errors: 108\nPacket Out of order: 115\nPartial line missing: 106\nRedundant packet: 114\n"
+                      "Resend Group Requested: 111\nResend Packet requested: 112\nGEV RESULTS STATS\n"
+                      "Image Error: 118\nMissing packets: 119\nResend Failure: 123\nState Error: 120\n"
+                      "Too many consecutive resends: 122\nToo Many resends: 121\nGige USB stats\n"
+                      "Unexpedted resend: 110\nBabble errors: 105\nOther Errors: 106\nShort Errors: 103\n"
+                      "Xact Errors: 104\n");
+    api = OrvexApi();
+    api.sdkGetLastErrorForCamera = [](void*) -> std::uint32_t { return 4000000000U; };
+    EXPECT_EQ(thrownBy([&] { m_GigE.GetGigeCamStatsToString(nullptr); }),
+              failure("camera error #4000000000, could not get GigE statistics from camera."));
+    useOrvexApi(nullptr);
+}
+
+} // namespace

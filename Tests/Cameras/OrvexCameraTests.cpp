@@ -1,0 +1,191 @@
+#include "Cameras/OrvexCamera/OrvexCamera.h"
+
+#include <algorithm>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "Exceptions/KestrelExceptions.h"
+#include "OrvexApi/OrvexApi.h"
+#include "Support/Event.h"
+#include "Support/SoftwareDeviceFixture.h"
+#include "Support/Throws.h"
+
+namespace {
+
+using namespace CameraInterface;
+using namespace KestrelExceptions;
+using namespace OrvexAdapter;
+using Imaging::IMAGE_FORMAT;
+using SoftwareDevices::DeviceDescription;
+using SoftwareDevices::Operation;
+using TestSupport::expectFailure;
+using TestSupport::expectStandard;
+
+const char* const kRefused = "State transition not allowed.";
+
+class OrvexCameraTest : public TestSupport::SoftwareDeviceFixture {
+protected:
+    static DeviceDescription color() { return SoftwareDevices::defaultDevices()[0]; }
+    static DeviceDescription mono() { return SoftwareDevices::defaultDevices()[1]; }
+
+    static DeviceDescription withSerial(std::uint32_t serial, std::uint32_t cameraId = 0x1CE) {
+        DeviceDescription description = mono();
+        description.serial = serial;
+        description.cameraId = cameraId;
+        return description;
+    }
+};
+
+TEST(OrvexApi, AMissingLibraryAnswersFailureEverywhere) {
+    const OrvexApi api = OrvexApi::bindTo("/nonexistent");
+    useOrvexApi(&api);
+    EXPECT_TRUE(OrvexCamera::getListOfCameras().empty());
+    EXPECT_EQ(api.sdkAddStreamingCallback(nullptr, nullptr, nullptr), -1);
+    EXPECT_EQ(api.sdkCameraOpen(1), nullptr);
+    EXPECT_EQ(api.sdkQueryVersion(nullptr, nullptr), 0U);
+    useOrvexApi(nullptr);
+}
+
+TEST_F(OrvexCameraTest, EveryDeviceIsListedUnderItsUnsignedSerialNumber) {
+    EXPECT_TRUE(Camera::getCamerasList().empty());
+    SoftwareDevices::plug(withSerial(4294967295U));
+    SoftwareDevices::plug(withSerial(1, 0xFFFF));
+    EXPECT_EQ(Camera::searchForNewCameras(), 2U);
+    EXPECT_EQ(Camera::getCamerasList(), (std::map<std::string, std::string>{{"1", ""}, {"4294967295", "Model 1CE"}}));
+    // A bus that announces more than it fills is no enumeration.
+    SoftwareDevices::failNext(SoftwareDevices::kNoDevice, Operation::sdkEnumCameras, 1, 1);
+    EXPECT_EQ(Camera::searchForNewCameras(), 0U);
+}
+
+TEST_F(OrvexCameraTest, StatesChangeByTheirRules) {
+    Camera& camera = open(mono());
+    const std::uint32_t serial = mono().serial;
+    camera.connect();
+    EXPECT_TRUE(SoftwareDevices::isOpen(serial));
+    camera.suspend();
+    EXPECT_TRUE(SoftwareDevices::isOpen(serial)) << "a suspended camera stays open";
+    expectFailure<KestrelException_CameraState>([&] { camera.disconnect(); }, "CameraState", kRefused);
+    expectFailure<KestrelException_CameraState>([&] { camera.suspend(); }, "CameraState", kRefused);
+    Property& kept = camera.getProperty("Video Exposure");
+    camera.connect();
+    EXPECT_EQ(&camera.getProperty("Video Exposure"), &kept);
+    EXPECT_FALSE(kept.getValue().empty()) << "works on the reopened handle";
+    SoftwareDevices::failNext(serial, Operation::sdkCameraClose, 1, 1);
+    camera.disconnect();
+    EXPECT_TRUE(camera.isConnected()) << "a close that fails leaves the camera as it was";
+    camera.disconnect();
+    camera.disconnect();
+    EXPECT_FALSE(SoftwareDevices::isOpen(serial));
+    expectFailure<KestrelException_CameraState>([&] { camera.suspend(); }, "CameraState", kRefused);
+    camera.connect();
+    camera.suspend();
+    Camera::unitialisedWorkpace();
+    EXPECT_FALSE(SoftwareDevices::isOpen(serial)) << "destroyed while suspended, it closes its handle";
+}
+
+TEST_F(OrvexCameraTest, AConnectThatFailsChangesNothing) {
+    Camera& camera = open(mono());
+    camera.disconnect();
+    SoftwareDevices::failNext(SoftwareDevices::kNoDevice, Operation::sdkCameraOpen, 1, 1);
+    SoftwareDevices::failNext(mono().serial, Operation::sdkCameraOpen, 1, 1);
+    expectFailure<KestrelException_Camera>([&] { camera.connect(); }, "CameraConnection",
+                                           "Failed to connect to camera.");
+    EXPECT_EQ(camera.getState(), CameraState::Disconnected);
+    SoftwareDevices::clearFaults();
+    camera.connect();
+    camera.disconnect();
+    SoftwareDevices::unplug(mono().serial);
+    expectFailure<KestrelException_Camera>([&] { camera.connect(); }, "CameraConnection",
+                                           "Failed to connect to camera.");
+}
+
+TEST_F(OrvexCameraTest, OneStrayFailureDoesNotMakeACameraDead) {
+    Camera& camera = open(mono());
+    SoftwareDevices::failNext(mono().serial, Operation::sdkQueryVersion, 1, 1);
+    EXPECT_TRUE(camera.isCameraAlive());
+    SoftwareDevices::failNext(mono().serial, Operation::sdkQueryVersion, 2, 1);
+    EXPECT_FALSE(camera.isCameraAlive());
+}
+
+TEST_F(OrvexCameraTest, ACameraThatIsUnpluggedIsDroppedAndItsStreamEnds) {
+    TestSupport::Event gone;
+    TestSupport::Event waiting;
+    Camera::registerDisconnectCallback([&](const std::string&, const std::string&) { gone.raise(); });
+    Camera::initialiseWorkspace();
+    Camera& camera = open(mono());
+    camera.startStream();
+    std::thread reader([&] {
+        try {
+            while (true) {
+                camera.getImage();
+                waiting.raise();
+            }
+        } catch (const KestrelException&) {
+            waiting.raise();
+        }
+    });
+    ASSERT_TRUE(waiting.wait(3));
+    SoftwareDevices::unplug(mono().serial);
+    ASSERT_TRUE(gone.wait());
+    reader.join();
+    Camera::registerDisconnectCallback({});
+    EXPECT_FALSE(camera.isStreaming());
+    EXPECT_THROW(camera.getImage(), KestrelException);
+    EXPECT_THROW(camera.getProperty("Video Exposure").getValue(), KestrelException_Property);
+    expectFailure<KestrelException_Camera>([&] { camera.connect(); }, "CameraConnection",
+                                           "Failed to connect to camera.");
+    SoftwareDevices::replug(mono().serial);
+    EXPECT_EQ(Camera::searchForNewCameras(), 1U);
+    Camera& back = Camera::getCamera(std::to_string(mono().serial));
+    EXPECT_NE(&back, &camera);
+    back.connect();
+    EXPECT_GT(back.getImage()->getImageSize(), 0U);
+}
+
+TEST_F(OrvexCameraTest, InfoHoldsWhatTheModelHas) {
+    const auto colorInfo = open(color()).getCameraInfo();
+    EXPECT_EQ(colorInfo.at("Vendor Name"), "Meridane");
+    EXPECT_EQ(colorInfo.at("Serial Number"), std::to_string(color().serial));
+    EXPECT_EQ(colorInfo.at("USB3 Vision Mode"), "Disabled");
+    EXPECT_EQ(open(mono()).getCameraInfo().count("FPGA2 Version"), 0U);
+}
+
+TEST_F(OrvexCameraTest, MosaicsOfTheCamerasOwnLayoutAreConvertedByTheCamera) {
+    struct Case {
+        const char* name;
+        unsigned depth;
+        IMAGE_FORMAT from;
+        IMAGE_FORMAT to;
+        const char* operation; ///< empty: not by the camera
+    };
+    Camera& camera = open(color());
+    const std::vector<Case> cases{
+        {"mono 8", 8, IMAGE_FORMAT::BAYER_RGGB, IMAGE_FORMAT::MONO, "sdkConvertToMono8"},
+        {"mono 16", 12, IMAGE_FORMAT::BAYER_RGGB, IMAGE_FORMAT::MONO, "sdkConvertToMono16"},
+        {"BGR 8", 8, IMAGE_FORMAT::BAYER_RGGB, IMAGE_FORMAT::BGR, "sdkConvertToBgr24"},
+        {"BGR 16", 16, IMAGE_FORMAT::BAYER_RGGB, IMAGE_FORMAT::BGR, "sdkConvertToBgr48"},
+        {"BGRA 8", 8, IMAGE_FORMAT::BAYER_RGGB, IMAGE_FORMAT::BGRA, "sdkConvertToBgra32"},
+        {"BGRA 16", 16, IMAGE_FORMAT::BAYER_RGGB, IMAGE_FORMAT::BGRA, ""},
+        {"RGB", 8, IMAGE_FORMAT::BAYER_RGGB, IMAGE_FORMAT::RGB, ""},
+        {"another layout", 8, IMAGE_FORMAT::BAYER_GRBG, IMAGE_FORMAT::BGR, ""},
+        {"no mosaic", 8, IMAGE_FORMAT::RGB, IMAGE_FORMAT::BGR, ""},
+    };
+    for (const Case& row : cases) {
+        const auto image = Imaging::createImage(6, 5, {}, row.depth, true, row.from);
+        SoftwareDevices::startLog();
+        const auto result = camera.convertImage(image, row.to);
+        std::string performed;
+        for (const SoftwareDevices::CallRecord& call : SoftwareDevices::takeLog()) {
+            performed += call.name.rfind("sdkConvert", 0) == 0 ? call.name : "";
+        }
+        EXPECT_EQ(performed, row.operation) << row.name;
+        EXPECT_EQ(result->getFormat(), row.to) << row.name;
+    }
+    const auto mosaic = Imaging::createImage(6, 5, {}, 8, true, IMAGE_FORMAT::BAYER_RGGB);
+    SoftwareDevices::failNext(color().serial, Operation::sdkConvertToBgr24, 1, 1);
+    expectStandard<std::runtime_error>([&] { camera.convertImage(mosaic, IMAGE_FORMAT::BGR); },
+                                       "Failed to convert image.");
+}
+
+} // namespace

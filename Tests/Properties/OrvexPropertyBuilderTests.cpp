@@ -1,0 +1,121 @@
+#include "OrvexPropertyBuilder.h"
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include "OrvexApi/OrvexApi.h"
+#include "PropertyNames.h"
+#include "Support/OrvexPropertyFixture.h"
+#include "Support/Throws.h"
+
+namespace {
+
+using namespace CameraInterface;
+using namespace CameraInterface::PropertyNames;
+using SoftwareDevices::DeviceDescription;
+using SoftwareDevices::Operation;
+using TestSupport::Texts;
+using TestSupport::thrownBy;
+
+using OrvexPropertyBuilderTest = TestSupport::OrvexPropertyFixture;
+
+TEST_F(OrvexPropertyBuilderTest, ABareCameraGetsWhatNeedsNoAnswer) {
+    connect(SoftwareDevices::bareDevice());
+    EXPECT_EQ(m_Camera->getSupportedProperties(),
+              (Texts{kApiVersion, kBufferLastFrame, kCameraId, kDriverVersion, kFpgaVersion, kFirmwareVersion,
+                     kHardwareRevision, kModelName, kSerialNumber, kShutter, kStreamingMode, kStrobe,
+                     kStrobeFromStartExposure, kTimeout, kVendorName}));
+    EXPECT_EQ(property(kFirmwareVersion).getValue() + " " + property(kFpgaVersion).getValue(), "0.1 0.0");
+    fail(Operation::sdkQueryVersion, 99);
+    connect(SoftwareDevices::bareDevice());
+    EXPECT_EQ(property(kCameraId).getValue(), "0") << "the version could not be read";
+}
+
+TEST_F(OrvexPropertyBuilderTest, WhatDependsOnAMissingPropertyIsMissingToo) {
+    const Texts all = connect(timing()).getSupportedProperties();
+    static const OrvexAdapter::OrvexApi whole = OrvexAdapter::orvexApi();
+    static std::uint32_t absent;
+    static OrvexAdapter::OrvexApi api = whole;
+    api.sdkGetProperty = [](void* handle, std::uint32_t number, float* value, std::int32_t* flags) {
+        constexpr std::uint32_t kNowhere = 9999;
+        return whole.sdkGetProperty(handle, number == absent ? kNowhere : number, value, flags);
+    };
+    use(&api);
+    const std::vector<std::pair<std::uint32_t, Texts>> cases{
+        {20, {kAutoExposure, kExposure, kVideoExposure}},
+        {81, {kMaximumWidth, kWidth, kXOffset}},
+        {84, {kHeight, kUnitHeight}},
+        {106, {kClockSpeed, kSpeed, kStillClockSpeed}},
+        {126, {kClockSpeed, kVideoClockSpeed}},
+        {176, {kTapConfiguration, kVideoTapConfiguration}},
+        {80, {kColorFormat, kEndianness}},
+        {109, {kHardwareTapCorrection, kSoftwareTapCorrection}},
+    };
+    for (const auto& [number, lost] : cases) {
+        absent = number;
+        const Texts present = connect(timing()).getSupportedProperties();
+        Texts missing;
+        std::set_difference(all.begin(), all.end(), present.begin(), present.end(), std::back_inserter(missing));
+        EXPECT_EQ(missing, lost) << number;
+    }
+    use(nullptr);
+}
+
+TEST_F(OrvexPropertyBuilderTest, AConditionalPropertyHasTheTypeOfItsPartners) {
+    connect(color());
+    EXPECT_EQ(thrownBy([&] {
+                  OrvexAdapter::OrvexPropertyBuilder::makeConditional(kExposure, PROPERTY_TYPE::Integer, *m_Camera, 0);
+              }),
+              "PropertyTypeMismatch[Shared/src/OrvexPropertyBuilder.cpp]Error when comparing properties {Still "
+              "Exposure & Video Exposure }: Property types don't match.");
+}
+
+TEST_F(OrvexPropertyBuilderTest, FramerateAndItsPartnersTellEachOther) {
+    Texts changed;
+    connect(timing()).registerPropertyChangeCallback([&](Property& one) { changed.push_back(one.getName()); });
+    for (const auto& [name, text, told] : std::vector<std::tuple<const char*, const char*, Texts>>{
+             {kFramerate, "10", {kVideoClockSpeed, kVideoTapConfiguration, kFramerate}},
+             {kVideoClockSpeed, "Clock 1", {kFramerate, kVideoClockSpeed}},
+             {kVideoTapConfiguration, "Dual", {kFramerate, kVideoTapConfiguration}}}) {
+        changed.clear();
+        property(name).setValue(text);
+        EXPECT_EQ(changed, told);
+    }
+    EXPECT_EQ(property(kFramerate).getValue(), "5.000000") << "half of what it was, at half the speed";
+    m_Camera->registerPropertyChangeCallback({});
+}
+
+TEST_F(OrvexPropertyBuilderTest, ASecondConnectionKeepsTheObjectsAndAddsWhatWasMissing) {
+    DeviceDescription description = color();
+    const auto exposure = std::find_if(description.properties.begin(), description.properties.end(),
+                                       [](const auto& row) { return row.number == 50; });
+    const SoftwareDevices::PropertyRow missing = *exposure;
+    description.properties.erase(exposure);
+    const Property* clock = &connect(description).getProperty(kStillClockSpeed);
+    EXPECT_FALSE(m_Camera->isPropertySupported(kExposure));
+    m_Camera->disconnect();
+    put(missing);
+    SoftwareDevices::PropertyRow speeds = at(106);
+    speeds.maximum = 9;
+    put(speeds);
+    m_Camera->connect();
+    EXPECT_EQ(&m_Camera->getProperty(kStillClockSpeed), clock);
+    EXPECT_EQ(property(kStillClockSpeed).getValueList().size(), 4U);
+    property(kStillClockSpeed).setValue("Clock 2");
+    EXPECT_EQ(at(106).value, 2) << "on the handle that was opened again";
+    EXPECT_TRUE(m_Camera->isPropertySupported(kExposure));
+}
+
+TEST_F(OrvexPropertyBuilderTest, AStandardExceptionEndsTheBuilding) {
+    DeviceDescription description = color();
+    description.properties.push_back({81, std::numeric_limits<float>::infinity()});
+    EXPECT_EQ(thrownBy([&] { connect(description); }), "invalid stoul argument");
+    Camera& camera = Camera::getCamera(std::to_string(description.serial));
+    EXPECT_TRUE(camera.isPropertySupported(kHeight)) << "what was made so far stays";
+    EXPECT_FALSE(camera.isPropertySupported(kXOffset));
+}
+
+} // namespace

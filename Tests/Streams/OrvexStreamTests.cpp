@@ -1,0 +1,219 @@
+#include "Streams/OrvexStream.h"
+
+#include <algorithm>
+#include <future>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "Exceptions/KestrelExceptions.h"
+#include "Streams/StreamSettings.h"
+#include "Support/Event.h"
+#include "Support/SoftwareDeviceFixture.h"
+#include "Support/Throws.h"
+
+namespace {
+
+using namespace CameraInterface;
+using namespace KestrelExceptions;
+using namespace OrvexAdapter;
+using SoftwareDevices::DeviceDescription;
+using SoftwareDevices::Operation;
+using TestSupport::expectFailure;
+
+class OrvexStreamTest : public TestSupport::SoftwareDeviceFixture {
+protected:
+    static DeviceDescription color() { return SoftwareDevices::defaultDevices()[0]; }
+    static DeviceDescription mono() { return SoftwareDevices::defaultDevices()[1]; }
+};
+
+/// Every default device in each mode.
+class StreamLifeCycle : public OrvexStreamTest, public ::testing::WithParamInterface<std::tuple<int, const char*>> {
+protected:
+    static DeviceDescription description() {
+        return SoftwareDevices::defaultDevices()[static_cast<std::size_t>(std::get<0>(GetParam()))];
+    }
+    Camera& openInMode() {
+        Camera& camera = open(description());
+        SoftwareDevices::setAsFastAsAsked(description().serial, true);
+        set(camera, "Streaming Mode", std::get<1>(GetParam()));
+        // A small region: what counts here is the order of things.
+        set(camera, "Width", "64");
+        set(camera, "Height", "48");
+        return camera;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(EveryDevice, StreamLifeCycle,
+                         ::testing::Combine(::testing::Values(0, 1, 2), ::testing::Values("Video", "Still")));
+
+TEST_P(StreamLifeCycle, DeliversAnyNumberOfFramesAndStops) {
+    Camera& camera = openInMode();
+    for (const int frames : {1, 2, 3, 5, 8, 89}) {
+        camera.startStream();
+        camera.startStream();
+        EXPECT_TRUE(camera.isStreaming());
+        for (int frame = 0; frame < frames; ++frame) {
+            const auto image = camera.getImage();
+            ASSERT_EQ(image->getWidth(), 64U);
+            ASSERT_EQ(image->getHeight(), 48U);
+        }
+        camera.stopStream();
+        camera.stopStream();
+        EXPECT_FALSE(camera.isStreaming());
+        EXPECT_FALSE(SoftwareDevices::isStreaming(description().serial));
+    }
+    EXPECT_GT(camera.getStreamStatistics().getCaptureTime(), 0.0);
+    camera.getImage();
+    EXPECT_FALSE(camera.isStreaming()) << "a run around one image ends with it";
+    camera.startStream();
+    camera.suspend();
+    EXPECT_FALSE(camera.isStreaming());
+    camera.connect();
+    EXPECT_EQ(camera.getImage()->getWidth(), 64U) << "the region is kept";
+}
+
+TEST_P(StreamLifeCycle, WhoeverWaitsIsToldWhyNoFrameCame) {
+    Camera& camera = openInMode();
+    const std::uint32_t serial = description().serial;
+    const Operation capture = std::string(std::get<1>(GetParam())) == "Video" ? Operation::sdkCaptureVideoFrames
+                                                                              : Operation::sdkCaptureStillFrame;
+    const auto waitFor = [&](const std::function<void()>& end, const std::string& word, const std::string& sentence) {
+        SoftwareDevices::clearFaults();
+        SoftwareDevices::failNext(serial, capture, 1'000'000'000, SoftwareDevices::kTimedOut);
+        camera.startStream();
+        // The waiter has seen the stream run when it reads the colour format.
+        const std::uint64_t reads = SoftwareDevices::calls(Operation::sdkGetProperty);
+        auto waiter = std::async(std::launch::async, [&] {
+            expectFailure<KestrelException_Stream>([&] { camera.getImage(); }, word, sentence);
+        });
+        while (SoftwareDevices::calls(Operation::sdkGetProperty) == reads) {
+            std::this_thread::yield();
+        }
+        end();
+        EXPECT_EQ(waiter.wait_for(TestSupport::kLongEnough), std::future_status::ready);
+        waiter.get();
+        camera.stopStream();
+    };
+    waitFor([&] { camera.stopStream(); }, "StreamStopped", "The stream does not run, or was stopped.");
+    waitFor([&] { SoftwareDevices::failNext(serial, capture, 1'000'000'000, SoftwareDevices::kCaptureEnded); },
+            "StreamStopped", "The camera's capture ended before a frame arrived.");
+    set(camera, "Timeout", "20");
+    waitFor([] {}, "StreamTimeout", "No frame arrived in time.");
+    SoftwareDevices::clearFaults();
+    set(camera, "Timeout", "-1");
+    EXPECT_EQ(camera.getImage()->getWidth(), 64U) << "and the next run is well";
+}
+
+TEST_P(StreamLifeCycle, AnUnplugInTheMiddleOfACallEndsItInBoundedTime) {
+    Camera& camera = openInMode();
+    set(camera, "Timeout", "200");
+    const std::string mode = std::get<1>(GetParam());
+    const Operation operation = mode == "Video" ? Operation::sdkCaptureVideoFrames : Operation::sdkCaptureStillFrame;
+    SoftwareDevices::unplugDuring(description().serial, operation, 3);
+    camera.startStream();
+    auto reader = std::async(std::launch::async, [&] {
+        while (true) {
+            camera.getImage();
+        }
+    });
+    EXPECT_EQ(reader.wait_for(TestSupport::kLongEnough), std::future_status::ready);
+    EXPECT_THROW(reader.get(), KestrelException);
+    Camera::unitialisedWorkpace(); // with the stream still running: no hang, no leak
+}
+
+TEST_F(OrvexStreamTest, RefusalsOfTheDeviceAreNamed) {
+    struct Case {
+        const char* mode;
+        Operation operation;
+        std::uint32_t error;
+        const char* word;
+        const char* sentence;
+    };
+    const std::vector<Case> cases{
+        {"Video", Operation::sdkAddStreamingCallback, 1, "RegisterStreamCallback",
+         "Unable to register streaming callback."},
+        {"Video", Operation::sdkSetFormat, 1, "StartStream",
+         "An error with the video stream occured. Unable to start stream."},
+        {"Video", Operation::sdkStreamVideoControl, 1, "StartStream",
+         "An error with the video stream occured. Unable to start stream."},
+        {"Still", Operation::sdkAddStillCallback, 1, "RegisterStreamCallback",
+         "Unable to register streaming callback."},
+        {"Still", Operation::sdkEnableStillMode, 9, "InvalidStreamFormat", "Stream format is invalid."},
+        {"Still", Operation::sdkEnableStillMode, 8, "StartStream",
+         "An error with the still stream occured. Unable to start stream."},
+    };
+    Camera& camera = open(mono());
+    for (const Case& row : cases) {
+        set(camera, "Streaming Mode", row.mode);
+        SoftwareDevices::failNext(mono().serial, row.operation, 1, row.error);
+        try {
+            camera.startStream();
+            ADD_FAILURE() << row.word;
+        } catch (const KestrelException& exception) {
+            EXPECT_STREQ(exception.who(), row.word);
+            EXPECT_STREQ(exception.why(), row.sentence);
+        }
+        EXPECT_FALSE(camera.isStreaming());
+    }
+    for (const auto& [mode, operation] : std::vector<std::pair<const char*, Operation>>{
+             {"Video", Operation::sdkStreamVideoControl}, {"Still", Operation::sdkDisableStillMode}}) {
+        set(camera, "Streaming Mode", mode);
+        camera.startStream();
+        SoftwareDevices::failNext(mono().serial, operation, 1, 1);
+        expectFailure<KestrelException_Stream>([&] { camera.stopStream(); }, "StopStream", "Unable to stop stream.");
+        EXPECT_TRUE(camera.isStreaming()) << "a stop that fails can be tried again";
+        set(camera, "Streaming Mode", mode == std::string("Video") ? "Still" : "Video");
+        EXPECT_EQ(value(camera, "Streaming Mode"), mode) << "the mode cannot change during a run";
+        camera.stopStream();
+        EXPECT_FALSE(camera.isStreaming());
+    }
+}
+
+TEST_F(OrvexStreamTest, SettingsComeFromThePropertiesOfTheMoment) {
+    Camera& camera = open(color());
+    set(camera, "Strobe", "Enabled");
+    set(camera, "Strobe From Start Exposure", "Enabled");
+    set(camera, "Still Exposure", "12.5");
+    set(camera, "Pixel Format", "16");
+    set(camera, "Width", "640");
+    ORVEX_SNAPSHOT settings = buildStreamSettings(camera);
+    EXPECT_EQ(settings.strobeFlags, 0xA0000000U);
+    EXPECT_EQ(settings.exposure, 12.5F);
+    EXPECT_EQ(settings.format.width, 640U);
+    EXPECT_EQ(settings.format.pixelFormat, 1U);
+    EXPECT_EQ(settings.timeout, -1.0F);
+    const std::vector<std::tuple<const char*, int, int, int>> samplings{
+        {"None (1x1)", 1, 1, 0}, {"Binning (2x2)", 2, 2, 1}, {"Subsampling (2x2)", 2, 2, 0}};
+    for (const auto& [text, x, y, flags] : samplings) {
+        set(camera, "Sampling Description", text);
+        settings = buildStreamSettings(camera);
+        EXPECT_EQ(std::tuple(settings.format.samplingX, settings.format.samplingY, settings.format.flagsX),
+                  std::tuple(x, y, flags))
+            << text;
+    }
+    const ORVEX_SNAPSHOT grey = buildStreamSettings(open(mono()));
+    EXPECT_EQ(std::tuple(grey.gainRed, grey.gainBlue, grey.gainGreen1, grey.gainGreen2),
+              std::tuple(1.0F, 1.0F, 1.0F, 1.0F));
+    Camera& bare = open(SoftwareDevices::bareDevice());
+    expectFailure<KestrelException>([&] { bare.startStream(); }, "InvalidStreamSettings",
+                                    "Stream settings are invalid.");
+}
+
+TEST_F(OrvexStreamTest, CountsWhatTheCameraDeliversAndWhatIsHandedOut) {
+    Camera& camera = open(mono());
+    SoftwareDevices::setAsFastAsAsked(mono().serial, true);
+    StreamStatistics& statistics = camera.getStreamStatistics();
+    statistics.setDesiredIntervalTime(STREAM_TYPE::Delivered, 1000);
+    statistics.setDesiredIntervalTime(STREAM_TYPE::Received, 1000);
+    camera.startStream();
+    for (int frame = 0; frame < 3; ++frame) {
+        camera.getImage();
+    }
+    camera.stopStream();
+    EXPECT_GT(statistics.getFramesPerSecond(STREAM_TYPE::Delivered), 0);
+    EXPECT_GT(statistics.getFramesPerSecond(STREAM_TYPE::Received), 0);
+    EXPECT_EQ(statistics.getFramesPerSecond(STREAM_TYPE::Reserved), 0);
+}
+
+} // namespace
