@@ -4,6 +4,24 @@
 
 namespace QuillTool {
 
+RunningStream::RunningStream(const SelectedCamera& camera) : m_Camera(camera) {
+    m_Camera.attempt("it cannot stream", [&] { m_Camera->startStream(); });
+}
+
+RunningStream::~RunningStream() {
+    try {
+        stop();
+    } catch (const ToolError&) {
+        // What ended the command has been told.
+    }
+}
+
+void RunningStream::stop() {
+    if (m_Camera->isStreaming()) {
+        m_Camera.attempt("its stream cannot be stopped", [&] { m_Camera->stopStream(); });
+    }
+}
+
 void StreamRun::describe(CLI::App& parser) {
     parser.add_option("--set", m_Assignments, "Property to write first, as NAME=VALUE; may be repeated")
         ->take_all()
@@ -15,16 +33,6 @@ void StreamRun::prepare(Output& output, const SelectedCamera& camera) const {
     writeProperties(output, camera, m_Assignments);
     if (m_Still) {
         writeProperty(output, camera, CameraInterface::PropertyNames::kStreamingMode, "Still");
-    }
-}
-
-void StreamRun::start(const SelectedCamera& camera) {
-    camera.attempt("it cannot stream", [&] { camera->startStream(); });
-}
-
-void StreamRun::end(const SelectedCamera& camera) {
-    if (camera->isStreaming()) {
-        camera.attempt("its stream cannot be stopped", [&] { camera->stopStream(); });
     }
 }
 

@@ -10,16 +10,30 @@
 
 namespace QuillTool {
 
-/// How the commands that take images set a camera up and stream from it.
+/// A stream that runs, and is stopped at the end whatever happens.
+class RunningStream {
+public:
+    /// @throws ToolError
+    explicit RunningStream(const SelectedCamera& camera);
+    RunningStream(const RunningStream&) = delete;
+    RunningStream& operator=(const RunningStream&) = delete;
+    ~RunningStream();
+
+    /// Stops the stream and tells if that fails.
+    /// @throws ToolError
+    void stop();
+
+private:
+    SelectedCamera m_Camera;
+};
+
+/// How the commands that take images set a camera up.
 class StreamRun {
 public:
     void describe(CLI::App& parser);
     /// Writes the properties that were asked for, and the mode.
     /// @throws ToolError
     void prepare(Output& output, const SelectedCamera& camera) const;
-    static void start(const SelectedCamera& camera);
-    /// Stops a stream that runs.
-    static void end(const SelectedCamera& camera);
 
 private:
     std::vector<std::string> m_Assignments;

@@ -116,14 +116,17 @@ public:
         m_Destination.requireWritable();
         const SelectedCamera camera = context.session.connect(m_Camera);
         m_Run.prepare(context.output, camera);
+        std::optional<RunningStream> running;
         if (m_Count > 1) {
-            m_Run.start(camera);
+            running.emplace(camera);
         }
         for (unsigned number = 1; number <= m_Count && !context.interrupt.requested(); ++number) {
             const std::unique_ptr<Image> image = capture(camera, format);
             m_Destination.write(context.output, image, m_Count > 1 ? number : 0);
         }
-        m_Run.end(camera);
+        if (running) {
+            running->stop();
+        }
         return context.interrupt.requested() ? ExitCode::Interrupted : ExitCode::Done;
     }
 

@@ -30,7 +30,7 @@ public:
     ExitCode run(Context& context) override {
         const SelectedCamera camera = context.session.connect(m_Camera);
         m_Run.prepare(context.output, camera);
-        m_Run.start(camera);
+        RunningStream running(camera);
         if (!m_Json) {
             context.output.printLine("DELIVERED/s  RECEIVED/s  CAPTURE ms  TRANSFER ms  NOT TAKEN");
         }
@@ -41,7 +41,7 @@ public:
             takeFrames(context, camera, begin + std::chrono::seconds(second));
             tell(context.output, *statistics);
         }
-        m_Run.end(camera);
+        running.stop();
         return context.interrupt.requested() ? ExitCode::Interrupted : ExitCode::Done;
     }
 
