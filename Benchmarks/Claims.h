@@ -13,5 +13,6 @@ std::vector<Claim> conversionClaims(Scope scope);
 std::vector<Claim> exportClaims(Scope scope);
 std::vector<Claim> cameraListClaims(Scope scope);
 std::vector<Claim> propertyClaims(Scope scope);
+std::vector<Claim> hashClaims(Scope scope);
 
 } // namespace Benchmarks

@@ -7,7 +7,7 @@ quillPackages=(
     g++ cmake ninja-build pkg-config
     libopencv-core-dev libopencv-imgproc-dev nlohmann-json3-dev
     libcli11-dev libfmt-dev libpng-dev libedit-dev
-    libgtest-dev libgmock-dev libbenchmark-dev
+    libgtest-dev libgmock-dev libbenchmark-dev libssl-dev
 )
 
 isInstalled() {
