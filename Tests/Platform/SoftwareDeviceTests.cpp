@@ -16,7 +16,7 @@
 // The devices through the flat camera SDK, called under the role names.
 #define DECLARE_OPERATION(role, number, Result, failure, parameters)                                                   \
     extern "C" Result orvexapi_##number parameters;                                                                    \
-    static constexpr auto role = &orvexapi_##number;
+    [[maybe_unused]] static constexpr auto role = &orvexapi_##number;
 ORVEX_OPERATIONS(DECLARE_OPERATION)
 #undef DECLARE_OPERATION
 
