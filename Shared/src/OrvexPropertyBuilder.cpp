@@ -10,6 +10,7 @@
 #include "OrvexApi/OrvexApi.h"
 #include "OrvexPropertyTable.h"
 #include "Properties/MemoryProperty.h"
+#include "Properties/OrvexHardwareTrigger.h"
 #include "Properties/PropertyConditional.h"
 #include "PropertyNames.h"
 #include "Utilities/TextPieces.h"
@@ -67,13 +68,23 @@ ORVEX_VERSION queryVersion(OrvexCamera& camera) {
     return version;
 }
 
+/// Brings the device back to what a property of an earlier connection says, where making the new one has changed it.
+void restore(Property& kept) {
+    if (auto* trigger = dynamic_cast<OrvexHardwareTrigger*>(&kept)) {
+        trigger->setValue(trigger->getValue());
+    }
+}
+
 } // namespace
 
 void OrvexPropertyBuilder::build(Properties& properties, OrvexCamera& camera) {
     for (const PropertyDefinition& row : getPropertyTable()) {
         try {
             std::unique_ptr<Property> property = row.m_Factory(row.m_Name, row.m_Type, camera, row.m_SdkProperty);
-            properties.emplace(property->getName(), std::move(property)); // one that is there already stays
+            const auto [entry, isNew] = properties.emplace(property->getName(), std::move(property));
+            if (!isNew) {
+                restore(*entry->second); // one that is there already stays
+            }
         } catch (const KestrelException&) {
             // The camera does not have this one.
         }

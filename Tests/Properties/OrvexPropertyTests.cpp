@@ -191,8 +191,17 @@ TEST_F(OrvexPropertyTest, HardwareTriggerIsSwitchedOffAndRemembersWhatWasWritten
     EXPECT_EQ(property(kHardwareTrigger).getValue(), "Disabled");
     property(kHardwareTrigger).setValue("Enabled");
     m_Camera->disconnect();
+    SoftwareDevices::startLog();
     m_Camera->connect();
-    EXPECT_FALSE(SoftwareDevices::hardwareTrigger(m_Serial)) << "by the constructor";
+    std::vector<double> switched;
+    for (const SoftwareDevices::CallRecord& call : SoftwareDevices::takeLog()) {
+        if (call.operation == Operation::sdkSetHardwareTrigger) {
+            switched.push_back(call.numbers.back());
+        }
+    }
+    EXPECT_EQ(switched, (std::vector<double>{0, 1})) << "off by the constructor, then as the kept property says";
+    EXPECT_EQ(property(kHardwareTrigger).getValue(), "Enabled");
+    EXPECT_TRUE(SoftwareDevices::hardwareTrigger(m_Serial));
 }
 
 TEST_F(OrvexPropertyTest, ARegionIsLimitedButNotRounded) {
