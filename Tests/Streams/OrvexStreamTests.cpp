@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <future>
+#include <mutex>
+#include <set>
 #include <thread>
 
 #include <gtest/gtest.h>
 
 #include "Exceptions/KestrelExceptions.h"
+#include "OrvexApi/OrvexApi.h"
 #include "Streams/StreamSettings.h"
 #include "Support/Event.h"
 #include "Support/SoftwareDeviceFixture.h"
@@ -214,6 +217,54 @@ TEST_F(OrvexStreamTest, CountsWhatTheCameraDeliversAndWhatIsHandedOut) {
     EXPECT_GT(statistics.getFramesPerSecond(STREAM_TYPE::Delivered), 0);
     EXPECT_GT(statistics.getFramesPerSecond(STREAM_TYPE::Received), 0);
     EXPECT_EQ(statistics.getFramesPerSecond(STREAM_TYPE::Reserved), 0);
+}
+
+/// Notes the buffers that the device is given.
+class BufferSpy {
+public:
+    BufferSpy() {
+        s_Original = orvexApi();
+        s_Buffers.clear();
+        m_Api = s_Original;
+        m_Api.sdkCaptureVideoFrames = [](void* handle, std::uint32_t count, std::uint8_t* buffer) {
+            {
+                const std::lock_guard lock(s_Mutex);
+                s_Buffers.insert(buffer);
+            }
+            return s_Original.sdkCaptureVideoFrames(handle, count, buffer);
+        };
+        useOrvexApi(&m_Api);
+    }
+    BufferSpy(const BufferSpy&) = delete;
+    BufferSpy& operator=(const BufferSpy&) = delete;
+    ~BufferSpy() {
+        Camera::unitialisedWorkpace(); // no camera may call through the table any more
+        useOrvexApi(nullptr);
+    }
+
+    static std::set<const unsigned char*> buffers() {
+        const std::lock_guard lock(s_Mutex);
+        return s_Buffers;
+    }
+
+private:
+    OrvexApi m_Api;
+    static inline OrvexApi s_Original;
+    static inline std::mutex s_Mutex; // guards the buffers
+    static inline std::set<const unsigned char*> s_Buffers;
+};
+
+TEST_F(OrvexStreamTest, FramesAreMovedToTheCallerInAHandfulOfBuffers) {
+    const BufferSpy spy;
+    Camera& camera = open(mono());
+    SoftwareDevices::setAsFastAsAsked(mono().serial, true);
+    camera.startStream();
+    constexpr std::size_t kInFlight = 4; // one captured into, one handed over, one held, one to spare
+    for (int frame = 0; frame < 50; ++frame) {
+        const auto image = camera.getImage();
+        ASSERT_EQ(BufferSpy::buffers().count(image->getDataAddress()), 1U) << "the device wrote these very bytes";
+    }
+    EXPECT_LE(BufferSpy::buffers().size(), kInFlight);
 }
 
 } // namespace
