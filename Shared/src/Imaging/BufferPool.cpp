@@ -17,6 +17,10 @@ constexpr std::size_t kMaximumBuffers = 16;
 
 } // namespace
 
+BufferPool::BufferPool() {
+    m_Buffers.reserve(kMaximumBuffers); // so that giving back never allocates
+}
+
 BufferPool& BufferPool::instance() {
     static Internal::NeverDestroyed<BufferPool> pool;
     return pool.get();
@@ -52,9 +56,8 @@ void BufferPool::giveBack(Buffer buffer) noexcept {
     if (capacity < kSmallestPooled || capacity > kMaximumPooledBytes) {
         return;
     }
-    Buffer evicted; // freed after the lock is released
+    Buffer evicted; // the last one is freed after the lock is released
     const Utilities::MutexLock lock(m_Mutex);
-    m_Buffers.reserve(kMaximumBuffers);
     while (!m_Buffers.empty() &&
            (m_Buffers.size() == kMaximumBuffers || m_PooledBytes + capacity > kMaximumPooledBytes)) {
         m_PooledBytes -= m_Buffers.front().capacity();

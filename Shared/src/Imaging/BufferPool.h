@@ -15,6 +15,8 @@ class BufferPool {
 public:
     using Buffer = std::vector<unsigned char>;
 
+    BufferPool();
+
     /// The pool of the process. It is never destroyed, so that images may outlive everything else.
     static BufferPool& instance();
 
