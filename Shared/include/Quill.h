@@ -31,3 +31,4 @@
 #include "Utilities/Mutex.h"
 #include "Utilities/Stopwatch.h"
 #include "Utilities/Watchdog.h"
+#include "Utilities/Xsvf.h"

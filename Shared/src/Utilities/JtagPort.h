@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+
+namespace Utilities {
+
+/// The two register operations that reach a camera's JTAG port; they answer 0 on failure.
+struct JtagTransport {
+    void* handle = nullptr; ///< null: there is no device, and nothing is called
+    std::uint32_t (*registerWrite)(void* handle, std::uint8_t target, std::uint32_t value, std::uint32_t length,
+                                   const std::uint8_t* data) = nullptr;
+    std::uint32_t (*registerRead)(void* handle, std::uint8_t target, std::uint32_t value, std::uint32_t length,
+                                  std::uint8_t* buffer) = nullptr;
+};
+
+/// Open access to a JTAG port, closed again by the destructor.
+class JtagPort {
+public:
+    explicit JtagPort(const JtagTransport& transport);
+    JtagPort(const JtagPort&) = delete;
+    JtagPort& operator=(const JtagPort&) = delete;
+    ~JtagPort();
+
+    /// The camera gave access, or there is no device.
+    bool isOpen() const { return m_Open; }
+
+    /// One pulse of TCK with TMS at a level.
+    void pulse(bool tms) { control(tms ? kPulseTmsHigh : kPulseTmsLow); }
+    /// One pulse of TCK that leaves TMS as it is.
+    void clock();
+    /// One pulse of TCK in run-test/idle for each microsecond. @p checkpoint is called now and then.
+    void wait(std::uint32_t microseconds, const std::function<void()>& checkpoint);
+
+    /// Shifts @p bits bits, of which the least significant of the last byte is the first, through the register that the
+    /// TAP has selected.
+    /// @param tdi (bits + 7) / 8 bytes, most significant byte first
+    /// @param tdo where the bits that come out are put, in the same places; null where they are not wanted
+    /// @param leave whether TMS is high at the last bit
+    void shift(std::size_t bits, const std::uint8_t* tdi, std::uint8_t* tdo, bool leave);
+
+private:
+    static constexpr std::uint32_t kPulseTmsLow = 0x400;
+    static constexpr std::uint32_t kPulseTmsHigh = 0x401;
+
+    bool control(std::uint32_t word);
+    void transfer(std::size_t bits, const std::uint8_t* tdi, std::uint8_t* tdo, bool leave);
+
+    JtagTransport m_Transport;
+    bool m_Open;
+};
+
+} // namespace Utilities

@@ -1,0 +1,56 @@
+#include "Utilities/Xsvf.h"
+
+#include "Exceptions/Raise.h"
+#include "Utilities/Mutex.h"
+#include "Utilities/XsvfPlay.h"
+#include "Utilities/XsvfPlayer.h"
+
+namespace Utilities {
+
+namespace {
+
+Mutex s_PlayMutex; // held for a whole play, and nothing is locked under it but what progress functions lock
+thread_local bool t_Plays = false;
+
+/// Refuses a play within a play of the same thread, which would wait for itself.
+class PlayOfThread {
+public:
+    PlayOfThread() {
+        if (t_Plays) {
+            using namespace KestrelExceptions;
+            raise<KestrelException>(QUILL_HERE, Errors::kWouldWaitForItself);
+        }
+        t_Plays = true;
+    }
+    PlayOfThread(const PlayOfThread&) = delete;
+    PlayOfThread& operator=(const PlayOfThread&) = delete;
+    ~PlayOfThread() { t_Plays = false; }
+};
+
+void play(const JtagTransport& transport, const std::vector<unsigned char>& data, XsvfPlayer::Comparison comparison,
+          XsvfReport& report, const std::function<void(double)>& progress) {
+    report = {};
+    JtagPort port(transport);
+    report.opened = port.isOpen();
+    if (report.opened) {
+        XsvfPlayer(data, port, comparison, report, progress).play();
+    }
+}
+
+} // namespace
+
+bool playXsvf(const JtagTransport& transport, const std::vector<unsigned char>& data, XsvfReport& report,
+              const std::function<void(double)>& progress) {
+    const PlayOfThread thread;
+    const MutexLock lock(s_PlayMutex);
+    play(transport, data, XsvfPlayer::Comparison::Real, report, progress);
+    return report.succeeded();
+}
+
+XsvfReport checkXsvf(std::vector<unsigned char> data) {
+    XsvfReport report;
+    play({}, data, XsvfPlayer::Comparison::AlwaysEqual, report, {});
+    return report;
+}
+
+} // namespace Utilities
