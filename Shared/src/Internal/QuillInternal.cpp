@@ -13,11 +13,7 @@ namespace QuillInternal {
 
 namespace {
 
-// Byte addresses in the camera's flash.
 constexpr std::uint32_t kAfeMetadataAddress = 0x190F00;
-constexpr std::uint32_t kUsb3VisionInfoAddress = 0x1B0000;
-constexpr std::uint32_t kUsb3VisionFileAddress = 0x1B8000;
-constexpr std::uint32_t kFlashEnd = 0x1000000; // the flash is addressed with 24 bits
 
 constexpr std::size_t kAfeMetadataBytes = 256;
 constexpr unsigned char kErased = 0xFF;
@@ -50,7 +46,7 @@ std::vector<unsigned char> calculateSha1Hash(const std::vector<unsigned char>& d
 }
 
 bool isUsb3VisionInfoValid(const Usb3VisionInfo& info) {
-    return info.fileSize != 0 && info.fileSize <= kFlashEnd - kUsb3VisionFileAddress;
+    return info.fileSize != 0 && info.fileSize <= kFlashSize - kUsb3VisionFileAddress;
 }
 
 bool isUsb3VisionFileValid(const std::vector<unsigned char>& file, const Usb3VisionInfo& info) {

@@ -9,6 +9,13 @@
 /// What cameras keep in their flash for themselves, and how it is checked.
 namespace QuillInternal {
 
+/// The bytes of a flash, which is addressed with 24 bits.
+inline constexpr std::uint32_t kFlashSize = 0x1000000;
+
+// Byte addresses in the flash.
+inline constexpr std::uint32_t kUsb3VisionInfoAddress = 0x1B0000;
+inline constexpr std::uint32_t kUsb3VisionFileAddress = 0x1B8000;
+
 /// The block that says whether a camera starts as a USB3 Vision device, and describes the file that it then needs.
 /// Reserved bytes are written back as they were read.
 struct Usb3VisionInfo {

@@ -265,7 +265,9 @@ int parseInteger(const std::string& text) {
 unsigned long parseUnsigned(const std::string& text, int base) {
     std::string_view digits = withoutLeadingSpace(text);
     const bool negative = takeSign(digits);
-    if (base == 16) {
+    if (base == kAutomaticBase) {
+        base = baseOf(digits);
+    } else if (base == 16) {
         takeHexadecimalPrefix(digits);
     }
     const std::optional<Integer> number = parseDigits(digits, negative, base);

@@ -28,8 +28,11 @@ void extractFirstWord(const std::string& text, std::string& value);
 /// @throws std::out_of_range "stoi argument out of range"  not a signed 32-bit number
 int parseInteger(const std::string& text);
 
-/// The unsigned 32-bit number at the start of a text, in base 10 or 16 (there with or without "0x"). Leading white
-/// space and a sign are accepted, a negative number wraps round; what follows the number is ignored.
+/// The base is told from the number itself, as in parseInteger().
+inline constexpr int kAutomaticBase = 0;
+
+/// The unsigned 32-bit number at the start of a text, in base 10, 16 (there with or without "0x") or the automatic one.
+/// Leading white space and a sign are accepted, a negative number wraps round; what follows the number is ignored.
 /// @throws std::invalid_argument "invalid stoul argument"  no number there
 /// @throws std::out_of_range "stoul argument out of range"  wider than 32 bits
 unsigned long parseUnsigned(const std::string& text, int base = 10);

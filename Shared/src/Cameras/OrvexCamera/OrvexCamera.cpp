@@ -7,6 +7,7 @@
 #include "Cameras/OrvexCamera/ColorFormatLayout.h"
 #include "Cameras/OrvexCamera/ModelNames.h"
 #include "Exceptions/Raise.h"
+#include "Functions/Orvex/OrvexFunctionTable.h"
 #include "Internal/CameraInfo.h"
 #include "OrvexApi/OrvexApi.h"
 #include "OrvexPropertyBuilder.h"
@@ -187,7 +188,9 @@ void OrvexCamera::buildProperties() {
     updatePropertyChangeCallback();
 }
 
-void OrvexCamera::buildFunctions() {}
+void OrvexCamera::buildFunctions() {
+    buildOrvexFunctions(m_Functions, this);
+}
 
 unsigned int OrvexCamera::getNumCameras() {
     unsigned int index = 1;

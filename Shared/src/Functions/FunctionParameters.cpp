@@ -1,0 +1,44 @@
+#include "Functions/FunctionParameters.h"
+
+#include <stdexcept>
+
+#include "Exceptions/Raise.h"
+#include "Utilities/TextConversion.h"
+
+namespace CameraInterface {
+
+using namespace KestrelExceptions;
+
+void requireFunctionSupport(bool isSupported, const std::string& name, const SourceLocation& here) {
+    if (!isSupported) {
+        raise<KestrelException_Function>(here, Errors::kFunctionUnsupported, name);
+    }
+}
+
+void requireParameters(const std::vector<std::string>& parameters, std::size_t count, const SourceLocation& here) {
+    if (parameters.size() < count) {
+        raise<KestrelException_InvalidArgument>(here, Errors::kArgumentEmpty, "parameters");
+    }
+}
+
+void requireExecution(bool succeeded, const std::string& name, const SourceLocation& here) {
+    if (!succeeded) {
+        raise<KestrelException_Function>(here, Errors::kFunctionExecution, name);
+    }
+}
+
+std::uint32_t parseUnsignedAddress(const std::string& text) {
+    return static_cast<std::uint32_t>(Utilities::parseUnsigned(text, Utilities::kAutomaticBase));
+}
+
+unsigned int parseRebootMode(const std::string& mode) {
+    if (mode == "Bootloader") {
+        return 0;
+    }
+    if (mode == "Firmware") {
+        return 1;
+    }
+    throw std::invalid_argument("Reboot mode not valid.");
+}
+
+} // namespace CameraInterface

@@ -1,0 +1,60 @@
+#include "Functions/Orvex/OrvexFunctionTable.h"
+
+#include <array>
+#include <exception>
+#include <utility>
+
+#include "Functions/Orvex/OrvexEraseFlash.h"
+#include "Functions/Orvex/OrvexJtag.h"
+#include "Functions/Orvex/OrvexReadFlash.h"
+#include "Functions/Orvex/OrvexReadFlashStatus.h"
+#include "Functions/Orvex/OrvexReboot.h"
+#include "Functions/Orvex/OrvexUpdateFlash.h"
+#include "Functions/Orvex/OrvexWriteFlash.h"
+#include "Functions/Orvex/OrvexWriteFlashStatus.h"
+#include "Functions/Orvex/OrvexWriteRam.h"
+
+namespace OrvexAdapter {
+
+using CameraInterface::Function;
+
+namespace {
+
+template <typename Class>
+std::unique_ptr<Function> make(const std::string& name, OrvexCamera* camera) {
+    return std::make_unique<Class>(name, camera);
+}
+
+/// Function name and what makes it.
+struct FunctionFactory {
+    const char* name;
+    std::unique_ptr<Function> (*make)(const std::string& name, OrvexCamera* camera);
+};
+
+constexpr std::array<FunctionFactory, 9> kFactories{{
+    {"Write Flash", make<OrvexWriteFlash>},
+    {"Update Flash", make<OrvexUpdateFlash>},
+    {"Read Flash", make<OrvexReadFlash>},
+    {"Erase Flash", make<OrvexEraseFlash>},
+    {"Read Flash Status", make<OrvexReadFlashStatus>},
+    {"Write Flash Status", make<OrvexWriteFlashStatus>},
+    {"Reboot", make<OrvexReboot>},
+    {"Jtag", make<OrvexJtag>},
+    {"Write Ram", make<OrvexWriteRam>},
+}};
+
+} // namespace
+
+void buildOrvexFunctions(std::map<std::string, std::unique_ptr<Function>>& functions, OrvexCamera* camera) {
+    for (const FunctionFactory& factory : kFactories) {
+        try {
+            std::unique_ptr<Function> function = factory.make(factory.name, camera);
+            std::string name = function->getName();
+            functions.emplace(std::move(name), std::move(function));
+        } catch (const std::exception&) {
+            // A camera lacks what it cannot make.
+        }
+    }
+}
+
+} // namespace OrvexAdapter

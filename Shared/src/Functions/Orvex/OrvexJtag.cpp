@@ -1,0 +1,35 @@
+#include "Functions/Orvex/OrvexJtag.h"
+
+#include "Cameras/OrvexCamera/OrvexCamera.h"
+#include "Exceptions/Raise.h"
+#include "Functions/FunctionParameters.h"
+#include "Utilities/Xsvf.h"
+
+namespace OrvexAdapter {
+
+using namespace CameraInterface;
+
+OrvexJtag::OrvexJtag(const std::string& name, OrvexCamera* camera) : Function(name), m_Camera(camera) {
+    requireFunctionSupport(OrvexJtag::isFunctionSupported(), name, QUILL_HERE);
+}
+
+std::vector<std::string> OrvexJtag::perform(std::vector<std::string>& parameters) {
+    requireParameters(parameters, 1, QUILL_HERE);
+    const std::string& data = parameters[0];
+    Utilities::playXsvf(m_Camera->getHandle(), {data.begin(), data.end()});
+    return {};
+}
+
+bool OrvexJtag::isAvailable() {
+    return true;
+}
+
+std::vector<ParameterDescriptor> OrvexJtag::getParameters() {
+    return {{"Data", PARAMETER_TYPE::String}};
+}
+
+std::vector<ParameterDescriptor> OrvexJtag::getReturnFormat() {
+    return {};
+}
+
+} // namespace OrvexAdapter

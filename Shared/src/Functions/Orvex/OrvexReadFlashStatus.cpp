@@ -1,0 +1,43 @@
+#include "Functions/Orvex/OrvexReadFlashStatus.h"
+
+#include <cstdint>
+
+#include "Cameras/OrvexCamera/OrvexCamera.h"
+#include "Exceptions/Raise.h"
+#include "Functions/FunctionParameters.h"
+#include "Functions/Orvex/OrvexCommands.h"
+#include "OrvexApi/OrvexApi.h"
+#include "Utilities/TextConversion.h"
+
+namespace OrvexAdapter {
+
+using namespace CameraInterface;
+
+OrvexReadFlashStatus::OrvexReadFlashStatus(const std::string& name, OrvexCamera* camera)
+    : Function(name), m_Camera(camera) {
+    requireFunctionSupport(OrvexReadFlashStatus::isFunctionSupported(), name, QUILL_HERE);
+}
+
+std::vector<std::string> OrvexReadFlashStatus::perform(std::vector<std::string>& parameters) {
+    requireParameters(parameters, 1, QUILL_HERE);
+    const int address = Utilities::parseInteger(parameters[0]);
+    std::uint8_t status = 0;
+    requireExecution(orvexApi().sdkCommandRead(m_Camera->getHandle(), kFlashStatusCommand,
+                                               static_cast<std::uint32_t>(address), 1, &status) != 0,
+                     getName(), QUILL_HERE);
+    return {std::string(1, static_cast<char>(status))};
+}
+
+bool OrvexReadFlashStatus::isAvailable() {
+    return true;
+}
+
+std::vector<ParameterDescriptor> OrvexReadFlashStatus::getParameters() {
+    return {{"Address", PARAMETER_TYPE::Integer}};
+}
+
+std::vector<ParameterDescriptor> OrvexReadFlashStatus::getReturnFormat() {
+    return {{"Status", PARAMETER_TYPE::String}};
+}
+
+} // namespace OrvexAdapter

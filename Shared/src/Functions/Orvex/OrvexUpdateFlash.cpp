@@ -1,0 +1,42 @@
+#include "Functions/Orvex/OrvexUpdateFlash.h"
+
+#include <cstdint>
+
+#include "Cameras/OrvexCamera/OrvexCamera.h"
+#include "Exceptions/Raise.h"
+#include "Functions/FunctionParameters.h"
+#include "OrvexApi/OrvexApi.h"
+#include "Utilities/TextConversion.h"
+
+namespace OrvexAdapter {
+
+using namespace CameraInterface;
+
+OrvexUpdateFlash::OrvexUpdateFlash(const std::string& name, OrvexCamera* camera) : Function(name), m_Camera(camera) {
+    requireFunctionSupport(OrvexUpdateFlash::isFunctionSupported(), name, QUILL_HERE);
+}
+
+std::vector<std::string> OrvexUpdateFlash::perform(std::vector<std::string>& parameters) {
+    requireParameters(parameters, 2, QUILL_HERE);
+    const int address = Utilities::parseInteger(parameters[0]);
+    const std::string& data = parameters[1];
+    requireExecution(
+        orvexApi().sdkUpdateFlash(m_Camera->getHandle(), reinterpret_cast<const std::uint8_t*>(data.data()),
+                                  static_cast<std::uint32_t>(address), static_cast<std::uint32_t>(data.size())) != 0,
+        getName(), QUILL_HERE);
+    return {};
+}
+
+bool OrvexUpdateFlash::isAvailable() {
+    return true;
+}
+
+std::vector<ParameterDescriptor> OrvexUpdateFlash::getParameters() {
+    return {{"Address", PARAMETER_TYPE::Integer}, {"Data", PARAMETER_TYPE::String}};
+}
+
+std::vector<ParameterDescriptor> OrvexUpdateFlash::getReturnFormat() {
+    return {};
+}
+
+} // namespace OrvexAdapter

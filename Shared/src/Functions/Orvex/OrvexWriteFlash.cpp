@@ -1,0 +1,40 @@
+#include "Functions/Orvex/OrvexWriteFlash.h"
+
+#include <cstdint>
+
+#include "Cameras/OrvexCamera/OrvexCamera.h"
+#include "Exceptions/Raise.h"
+#include "Functions/FunctionParameters.h"
+#include "OrvexApi/OrvexApi.h"
+
+namespace OrvexAdapter {
+
+using namespace CameraInterface;
+
+OrvexWriteFlash::OrvexWriteFlash(const std::string& name, OrvexCamera* camera) : Function(name), m_Camera(camera) {
+    requireFunctionSupport(OrvexWriteFlash::isFunctionSupported(), name, QUILL_HERE);
+}
+
+std::vector<std::string> OrvexWriteFlash::perform(std::vector<std::string>& parameters) {
+    requireParameters(parameters, 2, QUILL_HERE);
+    const std::uint32_t address = parseUnsignedAddress(parameters[0]);
+    const std::string& data = parameters[1];
+    requireExecution(orvexApi().sdkWriteFlash(m_Camera->getHandle(), reinterpret_cast<const std::uint8_t*>(data.data()),
+                                              address, static_cast<std::uint32_t>(data.size())) != 0,
+                     getName(), QUILL_HERE);
+    return {};
+}
+
+bool OrvexWriteFlash::isAvailable() {
+    return true;
+}
+
+std::vector<ParameterDescriptor> OrvexWriteFlash::getParameters() {
+    return {{"Address", PARAMETER_TYPE::Integer}, {"Data", PARAMETER_TYPE::String}};
+}
+
+std::vector<ParameterDescriptor> OrvexWriteFlash::getReturnFormat() {
+    return {};
+}
+
+} // namespace OrvexAdapter

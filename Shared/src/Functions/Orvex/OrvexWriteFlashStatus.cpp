@@ -1,0 +1,43 @@
+#include "Functions/Orvex/OrvexWriteFlashStatus.h"
+
+#include <cstdint>
+
+#include "Cameras/OrvexCamera/OrvexCamera.h"
+#include "Exceptions/Raise.h"
+#include "Functions/FunctionParameters.h"
+#include "Functions/Orvex/OrvexCommands.h"
+#include "OrvexApi/OrvexApi.h"
+
+namespace OrvexAdapter {
+
+using namespace CameraInterface;
+
+OrvexWriteFlashStatus::OrvexWriteFlashStatus(const std::string& name, OrvexCamera* camera)
+    : Function(name), m_Camera(camera) {
+    requireFunctionSupport(OrvexWriteFlashStatus::isFunctionSupported(), name, QUILL_HERE);
+}
+
+std::vector<std::string> OrvexWriteFlashStatus::perform(std::vector<std::string>& parameters) {
+    requireParameters(parameters, 2, QUILL_HERE);
+    const std::uint32_t address = parseUnsignedAddress(parameters[0]);
+    const std::string& status = parameters[1];
+    requireExecution(orvexApi().sdkCommandWrite(m_Camera->getHandle(), kFlashStatusCommand, address,
+                                                static_cast<std::uint32_t>(status.size()),
+                                                reinterpret_cast<const std::uint8_t*>(status.data())) != 0,
+                     getName(), QUILL_HERE);
+    return {};
+}
+
+bool OrvexWriteFlashStatus::isAvailable() {
+    return true;
+}
+
+std::vector<ParameterDescriptor> OrvexWriteFlashStatus::getParameters() {
+    return {{"Address", PARAMETER_TYPE::Integer}, {"Status", PARAMETER_TYPE::String}};
+}
+
+std::vector<ParameterDescriptor> OrvexWriteFlashStatus::getReturnFormat() {
+    return {};
+}
+
+} // namespace OrvexAdapter

@@ -1,0 +1,193 @@
+#include <gtest/gtest.h>
+
+#include "Exceptions/KestrelExceptions.h"
+#include "Support/OrvexPropertyFixture.h"
+#include "Support/Throws.h"
+#include "Utilities/Xsvf.h"
+
+namespace {
+
+using namespace CameraInterface;
+using namespace KestrelExceptions;
+using SoftwareDevices::Operation;
+using TestSupport::expectFailure;
+using TestSupport::thrownBy;
+using Texts = std::vector<std::string>;
+
+class OrvexFunctionTest : public TestSupport::OrvexPropertyFixture {
+protected:
+    OrvexFunctionTest() { connect(color()); }
+
+    Texts perform(const std::string& name, Texts parameters) { return m_Camera->perform(name, parameters); }
+
+    /// The boundary calls that a function makes: the role name and the numbers.
+    std::string callsOf(const std::string& name, const Texts& parameters) {
+        SoftwareDevices::startLog();
+        perform(name, parameters);
+        std::string text;
+        for (const SoftwareDevices::CallRecord& call : SoftwareDevices::takeLog()) {
+            text += call.name;
+            for (const double number : call.numbers) {
+                text += " " + std::to_string(static_cast<long long>(number));
+            }
+            text += "; ";
+        }
+        return text;
+    }
+
+    std::string flash(std::uint32_t address, std::uint32_t length) const {
+        const auto bytes = SoftwareDevices::flash(m_Serial, address, length);
+        return {bytes.begin(), bytes.end()};
+    }
+};
+
+std::string described(const std::vector<ParameterDescriptor>& descriptors) {
+    std::string text;
+    for (const ParameterDescriptor& descriptor : descriptors) {
+        text += descriptor.m_Label + (descriptor.m_Type == PARAMETER_TYPE::Integer  ? ":i "
+                                      : descriptor.m_Type == PARAMETER_TYPE::String ? ":s "
+                                                                                    : ":? ");
+    }
+    return text;
+}
+
+TEST_F(OrvexFunctionTest, ACameraHasNineFunctionsWhichDescribeThemselves) {
+    const std::vector<Texts> functions{{"Erase Flash", "Address:i Length:i ", ""},
+                                       {"Jtag", "Data:s ", ""},
+                                       {"Read Flash", "Address:i Length:i ", "Data:s "},
+                                       {"Read Flash Status", "Address:i ", "Status:s "},
+                                       {"Reboot", "Mode:s ", ""},
+                                       {"Update Flash", "Address:i Data:s ", ""},
+                                       {"Write Flash", "Address:i Data:s ", ""},
+                                       {"Write Flash Status", "Address:i Status:s ", ""},
+                                       {"Write Ram", "Address:i Data:s ", ""}};
+    std::vector<Texts> found;
+    for (const std::string& name : m_Camera->getSupportedFunctions()) {
+        Function& function = m_Camera->getFunction(name);
+        EXPECT_TRUE(function.isAvailable());
+        found.push_back(
+            {function.getName(), described(function.getParameters()), described(function.getReturnFormat())});
+    }
+    EXPECT_EQ(found, functions);
+}
+
+TEST_F(OrvexFunctionTest, EachFunctionMakesItsOneCall) {
+    const std::string zeros("a\0b\0", 4);
+    const std::vector<std::pair<std::pair<std::string, Texts>, std::string>> rows{
+        {{"Erase Flash", {"0x100", "010"}}, "sdkEraseFlash 256 8; "},
+        {{"Erase Flash", {" 12abc", "0"}}, ""},
+        {{"Read Flash", {"0X10", "16"}}, "sdkReadFlash 16 16; "},
+        {{"Read Flash", {"-1", "0"}}, ""},
+        {{"Write Flash", {"4194300", zeros}}, "sdkWriteFlash 4194300 4; "},
+        {{"Write Flash", {"5", ""}}, "sdkWriteFlash 5 0; "},
+        {{"Update Flash", {"+7", zeros, "ignored"}}, "sdkUpdateFlash 7 4; "},
+        {{"Read Flash Status", {"3"}}, "sdkCommandRead 28 3 1; "},
+        {{"Write Flash Status", {"3", zeros}}, "sdkCommandWrite 28 3 4; "},
+        {{"Write Ram", {"0xFFFF0000", zeros}}, "sdkVendorRequest 160 65535 4294901760 4; "},
+        {{"Jtag", {"corrupt"}}, callsOf("Jtag", {""})},
+        {{"Reboot", {"Firmware"}}, "sdkCommandWrite 27 1 1; "},
+    };
+    for (const auto& [call, expected] : rows) {
+        EXPECT_EQ(callsOf(call.first, call.second), expected) << call.first;
+    }
+    connect(color());
+    EXPECT_EQ(callsOf("Reboot", {"Bootloader"}), "sdkCommandWrite 27 0 1; ");
+    connect(color());
+    EXPECT_EQ(callsOf("Write Ram", {"0x12345678", ""}), "sdkVendorRequest 160 4660 305419896 0; ");
+    EXPECT_EQ(SoftwareDevices::pluggedDevices().size(), 0U); // it has left to start the program
+}
+
+TEST_F(OrvexFunctionTest, BytesTravelWhole) {
+    const std::string data("\0\x01\xFF\x80", 4);
+    perform("Update Flash", {"0x1000", "pad"});
+    perform("Update Flash", {"0x1000", data});
+    EXPECT_EQ(flash(0x1000, 4), data);
+    EXPECT_EQ(perform("Read Flash", {"0x1000", "4"}), Texts{data});
+    EXPECT_EQ(perform("Read Flash", {"0x1000", "0"}), Texts{});
+    perform("Write Flash", {"0x1000", std::string(4, '\x0F')}); // not erased: bits only clear
+    EXPECT_EQ(flash(0x1000, 4), std::string("\0\x01\x0F\0", 4));
+    EXPECT_EQ(perform("Erase Flash", {"0x1000", "3"}), Texts{});
+    EXPECT_EQ(flash(0x1000, 4), std::string("\xFF\xFF\xFF\0", 4));
+    perform("Write Flash Status", {"0", std::string(1, '\0')});
+    EXPECT_EQ(perform("Read Flash Status", {"0"}), Texts{std::string(1, '\0')});
+    perform("Write Ram", {"256", data});
+    const auto ram = SoftwareDevices::ram(m_Serial, 256, 4);
+    EXPECT_EQ(std::string(ram.begin(), ram.end()), data);
+}
+
+TEST_F(OrvexFunctionTest, RefusalsLeaveTheCameraUntouched) {
+    const auto raised = [](const std::string& word, const std::string& className, const std::string& sentence) {
+        return word + "[Shared/src/Functions/Orvex/" + className + ".cpp]" + sentence;
+    };
+    const auto empty = [&](const std::string& className) {
+        return raised("ArgumentEmpty", className,
+                      "The argument \"parameters\" is invalid. Provided argument is empty.");
+    };
+    const auto failed = [&](const std::string& className, const std::string& name) {
+        return raised("FunctionExecution", className,
+                      "Error with function {" + name + " }: Failed to execute function.");
+    };
+    const std::string signedRange = "stoi argument out of range";
+    const std::string unsignedRange = "stoul argument out of range";
+    const std::vector<std::pair<std::pair<std::string, Texts>, std::string>> rows{
+        {{"Erase Flash", {}}, empty("OrvexEraseFlash")},
+        {{"Read Flash", {"1"}}, empty("OrvexReadFlash")},
+        {{"Write Flash", {"1"}}, empty("OrvexWriteFlash")},
+        {{"Update Flash", {"1"}}, empty("OrvexUpdateFlash")},
+        {{"Read Flash Status", {}}, empty("OrvexReadFlashStatus")},
+        {{"Write Flash Status", {"1"}}, empty("OrvexWriteFlashStatus")},
+        {{"Write Ram", {"1"}}, empty("OrvexWriteRam")},
+        {{"Reboot", {}}, empty("OrvexReboot")},
+        {{"Jtag", {}}, empty("OrvexJtag")},
+        {{"Erase Flash", {"2147483648", "1"}}, signedRange},
+        {{"Read Flash", {"0", "0x80000000"}}, signedRange},
+        {{"Update Flash", {"2147483648", "x"}}, signedRange},
+        {{"Read Flash Status", {"2147483648"}}, signedRange},
+        {{"Write Flash", {"4294967296", "x"}}, unsignedRange},
+        {{"Write Flash Status", {"4294967296", "x"}}, unsignedRange},
+        {{"Write Ram", {"4294967296", "x"}}, unsignedRange},
+        {{"Read Flash", {"x", "1"}}, "invalid stoi argument"},
+        {{"Write Ram", {"", "x"}}, "invalid stoul argument"},
+        {{"Reboot", {"firmware"}}, "Reboot mode not valid."},
+        {{"Read Flash", {"0", "-1"}}, failed("OrvexReadFlash", "Read Flash")},
+        {{"Read Flash", {"0", "2147483647"}}, failed("OrvexReadFlash", "Read Flash")},
+        {{"Erase Flash", {"0", "-1"}}, failed("OrvexEraseFlash", "Erase Flash")},
+    };
+    SoftwareDevices::startLog();
+    for (const auto& [call, expected] : rows) {
+        EXPECT_EQ(thrownBy([&, name = call.first, parameters = call.second] { perform(name, parameters); }), expected)
+            << call.first;
+    }
+    EXPECT_TRUE(SoftwareDevices::takeLog().empty());
+}
+
+TEST_F(OrvexFunctionTest, WhatTheCameraRefusesIsAFailureOfTheFunction) {
+    const std::vector<std::pair<std::string, Operation>> rows{
+        {"Erase Flash", Operation::sdkEraseFlash},        {"Read Flash", Operation::sdkReadFlash},
+        {"Write Flash", Operation::sdkWriteFlash},        {"Update Flash", Operation::sdkUpdateFlash},
+        {"Read Flash Status", Operation::sdkCommandRead}, {"Write Flash Status", Operation::sdkCommandWrite},
+        {"Write Ram", Operation::sdkVendorRequest}};
+    for (const auto& [name, operation] : rows) {
+        fail(operation);
+        expectFailure<KestrelException_Function>(
+            [&, name = name] {
+                perform(name, {"1", "1"});
+            },
+            "FunctionExecution", "Failed to execute function.");
+        EXPECT_NO_THROW(perform(name, {"1", "1"}));
+    }
+    fail(Operation::sdkCommandWrite);
+    expectFailure<KestrelException_Function>([&] { perform("Reboot", {"Firmware"}); }, "FunctionExecution",
+                                             "Failed to execute function.");
+    m_Camera->disconnect();
+    expectFailure<KestrelException_Function>(
+        [&] {
+            perform("Read Flash", {"0", "1"});
+        },
+        "FunctionExecution", "Failed to execute function.");
+    Utilities::XsvfReport report;
+    expectFailure<KestrelException_Function>([&] { Utilities::playXsvf(*m_Camera, {0}, report); }, "FunctionExecution",
+                                             "Failed to execute function.");
+}
+
+} // namespace
