@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "Export.h"
+
+namespace Utilities {
+
+/// A piece of a boot image that belongs to one place in the camera's RAM.
+struct BootImageSection {
+    std::uint32_t address = 0; ///< where in RAM it is loaded
+    std::size_t offset = 0;    ///< of its first byte in the image
+    std::size_t length = 0;    ///< bytes, a multiple of 4
+};
+
+/// What a boot image is made of: after a header of four bytes (`C`, `Y`, image control, 0xB0) sections, each with its
+/// length in 32-bit words and its load address, and a section of no words whose address is where the program starts.
+/// Numbers are little-endian. What follows the last section is not looked at.
+struct BootImage {
+    std::vector<BootImageSection> sections;
+    std::uint32_t entryAddress = 0;
+    std::size_t size = 0; ///< bytes up to the end of the last section
+};
+
+/// Walks through a boot image to its end. Thread-safe.
+/// @throws std::invalid_argument "No data provided." or "Invalid image file."  no such header, or a section or the end
+///     of the sections lies beyond the data
+QUILL_API BootImage readBootImage(const std::vector<unsigned char>& data);
+
+} // namespace Utilities

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace Utilities {
+
+inline constexpr std::size_t kBootImageHeaderBytes = 4;
+
+/// Whether data begin as a boot image does; nothing behind the header is looked at.
+bool hasBootImageHeader(const std::vector<unsigned char>& data);
+
+/// @throws std::invalid_argument "No data provided."
+void requireData(const std::vector<unsigned char>& data);
+/// @throws std::invalid_argument "Invalid image file."
+void requireBootImage(bool isBootImage);
+
+} // namespace Utilities

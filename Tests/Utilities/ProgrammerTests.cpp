@@ -1,0 +1,244 @@
+#include "Utilities/Programmer.h"
+
+#include <cmath>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+#include "Exceptions/KestrelExceptions.h"
+#include "Support/OrvexPropertyFixture.h"
+#include "Support/Throws.h"
+#include "Utilities/BootImage.h"
+
+namespace {
+
+using CameraInterface::Camera;
+using KestrelExceptions::KestrelException_Function;
+using SoftwareDevices::Operation;
+using TestSupport::expectStandard;
+using Utilities::Programmer;
+using Bytes = std::vector<unsigned char>;
+
+constexpr unsigned int kAddress = 0x2000;
+constexpr unsigned int kRoom = 1U << 20;
+
+Bytes pattern(std::size_t length) {
+    Bytes bytes(length);
+    for (std::size_t index = 0; index < length; ++index) {
+        bytes[index] = static_cast<unsigned char>(index * 31 + index / 251);
+    }
+    return bytes;
+}
+
+void append(Bytes& bytes, std::uint32_t word) {
+    for (int shift = 0; shift < 32; shift += 8) {
+        bytes.push_back(static_cast<unsigned char>(word >> shift));
+    }
+}
+
+/// A boot image with sections of so many words, one behind another from address 0x100 on.
+Bytes bootImage(const std::vector<std::uint32_t>& sections) {
+    Bytes image{'C', 'Y', 0x1C, 0xB0};
+    std::uint32_t address = 0x100;
+    for (const std::uint32_t words : sections) {
+        append(image, words);
+        append(image, address);
+        const Bytes content = pattern(words * 4);
+        image.insert(image.end(), content.begin(), content.end());
+        address += words * 4;
+    }
+    append(image, 0);
+    append(image, 0x40001234);
+    return image;
+}
+
+class ProgrammerTest : public TestSupport::OrvexPropertyFixture {
+protected:
+    ProgrammerTest() {
+        connect(color());
+        SoftwareDevices::writeFlash(m_Serial, kAddress - 1, Bytes(kRoom, 0x5A)); // not erased
+    }
+
+    Bytes flash(std::size_t length) const {
+        return SoftwareDevices::flash(m_Serial, kAddress, static_cast<std::uint32_t>(length));
+    }
+
+    /// What happens during an action: "<operation> <address> <length>" for each call.
+    template <typename Action>
+    static std::vector<std::string> callsDuring(Action action) {
+        SoftwareDevices::startLog();
+        action();
+        std::vector<std::string> calls;
+        for (const SoftwareDevices::CallRecord& call : SoftwareDevices::takeLog()) {
+            const std::size_t first = call.numbers.size() - 2; // behind request and value of a RAM write
+            calls.push_back(call.name + " " + std::to_string(static_cast<unsigned int>(call.numbers[first])) + " " +
+                            std::to_string(static_cast<unsigned int>(call.numbers[first + 1])));
+        }
+        return calls;
+    }
+
+    std::vector<double> m_Progress;
+    std::function<void(double)> m_Report = [this](double done) { m_Progress.push_back(done); };
+};
+
+using Calls = std::vector<std::string>;
+
+TEST_F(ProgrammerTest, ABufferIsErasedAndWrittenChunkByChunk) {
+    const Bytes data = pattern(2500);
+    EXPECT_EQ(callsDuring([&] { Programmer::writeBufferToFlash(*m_Camera, data, kAddress, 2500, 1024, m_Report); }),
+              (Calls{"sdkEraseFlash 8192 2500", "sdkWriteFlash 8192 1024", "sdkWriteFlash 9216 1024",
+                     "sdkWriteFlash 10240 452"}));
+    EXPECT_EQ(flash(2500), data);
+    EXPECT_EQ(m_Progress, (std::vector<double>{0.4096, 0.8192, 1.0}));
+}
+
+TEST_F(ProgrammerTest, ABootImagesHeaderIsWrittenLast) {
+    const Bytes image = bootImage({500});
+    EXPECT_EQ(callsDuring([&] { Programmer::writeFirmwareToFlash(*m_Camera, image, kAddress, kRoom, 1000, m_Report); }),
+              (Calls{"sdkEraseFlash 8192 2020", "sdkWriteFlash 8196 1000", "sdkWriteFlash 9196 1000",
+                     "sdkWriteFlash 10196 16", "sdkWriteFlash 8192 4"}));
+    EXPECT_EQ(flash(image.size()), image);
+    EXPECT_EQ(m_Progress.back(), 1.0);
+    m_Progress.clear();
+    EXPECT_EQ(callsDuring([&] {
+                  Programmer::writeFirmwareToFlash(*m_Camera, {'C', 'Y', 0, 0xB0}, kAddress, 4, 1, m_Report);
+              }),
+              (Calls{"sdkEraseFlash 8192 4", "sdkWriteFlash 8192 4"}));
+    EXPECT_TRUE(m_Progress.empty());
+}
+
+TEST_F(ProgrammerTest, ComparisonEndsAtTheFirstDifferentChunk) {
+    Bytes data = flash(3000);
+    EXPECT_TRUE(Programmer::compareFlash(*m_Camera, data, kAddress, 1024, m_Report));
+    EXPECT_EQ(m_Progress.size(), 3U);
+    EXPECT_EQ(m_Progress.back(), 1.0);
+    data[2047] ^= 1;
+    EXPECT_EQ(callsDuring([&] { EXPECT_FALSE(Programmer::compareFlash(*m_Camera, data, kAddress, 1024, m_Report)); }),
+              (Calls{"sdkReadFlash 8192 1024", "sdkReadFlash 9216 1024"}));
+    EXPECT_TRUE(callsDuring([&] { EXPECT_TRUE(Programmer::compareFlash(*m_Camera, {}, 0, 0, {})); }).empty());
+}
+
+/// Whether the flash holds a valid header over something else than the whole image.
+bool isTrap(const Bytes& flash, const Bytes& image) {
+    return std::equal(flash.begin(), flash.begin() + 4, image.begin()) && flash != image;
+}
+
+TEST_F(ProgrammerTest, AnInterruptedUpdateNeverLeavesAValidHeaderOverAnIncompleteBody) {
+    const Bytes image = bootImage({500});
+    const auto update = [&](std::function<void(double)> progress) {
+        Programmer::writeFirmwareToFlash(*m_Camera, image, kAddress, kRoom, 128, std::move(progress));
+    };
+    SoftwareDevices::writeFlash(m_Serial, kAddress, bootImage({499, 0})); // the former firmware
+    const std::size_t calls = callsDuring([&] { update({}); }).size();
+    for (std::size_t call = 1; call <= calls; ++call) {
+        SoftwareDevices::failCall(call, 5);
+        EXPECT_THROW(update({}), KestrelException_Function) << call;
+        EXPECT_FALSE(isTrap(flash(image.size()), image) && call > 1) << call;
+        int reports = 0;
+        const auto stop = [&](double) {
+            if (++reports == static_cast<int>(call)) {
+                throw std::runtime_error("stop");
+            }
+        };
+        if (call <= calls - 2) { // erasing and the header report nothing
+            expectStandard<std::runtime_error>([&] { update(stop); }, "stop");
+            EXPECT_FALSE(isTrap(flash(image.size()), image)) << call;
+        }
+    }
+    update({}); // the camera is usable after all that
+    EXPECT_TRUE(Programmer::compareFlash(*m_Camera, image, kAddress, 4096, {}));
+    for (const std::uint32_t call : {1U, 2U, 7U}) {
+        SoftwareDevices::unplugDuring(m_Serial, Operation::sdkWriteFlash, call);
+        EXPECT_THROW(update({}), KestrelException_Function);
+        SoftwareDevices::replug(m_Serial);
+        EXPECT_FALSE(isTrap(flash(image.size()), image)) << call;
+        m_Camera->disconnect();
+        m_Camera->connect();
+    }
+}
+
+TEST_F(ProgrammerTest, WhatCannotBeWrittenLeavesTheCameraUntouched) {
+    Camera& camera = *m_Camera;
+    const Bytes image = bootImage({1});
+    Bytes truncated = image;
+    truncated.pop_back();
+    Bytes reachingFar = image;
+    reachingFar[7] = 0x40; // 2^30 words and one, which are 4 in 32 bits
+    const struct {
+        const char* text;
+        std::function<void()> action;
+    } rows[] = {
+        {"No data provided.", [&] { Programmer::writeBufferToFlash(camera, {}, 0, 0, 0, {}); }},
+        {"Data provided is too large.",
+         [&] {
+             Programmer::writeBufferToFlash(camera, {1, 2}, 0, 1, 0, {});
+         }},
+        {"Chunk size cannot be 0.", [&] { Programmer::writeBufferToFlash(camera, {1}, 0, 1, 0, {}); }},
+        {"No data provided.", [&] { Programmer::writeFirmwareToFlash(camera, {}, 0, 0, 0, {}); }},
+        {"Data provided is too large.",
+         [&] {
+             Programmer::writeFirmwareToFlash(camera, {1, 2}, 0, 1, 0, {});
+         }},
+        {"Invalid image file.",
+         [&] {
+             Programmer::writeFirmwareToFlash(camera, {'C', 'Y', 0}, 0, 9, 0, {});
+         }},
+        {"Invalid image file.",
+         [&] {
+             Programmer::writeFirmwareToFlash(camera, {'C', 'Y', 0, 0xB1}, 0, 9, 0, {});
+         }},
+        {"Chunk size cannot be 0.", [&] { Programmer::writeFirmwareToFlash(camera, image, 0, 99, 0, {}); }},
+        {"Chunk size cannot be 0.", [&] { Programmer::compareFlash(camera, {1}, 0, 0, {}); }},
+        {"No data provided.", [&] { Programmer::writeFirmwareToRam(camera, {}, {}); }},
+        {"Invalid image file.",
+         [&] {
+             Programmer::writeFirmwareToRam(camera, {'X', 'Y', 0, 0xB0}, {});
+         }},
+        {"Invalid image file.", [&] { Programmer::writeFirmwareToRam(camera, truncated, {}); }},
+        {"Invalid image file.", [&] { Programmer::writeFirmwareToRam(camera, reachingFar, {}); }},
+    };
+    const Calls calls = callsDuring([&] {
+        for (const auto& row : rows) {
+            expectStandard<std::invalid_argument>(row.action, row.text);
+        }
+    });
+    EXPECT_TRUE(calls.empty());
+}
+
+TEST_F(ProgrammerTest, ARamImageIsLoadedInChunksOf4096AndStarted) {
+    Bytes image = bootImage({5000, 2});
+    image.push_back(0xEE); // not looked at
+    EXPECT_EQ(callsDuring([&] { Programmer::writeFirmwareToRam(*m_Camera, image, m_Report); }),
+              (Calls{"sdkVendorRequest 256 4096", "sdkVendorRequest 4352 4096", "sdkVendorRequest 8448 4096",
+                     "sdkVendorRequest 12544 4096", "sdkVendorRequest 16640 3616", "sdkVendorRequest 20256 8",
+                     "sdkVendorRequest 1073746484 0"}));
+    EXPECT_EQ(m_Progress.front(), (4.0 + 8 + 4096) / static_cast<double>(image.size()));
+    EXPECT_TRUE(std::is_sorted(m_Progress.begin(), m_Progress.end()));
+}
+
+TEST_F(ProgrammerTest, OnlyTheStartOfARamImageMayFail) {
+    const Bytes image = bootImage({3});
+    fail(Operation::sdkVendorRequest);
+    EXPECT_THROW(Programmer::writeFirmwareToRam(*m_Camera, image, {}), KestrelException_Function);
+    SoftwareDevices::unplugDuring(m_Serial, Operation::sdkVendorRequest, 2); // it leaves the bus as it starts
+    EXPECT_NO_THROW(Programmer::writeFirmwareToRam(*m_Camera, image, {}));
+}
+
+TEST_F(ProgrammerTest, StatusAndBitOrder) {
+    Programmer::writeFlashStatus(*m_Camera, 0, 0x8C);
+    EXPECT_EQ(Programmer::readFlashStatus(*m_Camera, 0), 0x8C);
+    EXPECT_EQ(Programmer::flipBitOrder({0x01, 0x12, 0xF0, 0xFF}), (Bytes{0x80, 0x48, 0x0F, 0xFF}));
+}
+
+TEST_F(ProgrammerTest, AnImageIsTakenApart) {
+    const Bytes bytes = bootImage({2, 1});
+    const Utilities::BootImage image = Utilities::readBootImage(bytes);
+    ASSERT_EQ(image.sections.size(), 2U);
+    EXPECT_EQ(image.sections[1].address, 0x108U);
+    EXPECT_EQ(image.sections[1].offset, 28U);
+    EXPECT_EQ(image.sections[1].length, 4U);
+    EXPECT_EQ(image.entryAddress, 0x40001234U);
+    EXPECT_EQ(image.size, bytes.size());
+}
+
+} // namespace
