@@ -1,6 +1,7 @@
 #include "Utilities/CSHA1.h"
 
 #include <algorithm>
+#include <array>
 #include <memory>
 
 #include <gtest/gtest.h>
@@ -35,11 +36,47 @@ TEST(CSHA1, GivesThePublishedDigests) {
     EXPECT_EQ(digestOf(std::string(1000000, 'a')), L"34AA973CD4C4DAA4F61EEB2BDBAD27316534016F");
 }
 
+std::string bytesOf(const std::string& hexadecimal) {
+    std::string bytes;
+    for (std::size_t place = 0; place < hexadecimal.size(); place += 2) {
+        bytes += static_cast<char>(std::stoi(hexadecimal.substr(place, 2), nullptr, 16));
+    }
+    return bytes;
+}
+
+// Of NIST's validation programme (CAVP, byte-oriented): short messages, and the first checkpoint of the Monte Carlo
+// test.
+TEST(CSHA1, GivesTheDigestsOfTheValidationProgramme) {
+    const std::pair<const char*, const wchar_t*> messages[] = {
+        {"36", L"C1DFD96EEA8CC2B62785275BCA38AC261256E278"},
+        {"195A", L"0A1C2D555BBE431AD6288AF5A54F93E0449C9232"},
+        {"DF4BD2", L"BF36ED5D74727DFD5D7854EC6B1D49468D8EE8AA"},
+        {"549E959E", L"B78BAE6D14338FFCCFD5D5B5674A275F6EF9C717"},
+        {"45927E32DDF801CAF35E18E7B5078B7F5435278212EC6BB99DF884F49B327C6486FEAE46BA187DC1CC9145121E1492E6B06E9007394D"
+         "C33B7748F86AC3207CFE",
+         L"A70CFBFE7563DD0E665C7C6715A96A8D756950C0"},
+    };
+    for (const auto& [message, digest] : messages) {
+        EXPECT_EQ(digestOf(bytesOf(message)), digest);
+    }
+    std::array<std::string, 3> chain;
+    chain.fill(bytesOf("DD4DF644EAF3D85BACE2B21ACCAA22B28821F5CD"));
+    for (int step = 0; step < 1000; ++step) {
+        CSHA1 hasher;
+        update(hasher, chain[0] + chain[1] + chain[2]);
+        hasher.Final();
+        std::string digest(20, '\0');
+        hasher.GetHash(reinterpret_cast<unsigned char*>(digest.data()));
+        chain = {chain[1], chain[2], digest};
+    }
+    EXPECT_EQ(chain[2], bytesOf("11F5C38B4479D4AD55CB69FADF62DE0B036D5163"));
+}
+
 TEST(CSHA1, PiecesOfAnySizeGiveTheSameDigest) {
-    for (const std::size_t length : {55, 56, 63, 64, 65, 119, 120, 1000}) {
+    for (const std::size_t length : {55, 56, 63, 64, 65, 119, 120, 128, 1000}) {
         std::string message(length, '\0');
         std::generate(message.begin(), message.end(), [next = 0]() mutable { return static_cast<char>(next += 37); });
-        for (const std::size_t size : {1, 55, 56, 63, 64, 65, 200}) {
+        for (std::size_t size = 1; size <= 200; ++size) {
             CSHA1 hasher;
             for (std::size_t begin = 0; begin < length; begin += size) {
                 update(hasher, message.substr(begin, size));
