@@ -8,7 +8,7 @@ install(TARGETS quillcamera EXPORT QuillCameraTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 if(QUILL_BUILD_SOFTWARE_DEVICES)
     # Beside the library, which looks for the flat libraries there and nowhere else.
-    install(TARGETS softwaredevices orvexapi LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
+    install(TARGETS softwaredevices orvexapi tarnulibrary LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
 endif()
 install(DIRECTORY Shared/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quillcamera)
 install(FILES Data/TestCameraList.json DESTINATION ${CMAKE_INSTALL_DATADIR}/quillcamera)

@@ -2,8 +2,10 @@
 
 /**
  * The control side of the devices in software: describe a camera and plug it in, look inside it, show it a scene, make
- * it misbehave, read the log of the calls that reached it. The library drives the same devices through the flat camera
- * SDK (liborvexapi).
+ * it misbehave, read the log of the calls that reached it. The library drives the same devices through two flat
+ * libraries: the camera SDK (liborvexapi) and, while a device is a USB3 Vision camera, the USB3 Vision access library
+ * (libtarnulibrary). A device is a USB3 Vision camera from plugging or reboot to the next one when the information
+ * block in its flash says so and vouches for the file stored with it.
  *
  * Every function is thread-safe. A function that takes a serial number throws std::invalid_argument when no such device
  * is plugged in. Three default devices are there from the first use on, unless startEmpty() was called before.
@@ -18,6 +20,7 @@
 #include <vector>
 
 #include "OrvexApi/OrvexOperations.h"
+#include "TarnuLibrary/TarnuOperations.h"
 
 #if defined(_WIN32)
 #    define SOFTWARE_DEVICES_API
@@ -27,15 +30,17 @@
 
 namespace SoftwareDevices {
 
-/// The operations of the camera SDK, by role name.
+#define SOFTWARE_DEVICES_ENUMERATOR(role, ...) role,
+#define SOFTWARE_DEVICES_ONE(...) +1
+
+/// The operations of the camera SDK, by role name, and those of the USB3 Vision access library.
 enum class Operation : std::uint32_t {
-#define SOFTWARE_DEVICES_ENUMERATOR(role, number, Result, failure, parameters) role,
-    ORVEX_OPERATIONS(SOFTWARE_DEVICES_ENUMERATOR)
-#undef SOFTWARE_DEVICES_ENUMERATOR
+    ORVEX_OPERATIONS(SOFTWARE_DEVICES_ENUMERATOR) TARNU_OPERATIONS(SOFTWARE_DEVICES_ENUMERATOR)
 };
 
-#define SOFTWARE_DEVICES_ONE(role, number, Result, failure, parameters) +1
-constexpr std::size_t kOperationCount = ORVEX_OPERATIONS(SOFTWARE_DEVICES_ONE);
+constexpr std::size_t kOperationCount = ORVEX_OPERATIONS(SOFTWARE_DEVICES_ONE) TARNU_OPERATIONS(SOFTWARE_DEVICES_ONE);
+
+#undef SOFTWARE_DEVICES_ENUMERATOR
 #undef SOFTWARE_DEVICES_ONE
 
 /// The devices' error codes, as sdkGetLastErrorForCamera answers them. 20 to 22 and 83 mean an unsupported property to
@@ -52,7 +57,7 @@ enum ErrorCode : std::uint32_t {
     kOutOfRange = 43,
     kReadOnly = 44,
     kInvalidFormat = 45,
-    kBusy = 46, ///< not while video streams
+    kBusy = 46, ///< not while video streams, or while another has JTAG access
     kUnsupported = 47,
     kInternalError = 48
 };
@@ -93,6 +98,7 @@ struct NetworkSettings {
 struct DeviceDescription {
     std::uint32_t serial = 0;
     std::uint32_t cameraId = 0;
+    std::string modelName; ///< as a USB3 Vision camera
     std::uint32_t firmware = 0;
     std::uint32_t fpga = 0;
     std::uint32_t api = 0;
@@ -126,6 +132,9 @@ struct DeviceDescription {
 
     std::string afeTiming;                    ///< name of the AFE timing file in flash; empty: none stored
     std::vector<std::uint8_t> usb3VisionFile; ///< stored with a matching information block; empty: none stored
+
+    std::uint32_t jtagIdCode = 0x149511C3; ///< odd, as every IDCODE
+    std::uint32_t jtagDataBits = 32;       ///< length of the JTAG data register, 1 to 65536
 };
 
 // ---- Plugging ----
@@ -137,7 +146,7 @@ SOFTWARE_DEVICES_API void startEmpty();
 /// sampling factors.
 SOFTWARE_DEVICES_API std::vector<DeviceDescription> defaultDevices();
 
-/// A camera whose FPGA has not been loaded: versions and flash, and no to every other question.
+/// A camera whose FPGA has not been loaded: versions, flash and JTAG, and no to every other question.
 SOFTWARE_DEVICES_API DeviceDescription bareDevice();
 
 /// A monochrome camera on the network.
@@ -183,13 +192,16 @@ SOFTWARE_DEVICES_API std::uint32_t powerMode(std::uint32_t serial);
 SOFTWARE_DEVICES_API bool hardwareTrigger(std::uint32_t serial);
 SOFTWARE_DEVICES_API NetworkSettings network(std::uint32_t serial);
 
+/// It is a USB3 Vision camera at present, and no SDK enumeration shows it.
+SOFTWARE_DEVICES_API bool isUsb3Vision(std::uint32_t serial);
+
 /// At least one handle is open.
 SOFTWARE_DEVICES_API bool isOpen(std::uint32_t serial);
 
 /// Video streams or still mode is enabled on at least one handle.
 SOFTWARE_DEVICES_API bool isStreaming(std::uint32_t serial);
 
-constexpr std::uint32_t kFlashSize = 4u << 20;
+constexpr std::uint32_t kFlashSize = 16u << 20;
 
 SOFTWARE_DEVICES_API std::vector<std::uint8_t> flash(std::uint32_t serial, std::uint32_t address, std::uint32_t length);
 
@@ -204,6 +216,55 @@ SOFTWARE_DEVICES_API std::vector<std::uint8_t> ram(std::uint32_t serial, std::ui
 
 /// Where the last program was started in RAM, if one was.
 SOFTWARE_DEVICES_API std::optional<std::uint32_t> startedProgram(std::uint32_t serial);
+
+// ---- JTAG ----
+
+/// The states of a TAP after IEEE 1149.1.
+enum class TapState : std::uint8_t {
+    TestLogicReset,
+    RunTestIdle,
+    SelectDr,
+    CaptureDr,
+    ShiftDr,
+    Exit1Dr,
+    PauseDr,
+    Exit2Dr,
+    UpdateDr,
+    SelectIr,
+    CaptureIr,
+    ShiftIr,
+    Exit1Ir,
+    PauseIr,
+    Exit2Ir,
+    UpdateIr
+};
+
+// Instructions; every other one selects BYPASS.
+constexpr std::uint32_t kJtagInstructionBits = 8;
+constexpr std::uint8_t kJtagIdCode = 0x01; ///< after a reset
+constexpr std::uint8_t kJtagData = 0x02;   ///< a register that captures what it was last updated with
+constexpr std::uint8_t kJtagBypass = 0xFF;
+
+/// Equal rising edges of TCK in a row.
+struct JtagClocks {
+    TapState state; ///< in which they found the TAP
+    bool tms;
+    bool tdi;
+    bool tdo; ///< true where the TAP drives nothing
+    std::uint64_t clocks;
+};
+
+/// JTAG access is open. It ends with the handle that opened it.
+SOFTWARE_DEVICES_API bool isJtagOpen(std::uint32_t serial);
+
+SOFTWARE_DEVICES_API TapState tapState(std::uint32_t serial);
+
+/// Content of the data register, least significant byte first.
+SOFTWARE_DEVICES_API std::vector<std::uint8_t> jtagData(std::uint32_t serial);
+
+/// Starts recording anew what is clocked, until takeJtagLog or until the device leaves the bus.
+SOFTWARE_DEVICES_API void startJtagLog(std::uint32_t serial);
+SOFTWARE_DEVICES_API std::vector<JtagClocks> takeJtagLog(std::uint32_t serial);
 
 // ---- Scene and capture ----
 

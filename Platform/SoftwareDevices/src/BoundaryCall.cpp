@@ -14,6 +14,7 @@ bool hasMiddle(Operation operation) {
     case Operation::sdkWriteFlash:
     case Operation::sdkUpdateFlash:
     case Operation::sdkEraseFlash:
+    case Operation::sdkVendorRequest:
         return true;
     default:
         return false;
@@ -40,6 +41,24 @@ void applyFaults(Operation operation, Device* device, std::uint64_t callNumber) 
             throw Refusal{kCameraGone};
         }
     }
+}
+
+std::uint32_t closeCamera(Operation operation, const void* handle) noexcept {
+    return onHandle(operation, handle, std::uint32_t{0}, {}, [&](Session&) {
+        const std::shared_ptr<Session> closed = Registry::instance().forget(handle);
+        require(closed != nullptr, kInvalidArgument); // another thread was faster
+        closed->capture->close();
+        return kSuccess;
+    });
+}
+
+std::uint32_t readFlash(Operation operation, const void* handle, std::uint8_t* buffer, std::uint32_t address,
+                        std::uint32_t length) noexcept {
+    return onCamera(operation, handle, {static_cast<double>(address), static_cast<double>(length)},
+                    [&](Session& session) {
+                        require(buffer != nullptr || length == 0, kInvalidArgument);
+                        session.device->hardware().flash().read(address, buffer, length);
+                    });
 }
 
 } // namespace SoftwareDevices::Boundary

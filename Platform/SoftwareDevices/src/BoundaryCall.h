@@ -42,6 +42,10 @@ Result perform(Operation operation, Device* device, Session* session, Result fai
     return result;
 }
 
+constexpr Library libraryOf(Operation operation) {
+    return operation < Operation::TarnuNumCameras ? Library::CameraSdk : Library::Usb3Vision;
+}
+
 /// A call that names no camera.
 template <class Result, class Body>
 Result onModule(Operation operation, Result failure, std::initializer_list<double> numbers, Body body) noexcept {
@@ -52,7 +56,7 @@ Result onModule(Operation operation, Result failure, std::initializer_list<doubl
 template <class Result, class Body>
 Result onHandle(Operation operation, const void* handle, Result failure, std::initializer_list<double> numbers,
                 Body body) noexcept {
-    const std::shared_ptr<Session> session = Registry::instance().session(handle);
+    const std::shared_ptr<Session> session = Registry::instance().session(handle, libraryOf(operation));
     return perform(operation, session ? session->device.get() : nullptr, session.get(), failure, numbers, [&] {
         require(session != nullptr, kInvalidArgument);
         return body(*session);
@@ -70,6 +74,26 @@ std::uint32_t onCamera(Operation operation, const void* handle, std::initializer
         return kSuccess;
     });
 }
+
+/// Opens the device that find() gives, or null.
+template <class Find>
+void* openCamera(Operation operation, std::initializer_list<double> numbers, Find find) noexcept {
+    std::shared_ptr<Device> device;
+    try {
+        device = find();
+    } catch (...) { // no memory: like a camera that is not there
+    }
+    return perform(operation, device.get(), nullptr, static_cast<void*>(nullptr), numbers, [&] {
+        require(device != nullptr, kInvalidArgument);
+        device->requirePresent();
+        return Registry::instance().open(device);
+    });
+}
+
+std::uint32_t closeCamera(Operation operation, const void* handle) noexcept;
+
+std::uint32_t readFlash(Operation operation, const void* handle, std::uint8_t* buffer, std::uint32_t address,
+                        std::uint32_t length) noexcept;
 
 /// @throws Refusal  the caller gave a null pointer
 template <class Pointer>

@@ -15,13 +15,13 @@ uint32_t sdkSelectInterface(uint32_t interfaceNumber) noexcept {
 
 int32_t sdkNumCameras() noexcept {
     return onModule(Operation::sdkNumCameras, int32_t{0}, {},
-                    [] { return static_cast<int32_t>(Registry::instance().enumeration().size()); });
+                    [] { return static_cast<int32_t>(Registry::instance().enumeration(Library::CameraSdk).size()); });
 }
 
 int32_t sdkEnumCameras(ORVEX_VERSION* versions, uint32_t count) noexcept {
     return onModule(Operation::sdkEnumCameras, int32_t{0}, {static_cast<double>(count)}, [&] {
         requirePointer(versions);
-        const auto present = Registry::instance().enumeration();
+        const auto present = Registry::instance().enumeration(Library::CameraSdk);
         const std::size_t filled = std::min<std::size_t>(present.size(), count);
         for (std::size_t i = 0; i < filled; ++i) {
             versions[i] = present[i]->version();
@@ -31,26 +31,12 @@ int32_t sdkEnumCameras(ORVEX_VERSION* versions, uint32_t count) noexcept {
 }
 
 void* sdkCameraOpen(uint32_t index) noexcept {
-    std::shared_ptr<Device> device;
-    try {
-        device = Registry::instance().enumerated(index);
-    } catch (...) { // no memory: like a camera that is not there
-    }
-    return perform(Operation::sdkCameraOpen, device.get(), nullptr, static_cast<void*>(nullptr),
-                   {static_cast<double>(index)}, [&] {
-                       require(device != nullptr, kInvalidArgument);
-                       device->requirePresent();
-                       return Registry::instance().open(device);
-                   });
+    return openCamera(Operation::sdkCameraOpen, {static_cast<double>(index)},
+                      [index] { return Registry::instance().enumerated(index); });
 }
 
 uint32_t sdkCameraClose(void* handle) noexcept {
-    return onHandle(Operation::sdkCameraClose, handle, uint32_t{0}, {}, [&](Session&) {
-        const std::shared_ptr<Session> closed = Registry::instance().forget(handle);
-        require(closed != nullptr, kInvalidArgument); // another thread was faster
-        closed->capture->close();
-        return kSuccess;
-    });
+    return closeCamera(Operation::sdkCameraClose, handle);
 }
 
 uint32_t sdkPostOpenSetup(void* handle, uint32_t value) noexcept {

@@ -9,7 +9,11 @@ namespace {
 constexpr uint8_t kRebootCommand = 0x1B;
 constexpr uint8_t kFlashStatusCommand = 0x1C;
 constexpr uint8_t kRamRequest = 0xA0;
-constexpr uint8_t kSecondFpga = 6; // target of a register access
+
+// Targets of a register access.
+constexpr uint8_t kSecondFpga = 6;
+constexpr uint8_t kJtagControl = 0x19;
+constexpr uint8_t kJtagShift = 0x1A;
 
 using FlashChange = void (Flash::*)(std::uint32_t address, const std::uint8_t* data, std::uint32_t length);
 
@@ -44,11 +48,7 @@ uint32_t sdkEraseFlash(void* handle, uint32_t address, uint32_t length) noexcept
 }
 
 uint32_t sdkReadFlash(void* handle, uint8_t* buffer, uint32_t address, uint32_t length) noexcept {
-    return onCamera(Operation::sdkReadFlash, handle, {static_cast<double>(address), static_cast<double>(length)},
-                    [&](Session& session) {
-                        require(buffer != nullptr || length == 0, kInvalidArgument);
-                        session.device->hardware().flash().read(address, buffer, length);
-                    });
+    return readFlash(Operation::sdkReadFlash, handle, buffer, address, length);
 }
 
 uint32_t sdkWriteFlash(void* handle, const uint8_t* data, uint32_t address, uint32_t length) noexcept {
@@ -67,11 +67,17 @@ uint32_t sdkVendorRequest(void* handle, uint8_t request, uint32_t value, uint32_
                     [&](Session& session) {
                         require(request == kRamRequest && value == index >> 16, kUnsupported);
                         require(data != nullptr || length == 0, kInvalidArgument);
+                        Hardware& hardware = session.device->hardware();
                         if (length > 0) {
-                            session.device->hardware().writeRam(index, data, length);
+                            hardware.writeRam(index, data, length);
                         } else {
-                            session.device->hardware().setStartedProgram(index);
-                            Registry::instance().reboot(session.device->serial());
+                            hardware.setStartedProgram(index);
+                        }
+                        // What leaves the bus now has got its data, or has started, and cannot say so any more.
+                        Faults::reachMiddleOfCall();
+                        session.device->requirePresent();
+                        if (length == 0) {
+                            Registry::instance().reboot(session.device);
                         }
                     });
 }
@@ -98,7 +104,7 @@ uint32_t sdkCommandWrite(void* handle, uint8_t command, uint32_t value, uint32_t
                             session.device->hardware().flash().setStatus(*data);
                         } else {
                             require(value <= 1, kInvalidArgument); // 0 to the boot loader, 1 to the firmware
-                            Registry::instance().reboot(session.device->serial());
+                            Registry::instance().reboot(session.device);
                         }
                     });
 }
@@ -108,6 +114,9 @@ uint32_t sdkRegisterRead(void* handle, uint8_t target, uint32_t address, uint32_
                     {static_cast<double>(target), static_cast<double>(address), static_cast<double>(length)},
                     [&](Session& session) {
                         requirePointer(buffer);
+                        if (target == kJtagShift) {
+                            return session.device->jtag().readCaptured(&session, address, buffer, length);
+                        }
                         const auto version = session.device->description().fpga2Version;
                         require(target == kSecondFpga && version && address <= 1, kUnsupported);
                         require(length == 1, kInvalidArgument);
@@ -115,10 +124,18 @@ uint32_t sdkRegisterRead(void* handle, uint8_t target, uint32_t address, uint32_
                     });
 }
 
-uint32_t sdkRegisterWrite(void* handle, uint8_t target, uint32_t value, uint32_t length, const uint8_t*) noexcept {
+uint32_t sdkRegisterWrite(void* handle, uint8_t target, uint32_t value, uint32_t length, const uint8_t* data) noexcept {
     return onCamera(Operation::sdkRegisterWrite, handle,
                     {static_cast<double>(target), static_cast<double>(value), static_cast<double>(length)},
-                    [](Session&) { throw Refusal{kUnsupported}; });
+                    [&](Session& session) {
+                        require(target == kJtagControl || target == kJtagShift, kUnsupported);
+                        JtagPort& jtag = session.device->jtag();
+                        if (target == kJtagShift) {
+                            return jtag.shift(&session, value, data, length);
+                        }
+                        require(length == 0 && data == nullptr, kInvalidArgument);
+                        jtag.control(&session, value);
+                    });
 }
 
 } // namespace SoftwareDevices::Boundary

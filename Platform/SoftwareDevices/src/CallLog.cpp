@@ -31,8 +31,8 @@ void CallLog::record(Operation operation, std::uint32_t serial, std::initializer
 
 const char* operationName(Operation operation) {
     static constexpr const char* kNames[] = {
-#define SOFTWARE_DEVICES_NAME(role, number, Result, failure, parameters) #role,
-        ORVEX_OPERATIONS(SOFTWARE_DEVICES_NAME)
+#define SOFTWARE_DEVICES_NAME(role, ...) #role,
+        ORVEX_OPERATIONS(SOFTWARE_DEVICES_NAME) TARNU_OPERATIONS(SOFTWARE_DEVICES_NAME)
 #undef SOFTWARE_DEVICES_NAME
     };
     return kNames[static_cast<std::size_t>(operation)];

@@ -99,6 +99,10 @@ NetworkSettings network(std::uint32_t serial) {
                              [&] { return registry().device(serial)->hardware().network(); });
 }
 
+bool isUsb3Vision(std::uint32_t serial) {
+    return registry().device(serial)->library() == Library::Usb3Vision;
+}
+
 bool isOpen(std::uint32_t serial) {
     return !registry().sessionsOf(registry().device(serial)).empty();
 }
@@ -132,6 +136,26 @@ std::vector<std::uint8_t> ram(std::uint32_t serial, std::uint32_t address, std::
 
 std::optional<std::uint32_t> startedProgram(std::uint32_t serial) {
     return registry().device(serial)->hardware().startedProgram();
+}
+
+bool isJtagOpen(std::uint32_t serial) {
+    return registry().device(serial)->jtag().isOpen();
+}
+
+TapState tapState(std::uint32_t serial) {
+    return registry().device(serial)->jtag().state();
+}
+
+std::vector<std::uint8_t> jtagData(std::uint32_t serial) {
+    return registry().device(serial)->jtag().data();
+}
+
+void startJtagLog(std::uint32_t serial) {
+    registry().device(serial)->jtag().startLog();
+}
+
+std::vector<JtagClocks> takeJtagLog(std::uint32_t serial) {
+    return registry().device(serial)->jtag().takeLog();
 }
 
 void presentScene(std::uint32_t serial, const Scene& scene) {

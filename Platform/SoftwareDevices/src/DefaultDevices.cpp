@@ -97,10 +97,11 @@ std::vector<PropertyRow> settingsOf(Model model) {
     return rows;
 }
 
-DeviceDescription deviceOf(std::uint32_t serial, std::uint32_t cameraId) {
+DeviceDescription deviceOf(std::uint32_t serial, std::uint32_t cameraId, const char* modelName) {
     DeviceDescription device;
     device.serial = serial;
     device.cameraId = cameraId;
+    device.modelName = modelName;
     device.api = 0x02040107;
     device.driver = 0x02040003;
     device.noiseSeed = serial;
@@ -108,7 +109,7 @@ DeviceDescription deviceOf(std::uint32_t serial, std::uint32_t cameraId) {
 }
 
 DeviceDescription colorDevice() {
-    DeviceDescription device = deviceOf(41500101, 1555);
+    DeviceDescription device = deviceOf(41500101, 1555, "Model 613");
     device.firmware = 0x0105;
     device.fpga = 0x0217;
     device.fpga2Version = 0x0114;
@@ -132,7 +133,7 @@ DeviceDescription colorDevice() {
 }
 
 DeviceDescription monochromeDevice() {
-    DeviceDescription device = deviceOf(41500102, 0x18A);
+    DeviceDescription device = deviceOf(41500102, 0x18A, "Model 08A");
     device.firmware = 0x0042; // older than cameras with a second FPGA
     device.fpga = 0x0112;
     device.hardwareRevision = 1;
@@ -149,7 +150,7 @@ DeviceDescription monochromeDevice() {
 }
 
 DeviceDescription timingDevice() {
-    DeviceDescription device = deviceOf(41500103, 1584);
+    DeviceDescription device = deviceOf(41500103, 1584, "Model 630");
     device.firmware = 0x0203;
     device.fpga = 0x0301;
     device.fpga2Version = 0x0209;
@@ -177,7 +178,7 @@ std::vector<DeviceDescription> defaultDevices() {
 }
 
 DeviceDescription bareDevice() {
-    DeviceDescription device = deviceOf(41500104, 0x81);
+    DeviceDescription device = deviceOf(41500104, 0x81, "Model 081");
     device.firmware = 0x0001;
     device.hardwareInterface = 0;
     device.hasHardwareTrigger = false;
@@ -189,6 +190,7 @@ DeviceDescription gigeDevice() {
     device.serial = 41500105;
     device.noiseSeed = device.serial;
     device.cameraId = 0x40080;
+    device.modelName = "Model 40080";
     device.interfaceNumber = 4;
     device.hardwareInterface = 4;
     device.bigEndian = false;

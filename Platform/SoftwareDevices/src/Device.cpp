@@ -5,6 +5,7 @@
 
 #include "FrameGeometry.h"
 #include "Refusal.h"
+#include "Usb3VisionFlash.h"
 
 namespace SoftwareDevices {
 
@@ -17,7 +18,10 @@ bool isSameRate(float a, float b) {
 } // namespace
 
 Device::Device(std::shared_ptr<Hardware> hardware)
-    : m_Hardware(std::move(hardware)), m_Properties(description()), m_PowerMode(description().powerMode) {
+    : m_Hardware(std::move(hardware)),
+      m_Library(startsAsUsb3Vision(m_Hardware->flash()) ? Library::Usb3Vision : Library::CameraSdk),
+      m_Jtag(description().jtagIdCode, description().jtagDataBits), m_Properties(description()),
+      m_PowerMode(description().powerMode) {
     if (m_Hardware->hasSensor()) {
         m_Format = wholeSensor(description());
         m_RateIndex = description().frameRates.size() - 1;

@@ -4,9 +4,13 @@
 #include <memory>
 
 #include "Hardware.h"
+#include "JtagPort.h"
 #include "PropertyBank.h"
 
 namespace SoftwareDevices {
+
+/// The flat library that reaches a device.
+enum class Library { CameraSdk, Usb3Vision };
 
 /// One stay of a device on the bus, from plugging to unplugging; it never comes back, another stay follows.
 /// Thread-safe. What a device refuses is thrown as a Refusal.
@@ -18,6 +22,8 @@ public:
     const DeviceDescription& description() const { return m_Hardware->description(); }
     Hardware& hardware() const { return *m_Hardware; }
     const std::shared_ptr<Hardware>& sharedHardware() const { return m_Hardware; }
+    Library library() const { return m_Library; }
+    JtagPort& jtag() { return m_Jtag; }
 
     bool isGone() const { return m_Gone; }
     void requirePresent() const;
@@ -70,6 +76,8 @@ private:
     void requireSensor() const;
 
     const std::shared_ptr<Hardware> m_Hardware;
+    const Library m_Library;
+    JtagPort m_Jtag;
     std::atomic<bool> m_Gone{false};
 
     mutable std::mutex m_Mutex; // guards what follows; nothing else is locked under it

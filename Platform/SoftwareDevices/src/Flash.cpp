@@ -1,7 +1,5 @@
 #include "Flash.h"
 
-#include <algorithm>
-
 #include "Refusal.h"
 
 namespace SoftwareDevices {
@@ -17,8 +15,7 @@ void requireInside(std::uint32_t address, std::uint32_t length) {
 void Flash::erase(std::uint32_t address, std::uint32_t length) {
     requireInside(address, length);
     const std::lock_guard<std::mutex> lock(m_Mutex);
-    m_Cells.change(address, length,
-                   [](std::uint8_t* cells, std::uint32_t, std::uint32_t bytes) { std::fill_n(cells, bytes, kErased); });
+    m_Cells.reset(address, length);
 }
 
 void Flash::write(std::uint32_t address, const std::uint8_t* data, std::uint32_t length) {

@@ -5,15 +5,15 @@
 
 #include "FrameGeometry.h"
 #include "Refusal.h"
-#include "Sha1.h"
+#include "Usb3VisionFlash.h"
 
 namespace SoftwareDevices {
 
 namespace {
 
 constexpr std::uint32_t kAfeMetadataAddress = 0x190F00;
-constexpr std::uint32_t kUsb3VisionInfoAddress = 0x1B0000;
-constexpr std::uint32_t kUsb3VisionFileAddress = 0x1B8000;
+
+constexpr std::uint32_t kMaximumJtagDataBits = 65536;
 
 void requireSense(bool makesSense, const char* what) {
     if (!makesSense) {
@@ -24,6 +24,10 @@ void requireSense(bool makesSense, const char* what) {
 DeviceDescription checked(const DeviceDescription& device) {
     requireSense(device.serial != kNoDevice, "A device needs a serial number.");
     requireSense(device.interfaceNumber >= 1 && device.interfaceNumber <= 4, "Interfaces are numbered 1 to 4.");
+    requireSense(device.modelName.size() < sizeof Usb3VisionCameraRecord::modelName, "A model name has a limit.");
+    requireSense(device.jtagIdCode % 2 == 1, "An IDCODE is odd.");
+    requireSense(device.jtagDataBits >= 1 && device.jtagDataBits <= kMaximumJtagDataBits,
+                 "The JTAG data register has 1 to 65536 bits.");
     if (device.sensorWidth == 0) {
         return device;
     }
@@ -44,21 +48,6 @@ DeviceDescription checked(const DeviceDescription& device) {
     requireSense(!device.sampling || (device.sampling->binning.size() <= 8 && device.sampling->subsampling.size() <= 8),
                  "A device names at most eight factors of a kind.");
     return device;
-}
-
-/// The file with the information block that vouches for it.
-void storeUsb3VisionFile(Flash& flash, const std::vector<std::uint8_t>& file) {
-    constexpr std::size_t kSizeOffset = 4;
-    constexpr std::size_t kDigestOffset = 12;
-    std::array<std::uint8_t, 96> block{};
-    block.fill(0xFF); // the mode byte too: the device does not start as a USB3 Vision camera
-    for (std::size_t i = 0; i < 4; ++i) {
-        block[kSizeOffset + i] = static_cast<std::uint8_t>(file.size() >> (8 * i));
-    }
-    const auto digest = sha1(file);
-    std::copy(digest.begin(), digest.end(), block.begin() + kDigestOffset);
-    flash.rewrite(kUsb3VisionInfoAddress, block.data(), static_cast<std::uint32_t>(block.size()));
-    flash.rewrite(kUsb3VisionFileAddress, file.data(), static_cast<std::uint32_t>(file.size()));
 }
 
 } // namespace

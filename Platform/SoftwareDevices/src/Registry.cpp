@@ -146,17 +146,17 @@ bool Registry::leaveBus(std::uint32_t serial) {
     return wasThere;
 }
 
-void Registry::reboot(std::uint32_t serial) {
-    std::shared_ptr<Device> left;
+void Registry::reboot(const std::shared_ptr<Device>& device) {
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
-        left = takeLocked(serial);
-        if (left) {
-            m_Unplugged.erase(serial);
-            m_Returning.push_back({Clock::now() + left->description().rebootTime, left->sharedHardware()});
+        const auto found = std::find(m_Devices.begin(), m_Devices.end(), device);
+        if (found == m_Devices.end()) {
+            return;
         }
+        m_Devices.erase(found);
+        m_Returning.push_back({Clock::now() + device->description().rebootTime, device->sharedHardware()});
     }
-    farewell(left);
+    farewell(device);
 }
 
 std::vector<std::shared_ptr<Device>> Registry::devices() {
@@ -191,12 +191,13 @@ void Registry::selectInterface(std::uint32_t interfaceNumber) {
     m_Interface = interfaceNumber;
 }
 
-std::vector<std::shared_ptr<Device>> Registry::enumeration() {
+std::vector<std::shared_ptr<Device>> Registry::enumeration(Library library) {
     const std::lock_guard<std::mutex> lock(m_Mutex);
     settleLocked();
     std::vector<std::shared_ptr<Device>> enumerated;
     for (const auto& device : m_Devices) {
-        if (device->description().interfaceNumber == m_Interface) {
+        const bool isSelected = library != Library::CameraSdk || device->description().interfaceNumber == m_Interface;
+        if (device->library() == library && isSelected) {
             enumerated.push_back(device);
         }
     }
@@ -204,7 +205,7 @@ std::vector<std::shared_ptr<Device>> Registry::enumeration() {
 }
 
 std::shared_ptr<Device> Registry::enumerated(std::uint64_t index) {
-    const auto present = enumeration();
+    const auto present = enumeration(Library::CameraSdk);
     return index >= 1 && index <= present.size() ? present[index - 1] : nullptr;
 }
 
@@ -215,10 +216,10 @@ void* Registry::open(const std::shared_ptr<Device>& device) {
     return reinterpret_cast<void*>(m_LastHandle);
 }
 
-std::shared_ptr<Session> Registry::session(const void* handle) {
+std::shared_ptr<Session> Registry::session(const void* handle, Library library) {
     const std::lock_guard<std::mutex> lock(m_Mutex);
     const auto found = m_Sessions.find(reinterpret_cast<std::uintptr_t>(handle));
-    return found == m_Sessions.end() ? nullptr : found->second;
+    return found == m_Sessions.end() || found->second->device->library() != library ? nullptr : found->second;
 }
 
 std::shared_ptr<Session> Registry::forget(const void* handle) {

@@ -11,10 +11,11 @@
 
 namespace SoftwareDevices {
 
-/// One open handle.
+/// One open handle, of the library that reaches its device.
 struct Session {
     explicit Session(const std::shared_ptr<Device>& opened)
         : device(opened), capture(std::make_shared<Capture>(opened)) {}
+    ~Session() { device->jtag().release(this); }
 
     const std::shared_ptr<Device> device;
     const std::shared_ptr<Capture> capture;
@@ -37,8 +38,8 @@ public:
     void unplugAll();
     /// @return false: it is not there
     bool leaveBus(std::uint32_t serial);
-    /// Off the bus now, and back after the device's reboot time.
-    void reboot(std::uint32_t serial);
+    /// Off the bus now, and back after the device's reboot time. Nothing happens to a stay that is over.
+    void reboot(const std::shared_ptr<Device>& device);
     std::vector<std::shared_ptr<Device>> devices();
     /// @throws std::invalid_argument  not plugged in
     std::shared_ptr<Device> device(std::uint32_t serial);
@@ -46,13 +47,13 @@ public:
 
     // Boundary side.
     void selectInterface(std::uint32_t interfaceNumber);
-    /// On the selected interface.
-    std::vector<std::shared_ptr<Device>> enumeration();
-    /// @return null when there is none of this index, which counts from 1
+    /// Of the camera SDK on the selected interface.
+    std::vector<std::shared_ptr<Device>> enumeration(Library library);
+    /// @return null when the SDK enumerates none of this index, which counts from 1
     std::shared_ptr<Device> enumerated(std::uint64_t index);
     void* open(const std::shared_ptr<Device>& device);
-    /// @return null for a handle that is not open
-    std::shared_ptr<Session> session(const void* handle);
+    /// @return null for a handle that is not open, or is the other library's
+    std::shared_ptr<Session> session(const void* handle, Library library);
     /// The handle is stale from now on; the session is to be closed by the caller.
     std::shared_ptr<Session> forget(const void* handle);
 
@@ -78,13 +79,13 @@ private:
     CallLog m_CallLog;
     Faults m_Faults;
 
-    std::mutex m_Mutex; // guards what follows; nothing else is locked under it
+    std::mutex m_Mutex; // guards what follows; a flash's is taken under it
     bool m_Settled = false;
     std::vector<std::shared_ptr<Device>> m_Devices; ///< in order of plugging
     std::vector<Returning> m_Returning;
     std::map<std::uint32_t, std::shared_ptr<Hardware>> m_Unplugged;
     std::map<std::uintptr_t, std::shared_ptr<Session>> m_Sessions;
-    std::uintptr_t m_LastHandle = 0; ///< handles count up, and are never dereferenced
+    std::uintptr_t m_LastHandle = 0; ///< handles of both libraries count up, and are never dereferenced
     std::uint32_t m_Interface = 2;
 };
 

@@ -43,6 +43,21 @@ public:
                      });
     }
 
+    /// As before anything was written; whole pages take no room any more.
+    void reset(std::uint32_t address, std::uint32_t length) {
+        forEachPiece(address, length, [&](std::uint32_t page, std::uint32_t start, std::uint32_t, std::uint32_t bytes) {
+            const auto found = m_Pages.find(page);
+            if (found == m_Pages.end()) {
+                return;
+            }
+            if (bytes == kPageSize) {
+                m_Pages.erase(found);
+            } else {
+                std::fill_n(found->second.data() + start, bytes, m_Fill);
+            }
+        });
+    }
+
     std::size_t bytesInUse() const { return m_Pages.size() * kPageSize; }
 
 private:

@@ -1,0 +1,208 @@
+#include "Support/FlatDeviceFixture.h"
+
+#include <numeric>
+#include <utility>
+
+namespace {
+
+using namespace SoftwareDevices;
+using namespace TestSupport;
+
+constexpr std::uint8_t kControl = 0x19;
+constexpr std::uint8_t kShift = 0x1A;
+constexpr std::uint32_t kLeave = 0x8000;
+constexpr std::uint32_t kNoTdo = 0x4000;
+
+struct JtagDevice : FlatDeviceFixture {
+    JtagDevice() {
+        DeviceDescription device = smallDevice(ColorFormat::MONO);
+        device.jtagIdCode = 0x12345679;
+        device.jtagDataBits = 20;
+        open(device);
+        EXPECT_TRUE(control(0x501) && control(0x101));
+    }
+
+    bool control(std::uint32_t word) { return sdkRegisterWrite(handle, kControl, word, 0, nullptr) != 0; }
+    void walk(std::initializer_list<bool> tms) {
+        for (const bool level : tms) {
+            EXPECT_TRUE(control(0x400u + level));
+        }
+    }
+    void toShiftDr() { walk({1, 0, 0}); } // from run-test/idle
+    void toIdle() { walk({1, 0}); }       // from exit 1
+
+    bool shift(std::uint32_t transfer, const Bytes& bytes) {
+        return sdkRegisterWrite(handle, kShift, transfer, static_cast<std::uint32_t>(bytes.size()), bytes.data()) != 0;
+    }
+    Bytes exchange(std::uint32_t transfer, const Bytes& bytes) {
+        Bytes captured(bytes.size());
+        EXPECT_TRUE(shift(transfer, bytes));
+        EXPECT_TRUE(sdkRegisterRead(handle, kShift, transfer & 0xFFF, static_cast<std::uint32_t>(captured.size()),
+                                    captured.data()));
+        return captured;
+    }
+    /// From run-test/idle and back.
+    Bytes select(std::uint8_t instruction) {
+        walk({1, 1, 0, 0});
+        const Bytes captured = exchange(8 | kLeave, {instruction});
+        toIdle();
+        return captured;
+    }
+    std::uint64_t clocked() {
+        const auto log = takeJtagLog(kSerial);
+        return std::accumulate(log.begin(), log.end(), std::uint64_t{0},
+                               [](std::uint64_t sum, const JtagClocks& run) { return sum + run.clocks; });
+    }
+};
+
+TEST_F(JtagDevice, TheTapWalksItsSixteenStates) {
+    using State = TapState;
+    const std::pair<bool, State> steps[] = {
+        {1, State::TestLogicReset}, {0, State::RunTestIdle}, {0, State::RunTestIdle}, {1, State::SelectDr},
+        {0, State::CaptureDr},      {1, State::Exit1Dr},     {0, State::PauseDr},     {0, State::PauseDr},
+        {1, State::Exit2Dr},        {0, State::ShiftDr},     {0, State::ShiftDr},     {1, State::Exit1Dr},
+        {1, State::UpdateDr},       {1, State::SelectDr},    {0, State::CaptureDr},   {0, State::ShiftDr},
+        {1, State::Exit1Dr},        {0, State::PauseDr},     {1, State::Exit2Dr},     {1, State::UpdateDr},
+        {0, State::RunTestIdle},    {1, State::SelectDr},    {1, State::SelectIr},    {0, State::CaptureIr},
+        {1, State::Exit1Ir},        {0, State::PauseIr},     {0, State::PauseIr},     {1, State::Exit2Ir},
+        {0, State::ShiftIr},        {0, State::ShiftIr},     {1, State::Exit1Ir},     {1, State::UpdateIr},
+        {1, State::SelectDr},       {1, State::SelectIr},    {0, State::CaptureIr},   {0, State::ShiftIr},
+        {1, State::Exit1Ir},        {0, State::PauseIr},     {1, State::Exit2Ir},     {1, State::UpdateIr},
+        {0, State::RunTestIdle},    {1, State::SelectDr},    {1, State::SelectIr},    {1, State::TestLogicReset}};
+    for (const auto& [tms, state] : steps) {
+        walk({tms});
+        ASSERT_EQ(tapState(kSerial), state) << "step " << &tms - &steps[0].first;
+    }
+}
+
+// A pulse with TMS high, then edges at that level: five clocks are enough from anywhere, and not four.
+TEST_F(JtagDevice, FiveEdgesWithTmsHighResetAndSelectTheIdCode) {
+    walk({0});
+    select(kJtagData);
+    toShiftDr();
+    walk({1});
+    for (int edges = 1; edges < 5; ++edges) {
+        EXPECT_NE(tapState(kSerial), TapState::TestLogicReset);
+        EXPECT_TRUE(control(0) && control(1) && control(1)) << "a high line does not rise";
+    }
+    EXPECT_EQ(tapState(kSerial), TapState::TestLogicReset);
+    walk({0});
+    toShiftDr();
+    EXPECT_EQ(exchange(32 | kLeave, Bytes(4)), (Bytes{0x79, 0x56, 0x34, 0x12}));
+}
+
+TEST_F(JtagDevice, BypassDelaysByOneBitUnderItsOwnAndEveryUnknownInstruction) {
+    for (const std::uint8_t instruction : {std::uint8_t{kJtagBypass}, std::uint8_t{0x5A}}) {
+        walk({0});
+        EXPECT_EQ(select(instruction)[0] & 3, 1) << "what an instruction register captures";
+        toShiftDr();
+        EXPECT_EQ(exchange(12 | kLeave, {0xA5, 0x0F}), (Bytes{0x4A, 0x0F}));
+        toIdle();
+    }
+}
+
+TEST_F(JtagDevice, DataShiftedInPiecesAreUpdatedTogetherAndCapturedNext) {
+    walk({0});
+    select(kJtagData);
+    toShiftDr();
+    EXPECT_EQ(exchange(9, {0xC3, 0x01}), (Bytes{0, 0}));
+    EXPECT_TRUE(shift(3 | kNoTdo, {0x05}));
+    Bytes none(1);
+    EXPECT_FALSE(sdkRegisterRead(handle, kShift, 3, 1, none.data())) << "no TDO was wanted";
+    EXPECT_EQ(tapState(kSerial), TapState::ShiftDr);
+    EXPECT_EQ(exchange(8 | kLeave, {0x96}), Bytes{0});
+    EXPECT_EQ(tapState(kSerial), TapState::Exit1Dr);
+    EXPECT_EQ(jtagData(kSerial), (Bytes{0, 0, 0})) << "not updated yet";
+    toIdle();
+    const Bytes stored{0xC3, 0x6B, 0x09}; // 1 1100 0011, then 101, then 1001 0110
+    EXPECT_EQ(jtagData(kSerial), stored);
+    toShiftDr();
+    EXPECT_EQ(exchange(20 | kLeave, Bytes(3)), stored);
+    walk({0, 1, 0}); // a pause, and on with the shift
+    EXPECT_EQ(exchange(20 | kLeave, stored), Bytes(3)) << "what was shifted in comes out";
+    toIdle();
+    EXPECT_EQ(jtagData(kSerial), stored);
+}
+
+TEST_F(JtagDevice, TheLogShowsEveryClockAndCountsEqualOnes) {
+    walk({0});
+    select(kJtagBypass);
+    startJtagLog(kSerial);
+    for (int i = 0; i < 40; ++i) {
+        ASSERT_TRUE(control(0x3FF));
+    }
+    toShiftDr();
+    exchange(3 | kLeave, {0x06});
+    struct Row {
+        TapState state;
+        bool tms, tdi, tdo;
+        std::uint64_t clocks;
+    };
+    const Row expected[] = {{TapState::RunTestIdle, 0, 1, 1, 40 * 256},
+                            {TapState::RunTestIdle, 1, 1, 1, 1},
+                            {TapState::SelectDr, 0, 1, 1, 1},
+                            {TapState::CaptureDr, 0, 1, 1, 1},
+                            {TapState::ShiftDr, 0, 0, 0, 1},
+                            {TapState::ShiftDr, 0, 1, 0, 1},
+                            {TapState::ShiftDr, 1, 1, 1, 1}};
+    const auto log = takeJtagLog(kSerial);
+    ASSERT_EQ(log.size(), std::size(expected));
+    for (std::size_t i = 0; i < log.size(); ++i) {
+        const Row& row = expected[i];
+        EXPECT_TRUE(log[i].state == row.state && log[i].tms == row.tms && log[i].tdi == row.tdi &&
+                    log[i].tdo == row.tdo && log[i].clocks == row.clocks)
+            << "run " << i;
+    }
+}
+
+TEST_F(JtagDevice, RefusedWordsClockNothing) {
+    startJtagLog(kSerial);
+    const struct {
+        std::uint8_t target;
+        std::uint32_t word;
+        Bytes bytes;
+        std::uint32_t code;
+    } cases[] = {{kControl, 0x501, {}, kBusy},
+                 {kControl, 0x402, {}, kInvalidArgument},
+                 {kControl, 0x401, {0}, kInvalidArgument},
+                 {kShift, kLeave, {0}, kOutOfRange},
+                 {kShift, 2049, Bytes(257), kOutOfRange},
+                 {kShift, 9, {0}, kInvalidArgument},
+                 {kShift, 0x1008, {0}, kInvalidArgument},
+                 {kShift, 8, {}, kInvalidArgument},
+                 {0x18, 0x401, {}, kUnsupported}};
+    for (const auto& [target, word, bytes, code] : cases) {
+        EXPECT_FALSE(sdkRegisterWrite(handle, target, word, static_cast<std::uint32_t>(bytes.size()),
+                                      bytes.empty() ? nullptr : bytes.data()));
+        EXPECT_EQ(sdkGetLastErrorForCamera(handle), code) << "word " << word;
+    }
+    failNext(kSerial, Operation::sdkRegisterWrite, 1, kTimedOut);
+    EXPECT_FALSE(control(0x400));
+    EXPECT_TRUE(shift(2048, Bytes(256)));
+    Bytes captured(256);
+    EXPECT_FALSE(sdkRegisterRead(handle, kShift, 2047, 256, captured.data()));
+    EXPECT_FALSE(sdkRegisterRead(handle, kShift, 2048, 255, captured.data()));
+    EXPECT_TRUE(control(0x500));
+    for (const std::uint32_t word : {0x500u, 0x101u, 0x000u, 0x001u, 0x300u, 0x401u}) {
+        EXPECT_FALSE(control(word)) << "closed, word " << word;
+    }
+    EXPECT_FALSE(shift(8, {0}) || sdkRegisterRead(handle, kShift, 2048, 256, captured.data()));
+    EXPECT_EQ(clocked(), 2048u);
+}
+
+TEST_F(JtagDevice, AccessEndsWithItsHandleAndItsDevice) {
+    void* const first = std::exchange(handle, sdkCameraOpen(1));
+    EXPECT_FALSE(control(0x501) || control(0x400)) << "the first handle has access";
+    ASSERT_TRUE(sdkCameraClose(first));
+    EXPECT_FALSE(isJtagOpen(kSerial));
+    ASSERT_TRUE(control(0x501));
+    unplugDuring(kSerial, Operation::sdkRegisterWrite, 2);
+    EXPECT_TRUE(shift(8, {0}));
+    EXPECT_FALSE(shift(8, {0}));
+    EXPECT_FALSE(control(0x500));
+    EXPECT_EQ(sdkGetLastErrorForCamera(handle), kCameraGone);
+    replug(kSerial);
+    EXPECT_FALSE(isJtagOpen(kSerial));
+}
+
+} // namespace

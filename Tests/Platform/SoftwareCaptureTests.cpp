@@ -1,0 +1,311 @@
+#include "Support/FlatDeviceFixture.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <functional>
+#include <future>
+#include <map>
+#include <thread>
+
+#include "Support/Event.h"
+
+namespace {
+
+using namespace SoftwareDevices;
+using namespace TestSupport;
+
+struct SoftwareCapture : FlatDeviceFixture {
+    Bytes capture(const ORVEX_FRAME_FORMAT& format) {
+        EXPECT_TRUE(sdkSetFormat(handle, &format, frameRate(kSerial)) && sdkStreamVideoControl(handle, 1, 0));
+        Bytes frame(24 * 16 * 6);
+        EXPECT_TRUE(sdkCaptureVideoFrames(handle, 1, frame.data())) << sdkGetLastErrorForCamera(handle);
+        ORVEX_IMAGE_FORMAT image{};
+        EXPECT_TRUE(sdkGetVideoImageFormat(handle, &image) && sdkStreamVideoControl(handle, 0, 0));
+        frame.resize(image.imageSize);
+        return frame;
+    }
+    /// A capture on a thread of its own; returns when the call has reached the device.
+    std::future<std::uint32_t> beginCapture(bool still) {
+        const Operation operation = still ? Operation::sdkCaptureStillFrame : Operation::sdkCaptureVideoFrames;
+        const std::uint64_t before = calls(operation);
+        auto result = std::async(std::launch::async, [this, still] {
+            Bytes frame(24 * 16 * 2);
+            const bool done =
+                still ? sdkCaptureStillFrame(handle, frame.data()) : sdkCaptureVideoFrames(handle, 1, frame.data());
+            return done ? kNoError : sdkGetLastErrorForCamera(handle);
+        });
+        while (calls(operation) == before) {
+            std::this_thread::yield();
+        }
+        return result;
+    }
+    ORVEX_SNAPSHOT stillSettings() const {
+        ORVEX_SNAPSHOT settings{10, 1, 1, 1, 1, 1, 0, 0, 0, -1, {}, 0, 0, 0, {}};
+        settings.format = {0, 0, 24, 16, 0, 1, 0, 1, 0};
+        return settings;
+    }
+};
+
+// Every pixel of the scene has a value of its own, so that a misplaced sample shows.
+TEST_F(SoftwareCapture, EachSampleIsWhereTheRegionTheSamplingAndTheFilterPutIt) {
+    Scene scene{24, 16, {}};
+    for (int i = 0; i < 24 * 16 * 3; ++i) {
+        scene.rgb.push_back(static_cast<std::uint8_t>(i * 89 % 251));
+    }
+    const auto sceneAt = [&](std::uint32_t x, std::uint32_t y, int color) {
+        return scene.rgb[(y * 24 + x) * 3 + color] / 255.0;
+    };
+    const std::map<ColorFormat, std::array<int, 4>> colors{{ColorFormat::RGGB, {0, 1, 1, 2}},
+                                                           {ColorFormat::GRBG, {1, 0, 2, 1}},
+                                                           {ColorFormat::GBRG, {1, 2, 0, 1}},
+                                                           {ColorFormat::BGGR, {2, 1, 1, 0}}};
+    const struct {
+        std::uint32_t depth;
+        bool bigEndian;
+        ORVEX_FRAME_FORMAT format;
+    } cases[] = {{12, false, {0, 0, 24, 16, 0, 1, 0, 1, 0}},
+                 {12, false, {2, 4, 20, 12, 1, 1, 0, 1, 0}},
+                 {10, true, {4, 0, 16, 16, 1, 2, 1, 2, 1}},
+                 {8, true, {0, 2, 24, 12, 1, 4, 0, 2, 0}},
+                 {12, false, {0, 0, 24, 12, 0, 3, 1, 2, 0}}};
+    for (const auto& [colorFormat, cell] : colors) {
+        for (const auto& [depth, bigEndian, format] : cases) {
+            open(smallDevice(colorFormat, depth, bigEndian));
+            presentScene(kSerial, scene);
+            const Bytes frame = capture(format);
+            const std::uint32_t width = format.width / format.samplingX & ~1u;
+            const std::uint32_t height = format.height / format.samplingY & ~1u;
+            ASSERT_EQ(frame.size(), width * height * (format.pixelFormat + 1));
+            for (std::uint32_t y = 0; y < height; ++y) {
+                for (std::uint32_t x = 0; x < width; ++x) {
+                    double sum = 0;
+                    const std::uint32_t across = format.flagsX ? format.samplingX : 1;
+                    const std::uint32_t down = format.flagsY ? format.samplingY : 1;
+                    for (std::uint32_t j = 0; j < down; ++j) {
+                        for (std::uint32_t i = 0; i < across; ++i) {
+                            sum += sceneAt(format.xOffset + x / 2 * 2 * format.samplingX + x % 2 + 2 * i,
+                                           format.yOffset + y / 2 * 2 * format.samplingY + y % 2 + 2 * j,
+                                           cell[y % 2 * 2 + x % 2]);
+                        }
+                    }
+                    const std::uint8_t* at = &frame[(y * width + x) * (format.pixelFormat + 1)];
+                    const int sample = format.pixelFormat == 0 ? at[0] << (depth - 8)
+                                       : bigEndian             ? at[0] << 8 | at[1]
+                                                               : at[1] << 8 | at[0];
+                    const double tolerance = format.pixelFormat == 0 ? 1 << (depth - 8) : 1;
+                    ASSERT_NEAR(sample, sum / (across * down) * ((1 << depth) - 1), tolerance)
+                        << x << " " << y << " depth " << depth;
+                }
+            }
+        }
+    }
+}
+
+TEST_F(SoftwareCapture, BrightnessGrowsWithExposureAndGainUntilItSaturates) {
+    open(smallDevice(ColorFormat::MONO));
+    presentScene(kSerial, {1, 1, {100, 100, 100}});
+    const double full = 4095 * 100 / 255.0;
+    const struct {
+        float exposure, gain;
+        double sample;
+    } cases[] = {{5, 1, full / 2},  {10, 1, full}, {2, 8, full * 1.6},
+                 {20, 1, full * 2}, {30, 1, 4095}, {1000, 8, 4095}};
+    for (const auto& [exposure, gain, sample] : cases) {
+        ASSERT_TRUE(sdkSetProperty(handle, 20, exposure, 0) && sdkSetProperty(handle, kGain, gain, 0));
+        const Bytes frame = capture({0, 0, 24, 16, 1, 1, 0, 1, 0});
+        EXPECT_NEAR(frame[1] << 8 | frame[0], sample, 1) << exposure << " ms, gain " << gain;
+    }
+}
+
+TEST_F(SoftwareCapture, NoiseDiffersFromFrameToFrameAndRepeatsWithItsSeed) {
+    DeviceDescription device = smallDevice(ColorFormat::RGGB);
+    device.noise = 1;
+    const auto twoFrames = [&](std::uint32_t seed) {
+        device.noiseSeed = seed;
+        open(device);
+        Bytes frames(2 * 24 * 16);
+        EXPECT_TRUE(sdkStreamVideoControl(handle, 1, 0) && sdkCaptureVideoFrames(handle, 2, frames.data()));
+        return frames;
+    };
+    const Bytes first = twoFrames(1);
+    EXPECT_FALSE(std::equal(first.begin(), first.begin() + 24 * 16, first.begin() + 24 * 16));
+    EXPECT_EQ(first, twoFrames(1));
+    EXPECT_NE(first, twoFrames(2));
+}
+
+TEST_F(SoftwareCapture, WhoeverEndsACaptureGivesItItsCode) {
+    const struct {
+        const char* name;
+        std::function<void(void*)> end;
+        std::uint32_t code;
+    } cases[] = {{"cancel", [](void* h) { sdkCancelVideoCapture(h), sdkCancelStillCapture(h); }, kCaptureEnded},
+                 {"stop", [](void* h) { sdkStreamVideoControl(h, 0, 0), sdkDisableStillMode(h); }, kCaptureEnded},
+                 {"unplug", [](void*) { unplug(kSerial); }, kCameraGone}};
+    for (const bool still : {false, true}) {
+        for (const auto& [name, end, code] : cases) {
+            open(smallDevice(ColorFormat::MONO));
+            setAsFastAsAsked(kSerial, false);
+            setProperty(kSerial, {20, 1e6f, 0, 1e6f, 10}); // the next frame is a quarter of an hour away
+            ORVEX_SNAPSHOT settings = stillSettings();
+            settings.exposure = 1e6f;
+            ASSERT_TRUE(still ? sdkEnableStillMode(handle, &settings) : sdkStreamVideoControl(handle, 1, 0));
+            auto blocked = beginCapture(still);
+            end(handle);
+            EXPECT_EQ(blocked.get(), code) << name << still;
+            EXPECT_EQ(beginCapture(still).get(), code) << "it stays ended: " << name << still;
+            EXPECT_TRUE(sdkCameraClose(handle)) << name;
+            EXPECT_FALSE(sdkCameraClose(handle)) << "stale: " << name;
+        }
+    }
+}
+
+TEST_F(SoftwareCapture, StillsAreCheckedTriggeredAndTimed) {
+    open(smallDevice(ColorFormat::RGGB));
+    Bytes frame(24 * 16);
+    const std::function<void(ORVEX_SNAPSHOT&)> spoil[] = {
+        [](auto& s) { s.format.width = 26; }, [](auto& s) { s.exposure = -1; }, [](auto& s) { s.gainBlue = NAN; },
+        [](auto& s) { s.shutterType = 1; }};
+    for (const auto& change : spoil) {
+        ORVEX_SNAPSHOT settings = stillSettings();
+        change(settings);
+        EXPECT_FALSE(sdkEnableStillMode(handle, &settings));
+        EXPECT_EQ(sdkGetLastErrorForCamera(handle), kInvalidStillFormat);
+    }
+    ORVEX_SNAPSHOT settings = stillSettings();
+    settings.useHardwareTrigger = 1;
+    settings.timeout = 1;
+    EXPECT_FALSE(triggerStill(kSerial)) << "nobody listens yet";
+    ASSERT_TRUE(sdkEnableStillMode(handle, &settings));
+    EXPECT_FALSE(sdkCaptureStillFrame(handle, frame.data()));
+    EXPECT_EQ(sdkGetLastErrorForCamera(handle), kTimedOut);
+    EXPECT_TRUE(triggerStill(kSerial));
+    EXPECT_TRUE(sdkCaptureStillFrame(handle, frame.data()));
+    EXPECT_FALSE(sdkCaptureStillFrame(handle, frame.data())) << "one frame for one pulse";
+    setAsFastAsAsked(kSerial, false);
+    settings = stillSettings();
+    settings.exposure = 30;
+    ASSERT_TRUE(sdkEnableStillMode(handle, &settings));
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_TRUE(sdkCaptureStillFrame(handle, frame.data()));
+    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(30));
+}
+
+struct Listener {
+    std::function<void()> action;
+    TestSupport::Event frames{};
+};
+
+void onFrame(void* context, std::uint32_t, std::uint32_t) {
+    Listener& listener = *static_cast<Listener*>(context);
+    listener.action();
+    listener.frames.raise();
+}
+
+TEST_F(SoftwareCapture, CallbacksRunForEveryFrameAndRemovalWaitsForThem) {
+    open(smallDevice(ColorFormat::MONO));
+    setAsFastAsAsked(kSerial, false); // frames come whether they are captured or not
+    const std::uint64_t removals = calls(Operation::sdkRemoveStreamingCallback);
+    std::int32_t ownId = 0;
+    std::atomic<bool> returned{true};
+    Listener once{[&] { sdkRemoveStreamingCallback(handle, ownId); }};
+    Listener still{[] {}};
+    Listener slow{[&] {
+        returned = false;
+        while (slow.frames.count() >= 20 && calls(Operation::sdkRemoveStreamingCallback) < removals + 2) {
+            std::this_thread::yield();
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2)); // a removal that does not wait returns meanwhile
+        returned = true;
+    }};
+    const std::int32_t slowId = sdkAddStreamingCallback(handle, onFrame, &slow);
+    const std::int32_t stillId = sdkAddStillCallback(handle, onFrame, &still);
+    ownId = sdkAddStreamingCallback(handle, onFrame, &once);
+    ASSERT_TRUE(sdkSetProperty(handle, 20, 1, 0) && sdkStreamVideoControl(handle, 1, 0));
+    EXPECT_TRUE(slow.frames.wait(20));
+    EXPECT_TRUE(sdkRemoveStreamingCallback(handle, slowId));
+    EXPECT_TRUE(returned);
+    const int atRemoval = slow.frames.count();
+    Bytes frame(24 * 16);
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_TRUE(sdkCaptureVideoFrames(handle, 1, frame.data()));
+    }
+    EXPECT_EQ(slow.frames.count(), atRemoval);
+    EXPECT_EQ(once.frames.count(), 1);
+    EXPECT_EQ(still.frames.count(), 0);
+    EXPECT_FALSE(sdkRemoveStreamingCallback(handle, ownId));
+    EXPECT_FALSE(sdkRemoveStreamingCallback(handle, stillId)) << "it is registered for stills";
+}
+
+TEST_F(SoftwareCapture, ConversionsGiveTheSceneItsColorsBack) {
+    const ORVEX_FRAME_FORMAT whole{0, 0, 24, 16, 0, 1, 0, 1, 0};
+    for (const ColorFormat layout : {ColorFormat::RGGB, ColorFormat::GRBG, ColorFormat::GBRG, ColorFormat::BGGR}) {
+        for (const std::int32_t method : {1, 2, 3, 8}) {
+            open(smallDevice(layout));
+            presentScene(kSerial, {1, 1, {200, 100, 50}});
+            const Bytes raw = capture(whole);
+            Bytes color(23 * 15 * 4), mono(23 * 15);
+            const ORVEX_CONVERSION parameters{method, 0};
+            Bytes odd;
+            for (int y = 0; y < 15; ++y) {
+                odd.insert(odd.end(), raw.begin() + y * 24, raw.begin() + y * 24 + 23);
+            }
+            ASSERT_TRUE(sdkConvertToBgra32(handle, color.data(), odd.data(), 23, 15, 0, &parameters));
+            ASSERT_TRUE(sdkConvertToMono8(handle, mono.data(), odd.data(), 23, 15, 0, &parameters));
+            for (int i = 0; i < 23 * 15; ++i) {
+                ASSERT_EQ(Bytes(&color[4 * i], &color[4 * i] + 4), (Bytes{50, 100, 200, 255}))
+                    << i << " method " << method;
+                ASSERT_EQ(mono[i], (77 * 200 + 150 * 100 + 29 * 50) / 256);
+            }
+        }
+    }
+    // Flips move the picture, and a wide sample keeps the device's byte order.
+    open(smallDevice(ColorFormat::RGGB, 12, true));
+    const std::uint8_t source[] = {0, 1, 0, 2, 0, 3, 1, 4};
+    std::uint8_t flipped[8]{};
+    const ORVEX_IMAGE_FORMAT format{sizeof format, 2, 2, 1, 8, {}};
+    const ORVEX_CONVERSION_PARAMS parameters{sizeof parameters, 0, 0, 1, 1, 0, 1, 0, 1, 0, 0};
+    ASSERT_TRUE(sdkConvertToMono16Ex(handle, flipped, source, &format, &parameters));
+    EXPECT_EQ(Bytes(flipped, flipped + 8), (Bytes{1, 4, 0, 3, 0, 2, 0, 1}));
+    EXPECT_FALSE(sdkConvertToMono8Ex(handle, flipped, source, &format, &parameters)) << "a 16-bit source";
+}
+
+TEST_F(SoftwareCapture, FramesAreLostAndCutAsPlanned) {
+    open(smallDevice(ColorFormat::MONO));
+    truncateFrames(kSerial, 1, 100);
+    dropFrames(kSerial, 3);
+    EXPECT_EQ(capture({0, 0, 24, 16, 0, 1, 0, 1, 0}).size(), 100u);
+    _ORVEX_STREAM_STATS statistics{};
+    ASSERT_TRUE(sdkGetStreamStats(handle, 1, &statistics, sizeof statistics));
+    EXPECT_EQ(Bytes(statistics.counters, statistics.counters + 7), (Bytes{1, 3, 3, 0, 0, 0, 1}));
+}
+
+TEST_F(SoftwareCapture, PluggingStormEndsEveryCall) {
+    open(smallDevice(ColorFormat::RGGB));
+    std::atomic<int> users{2};
+    const auto use = [&] {
+        Bytes frame(24 * 16);
+        for (int rounds = 0; rounds < 100;) {
+            void* mine = sdkCameraOpen(1);
+            Listener listener{[] {}};
+            const std::int32_t id = sdkAddStreamingCallback(mine, onFrame, &listener);
+            for (int i = 0; i < 3 && sdkStreamVideoControl(mine, 1, 0); ++i) {
+                sdkCaptureVideoFrames(mine, 1, frame.data());
+            }
+            sdkRemoveStreamingCallback(mine, id);
+            rounds += static_cast<int>(sdkCameraClose(mine));
+        }
+        --users;
+    };
+    std::thread threads[] = {std::thread(use), std::thread(use)};
+    while (users > 0) {
+        unplug(kSerial);
+        replug(kSerial);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_TRUE(sdkCameraOpen(1));
+}
+
+} // namespace

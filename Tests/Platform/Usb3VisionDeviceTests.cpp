@@ -1,0 +1,162 @@
+#include "Support/FlatDeviceFixture.h"
+
+#include <cstring>
+
+namespace {
+
+using namespace SoftwareDevices;
+using namespace TestSupport;
+
+constexpr std::uint32_t kBlock = 0x1B0000;
+constexpr std::uint32_t kFile = 0x1B8000;
+constexpr std::uint32_t kBlockSize = 96;
+
+struct Usb3VisionDevice : FlatDeviceFixture {
+    Usb3VisionDevice() {
+        device.modelName = "Model 613";
+        device.usb3VisionFile = {1, 2, 3, 4, 5};
+        device.rebootTime = std::chrono::milliseconds(10);
+    }
+
+    static void setMode(std::uint8_t mode) { writeFlash(kSerial, kBlock, {mode}); }
+    /// Plugs the device in, and once more as a USB3 Vision camera.
+    void* openUsb3Vision() {
+        plug(device);
+        setMode(0);
+        unplug(kSerial);
+        replug(kSerial);
+        Usb3VisionCameraRecord record{};
+        EXPECT_EQ(TarnuEnumCameras(&record, 1), 1u);
+        return TarnuOpenCamera(&record);
+    }
+    static bool rebootUsb3Vision(void* camera) {
+        const std::uint8_t nothing = 0;
+        return TarnuSglWrite(camera, 0x1B, 0x1B, 1, 1, &nothing) != 0;
+    }
+
+    DeviceDescription device = smallDevice(ColorFormat::MONO);
+};
+
+TEST_F(Usb3VisionDevice, AModeSwitchedOnAndRebootedGoesToTheOtherLibraryAndBack) {
+    DeviceDescription other = device;
+    other.serial = 8;
+    plug(other);
+    open(device);
+    handle = sdkCameraOpen(2);
+    Bytes block(kBlockSize);
+    ASSERT_TRUE(sdkReadFlash(handle, block.data(), kBlock, kBlockSize));
+    block[0] = 0;
+    ASSERT_TRUE(sdkUpdateFlash(handle, block.data(), kBlock, kBlockSize));
+    EXPECT_EQ(TarnuNumCameras(), 0u) << "not before it reboots";
+    const std::uint8_t nothing = 0;
+    ASSERT_TRUE(sdkCommandWrite(handle, 0x1B, 1, 1, &nothing));
+    EXPECT_EQ(TarnuNumCameras(), 0u) << "away";
+    ASSERT_TRUE(eventually([] { return TarnuNumCameras() == 1; }));
+    EXPECT_EQ(sdkNumCameras(), 1);
+    EXPECT_TRUE(isUsb3Vision(kSerial));
+
+    Usb3VisionCameraRecord records[2]{};
+    ASSERT_EQ(TarnuEnumCameras(records, 2), 1u);
+    EXPECT_STREQ(records[0].modelName, "Model 613");
+    EXPECT_EQ(records[0].serialNumber, kSerial);
+    void* const camera = TarnuOpenCamera(records);
+    ASSERT_TRUE(camera);
+    EXPECT_TRUE(isOpen(kSerial));
+    Bytes file(5), read(kBlockSize);
+    ASSERT_TRUE(TarnuFlashRead(camera, read.data(), kBlock, kBlockSize) &&
+                TarnuFlashRead(camera, file.data(), kFile, 5));
+    EXPECT_EQ(read, block);
+    EXPECT_EQ(file, device.usb3VisionFile);
+    ASSERT_TRUE(TarnuWriteBootSequence(camera, 0));
+    block[0] = 0xFF;
+    EXPECT_EQ(flash(kSerial, kBlock, kBlockSize), block);
+    ASSERT_TRUE(TarnuWriteBootSequence(camera, 1));
+    EXPECT_EQ(flash(kSerial, kBlock, 1), Bytes{0});
+    ASSERT_TRUE(TarnuWriteBootSequence(camera, 0) && rebootUsb3Vision(camera));
+    EXPECT_EQ(sdkNumCameras(), 1) << "away";
+    ASSERT_TRUE(eventually([] { return sdkNumCameras() == 2; }));
+    EXPECT_EQ(TarnuNumCameras(), 0u);
+    EXPECT_TRUE(sdkCameraOpen(2));
+}
+
+TEST_F(Usb3VisionDevice, OnlyAnIntactFileBehindItsBlockMakesOne) {
+    const struct {
+        const char* name;
+        std::uint32_t address;
+        Bytes bytes;
+        bool isUsb3Vision;
+    } cases[] = {{"as stored", kFile, {1}, true},
+                 {"another mode", kBlock, {1}, false},
+                 {"no size", kBlock + 4, {0, 0, 0, 0}, false},
+                 {"a size beyond the flash", kBlock + 4, {5, 0, 0, 0xF0}, false},
+                 {"a shorter size", kBlock + 4, {4}, false},
+                 {"another digest", kBlock + 31, {0}, false},
+                 {"another file", kFile + 4, {6}, false}};
+    for (const auto& [name, address, bytes, expected] : cases) {
+        plug(device);
+        setMode(0);
+        writeFlash(kSerial, address, bytes);
+        unplug(kSerial);
+        replug(kSerial);
+        EXPECT_EQ(isUsb3Vision(kSerial), expected) << name;
+        EXPECT_EQ(sdkNumCameras(), expected ? 0 : 1) << name;
+    }
+}
+
+TEST_F(Usb3VisionDevice, ForeignAndStaleHandlesAndRecordsAreRefused) {
+    DeviceDescription sdkDevice = smallDevice(ColorFormat::MONO);
+    sdkDevice.serial = 8;
+    open(sdkDevice);
+    void* const camera = openUsb3Vision();
+    ASSERT_TRUE(camera);
+    std::uint8_t byte = 0;
+    Usb3VisionCameraRecord record{};
+    ASSERT_TRUE(TarnuEnumCameras(&record, 1));
+    record.serialNumber = 8;
+    EXPECT_FALSE(TarnuOpenCamera(&record) || TarnuOpenCamera(nullptr));
+    record = {"Model 61", kSerial};
+    EXPECT_FALSE(TarnuOpenCamera(&record));
+    std::memset(&record, 'M', sizeof record); // a text without an end
+    EXPECT_FALSE(TarnuOpenCamera(&record));
+
+    EXPECT_FALSE(TarnuFlashRead(handle, &byte, 0, 1) || TarnuCloseCamera(handle)) << "the camera SDK's handle";
+    EXPECT_FALSE(sdkReadFlash(camera, &byte, 0, 1) || sdkCameraClose(camera)) << "the other library's handle";
+    EXPECT_TRUE(sdkReadFlash(handle, &byte, 0, 1) && TarnuFlashRead(camera, &byte, 0, 1));
+
+    EXPECT_FALSE(TarnuFlashRead(camera, &byte, kFlashSize, 1));
+    EXPECT_FALSE(TarnuFlashRead(camera, nullptr, 0, 1));
+    EXPECT_FALSE(TarnuWriteBootSequence(camera, 2));
+    EXPECT_FALSE(TarnuSglWrite(camera, 0x1B, 0x1C, 1, 1, &byte) || TarnuSglWrite(camera, 0x1B, 0x1B, 2, 1, &byte) ||
+                 TarnuSglWrite(camera, 0x1B, 0x1B, 1, 0, nullptr));
+
+    unplug(kSerial);
+    EXPECT_FALSE(TarnuFlashRead(camera, &byte, 0, 1) || TarnuWriteBootSequence(camera, 1) || rebootUsb3Vision(camera));
+    EXPECT_TRUE(TarnuCloseCamera(camera)) << "what is open can be closed";
+    EXPECT_FALSE(TarnuCloseCamera(camera) || TarnuFlashRead(camera, &byte, 0, 1));
+}
+
+TEST_F(Usb3VisionDevice, FaultsStrikeItsCallsToo) {
+    void* const camera = openUsb3Vision();
+    std::uint8_t byte = 0;
+    startLog();
+    failNext(kSerial, Operation::TarnuFlashRead, 1, kTimedOut);
+    EXPECT_FALSE(TarnuFlashRead(camera, &byte, 16, 1));
+    EXPECT_TRUE(TarnuFlashRead(camera, &byte, 16, 1));
+    failNext(kNoDevice, Operation::TarnuNumCameras, 1, kTimedOut);
+    EXPECT_EQ(TarnuNumCameras(), 0u);
+    failCall(1, kTimedOut);
+    EXPECT_FALSE(TarnuWriteBootSequence(camera, 0));
+    EXPECT_EQ(flash(kSerial, kBlock, 1), Bytes{0});
+    unplugDuring(kSerial, Operation::TarnuSglWrite, 1);
+    EXPECT_FALSE(rebootUsb3Vision(camera));
+    EXPECT_TRUE(pluggedDevices().empty());
+    const auto log = takeLog();
+    ASSERT_EQ(log.size(), 5u);
+    EXPECT_EQ(log[0].name, "TarnuFlashRead");
+    EXPECT_EQ(log[0].numbers, (std::vector<double>{16, 1}));
+    EXPECT_EQ(log[4].operation, Operation::TarnuSglWrite);
+    EXPECT_EQ(log[4].serial, kSerial);
+    EXPECT_FALSE(log[0].succeeded || log[4].succeeded);
+}
+
+} // namespace
