@@ -28,6 +28,7 @@
 #include "Streams/StreamStatistics.h"
 #include "Utilities/BootImage.h"
 #include "Utilities/CSHA1.h"
+#include "Utilities/DriverKit.h"
 #include "Utilities/FrameCounter.h"
 #include "Utilities/Mutex.h"
 #include "Utilities/Programmer.h"

@@ -3,12 +3,14 @@
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Cameras/SimulatedCamera/CameraListFile.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
+#include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
 
 namespace CameraInterface {
 
 std::vector<CameraAdapter> getCameraAdapters() {
     return {
         {"SDK cameras", OrvexAdapter::OrvexCamera::getListOfCameras},
+        {"USB3 Vision cameras", Usb3VisionAdapter::Usb3VisionCamera::getListOfCameras},
         {"simulated cameras (" + SimulatedAdapter::getCameraListPath() + ")",
          SimulatedAdapter::SimulatedCamera::getListOfCameras},
     };

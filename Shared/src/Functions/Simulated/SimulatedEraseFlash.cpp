@@ -1,7 +1,7 @@
 #include "Functions/Simulated/SimulatedEraseFlash.h"
 
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
-#include "Exceptions/Raise.h"
+#include "Functions/FunctionParameters.h"
 #include "Utilities/TextConversion.h"
 
 namespace CameraInterface::SimulatedAdapter {

@@ -32,13 +32,6 @@ std::vector<ParameterDescriptor> SimulatedFunction::getReturnFormat() {
     return m_ReturnFormat;
 }
 
-void SimulatedFunction::requireParameters(const std::vector<std::string>& parameters, std::size_t count,
-                                          const SourceLocation& here) {
-    if (parameters.size() < count) {
-        raise<KestrelException_InvalidArgument>(here, Errors::kArgumentEmpty, "parameters");
-    }
-}
-
 std::uint32_t SimulatedFunction::parseAddress(const std::string& text) {
     return static_cast<std::uint32_t>(Utilities::parseInteger(text));
 }

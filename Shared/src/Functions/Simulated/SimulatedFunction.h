@@ -1,11 +1,9 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "Exceptions/SourceLocation.h"
 #include "Functions/Function.h"
 
 namespace CameraInterface::SimulatedAdapter {
@@ -28,10 +26,6 @@ public:
 
 protected:
     SimulatedCamera& camera() const { return *m_Camera; }
-
-    /// @throws KestrelException_InvalidArgument "ArgumentEmpty"  fewer than @p count parameters
-    static void requireParameters(const std::vector<std::string>& parameters, std::size_t count,
-                                  const KestrelExceptions::SourceLocation& here);
 
     /// A signed 32-bit number with automatic base, taken for an address: "-1" is 0xFFFFFFFF.
     static std::uint32_t parseAddress(const std::string& text);

@@ -2,6 +2,7 @@
 
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
 #include "Exceptions/Raise.h"
+#include "Functions/FunctionParameters.h"
 #include "Utilities/TextConversion.h"
 
 namespace CameraInterface::SimulatedAdapter {

@@ -1,7 +1,7 @@
 #include "Functions/Simulated/SimulatedWriteFlash.h"
 
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
-#include "Exceptions/Raise.h"
+#include "Functions/FunctionParameters.h"
 
 namespace CameraInterface::SimulatedAdapter {
 

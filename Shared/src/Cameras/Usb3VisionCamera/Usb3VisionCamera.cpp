@@ -1,0 +1,210 @@
+#include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <exception>
+#include <iterator>
+#include <stdexcept>
+#include <utility>
+
+#include "Exceptions/Raise.h"
+#include "Functions/Usb3Vision/Usb3VisionReboot.h"
+#include "Internal/CameraInfo.h"
+#include "Properties/MemoryProperty.h"
+#include "Properties/Usb3VisionUsb3VisionMode.h"
+#include "PropertyNames.h"
+#include "TarnuLibrary/TarnuLibrary.h"
+
+namespace Usb3VisionAdapter {
+
+using namespace CameraInterface;
+using namespace KestrelExceptions;
+using Utilities::MutexLock;
+
+namespace {
+
+/// A stray failure does not make a camera dead: of three attempts to read it, the second failure does.
+constexpr int kAliveAttempts = 3;
+constexpr int kDeadFailures = 2;
+
+struct PropertyDefinition {
+    const char* name;
+    PROPERTY_TYPE type;
+    std::unique_ptr<Property> (*make)(const std::string& name, const PROPERTY_TYPE& type, Usb3VisionCamera& camera);
+};
+
+struct FunctionDefinition {
+    const char* name;
+    std::unique_ptr<Function> (*make)(const std::string& name, Usb3VisionCamera* camera);
+};
+
+std::unique_ptr<Property> makeConstant(const std::string& name, const PROPERTY_TYPE& type, const std::string& value) {
+    return std::make_unique<MemoryProperty<std::string>>(name, type, value, value, value, true, false,
+                                                         std::map<std::string, std::string>());
+}
+
+constexpr PropertyDefinition kProperties[] = {
+    {PropertyNames::kSerialNumber, PROPERTY_TYPE::String,
+     [](const std::string& name, const PROPERTY_TYPE& type, Usb3VisionCamera& camera) {
+         return makeConstant(name, type, camera.getSerialNumber());
+     }},
+    {PropertyNames::kModelName, PROPERTY_TYPE::String,
+     [](const std::string& name, const PROPERTY_TYPE& type, Usb3VisionCamera& camera) {
+         return makeConstant(name, type, camera.getModelName());
+     }},
+    {PropertyNames::kVendorName, PROPERTY_TYPE::String,
+     [](const std::string& name, const PROPERTY_TYPE& type, Usb3VisionCamera& /*camera*/) {
+         return makeConstant(name, type, "Meridane");
+     }},
+    {PropertyNames::kUsb3VisionMode, PROPERTY_TYPE::Boolean,
+     [](const std::string& name, const PROPERTY_TYPE& type, Usb3VisionCamera& camera) -> std::unique_ptr<Property> {
+         return std::make_unique<Usb3VisionUsb3VisionMode>(name, type, camera);
+     }},
+};
+
+constexpr FunctionDefinition kFunctions[] = {
+    {"Reboot",
+     [](const std::string& name, Usb3VisionCamera* camera) -> std::unique_ptr<Function> {
+         return std::make_unique<Usb3VisionReboot>(name, camera);
+     }},
+};
+
+/// The text of a record, which need not be terminated.
+std::string modelNameOf(const Usb3VisionCameraRecord& record) {
+    return {std::begin(record.modelName), std::find(std::begin(record.modelName), std::end(record.modelName), '\0')};
+}
+
+} // namespace
+
+Utilities::Mutex Usb3VisionCamera::m_CameraEnumerationMutex;
+
+Usb3VisionCamera::Usb3VisionCamera(const Usb3VisionCameraRecord& record)
+    : m_CameraRecord(record), m_SerialNumber(std::to_string(record.serialNumber)), m_ModelName(modelNameOf(record)) {}
+
+Usb3VisionCamera::~Usb3VisionCamera() {
+    registerPropertyChangeCallback({});
+    try {
+        Usb3VisionCamera::disconnect();
+    } catch (const std::exception&) {
+        // A suspended camera refuses to be disconnected, but must not stay open.
+    }
+    closeHandle();
+}
+
+std::vector<std::unique_ptr<Camera>> Usb3VisionCamera::getListOfCameras() {
+    const MutexLock lock(m_CameraEnumerationMutex);
+    const std::uint32_t announced = tarnuLibrary().TarnuNumCameras();
+    if (announced == 0) {
+        return {};
+    }
+    std::vector<Usb3VisionCameraRecord> records(announced, Usb3VisionCameraRecord{});
+    if (tarnuLibrary().TarnuEnumCameras(records.data(), announced) != announced) {
+        raise<KestrelException>(QUILL_HERE, Errors::kCameraEnumeration);
+    }
+    std::vector<std::unique_ptr<Camera>> cameras;
+    cameras.reserve(records.size());
+    for (const Usb3VisionCameraRecord& record : records) {
+        cameras.push_back(std::make_unique<Usb3VisionCamera>(record));
+    }
+    return cameras;
+}
+
+void* Usb3VisionCamera::getHandle() {
+    return m_Handle;
+}
+
+std::unique_ptr<Imaging::Image> Usb3VisionCamera::getImage() {
+    throw std::runtime_error("Method not implemented.");
+}
+
+std::map<std::string, std::string> Usb3VisionCamera::getCameraInfo() {
+    return Internal::collectCameraInfo(*this);
+}
+
+std::string Usb3VisionCamera::getSerialNumber() {
+    return m_SerialNumber;
+}
+
+std::string Usb3VisionCamera::getModelName() {
+    return m_ModelName;
+}
+
+bool Usb3VisionCamera::isCameraAlive() {
+    int failures = 0;
+    for (int attempt = 0; attempt < kAliveAttempts; ++attempt) {
+        try {
+            findProperty(PropertyNames::kUsb3VisionMode).getValue();
+            break;
+        } catch (const std::exception&) {
+            ++failures;
+        }
+    }
+    return failures < kDeadFailures;
+}
+
+void Usb3VisionCamera::connect() {
+    if (isConnected() && !isRetired()) {
+        return;
+    }
+    requireTransition(CameraState::Connected, QUILL_HERE);
+    const MutexLock lock(m_CameraEnumerationMutex);
+    closeHandle();
+    m_Handle = tarnuLibrary().TarnuOpenCamera(&m_CameraRecord);
+    if (m_Handle == nullptr || isRetired()) {
+        closeHandle();
+        raise<KestrelException_Camera>(QUILL_HERE, Errors::kCameraConnection, m_SerialNumber);
+    }
+    buildProperties();
+    buildFunctions();
+    m_State = CameraState::Connected;
+}
+
+void Usb3VisionCamera::disconnect() {
+    if (m_Handle == nullptr) {
+        return;
+    }
+    requireTransition(CameraState::Disconnected, QUILL_HERE);
+    // First the state: the watchdog takes a connected camera that does not answer for one that is gone.
+    m_State = CameraState::Disconnected;
+    if (tarnuLibrary().TarnuCloseCamera(m_Handle) != 0) {
+        m_Handle = nullptr;
+    } else {
+        m_State = CameraState::Connected;
+    }
+}
+
+void Usb3VisionCamera::suspend() {
+    requireTransition(CameraState::Suspended, QUILL_HERE);
+    m_State = CameraState::Suspended;
+}
+
+void Usb3VisionCamera::buildProperties() {
+    for (const PropertyDefinition& definition : kProperties) {
+        std::unique_ptr<Property> property = definition.make(definition.name, definition.type, *this);
+        m_Properties.emplace(property->getName(), std::move(property));
+    }
+    updatePropertyChangeCallback();
+}
+
+void Usb3VisionCamera::buildFunctions() {
+    for (const FunctionDefinition& definition : kFunctions) {
+        try {
+            std::unique_ptr<Function> function = definition.make(definition.name, this);
+            m_Functions.emplace(function->getName(), std::move(function));
+        } catch (...) {
+            // A camera lacks what it cannot make.
+        }
+    }
+}
+
+Property& Usb3VisionCamera::findProperty(std::string name) { // NOLINT(performance-unnecessary-value-param): as given
+    return getProperty(name);
+}
+
+void Usb3VisionCamera::closeHandle() {
+    if (void* handle = m_Handle.exchange(nullptr)) {
+        tarnuLibrary().TarnuCloseCamera(handle);
+    }
+}
+
+} // namespace Usb3VisionAdapter

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+#include "Internal/QuillInternal.h"
+#include "Properties/BooleanProperty.h"
+
+namespace Usb3VisionAdapter {
+
+class Usb3VisionCamera;
+
+/// Whether the camera starts as a USB3 Vision device. The state lives in the camera's flash; nobody is told of a
+/// change. Reading keeps nothing in the object, so that the watchdogs may read beside the application.
+class Usb3VisionUsb3VisionMode : public CameraInterface::BooleanProperty {
+public:
+    Usb3VisionUsb3VisionMode(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
+                             Usb3VisionCamera& camera);
+
+    using BooleanProperty::operator=;
+
+    /// @throws KestrelException_Property "PropertyReadFailure"
+    std::string getValue() override;
+    /// The mode can always be turned off, but turned on only over a valid file in the flash.
+    /// @throws KestrelException_Property "PropertyReadFailure"
+    bool isAvailableForWriting() override;
+    /// Ignored while the property is not available for writing.
+    /// @throws KestrelException_Property "PropertyReadFailure" or "PropertyWriteFailure"
+    void setValue(const std::string& value) override;
+
+private:
+    QuillInternal::Usb3VisionInfo readInfo();
+    bool hasValidFile();
+
+    Usb3VisionCamera* m_Camera; // owns this property
+};
+
+} // namespace Usb3VisionAdapter
