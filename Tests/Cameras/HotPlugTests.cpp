@@ -18,9 +18,6 @@
 #include "Support/ListMaintenance.h"
 #include "Support/SoftwareDeviceFixture.h"
 
-template struct TestSupport::ListMaintenance<&CameraInterface::Camera::callbackWatchdogDisconnect,
-                                             &CameraInterface::Camera::callbackWatchdogNewConnect>;
-
 namespace {
 
 using namespace CameraInterface;

@@ -11,6 +11,7 @@
 #include "Exceptions/KestrelExceptions.h"
 #include "Internal/QuillInternal.h"
 #include "Support/CameraListFixture.h"
+#include "Support/ListMaintenance.h"
 #include "Support/Throws.h"
 #include "TarnuLibrary/TarnuLibrary.h"
 
@@ -20,19 +21,12 @@ using namespace CameraInterface;
 using namespace KestrelExceptions;
 using namespace Usb3VisionAdapter;
 using QuillInternal::Usb3VisionInfo;
+using TestSupport::dropVanishedCameras;
 using TestSupport::expectFailure;
 using TestSupport::expectStandard;
 using TestSupport::propertyFailure;
 using TestSupport::thrownBy;
 using Texts = std::vector<std::string>;
-
-/// Drops the cameras that are gone, at once. An explicit instantiation may name what is private; this one hands it out.
-int dropVanishedCameras();
-template <int (*dropVanished)()>
-struct ListMaintenance {
-    friend int dropVanishedCameras() { return dropVanished(); }
-};
-template struct ListMaintenance<&Camera::removeInactiveCamerasFromList>;
 
 const char* const kMode = "USB3 Vision Mode";
 const char* const kConnection = "Failed to connect to camera.";
@@ -218,7 +212,7 @@ TEST_F(Usb3VisionCameraTest, ACameraThatLeftTheListIsNotConnected) {
     Camera& camera = open();
     const std::vector<Usb3VisionCameraRecord> cameras = std::exchange(bus.cameras, {});
     bus.reads.assign(6, false); // asked twice
-    EXPECT_EQ(dropVanishedCameras(), 1);
+    dropVanishedCameras();
     bus.cameras = cameras;
     expectFailure<KestrelException_Camera>([&] { camera.connect(); }, "CameraConnection", kConnection);
     EXPECT_NO_THROW(open());

@@ -1,0 +1,100 @@
+#include <functional>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
+#include "Exceptions/KestrelExceptions.h"
+#include "Support/Event.h"
+#include "Support/ListMaintenance.h"
+#include "Support/SoftwareDeviceFixture.h"
+#include "Support/Throws.h"
+
+namespace {
+
+using namespace CameraInterface;
+using SoftwareDevices::DeviceDescription;
+using SoftwareDevices::Operation;
+
+/// A device that can start in either mode, asked for through both libraries.
+class Usb3VisionRoundTripTest : public TestSupport::SoftwareDeviceFixture {
+protected:
+    Usb3VisionRoundTripTest() {
+        auto adapters = getCameraAdapters();
+        adapters.push_back({"USB3 Vision cameras", Usb3VisionAdapter::Usb3VisionCamera::getListOfCameras});
+        useAdapters(adapters);
+        Camera::registerDisconnectCallback([this](const std::string& model, const std::string& serial) {
+            m_Events += "- " + model + " " + serial + "; ";
+        });
+        Camera::registerNewConnectCallback([this] { m_Events += "+; "; });
+        m_Device = SoftwareDevices::defaultDevices()[0];
+        m_Device.rebootTime = std::chrono::milliseconds(1);
+        m_Serial = std::to_string(m_Device.serial);
+    }
+    ~Usb3VisionRoundTripTest() override {
+        Camera::registerDisconnectCallback({});
+        Camera::registerNewConnectCallback({});
+    }
+
+    Camera& camera() const { return Camera::getCamera(m_Serial); }
+
+    void reboot() {
+        std::vector<std::string> mode{"Firmware"};
+        camera().perform("Reboot", mode);
+        TestSupport::dropVanishedCameras();
+        const auto deadline = std::chrono::steady_clock::now() + TestSupport::kLongEnough;
+        const std::string without = m_Events;
+        while (m_Events == without && std::chrono::steady_clock::now() < deadline) {
+            TestSupport::addNewCameras();
+            std::this_thread::yield();
+        }
+        camera().connect();
+    }
+
+    DeviceDescription m_Device;
+    std::string m_Serial;
+    std::string m_Events; ///< what the callbacks told
+};
+
+TEST_F(Usb3VisionRoundTripTest, ACameraGoesToUsb3VisionModeAndComesBack) {
+    open(m_Device);
+    EXPECT_EQ(value(camera(), "USB3 Vision Mode"), "Disabled");
+    set(camera(), "USB3 Vision Mode", "Enabled");
+    reboot();
+    EXPECT_TRUE(SoftwareDevices::isUsb3Vision(m_Device.serial));
+    EXPECT_EQ(m_Events, "- Model 613 41500101; +; ");
+    EXPECT_EQ(camera().getSupportedFunctions(), std::vector<std::string>{"Reboot"});
+    EXPECT_EQ(camera().getCameraInfo(), (std::map<std::string, std::string>{{"Model Name", "Model 613"},
+                                                                            {"Serial Number", m_Serial},
+                                                                            {"USB3 Vision Mode", "Enabled"},
+                                                                            {"Vendor Name", "Meridane"}}));
+    // A camera that has gone when the call returns has rebooted; one that stays and refuses has not.
+    std::vector<std::string> mode{"Firmware"};
+    SoftwareDevices::failNext(m_Device.serial, Operation::TarnuSglWrite, 1, 1);
+    TestSupport::expectStandard<std::runtime_error>([&] { camera().perform("Reboot", mode); },
+                                                    "Failed to reboot camera in the desired mode.");
+    set(camera(), "USB3 Vision Mode", "Disabled");
+    EXPECT_EQ(value(camera(), "USB3 Vision Mode"), "Disabled");
+    set(camera(), "USB3 Vision Mode", "Enabled"); // its file is valid
+    set(camera(), "USB3 Vision Mode", "Disabled");
+    m_Events.clear();
+    reboot();
+    EXPECT_FALSE(SoftwareDevices::isUsb3Vision(m_Device.serial));
+    EXPECT_EQ(m_Events, "- Model 613 41500101; +; ");
+    EXPECT_TRUE(camera().isPropertySupported("Video Exposure"));
+}
+
+TEST_F(Usb3VisionRoundTripTest, AnUnpluggedCameraHasRebootedForAllOneKnows) {
+    open(m_Device);
+    set(camera(), "USB3 Vision Mode", "Enabled");
+    reboot();
+    std::vector<std::string> mode{"Bootloader"};
+    SoftwareDevices::unplugDuring(m_Device.serial, Operation::TarnuSglWrite, 1);
+    EXPECT_NO_THROW(camera().perform("Reboot", mode));
+    EXPECT_FALSE(camera().isCameraAlive());
+    TestSupport::dropVanishedCameras();
+    TestSupport::expectFailure<KestrelExceptions::KestrelException_Camera>(
+        [&] { camera(); }, "CameraNotFound", "Camera was not found in the list of available cameras.");
+}
+
+} // namespace

@@ -1,0 +1,32 @@
+#include "Support/ListMaintenance.h"
+
+#include "Cameras/Camera.h"
+
+namespace TestSupport {
+
+namespace {
+
+bool runDropVanished();
+bool runAddNew();
+
+/// An explicit instantiation may name what is private; this one hands it out.
+template <bool (*dropVanished)(), bool (*addNew)()>
+struct ListMaintenance {
+    friend bool runDropVanished() { return dropVanished(); }
+    friend bool runAddNew() { return addNew(); }
+};
+
+template struct ListMaintenance<&CameraInterface::Camera::callbackWatchdogDisconnect,
+                                &CameraInterface::Camera::callbackWatchdogNewConnect>;
+
+} // namespace
+
+bool dropVanishedCameras() {
+    return runDropVanished();
+}
+
+bool addNewCameras() {
+    return runAddNew();
+}
+
+} // namespace TestSupport
