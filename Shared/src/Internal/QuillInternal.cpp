@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "OrvexApi/OrvexApi.h"
+#include "OrvexApi/OrvexRecords.h"
 #include "Utilities/CSHA1.h"
 
 namespace QuillInternal {
@@ -46,7 +47,7 @@ std::vector<unsigned char> calculateSha1Hash(const std::vector<unsigned char>& d
 }
 
 bool isUsb3VisionInfoValid(const Usb3VisionInfo& info) {
-    return info.fileSize != 0 && info.fileSize <= kFlashSize - kUsb3VisionFileAddress;
+    return info.fileSize != 0 && info.fileSize <= kUsb3VisionFileMaximumSize;
 }
 
 bool isUsb3VisionFileValid(const std::vector<unsigned char>& file, const Usb3VisionInfo& info) {
@@ -69,6 +70,9 @@ bool OrvexWriteUsb3VisionInfo(void* handle, Usb3VisionInfo& info) {
 }
 
 bool OrvexReadUsb3VisionFile(void* handle, Usb3VisionInfo& info, std::vector<unsigned char>& file) {
+    if (info.fileSize > kUsb3VisionFileMaximumSize) {
+        return false;
+    }
     file.resize(info.fileSize);
     return orvexApi().sdkReadFlash(handle, file.data(), kUsb3VisionFileAddress, info.fileSize) != 0;
 }

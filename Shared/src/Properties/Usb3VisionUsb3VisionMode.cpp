@@ -46,7 +46,7 @@ Usb3VisionInfo Usb3VisionUsb3VisionMode::readInfo() {
 
 bool Usb3VisionUsb3VisionMode::hasValidFile() {
     const Usb3VisionInfo info = readInfo();
-    if (info.fileSize > kFlashSize - kUsb3VisionFileAddress) {
+    if (info.fileSize > kUsb3VisionFileMaximumSize) {
         return false;
     }
     // An empty file is one, too, if the block has the digest of no bytes.
