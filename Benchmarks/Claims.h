@@ -14,5 +14,7 @@ std::vector<Claim> exportClaims(Scope scope);
 std::vector<Claim> cameraListClaims(Scope scope);
 std::vector<Claim> propertyClaims(Scope scope);
 std::vector<Claim> hashClaims(Scope scope);
+std::vector<Claim> streamClaims(Scope scope);
+std::vector<Claim> sdkCameraClaims(Scope scope);
 
 } // namespace Benchmarks

@@ -12,7 +12,6 @@
 #include "Cameras/SimulatedCamera/CameraListFile.h"
 #include "Cameras/SimulatedCamera/IdentificationCache.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
-#include "Internal/SharedLibrary.h"
 
 namespace Benchmarks {
 
@@ -139,7 +138,3 @@ std::string SimulatedAdapter::getCameraListPath() {
 }
 
 } // namespace CameraInterface
-
-std::string Internal::getLibraryFolder() {
-    return {}; // no SDK cameras
-}

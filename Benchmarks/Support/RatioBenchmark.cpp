@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 
 #include <time.h>
+
+#include "Support/Cores.h"
 
 namespace Benchmarks {
 
@@ -13,30 +16,36 @@ namespace {
 /// Shorter times would be the clock's and the scheduler's.
 constexpr double kShortestTimedSeconds = 0.01;
 
-/// Time that the calling thread computed: what other programs take in between does not count.
-double threadSeconds() {
+/// Seconds of a clock. Time that the calling thread computed leaves out what other programs take in between.
+double secondsOn(Timing timing) {
     timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    clock_gettime(timing == Timing::Wall ? CLOCK_MONOTONIC : CLOCK_THREAD_CPUTIME_ID, &time);
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
-double secondsOf(const Variant& variant, int runs) {
+double secondsOf(const Variant& variant, int runs, Timing timing) {
     variant.prepare();
-    const double begin = threadSeconds();
+    double parts = 0;
+    const double begin = secondsOn(timing);
     for (int i = 0; i < runs; ++i) {
         variant.run();
+        if (variant.partSeconds) {
+            parts += variant.partSeconds();
+        }
     }
-    return threadSeconds() - begin;
+    return variant.partSeconds ? parts : secondsOn(timing) - begin;
 }
 
 /// How many pieces take long enough to be timed together. Warms the variant up, too.
-double piecesPerRound(const Variant& variant) {
+double piecesPerRound(const Variant& variant, Timing timing) {
     int runs = 1;
-    while (secondsOf(variant, runs) < kShortestTimedSeconds) {
+    while (secondsOf(variant, runs, timing) < kShortestTimedSeconds) {
         runs *= 2;
     }
     return runs * variant.pieces;
 }
+
+} // namespace
 
 double median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
@@ -44,20 +53,22 @@ double median(std::vector<double> values) {
     return *middle;
 }
 
-} // namespace
-
 Measurement measure(const Claim& claim, int rounds) {
+    std::optional<PinnedToOneCore> pinned;
+    if (claim.timing == Timing::Wall) {
+        pinned.emplace();
+    }
     const auto [floor, ours] = claim.make();
     const std::array<const Variant*, 2> variants{&floor, &ours};
     // Both do as much in a round, so that what the other one left in the cache hits both alike.
-    const double pieces = std::max(piecesPerRound(floor), piecesPerRound(ours));
+    const double pieces = std::max(piecesPerRound(floor, claim.timing), piecesPerRound(ours, claim.timing));
     std::array<std::vector<double>, 2> seconds;
     std::vector<double> ratios;
     for (int round = 0; round < rounds; ++round) {
         for (int turn = 0; turn < 2; ++turn) {
             const auto i = static_cast<std::size_t>((round + turn) % 2);
             const int runs = static_cast<int>(std::ceil(pieces / variants[i]->pieces));
-            seconds[i].push_back(secondsOf(*variants[i], runs) / (runs * variants[i]->pieces));
+            seconds[i].push_back(secondsOf(*variants[i], runs, claim.timing) / (runs * variants[i]->pieces));
         }
         ratios.push_back(seconds[1].back() / seconds[0].back());
     }

@@ -14,7 +14,13 @@ struct Variant {
     double pieces = 1;
     /// What must be in place before runs are timed; not timed itself.
     std::function<void()> prepare = [] {};
+    /// Where only a part of each run counts: how long it took in the last run. Empty where the whole run counts.
+    std::function<double()> partSeconds = {};
 };
+
+/// Whose time counts: that of the computing thread, or that of the wall where several threads work together. For the
+/// latter the calling thread is pinned to one core; the others move to another, see moveToOtherCore().
+enum class Timing { ComputingThread, Wall };
 
 /// A goal: our way takes at most so many times as long as the floor.
 struct Claim {
@@ -24,6 +30,7 @@ struct Claim {
     double limit; ///< largest ratio that meets the goal
     /// Makes the floor and our way, with the buffers that both rotate through; called when the claim is measured.
     std::function<std::pair<Variant, Variant>()> make;
+    Timing timing = Timing::ComputingThread;
 };
 
 struct Measurement {
@@ -31,6 +38,8 @@ struct Measurement {
     double ourSeconds;
     double ratio;
 };
+
+double median(std::vector<double> values);
 
 /// Runs floor and ours interleaved, in turning order, and takes medians over the rounds: of the times, and of each
 /// round's ratio, which other load on the machine changes least.

@@ -1,10 +1,14 @@
 #include "Cameras/OrvexCamera/GigE.h"
 
+#include <algorithm>
 #include <array>
 #include <map>
+#include <optional>
+#include <utility>
 
 #include <gtest/gtest.h>
 
+#include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "OrvexApi/OrvexApi.h"
 #include "Support/SoftwareDeviceFixture.h"
 #include "Support/Throws.h"
@@ -60,6 +64,51 @@ TEST_F(GigETest, ReadsAndWritesTheSettingsOfACamera) {
     EXPECT_EQ(thrownBy([&] { m_GigE.SetEthernetInfo(-1); }),
               failure("could not update camera ethernet setting for camera index #-1"));
     EXPECT_EQ(SoftwareDevices::takeLog().size(), 1U);
+}
+
+TEST_F(GigETest, ACameraThatSaysItIsOnTheNetworkDescribesIt) {
+    SoftwareDevices::DeviceDescription description = SoftwareDevices::gigeDevice();
+    description.interfaceNumber = 2; // where cameras are looked for
+    auto& camera = open(description);
+    const std::optional<GigEDescription> network = readGigE(camera);
+    ASSERT_TRUE(network);
+    EXPECT_EQ(network->settings.GetCamMacAddress(), "00:A:1B:3:4:F5");
+    EXPECT_EQ(network->settings.GetHostIPAddress(), "192.168.1.2");
+    EXPECT_EQ(std::count(network->statistics.begin(), network->statistics.end(), '\n'), 32);
+    SoftwareDevices::failNext(description.serial, SoftwareDevices::Operation::sdkGetStreamStats, 1, 7);
+    EXPECT_EQ(thrownBy([&] { readGigE(camera); }),
+              failure("camera error #7, could not get GigE statistics from camera."));
+    camera.disconnect();
+    EXPECT_FALSE(readGigE(camera));
+    EXPECT_FALSE(readGigE(open(SoftwareDevices::defaultDevices()[1]))) << "on USB";
+}
+
+TEST_F(GigETest, TheSettingsAreThoseOfTheCameraEvenIfAnotherOneLeavesMeanwhile) {
+    SoftwareDevices::DeviceDescription second = SoftwareDevices::gigeDevice();
+    second.serial = 77;
+    second.network->cameraMac = {1, 2, 3, 4, 5, 6};
+    SoftwareDevices::plug(second);
+    SoftwareDevices::DeviceDescription third = second;
+    third.serial = 78;
+    third.network->cameraMac = {6, 5, 4, 3, 2, 1};
+    SoftwareDevices::plug(third);
+    std::array<ORVEX_VERSION, 3> versions{};
+    ASSERT_EQ(orvexApi().sdkEnumCameras(versions.data(), 3), 3);
+    static const OrvexApi whole = orvexApi();
+    static std::uint32_t leaving;
+    leaving = m_Serial;
+    OrvexApi api = whole;
+    api.sdkGetEthernetInfo = [](std::int32_t index, std::uint8_t* cameraMac, std::uint32_t* camera,
+                                std::uint8_t* hostMac, std::uint32_t* host) {
+        if (leaving != 0) {
+            SoftwareDevices::unplug(std::exchange(leaving, 0)); // the first one: the others move up
+        }
+        return whole.sdkGetEthernetInfo(index, cameraMac, camera, hostMac, host);
+    };
+    useOrvexApi(&api);
+    EXPECT_EQ(OrvexCamera(versions[1], 4).getSerialNumber(), "01:2:3:4:5:6") << "else the third one's";
+    EXPECT_EQ(OrvexCamera(versions[2], 4).getSerialNumber(), "06:5:4:3:2:1");
+    useOrvexApi(nullptr);
 }
 
 TEST_F(GigETest, ParsesTexts) {

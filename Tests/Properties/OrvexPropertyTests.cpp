@@ -82,6 +82,9 @@ TEST_F(OrvexStandardPropertyTest, ReadsNumbersFromTextsAndReportsChanges) {
         EXPECT_EQ(at(kExposureNumber).value, row.stored) << row.text;
     }
     OrvexStandardProperty property = make();
+    put({kExposureNumber, 0, 0, 0.1000004F, 0});
+    property.setValue("0.1000003");
+    EXPECT_EQ(at(kExposureNumber).value, 0.1F) << "the text of the limit counts, which is 0.100000";
     EXPECT_EQ(thrownBy([&] { property.setValue("x"); }), "invalid stod argument");
     EXPECT_EQ(thrownBy([&] { property.setValue("1e999"); }), "stod argument out of range");
 }

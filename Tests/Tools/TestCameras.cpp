@@ -1,29 +1,70 @@
 #include <cstdlib>
+#include <map>
+
+#include <SoftwareDevices.h>
 
 #include "Cameras/CameraAdapters.h"
+#include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Cameras/SimulatedCamera/CameraListFile.h"
 #include "Cameras/SimulatedCamera/IdentificationCache.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
 #include "Internal/SharedLibrary.h"
 
-// Simulated cameras that arrive and depart as the list changes that the environment names.
+// Simulated cameras that arrive and depart as the list changes that the environment names, and a device in software if
+// it names one.
+
+namespace {
+
+using namespace SoftwareDevices;
+
+std::string environmentValue(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+/// By what the environment calls it.
+const std::map<std::string, void (*)()> kDevices{
+    {"gige",
+     [] {
+         DeviceDescription device = gigeDevice();
+         device.interfaceNumber = 2; // where cameras are looked for
+         plug(device);
+     }},
+    {"silent", [] { dropFrames(plug(defaultDevices()[1]), 1'000'000'000); }},
+    {"leaving", [] { unplugDuring(plug(defaultDevices()[1]), Operation::sdkCaptureVideoFrames, 2); }},
+};
+
+bool plugDevice() {
+    startEmpty();
+    const auto device = kDevices.find(environmentValue("QUILL_TEST_DEVICE"));
+    if (device != kDevices.end()) {
+        device->second();
+    }
+    return device != kDevices.end();
+}
+
+} // namespace
 
 namespace CameraInterface {
 
 std::string SimulatedAdapter::getCameraListPath() {
-    const char* path = std::getenv("QUILL_TEST_CAMERA_LIST");
-    return path == nullptr ? "" : path;
+    return environmentValue("QUILL_TEST_CAMERA_LIST");
 }
 
 std::vector<CameraAdapter> getCameraAdapters() {
-    return {{"simulated cameras (" + SimulatedAdapter::getCameraListPath() + ")", [] {
-                 SimulatedAdapter::IdentificationCache::instance().forget();
-                 return SimulatedAdapter::SimulatedCamera::getListOfCameras();
-             }}};
+    static const bool hasDevice = plugDevice();
+    std::vector<CameraAdapter> adapters{{"simulated cameras (" + SimulatedAdapter::getCameraListPath() + ")", [] {
+                                             SimulatedAdapter::IdentificationCache::instance().forget();
+                                             return SimulatedAdapter::SimulatedCamera::getListOfCameras();
+                                         }}};
+    if (hasDevice) {
+        adapters.push_back({"SDK cameras", OrvexAdapter::OrvexCamera::getListOfCameras});
+    }
+    return adapters;
 }
 
 } // namespace CameraInterface
 
 std::string Internal::getLibraryFolder() {
-    return {};
+    return QUILL_TEST_LIBRARY_FOLDER;
 }

@@ -237,6 +237,43 @@ TEST_F(Tool, ConvertsAndCapturesImages) {
     EXPECT_THAT(readFile(captured), StartsWith("P6"));
 }
 
+TEST_F(Tool, SaysHowACameraOfTheSdkFares) {
+    const std::string image = m_Folder.file("frame.pgm");
+    const struct {
+        const char* device;
+        Words words;
+        int exitCode;
+        Words said;
+    } cases[] = {
+        {"gige",
+         {"info", "41500105"},
+         0,
+         {"Camera MAC Address  00:A:1B:3:4:F5\n", "Camera IP Address   192.168.1.20\n",
+          "Camera Subnet Mask  255.255.255.0\n", "Camera Gateway      192.168.1.1\n",
+          "Host MAC Address    00:1B:21:3C:9D:F8\n", "Host IP Address     192.168.1.2\n", "\nActual frame drop: 0\n",
+          "Xact Errors: 0\n"}},
+        {"gige", {"info", "41500105", "--json"}, 0, {R"("gateway": "192.168.1.1")", R"(Resend Failure: 0\n)"}},
+        {"silent",
+         {"capture", "41500102", "-o", image, "--set", "Timeout=50"},
+         4,
+         {"camera 41500102: no image can be captured: ", "No frame arrived in time.\n"}},
+        {"leaving",
+         {"capture", "41500102", "-o", image, "--count", "1000"},
+         5,
+         {"camera 41500102: ", "The camera is gone."}},
+    };
+    for (const auto& expected : cases) {
+        SCOPED_TRACE(::testing::PrintToString(expected.words));
+        ChildProcess process = command(expected.words);
+        process.environment.push_back(std::string("QUILL_TEST_DEVICE=") + expected.device);
+        const ChildResult result = runChild(process);
+        EXPECT_EQ(result.exitCode, expected.exitCode) << result.errors;
+        for (const std::string& part : expected.said) {
+            EXPECT_THAT(expected.exitCode == 0 ? result.output : result.errors, HasSubstr(part));
+        }
+    }
+}
+
 TEST_F(Tool, LeavesNoHalfWrittenFile) {
     const std::string png = m_Folder.file("frame.png");
     ASSERT_EQ(run({"capture", "90001", "-o", png}).exitCode, 0);

@@ -18,6 +18,7 @@ public:
         : m_Camera(&camera), m_SerialNumber(serialNumber) {}
 
     CameraInterface::Camera* operator->() const { return m_Camera; }
+    CameraInterface::Camera& operator*() const { return *m_Camera; }
     const std::string& serialNumber() const { return m_SerialNumber; }
 
     /// "camera 90001: @p what", the beginning of every sentence about it.

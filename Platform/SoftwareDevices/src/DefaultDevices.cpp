@@ -28,7 +28,7 @@ constexpr Setting kSettings[] = {
     {20, kEvery, 0.02f, 2000, 10},                            // video exposure
     {21, kMono, 0, 100, 100},                                 // iris
     {22, kMono, 0, 1000, 500},                                // focus
-    {40, kEvery, 1, 16, 1},                                   // video gain, and by filter: red, blue, green one and two
+    {40, kColor | kTiming, 1, 16, 1},                         // video gain, and by filter: red, blue, green one and two
     {41, kColor | kTiming, 0.5f, 4, 1},                       //
     {42, kColor | kTiming, 0.5f, 4, 1},                       //
     {43, kColor | kTiming, 0.5f, 4, 1},                       //
@@ -137,6 +137,7 @@ DeviceDescription monochromeDevice() {
     device.firmware = 0x0042; // older than cameras with a second FPGA
     device.fpga = 0x0112;
     device.hardwareRevision = 1;
+    device.hardwareInterface = 0; // nor does it know how it is attached
     device.sensorWidth = 1280;
     device.sensorHeight = 1024;
     device.unitWidth = 4;

@@ -8,6 +8,7 @@ namespace OrvexAdapter {
 
 namespace {
 
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a term of a sum
 #define QUILL_COUNT_OPERATION(role, number, result, failure, parameters) +1
 constexpr int kOperations = 0 ORVEX_OPERATIONS(QUILL_COUNT_OPERATION);
 #undef QUILL_COUNT_OPERATION

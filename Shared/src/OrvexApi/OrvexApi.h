@@ -11,11 +11,12 @@ namespace OrvexAdapter {
 /// answers its failure value, so that a missing library means no cameras and no error.
 struct OrvexApi {
     // The boundary's record, not the public one of this namespace.
-    using _ORVEX_STREAM_STATS = ::_ORVEX_STREAM_STATS;
+    using _ORVEX_STREAM_STATS = ::_ORVEX_STREAM_STATS; // NOLINT(*-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
     /// Every operation failing.
     OrvexApi();
 
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a name and a list of parameters
 #define QUILL_DECLARE_OPERATION(role, number, result, failure, parameters) result(*role) parameters;
     ORVEX_OPERATIONS(QUILL_DECLARE_OPERATION)
 #undef QUILL_DECLARE_OPERATION

@@ -3,7 +3,9 @@
 
 /* The records that cross the boundary of the camera SDK. C and C++; sizes and offsets are the SDK's binary format. */
 
-#include <stdint.h>
+#include <stdint.h> /* NOLINT(modernize-deprecated-headers): C as well */
+
+/* NOLINTBEGIN(modernize-use-using,*-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): C as well; the SDK's own names */
 
 /** What a camera is: an array of them is filled by the enumeration. */
 typedef struct ORVEX_VERSION {
@@ -95,6 +97,8 @@ typedef struct _ORVEX_STREAM_STATS {
 
 /** Called on a thread of the SDK for every frame; the first argument is the context given at registration. */
 typedef void (*ORVEX_FRAME_CALLBACK)(void* context, uint32_t unused1, uint32_t unused2);
+
+/* NOLINTEND(modernize-use-using,*-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp) */
 
 #ifdef __cplusplus
 #    include <cstddef>

@@ -17,7 +17,7 @@ std::string OrvexFan::getValue() {
 }
 
 bool OrvexFan::isReadOnly() {
-    return OrvexStandardProperty::isReadOnly();
+    return OrvexStandardProperty::isReadOnly(); // NOLINT(bugprone-parent-virtual-call): unlike the other switches
 }
 
 void OrvexFan::setValue(const std::string& value) {

@@ -22,6 +22,17 @@ constexpr std::int32_t kReadOnlyFlag = 0x00010000; // of the range's flags
 constexpr std::array<std::uint32_t, 4> kUnsupported{20, 21, 22, 83};
 constexpr std::uint32_t kNotWritableNow = 22; // after a write
 
+/// The text of a limit and the limit differ by less.
+constexpr double kTextRounding = 1e-6;
+
+/// A number text between the texts of two limits.
+std::string limitTo(const std::string& minimum, const std::string& maximum, double number, const std::string& text) {
+    if (number > Utilities::parseDouble(maximum)) {
+        return maximum;
+    }
+    return Utilities::parseDouble(minimum) > number ? minimum : text;
+}
+
 bool isUnsupported(std::uint32_t error) {
     return std::find(kUnsupported.begin(), kUnsupported.end(), error) != kUnsupported.end();
 }
@@ -89,12 +100,15 @@ void OrvexStandardProperty::setValue(const std::string& value) {
 
 std::string OrvexStandardProperty::clampToRange(std::string text) {
     const double number = Utilities::parseDouble(text);
-    const std::string minimum = getMinimum();
-    const std::string maximum = getMaximum();
-    if (number > Utilities::parseDouble(maximum)) {
-        return maximum;
+    if (isDiscrete()) {
+        return limitTo(getMinimum(), getMaximum(), number, text);
     }
-    return Utilities::parseDouble(minimum) > number ? minimum : text;
+    const float minimum = readMinimum();
+    const float maximum = readMaximum();
+    if (number - minimum >= kTextRounding && maximum - number >= kTextRounding) {
+        return text; // no need to write and read the limits' texts, which count
+    }
+    return limitTo(Utilities::toSixDecimals(minimum), Utilities::toSixDecimals(maximum), number, text);
 }
 
 float OrvexStandardProperty::readValue() {
@@ -129,21 +143,21 @@ void OrvexStandardProperty::writeFlags(std::int32_t flags) {
 }
 
 bool OrvexStandardProperty::isSupportedByCamera() {
-    try {
-        readValue();
-        return true;
-    } catch (const KestrelException_Property&) {
-        return !isUnsupported(orvexApi().sdkGetLastErrorForCamera(m_Camera->getHandle()));
-    }
+    State state;
+    return tryToRead(state) || !isUnsupported(orvexApi().sdkGetLastErrorForCamera(m_Camera->getHandle()));
 }
 
 bool OrvexStandardProperty::isWritable() {
     return !isReadOnly() && isAvailableForWriting();
 }
 
+bool OrvexStandardProperty::tryToRead(State& state) {
+    return orvexApi().sdkGetProperty(m_Camera->getHandle(), m_PropertyId, &state.value, &state.flags) != 0;
+}
+
 OrvexStandardProperty::State OrvexStandardProperty::readState() {
     State state;
-    if (orvexApi().sdkGetProperty(m_Camera->getHandle(), m_PropertyId, &state.value, &state.flags) == 0) {
+    if (!tryToRead(state)) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyReadFailure, getName());
     }
     return state;

@@ -71,6 +71,7 @@ private:
         std::int32_t flags = 0;
     };
 
+    bool tryToRead(State& state);
     State readState();
     Range readRange();
     bool writeState(const State& state);

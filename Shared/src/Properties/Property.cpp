@@ -60,8 +60,8 @@ void Property::onChange(bool notifyLinked) {
 }
 
 void Property::executeOnChangeCallback() {
-    // A copy, because the callback may replace itself while it runs.
-    if (const auto callback = m_OnChangeCallback) {
+    if (m_OnChangeCallback) {
+        const auto callback = m_OnChangeCallback; // a copy, because the callback may replace itself while it runs
         callback(*this);
     }
 }

@@ -40,8 +40,61 @@ bool fits(const ORVEX_IMAGE_FORMAT& format, std::size_t bufferSize) {
     }
 }
 
-const char* wordOf(StreamMode mode) {
-    return mode == StreamMode::Video ? "video" : "still";
+/// What the SDK calls the same in both modes, but for the operation.
+struct ModeOperations {
+    const char* word;
+    std::int32_t (*OrvexApi::*addCallback)(void* handle, ORVEX_FRAME_CALLBACK callback, void* context);
+    std::uint32_t (*OrvexApi::*removeCallback)(void* handle, std::int32_t id);
+    std::uint32_t (*start)(const OrvexApi& api, void* handle, ORVEX_SNAPSHOT& settings);
+    std::uint32_t (*stop)(const OrvexApi& api, void* handle);
+    std::uint32_t (*OrvexApi::*cancelCapture)(void* handle);
+    std::uint32_t (*capture)(const OrvexApi& api, void* handle, std::uint8_t* buffer);
+    std::uint32_t (*OrvexApi::*getImageFormat)(void* handle, ORVEX_IMAGE_FORMAT* format);
+};
+
+std::uint32_t startVideo(const OrvexApi& api, void* handle, ORVEX_SNAPSHOT& settings) {
+    ORVEX_FRAME_FORMAT present{};
+    float frameRate = 0;
+    const bool started = api.sdkGetFormat(handle, &present, &frameRate) != 0 &&
+                         api.sdkSetFormat(handle, &settings.format, frameRate) != 0 &&
+                         api.sdkStreamVideoControl(handle, 1, 0) != 0;
+    return started ? 1 : 0;
+}
+
+std::uint32_t startStill(const OrvexApi& api, void* handle, ORVEX_SNAPSHOT& settings) {
+    const std::uint32_t started = api.sdkEnableStillMode(handle, &settings);
+    if (started == 0 && api.sdkGetLastErrorForCamera(handle) == kInvalidFormatError) {
+        raise<KestrelException>(QUILL_HERE, Errors::kInvalidStreamFormat);
+    }
+    return started;
+}
+
+constexpr ModeOperations kVideoOperations{
+    "video",
+    &OrvexApi::sdkAddStreamingCallback,
+    &OrvexApi::sdkRemoveStreamingCallback,
+    startVideo,
+    [](const OrvexApi& api, void* handle) { return api.sdkStreamVideoControl(handle, 0, 0); },
+    &OrvexApi::sdkCancelVideoCapture,
+    [](const OrvexApi& api, void* handle, std::uint8_t* buffer) {
+        return api.sdkCaptureVideoFrames(handle, 1, buffer);
+    },
+    &OrvexApi::sdkGetVideoImageFormat,
+};
+
+constexpr ModeOperations kStillOperations{
+    "still",
+    &OrvexApi::sdkAddStillCallback,
+    &OrvexApi::sdkRemoveStillCallback,
+    startStill,
+    [](const OrvexApi& api, void* handle) { return api.sdkDisableStillMode(handle); },
+    &OrvexApi::sdkCancelStillCapture,
+    [](const OrvexApi& api, void* handle, std::uint8_t* buffer) { return api.sdkCaptureStillFrame(handle, buffer); },
+    &OrvexApi::sdkGetStillImageFormat,
+};
+
+const ModeOperations& operationsOf(StreamMode mode) {
+    return mode == StreamMode::Video ? kVideoOperations : kStillOperations;
 }
 
 } // namespace
@@ -65,49 +118,25 @@ void OrvexStream::startStream() {
     }
     m_Snapshot = buildStreamSettings(*m_Camera);
     m_Mode = getStreamType();
-    if (m_Mode == StreamMode::Video) {
-        startVideo();
-    } else {
-        startStill();
-    }
-}
-
-void OrvexStream::startVideo() {
-    const OrvexApi& api = orvexApi();
-    void* const handle = m_Camera->getHandle();
-    if (m_VideoCallbackId != kNoCallback) {
-        api.sdkRemoveStreamingCallback(handle, m_VideoCallbackId); // left behind by a start that failed
-    }
-    m_VideoCallbackId = api.sdkAddStreamingCallback(handle, frameCallback, this);
-    if (m_VideoCallbackId == kNoCallback) {
-        raise<KestrelException>(QUILL_HERE, Errors::kRegisterStreamCallback);
-    }
-    ORVEX_FRAME_FORMAT present{};
-    float frameRate = 0;
-    if (api.sdkGetFormat(handle, &present, &frameRate) == 0 ||
-        api.sdkSetFormat(handle, &m_Snapshot.format, frameRate) == 0 || api.sdkStreamVideoControl(handle, 1, 0) == 0) {
-        raise<KestrelException_Stream>(QUILL_HERE, Errors::kStartStream, wordOf(StreamMode::Video));
-    }
+    startCapture();
     startWorker();
 }
 
-void OrvexStream::startStill() {
+void OrvexStream::startCapture() {
     const OrvexApi& api = orvexApi();
+    const ModeOperations& mode = operationsOf(m_Mode);
     void* const handle = m_Camera->getHandle();
-    if (m_StillCallbackId != kNoCallback) {
-        api.sdkRemoveStillCallback(handle, m_StillCallbackId); // left behind by a start that failed
+    std::int32_t& callbackId = callbackIdOf(m_Mode);
+    if (callbackId != kNoCallback) {
+        (api.*mode.removeCallback)(handle, callbackId); // left behind by a start that failed
     }
-    m_StillCallbackId = api.sdkAddStillCallback(handle, frameCallback, this);
-    if (m_StillCallbackId == kNoCallback) {
+    callbackId = (api.*mode.addCallback)(handle, frameCallback, this);
+    if (callbackId == kNoCallback) {
         raise<KestrelException>(QUILL_HERE, Errors::kRegisterStreamCallback);
     }
-    if (api.sdkEnableStillMode(handle, &m_Snapshot) == 0) {
-        if (api.sdkGetLastErrorForCamera(handle) == kInvalidFormatError) {
-            raise<KestrelException>(QUILL_HERE, Errors::kInvalidStreamFormat);
-        }
-        raise<KestrelException_Stream>(QUILL_HERE, Errors::kStartStream, wordOf(StreamMode::Still));
+    if (mode.start(api, handle, m_Snapshot) == 0) {
+        raise<KestrelException_Stream>(QUILL_HERE, Errors::kStartStream, mode.word);
     }
-    startWorker();
 }
 
 void OrvexStream::startWorker() {
@@ -126,38 +155,27 @@ void OrvexStream::stopStream() {
         return;
     }
     m_StopRequested = true;
-    if (m_Mode == StreamMode::Video) {
-        stopVideo();
-    } else {
-        stopStill();
-    }
+    stopCapture();
     joinWorker();
 }
 
-void OrvexStream::stopVideo() {
+void OrvexStream::stopCapture() {
     const OrvexApi& api = orvexApi();
+    const ModeOperations& mode = operationsOf(m_Mode);
     void* const handle = m_Camera->getHandle();
-    api.sdkCancelVideoCapture(handle);
-    if (api.sdkStreamVideoControl(handle, 0, 0) == 0) {
-        raise<KestrelException_Stream>(QUILL_HERE, Errors::kStopStream, wordOf(StreamMode::Video));
+    std::int32_t& callbackId = callbackIdOf(m_Mode);
+    (api.*mode.cancelCapture)(handle);
+    if (mode.stop(api, handle) == 0) {
+        raise<KestrelException_Stream>(QUILL_HERE, Errors::kStopStream, mode.word);
     }
-    if (api.sdkRemoveStreamingCallback(handle, m_VideoCallbackId) == 0) {
+    if ((api.*mode.removeCallback)(handle, callbackId) == 0) {
         raise<KestrelException>(QUILL_HERE, Errors::kRemoveStreamCallback);
     }
-    m_VideoCallbackId = kNoCallback;
+    callbackId = kNoCallback;
 }
 
-void OrvexStream::stopStill() {
-    const OrvexApi& api = orvexApi();
-    void* const handle = m_Camera->getHandle();
-    api.sdkCancelStillCapture(handle);
-    if (api.sdkDisableStillMode(handle) == 0) {
-        raise<KestrelException_Stream>(QUILL_HERE, Errors::kStopStream, wordOf(StreamMode::Still));
-    }
-    if (api.sdkRemoveStillCallback(handle, m_StillCallbackId) == 0) {
-        raise<KestrelException>(QUILL_HERE, Errors::kRemoveStreamCallback);
-    }
-    m_StillCallbackId = kNoCallback;
+std::int32_t& OrvexStream::callbackIdOf(StreamMode mode) {
+    return mode == StreamMode::Video ? m_VideoCallbackId : m_StillCallbackId;
 }
 
 void OrvexStream::joinWorker() {
@@ -173,11 +191,7 @@ void OrvexStream::forceStop() noexcept {
     }
     m_StopRequested = true;
     try {
-        if (m_Mode == StreamMode::Video) {
-            stopVideo();
-        } else {
-            stopStill();
-        }
+        stopCapture();
     } catch (const KestrelException&) {
         // The capture is cancelled and the worker told to end; that is enough.
     }
@@ -231,7 +245,7 @@ std::chrono::milliseconds OrvexStream::exposureTime() {
 }
 
 void OrvexStream::raiseWithoutFrame(FrameHandover::Outcome outcome) {
-    const char* const word = wordOf(m_Mode);
+    const char* const word = operationsOf(m_Mode).word;
     if (m_Camera->isRetired()) {
         raise<KestrelException_Stream>(QUILL_HERE, Errors::kStreamCameraGone, word);
     }
@@ -286,15 +300,13 @@ void OrvexStream::captureLoop(StreamMode mode, std::size_t frameBufferSize) {
     Imaging::BufferPool::instance().giveBack(std::move(buffer));
 }
 
-bool OrvexStream::captureFrame(StreamMode mode, std::vector<unsigned char>& buffer) {
+bool OrvexStream::captureFrame(StreamMode streamMode, std::vector<unsigned char>& buffer) {
     const OrvexApi& api = orvexApi();
+    const ModeOperations& mode = operationsOf(streamMode);
     void* const handle = m_Camera->getHandle();
-    const bool video = mode == StreamMode::Video;
-    const bool captured = (video ? api.sdkCaptureVideoFrames(handle, 1, buffer.data())
-                                 : api.sdkCaptureStillFrame(handle, buffer.data())) != 0;
+    const bool captured = mode.capture(api, handle, buffer.data()) != 0;
     const MutexLock lock(m_ImageFormatMutex);
-    const bool described = (video ? api.sdkGetVideoImageFormat(handle, &m_ImageFormat)
-                                  : api.sdkGetStillImageFormat(handle, &m_ImageFormat)) != 0;
+    const bool described = (api.*mode.getImageFormat)(handle, &m_ImageFormat) != 0;
     return captured && described && fits(m_ImageFormat, buffer.size());
 }
 

@@ -40,14 +40,13 @@ public:
 private:
     static void frameCallback(void* context, std::uint32_t unused1, std::uint32_t unused2);
 
-    void startVideo() QUILL_REQUIRES(m_ControlMutex);
-    void startStill() QUILL_REQUIRES(m_ControlMutex);
+    void startCapture() QUILL_REQUIRES(m_ControlMutex);
     void startWorker() QUILL_REQUIRES(m_ControlMutex);
-    void stopVideo() QUILL_REQUIRES(m_ControlMutex);
-    void stopStill() QUILL_REQUIRES(m_ControlMutex);
+    void stopCapture() QUILL_REQUIRES(m_ControlMutex);
     void joinWorker() QUILL_REQUIRES(m_ControlMutex);
+    std::int32_t& callbackIdOf(CameraInterface::StreamMode mode) QUILL_REQUIRES(m_ControlMutex);
     void captureLoop(CameraInterface::StreamMode mode, std::size_t frameBufferSize);
-    bool captureFrame(CameraInterface::StreamMode mode, std::vector<unsigned char>& buffer);
+    bool captureFrame(CameraInterface::StreamMode streamMode, std::vector<unsigned char>& buffer);
     void deliverFrame(std::vector<unsigned char>& frame);
     std::chrono::milliseconds exposureTime();
     [[noreturn]] void raiseWithoutFrame(FrameHandover::Outcome outcome);

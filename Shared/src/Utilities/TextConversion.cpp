@@ -166,9 +166,13 @@ Number parseFloatingPoint(const std::string& text, const char* invalid, const ch
     return negative ? -magnitude : magnitude;
 }
 
-std::string fixedText(double value, int decimals) {
-    // The largest double has 309 digits before the point.
-    std::array<char, 320> buffer{};
+/// Enough for the largest number of a type before the point, its sign, the point and the decimals.
+template <typename Number>
+constexpr std::size_t kFixedTextSize = std::numeric_limits<Number>::max_exponent10 + 12;
+
+template <typename Number>
+std::string fixedText(Number value, int decimals) {
+    std::array<char, kFixedTextSize<Number>> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): written below
     const auto result =
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, decimals);
     return {buffer.data(), result.ptr};

@@ -1,5 +1,6 @@
 #include <array>
 #include <map>
+#include <optional>
 #include <string>
 
 #include <Quill.h>
@@ -12,6 +13,8 @@ namespace {
 
 using CameraInterface::Camera;
 using CameraInterface::CameraState;
+using OrvexAdapter::CGigE;
+using OrvexAdapter::GigEDescription;
 
 const char* stateName(CameraState state) {
     constexpr std::array kNames{"connected", "disconnected", "suspended"};
@@ -57,6 +60,25 @@ private:
     bool m_Json = false;
 };
 
+/// An address of a GigE camera or of the host's adapter: how it is called on the screen and in JSON.
+struct NetworkAddress {
+    const char* title;
+    const char* owner;
+    const char* key;
+    std::string (CGigE::*text)() const;
+};
+
+constexpr NetworkAddress kNetworkAddresses[] = {
+    {"Camera MAC Address", "camera", "macAddress", &CGigE::GetCamMacAddress},
+    {"Camera IP Address", "camera", "ipAddress", &CGigE::GetCamIPAddress},
+    {"Camera Subnet Mask", "camera", "subnetMask", &CGigE::GetCamMaskAddress},
+    {"Camera Gateway", "camera", "gateway", &CGigE::GetCamGatewayAddress},
+    {"Host MAC Address", "host", "macAddress", &CGigE::GetHostMacAddress},
+    {"Host IP Address", "host", "ipAddress", &CGigE::GetHostIPAddress},
+    {"Host Subnet Mask", "host", "subnetMask", &CGigE::GetHostMaskAddress},
+    {"Host Gateway", "host", "gateway", &CGigE::GetHostGatewayAddress},
+};
+
 class InfoCommand : public Command {
 public:
     void describe(CLI::App& parser) override {
@@ -67,6 +89,7 @@ public:
     ExitCode run(Context& context) override {
         const SelectedCamera camera = context.session.connect(m_Camera);
         camera.attempt("its description cannot be read", [&] {
+            m_Network = OrvexAdapter::readGigE(*camera);
             const std::string model = camera->getModelName();
             const char* state = stateName(camera->getState());
             const std::size_t properties = camera->getSupportedProperties().size();
@@ -79,6 +102,7 @@ public:
                               {"properties", properties},
                               {"functions", functions},
                               {"information", information}};
+                addNetworkToDocument();
                 return;
             }
             m_Table.rows = {{"Serial Number", camera.serialNumber()},
@@ -91,18 +115,41 @@ public:
                     m_Table.rows.push_back({name, value});
                 }
             }
+            addNetworkToTable();
         });
         if (m_Json) {
             context.output.printJson(m_Document);
         } else {
             context.output.printTable(m_Table);
+            context.output.print(m_Network ? m_Network->statistics : "");
         }
         return ExitCode::Done;
     }
 
 private:
+    void addNetworkToDocument() {
+        if (!m_Network) {
+            return;
+        }
+        Json& network = m_Document["network"];
+        for (const NetworkAddress& address : kNetworkAddresses) {
+            network[address.owner][address.key] = (m_Network->settings.*address.text)();
+        }
+        network["statistics"] = m_Network->statistics;
+    }
+
+    void addNetworkToTable() {
+        if (!m_Network) {
+            return;
+        }
+        for (const NetworkAddress& address : kNetworkAddresses) {
+            m_Table.rows.push_back({address.title, (m_Network->settings.*address.text)()});
+        }
+    }
+
     std::string m_Camera;
     bool m_Json = false;
+    std::optional<GigEDescription> m_Network; // of a GigE camera
     Json m_Document;
     Table m_Table{{"WHAT", "VALUE"}, {}};
 };
@@ -118,6 +165,7 @@ std::vector<CommandDescription> cameraCommands() {
          "  quill list --json | jq -r '.cameras[].serialNumber'\n",
          makeCommand<ListCommand>},
         {"info", "Describe a camera",
+         "Of a GigE camera also the addresses, on both ends, and the counters of its stream.\n\n"
          "Examples:\n"
          "  quill info 90001\n"
          "  quill info 90001 --json | jq -r '.information[\"Firmware Version\"]'\n",

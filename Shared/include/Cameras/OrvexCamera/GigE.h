@@ -1,9 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "Export.h"
+
+namespace CameraInterface {
+class Camera;
+}
 
 namespace OrvexAdapter {
 
@@ -20,6 +25,7 @@ struct ORVEX_ETHERNET {
 static_assert(sizeof(ORVEX_ETHERNET) == 140);
 
 /// The SDK's 24 counters of a stream, in its order.
+// NOLINTNEXTLINE(*-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the name is given
 struct _ORVEX_STREAM_STATS {
     std::uint32_t counters[24] = {};
 };
@@ -82,5 +88,15 @@ private:
     ORVEX_ETHERNET m_Ethernet;
     _ORVEX_STREAM_STATS m_StreamStats;
 };
+
+/// What a GigE camera tells of its network.
+struct GigEDescription {
+    CGigE settings;
+    std::string statistics; ///< the report of the stream's counters
+};
+
+/// Asks a connected GigE camera for its network settings and counters; empty for every other camera.
+/// @throws KestrelException  the camera does not tell them
+QUILL_API std::optional<GigEDescription> readGigE(CameraInterface::Camera& camera);
 
 } // namespace OrvexAdapter

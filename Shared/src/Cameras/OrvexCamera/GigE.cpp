@@ -223,6 +223,7 @@ void CGigE::SetMacFromString(unsigned char* mac, const std::string& text) {
         throw std::invalid_argument("A MAC address has at most six numbers.");
     }
     std::vector<unsigned char> bytes;
+    bytes.reserve(kMacBytes);
     for (const std::string& piece : pieces) {
         bytes.push_back(static_cast<unsigned char>(Utilities::parseUnsigned(piece, 16)));
     }

@@ -23,7 +23,6 @@ using Utilities::MutexLock;
 
 namespace {
 
-constexpr unsigned int kGigE = 4;
 constexpr unsigned int kEnumeratedInterfaces[] = {2};
 
 /// A stray failure does not make a camera dead: this many of three queries must fail.
@@ -36,8 +35,8 @@ Utilities::Mutex OrvexCamera::m_CameraEnumerationMutex;
 
 OrvexCamera::OrvexCamera(const ORVEX_VERSION& version, unsigned int interface)
     : m_Version(version), m_Interface(interface), m_ModelName(getModelNameFromCameraId(version.cameraid)) {
-    if (m_Interface == kGigE) {
-        m_GigE.GetEthernetInfo(static_cast<int>(findCameraIndex()));
+    if (m_Interface == kGigEInterface) {
+        readNetworkSettings(m_GigE);
         m_SerialNumber = m_GigE.GetCamMacAddress();
     } else {
         m_SerialNumber = std::to_string(version.serialnumber);

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,8 @@
 #include "Utilities/Mutex.h"
 
 namespace OrvexAdapter {
+
+constexpr unsigned int kGigEInterface = 4; // the SDK's number
 
 /// A camera that is reached through the maker's camera SDK.
 class OrvexCamera : public CameraInterface::Camera {
@@ -28,6 +31,9 @@ public:
 
     /// The SDK's handle; null while the camera is not open. Taken anew for every call of the SDK.
     void* getHandle();
+
+    /// What a connected camera on the network tells of it; see readGigE(). Takes the enumeration mutex.
+    std::optional<GigEDescription> describeNetwork() QUILL_EXCLUDES(m_CameraEnumerationMutex);
 
     using Camera::isRetired;
 
@@ -51,6 +57,10 @@ private:
     static unsigned int EnumCameras(ORVEX_VERSION* versions, unsigned int count);
     static std::vector<ORVEX_VERSION> getConnectedCameras();
     unsigned int findCameraIndex();
+    /// The settings of this camera, even if its index moves meanwhile, because another one comes or goes.
+    /// @throws KestrelException "GigEError"  it does not tell them
+    /// @throws KestrelException "CameraEnumeration "  the index never stays
+    void readNetworkSettings(CGigE& settings);
     void closeHandle();
     /// Whether the indices moved between the search for the camera and its opening, because another one came or went.
     bool hasOpenedAnother();

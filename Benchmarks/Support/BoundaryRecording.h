@@ -1,0 +1,31 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "OrvexApi/OrvexApi.h"
+
+namespace Benchmarks {
+
+/// The calls of the SDK's boundary that an action makes, to be made again without what was around them.
+class BoundaryRecording {
+public:
+    /// What a call is made with in place of the recorded pointers.
+    struct Context {
+        void* handle = nullptr; ///< of the camera that was opened last
+        void* memory = nullptr; ///< where results go; large enough for a whole flash
+    };
+    using Call = std::function<void(const OrvexAdapter::OrvexApi& api, Context& context)>;
+
+    /// Records while @p action runs on this thread; no other may call the SDK meanwhile.
+    explicit BoundaryRecording(const std::function<void()>& action);
+
+    std::size_t size() const { return m_Calls.size(); }
+    /// @param handle of the open camera, for calls before the first that opens one
+    void replay(void* handle) const;
+
+private:
+    std::vector<Call> m_Calls;
+};
+
+} // namespace Benchmarks

@@ -1,0 +1,45 @@
+#include "Support/SdkCamera.h"
+
+#include <SoftwareDevices.h>
+
+#include "Internal/SharedLibrary.h"
+
+namespace Benchmarks {
+
+using namespace OrvexAdapter;
+
+namespace {
+
+constexpr unsigned int kInterface = 2; // where the default devices are
+
+} // namespace
+
+SdkCamera::SdkCamera(const std::function<void(OrvexApi&)>& replace) : m_Api(orvexApi()) {
+    SoftwareDevices::startEmpty();
+    SoftwareDevices::plug(SoftwareDevices::defaultDevices().front());
+    if (replace) {
+        replace(m_Api);
+    }
+    useOrvexApi(&m_Api);
+    orvexApi().sdkSelectInterface(kInterface);
+    orvexApi().sdkEnumCameras(&m_Version, 1);
+    m_Camera = makeDisconnected();
+    m_Camera->connect();
+}
+
+SdkCamera::~SdkCamera() {
+    m_Camera.reset();
+    useOrvexApi(nullptr);
+    SoftwareDevices::startEmpty();
+}
+
+std::unique_ptr<OrvexCamera> SdkCamera::makeDisconnected() const {
+    return std::make_unique<OrvexCamera>(m_Version, kInterface);
+}
+
+} // namespace Benchmarks
+
+// What the library itself defines in a file that the benchmarks leave out.
+std::string Internal::getLibraryFolder() {
+    return QUILL_BENCHMARK_LIBRARY_FOLDER;
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "Cameras/OrvexCamera/OrvexCamera.h"
+#include "OrvexApi/OrvexApi.h"
+
+namespace Benchmarks {
+
+/// The default colour camera, connected: 5 megapixels, behind the boundary of the SDK. One at a time.
+class SdkCamera {
+public:
+    /// @param replace puts other operations into the table through which the library calls
+    explicit SdkCamera(const std::function<void(OrvexAdapter::OrvexApi&)>& replace = {});
+    SdkCamera(const SdkCamera&) = delete;
+    SdkCamera& operator=(const SdkCamera&) = delete;
+    ~SdkCamera();
+
+    /// A camera object of its own for the same device.
+    std::unique_ptr<OrvexAdapter::OrvexCamera> makeDisconnected() const;
+
+    OrvexAdapter::OrvexCamera* operator->() { return m_Camera.get(); }
+    OrvexAdapter::OrvexCamera& operator*() { return *m_Camera; }
+
+private:
+    OrvexAdapter::OrvexApi m_Api;
+    ORVEX_VERSION m_Version{};
+    std::unique_ptr<OrvexAdapter::OrvexCamera> m_Camera;
+};
+
+} // namespace Benchmarks
