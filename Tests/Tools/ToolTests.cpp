@@ -8,8 +8,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "ChildProcess.h"
-#include "Support/TemporaryFolder.h"
+#include "ToolFixture.h"
 
 namespace {
 
@@ -18,7 +17,6 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
 using namespace TestSupport;
-using Words = std::vector<std::string>;
 
 constexpr const char* kCameraList = R"({"Cameras": [
   {"Identification": {"Model Name": "One", "Serial Number": "90001"},
@@ -39,26 +37,9 @@ constexpr const char* kCameraList = R"({"Cameras": [
   {"Identification": {"Model Name": "Two", "Serial Number": "90002"}, "Properties": [], "Functions": []},
   {"Identification": {"Model Name": "Three", "Serial Number": "81000"}, "Properties": [], "Functions": []}]})";
 
-/// Runs the tool on a list of cameras of its own.
-class Tool : public ::testing::Test {
+class Tool : public ToolFixture {
 protected:
-    Tool() { m_Folder.write("list.json", kCameraList); }
-
-    ChildProcess command(const Words& words) const {
-        return {
-            QUILL_UNDER_TEST, words, {"QUILL_TEST_CAMERA_LIST=" + m_Folder.file("list.json"), "LC_ALL=de_DE.UTF-8"}};
-    }
-    ChildResult run(const Words& words) const { return runChild(command(words)); }
-    ChildResult runScript(const std::string& script) const {
-        ChildProcess shell = command({"shell"});
-        shell.inputFile = m_Folder.write("script", script);
-        return runChild(shell);
-    }
-    std::size_t filesInFolder() const {
-        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(m_Folder.path()), {}));
-    }
-
-    TemporaryFolder m_Folder;
+    Tool() : ToolFixture(kCameraList) {}
 };
 
 /// Words, exit code, and a part of what is said: on standard output where that is 0, else in the one line on standard

@@ -77,6 +77,19 @@ std::string readArgument(const std::string& argument) {
     return argument;
 }
 
+std::vector<unsigned char> readFileForCamera(const std::string& path, std::size_t maximumSize) {
+    std::vector<unsigned char> bytes =
+        attempt(fmt::format("file '{}': cannot be read", path), [&] { return readInputFile(path); });
+    if (bytes.empty()) {
+        throw ToolError(ExitCode::Failed, fmt::format("file '{}': is empty", path));
+    }
+    if (bytes.size() > maximumSize) {
+        throw ToolError(ExitCode::Failed,
+                        fmt::format("file '{}': has {} bytes, which is more than {}", path, bytes.size(), maximumSize));
+    }
+    return bytes;
+}
+
 std::string toHex(std::string_view bytes) {
     std::string digits;
     digits.reserve(2 * bytes.size());
@@ -86,7 +99,7 @@ std::string toHex(std::string_view bytes) {
     return digits;
 }
 
-std::string hexDump(std::string_view bytes) {
+std::string hexDump(std::string_view bytes, std::size_t first) {
     std::string dump;
     for (std::size_t offset = 0; offset < bytes.size(); offset += kBytesPerLine) {
         const std::string_view row = bytes.substr(offset, kBytesPerLine);
@@ -96,7 +109,7 @@ std::string hexDump(std::string_view bytes) {
             fmt::format_to(std::back_inserter(digits), "{:02x} ", static_cast<unsigned char>(byte));
             characters += byte >= 0x20 && byte < 0x7F ? byte : '.';
         }
-        fmt::format_to(std::back_inserter(dump), "{:08x}  {:<{}} |{}|\n", offset, digits, 3 * kBytesPerLine,
+        fmt::format_to(std::back_inserter(dump), "{:08x}  {:<{}} |{}|\n", first + offset, digits, 3 * kBytesPerLine,
                        characters);
     }
     return dump;

@@ -35,12 +35,16 @@ public:
     virtual ExitCode run(Context& context) = 0;
 };
 
-/// How a command is called, explained and made.
+/// How a command is called, explained and made. A group of commands, such as "flash", makes nothing: the words that may
+/// follow it are its members.
 struct CommandDescription {
     std::string name;
     std::string summary;
     std::string details; ///< what follows the list of arguments in its help: explanation and examples
-    std::unique_ptr<Command> (*make)();
+    std::unique_ptr<Command> (*make)() = nullptr;
+    std::vector<CommandDescription> members{};
+
+    bool isGroup() const { return make == nullptr; }
 };
 
 template <typename Class>
@@ -50,6 +54,7 @@ std::unique_ptr<Command> makeCommand() {
 
 /// The arguments that several commands share.
 void addCameraArgument(CLI::App& parser, std::string& selector);
+void addFileArgument(CLI::App& parser, std::string& path, const std::string& what);
 void addJsonFlag(CLI::App& parser, bool& json);
 
 // The commands, in groups and in the order of the help.
@@ -57,6 +62,12 @@ std::vector<CommandDescription> cameraCommands();
 std::vector<CommandDescription> propertyCommands();
 std::vector<CommandDescription> functionCommands();
 std::vector<CommandDescription> imageCommands();
+CommandDescription flashCommands();
+CommandDescription firmwareCommands();
+CommandDescription jtagCommand();
+CommandDescription rebootCommand();
+CommandDescription usb3VisionCommands();
+CommandDescription kitCommand();
 CommandDescription streamCommand();
 CommandDescription watchCommand();
 CommandDescription shellCommand();

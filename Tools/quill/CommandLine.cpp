@@ -30,7 +30,7 @@ Exit codes:
   0    done
   1    the operation failed
   2    the command line is wrong, or a camera's name fits several
-  3    no such camera, property or function
+  3    no such camera, property or function, or no driver kit
   4    timed out
   5    the camera is gone
   6    what was read back is not what was written
@@ -42,6 +42,7 @@ Examples:
   quill set 90001 "Video Exposure" 12.5
   quill convert frame.raw --from BAYER_RGGB --width 640 --height 480 --to RGB \
       -o frame.png
+  quill firmware write 41500101 update.img --dry-run
 )";
 
 const std::vector<CommandDescription>& allCommands() {
@@ -50,34 +51,42 @@ const std::vector<CommandDescription>& allCommands() {
         for (auto& group : {cameraCommands(), propertyCommands(), functionCommands(), imageCommands()}) {
             std::copy(group.begin(), group.end(), std::back_inserter(all));
         }
-        all.push_back(streamCommand());
-        all.push_back(watchCommand());
-        all.push_back(shellCommand());
+        for (const auto& single : {streamCommand, watchCommand, flashCommands, firmwareCommands, jtagCommand,
+                                   rebootCommand, usb3VisionCommands, kitCommand, shellCommand}) {
+            all.push_back(single());
+        }
         return all;
     }();
     return commands;
 }
 
-const CommandDescription& findCommand(const std::string& name) {
-    const auto& commands = allCommands();
+/// @param path  the words before @p name, such as "flash "
+const CommandDescription& findCommand(const std::vector<CommandDescription>& commands, const std::string& path,
+                                      const std::string& name) {
     const auto command = std::find_if(commands.begin(), commands.end(),
                                       [&](const CommandDescription& candidate) { return candidate.name == name; });
     if (command == commands.end()) {
-        throw ToolError(ExitCode::Usage, fmt::format("unknown command '{}'; try 'quill --help'", name));
+        throw ToolError(ExitCode::Usage, fmt::format("unknown command '{0}{1}'; try 'quill {0}--help'", path, name));
     }
     return *command;
 }
 
-std::string overview() {
-    std::string text = kHelpHead;
-    for (const CommandDescription& command : allCommands()) {
+std::string listing(const std::vector<CommandDescription>& commands) {
+    std::string text;
+    for (const CommandDescription& command : commands) {
         fmt::format_to(std::back_inserter(text), "  {:<13}{}\n", command.name, command.summary);
     }
-    return text + kHelpTail;
+    return text;
+}
+
+std::string helpOf(const CommandDescription& group, const std::string& path) {
+    return fmt::format(
+        "{0}.\nUsage: quill {1} COMMAND [ARGUMENT...]\n       quill {1} COMMAND --help\n\nCommands:\n{2}\n{3}",
+        group.summary, path, listing(group.members), group.details);
 }
 
 ExitCode printOverview(Context& context) {
-    context.output.print(overview());
+    context.output.print(kHelpHead + listing(allCommands()) + kHelpTail);
     return ExitCode::Done;
 }
 
@@ -106,10 +115,11 @@ std::string unmarked(const std::string& argument) {
     return argument.rfind(kLiteralMark, 0) == 0 ? argument.substr(1) : argument;
 }
 
-ExitCode runCommand(const CommandDescription& description, const std::vector<std::string>& arguments,
-                    Context& context) {
+/// @param path  the words that call the command
+ExitCode runCommand(const CommandDescription& description, const std::string& path,
+                    const std::vector<std::string>& arguments, Context& context) {
     const std::unique_ptr<Command> command = description.make();
-    CLI::App parser(description.summary + ".", "quill " + description.name);
+    CLI::App parser(description.summary + ".", "quill " + path);
     parser.footer(description.details);
     command->describe(parser);
     for (CLI::Option* option : parser.get_options()) {
@@ -123,25 +133,48 @@ ExitCode runCommand(const CommandDescription& description, const std::vector<std
         context.output.print(parser.help());
         return ExitCode::Done;
     } catch (const CLI::ParseError& failure) {
-        throw ToolError(ExitCode::Usage,
-                        fmt::format("{0}: {1}; try 'quill {0} --help'", description.name, failure.what()));
+        throw ToolError(ExitCode::Usage, fmt::format("{0}: {1}; try 'quill {0} --help'", path, failure.what()));
     }
     return command->run(context);
+}
+
+bool asksForHelp(const std::string& word) {
+    return word == "--help" || word == "-h";
+}
+
+/// Follows the words through the groups to the command that they call.
+ExitCode runWords(const std::vector<std::string>& words, Context& context) {
+    const CommandDescription* command = &findCommand(allCommands(), "", words.front());
+    std::string path = command->name;
+    auto next = words.begin() + 1;
+    for (; command->isGroup(); ++next) {
+        if (next == words.end()) {
+            throw ToolError(ExitCode::Usage, fmt::format("{0}: a command is missing; try 'quill {0} --help'", path));
+        }
+        if (asksForHelp(*next)) {
+            context.output.print(helpOf(*command, path));
+            return ExitCode::Done;
+        }
+        command = &findCommand(command->members, path + ' ', *next);
+        path += ' ' + command->name;
+    }
+    return runCommand(*command, path, {next, words.end()}, context);
 }
 
 ExitCode dispatch(std::vector<std::string> words, Context& context) {
     if (words.empty()) {
         throw ToolError(ExitCode::Usage, "a command is missing; try 'quill --help'");
     }
-    if (words.size() == 2 && words.front() == "help") {
-        words = {words.back(), "--help"};
+    if (words.size() > 1 && words.front() == "help") {
+        words.front() = "--help";
+        std::rotate(words.begin(), words.begin() + 1, words.end());
     }
     for (const GlobalOption& option : kGlobalOptions) {
         if (option.name == words.front()) {
             return option.run(context);
         }
     }
-    return runCommand(findCommand(words.front()), {words.begin() + 1, words.end()}, context);
+    return runWords(words, context);
 }
 
 } // namespace

@@ -108,6 +108,10 @@ void Output::flush() {
     requireWritten(std::fflush(stdout) == 0);
 }
 
+void Output::tell(std::string_view sentence) {
+    complain(kBold, sentence);
+}
+
 void Output::warn(std::string_view sentence) {
     complain(kBoldYellow, fmt::format("warning: {}", sentence));
 }

@@ -40,6 +40,7 @@ public:
     void flush();
 
     /// One line on standard error.
+    void tell(std::string_view sentence);
     void warn(std::string_view sentence);
     void fail(std::string_view sentence);
     /// Where the lines on standard error come from, such as "line 3"; empty for none.

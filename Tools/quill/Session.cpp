@@ -22,6 +22,12 @@ std::string enumerate(const std::vector<std::string>& serialNumbers) {
 
 } // namespace
 
+ToolError SelectedCamera::explain(const std::string& tried, const std::exception& failure) const {
+    const auto* explained = dynamic_cast<const ToolError*>(&failure);
+    const ToolError error = explained == nullptr ? describeFailure(about(tried), failure) : *explained;
+    return isGone() ? ToolError(ExitCode::CameraGone, fmt::format("{} The camera is gone.", error.what())) : error;
+}
+
 bool SelectedCamera::isGone() const noexcept {
     try {
         const Camera* listed = &Camera::getCamera(m_SerialNumber);

@@ -24,19 +24,19 @@ public:
     /// "camera 90001: @p what", the beginning of every sentence about it.
     std::string about(const std::string& what) const { return fmt::format("camera {}: {}", m_SerialNumber, what); }
 
-    /// Runs an action on the camera. What it throws becomes a ToolError about this camera: @p tried says what cannot be
-    /// done. The camera that went away meanwhile is told from the one that refuses.
+    /// Runs an action on the camera. What it throws becomes a ToolError: see explain().
     template <typename Action>
     auto attempt(const std::string& tried, Action&& action) const {
         try {
-            return QuillTool::attempt(about(tried), std::forward<Action>(action));
-        } catch (const ToolError& failure) {
-            if (isGone()) {
-                throw ToolError(ExitCode::CameraGone, fmt::format("{} The camera is gone.", failure.what()));
-            }
-            throw;
+            return std::forward<Action>(action)();
+        } catch (const std::exception& failure) {
+            throw explain(tried, failure);
         }
     }
+
+    /// A failure as a ToolError about this camera: @p tried says what cannot be done. The camera that went away
+    /// meanwhile is told from the one that refuses.
+    ToolError explain(const std::string& tried, const std::exception& failure) const;
 
 private:
     bool isGone() const noexcept;

@@ -26,6 +26,9 @@ constexpr std::array kFailureCodes{
     FailureCode{"StreamTimeout", ExitCode::TimedOut},
 };
 
+/// Where the reason begins in a sentence such as "Error with function {Read Flash}: ...".
+constexpr std::string_view kSubjectEnd = "}: ";
+
 ExitCode codeOf(const std::exception& failure) {
     const auto* known = dynamic_cast<const KestrelException*>(&failure);
     if (known == nullptr) {
@@ -47,10 +50,22 @@ std::string reasonOf(const std::exception& failure) {
         return failure.what();
     }
     const std::string reason = known->why();
-    constexpr std::string_view kSubjectEnd = "}: ";
     const std::size_t subjectEnd = reason.find(kSubjectEnd);
     const bool namesSubject = reason.rfind("Error with ", 0) == 0 && subjectEnd != std::string::npos;
     return namesSubject ? reason.substr(subjectEnd + kSubjectEnd.size()) : reason;
+}
+
+std::string subjectOf(const std::exception& failure) {
+    const auto* known = dynamic_cast<const KestrelException*>(&failure);
+    const std::string reason = known == nullptr ? "" : known->why();
+    const std::size_t begin = reason.find('{');
+    const std::size_t end = reason.find(kSubjectEnd);
+    if (end == std::string::npos || begin > end) {
+        return "";
+    }
+    std::string subject = reason.substr(begin + 1, end - begin - 1);
+    subject.erase(subject.find_last_not_of(' ') + 1);
+    return subject;
 }
 
 ToolError describeFailure(const std::string& tried, const std::exception& failure) {

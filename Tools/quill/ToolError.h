@@ -12,7 +12,7 @@ enum class ExitCode {
     Done = 0,
     Failed = 1,
     Usage = 2,
-    NotFound = 3, ///< no such camera, property or function
+    NotFound = 3, ///< no such camera, property or function, or no driver kit
     TimedOut = 4,
     CameraGone = 5,
     Difference = 6, ///< what was read back is not what was written
@@ -32,6 +32,9 @@ private:
 
 /// Why an operation of the library failed, without the subject and the place that the exception names too.
 std::string reasonOf(const std::exception& failure);
+
+/// What the exception of the library is about, such as a function's name; may be empty.
+std::string subjectOf(const std::exception& failure);
 
 /// "@p tried: reason", with the exit code that fits the failure.
 ToolError describeFailure(const std::string& tried, const std::exception& failure);

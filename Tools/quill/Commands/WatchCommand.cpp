@@ -1,7 +1,6 @@
 #include <array>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <Quill.h>
@@ -9,55 +8,14 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "CameraChanges.h"
 #include "Command.h"
-#include "WakePipe.h"
 
 namespace QuillTool {
 
 namespace {
 
 using CameraInterface::Camera;
-
-struct Departure {
-    std::string modelName;
-    std::string serialNumber;
-};
-
-/// What the library's threads have to tell the command's.
-class CameraChanges {
-public:
-    CameraChanges() {
-        Camera::registerDisconnectCallback([this](const std::string& modelName, const std::string& serialNumber) {
-            {
-                const Utilities::MutexLock lock(m_Mutex);
-                m_Departures.push_back({modelName, serialNumber});
-            }
-            m_Pipe.wake();
-        });
-        Camera::registerNewConnectCallback([this] { m_Pipe.wake(); });
-    }
-    CameraChanges(const CameraChanges&) = delete;
-    CameraChanges& operator=(const CameraChanges&) = delete;
-    /// When the registrations have ended, no callback runs any more.
-    ~CameraChanges() {
-        Camera::registerNewConnectCallback({});
-        Camera::registerDisconnectCallback({});
-    }
-
-    /// Readable when something changed.
-    int descriptor() const { return m_Pipe.descriptor(); }
-
-    std::vector<Departure> takeDepartures() {
-        m_Pipe.drain();
-        const Utilities::MutexLock lock(m_Mutex);
-        return std::exchange(m_Departures, {});
-    }
-
-private:
-    WakePipe m_Pipe;
-    Utilities::Mutex m_Mutex; // guards the departures
-    std::vector<Departure> m_Departures QUILL_GUARDED_BY(m_Mutex);
-};
 
 class WatchCommand : public Command {
 public:

@@ -1,0 +1,294 @@
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "ToolFixture.h"
+
+namespace {
+
+using nlohmann::json;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+using namespace TestSupport;
+
+/// A camera with all flash functions, one whose flash can be erased but not written, and one without functions.
+constexpr const char* kCameraList = R"({"Cameras": [
+  {"Identification": {"Model Name": "Whole", "Serial Number": "70001"}, "Properties": [], "Functions": [
+    {"Name": "Erase Flash", "Parameters": [], "Return Format": []},
+    {"Name": "Write Flash", "Parameters": [{"Type": "Integer", "Label": "Address"}, {"Type": "String", "Label": "Data"}],
+     "Return Format": []},
+    {"Name": "Read Flash", "Parameters": [], "Return Format": []},
+    {"Name": "Write Flash Status", "Parameters": [], "Return Format": []},
+    {"Name": "Read Flash Status", "Parameters": [], "Return Format": []},
+    {"Name": "Reboot", "Parameters": [], "Return Format": []}]},
+  {"Identification": {"Model Name": "Erasable", "Serial Number": "70002"}, "Properties": [], "Functions": [
+    {"Name": "Erase Flash", "Parameters": [], "Return Format": []},
+    {"Name": "Read Flash", "Parameters": [], "Return Format": []}]},
+  {"Identification": {"Model Name": "Bare", "Serial Number": "80001"}, "Properties": [], "Functions": []}]})";
+
+/// Two sections, 0x28 bytes with header and end.
+const std::string kImage("CY\x1c\xb0"
+                         "\x02\0\0\0\0\x30\0\x40"
+                         "12345678"
+                         "\x01\0\0\0\0\0\x01\x40"
+                         "abcd"
+                         "\0\0\0\0\0\x30\0\x40",
+                         40);
+
+class MaintenanceTool : public ToolFixture {
+protected:
+    MaintenanceTool() : ToolFixture(kCameraList) {
+        std::filesystem::current_path(m_Folder.path()); // files are named as they are typed
+        m_Folder.write("table.bin", "0123456789abcdef");
+        m_Folder.write("image", kImage);
+        m_Folder.write("cut", kImage.substr(0, kImage.size() - 1));
+        m_Folder.write("empty", "");
+    }
+    ~MaintenanceTool() override { std::filesystem::current_path("/"); }
+
+    /// The tool with the devices in software.
+    static ChildProcess withDevices(const Words& words) { return {QUILL_WITH_DEVICES, words, {}}; }
+
+    /// The objects, one a line.
+    static std::vector<json> parseLines(const std::string& text) {
+        std::istringstream lines(text);
+        std::vector<json> objects;
+        for (std::string line; std::getline(lines, line);) {
+            objects.push_back(json::parse(line));
+        }
+        return objects;
+    }
+};
+
+TEST_F(MaintenanceTool, RefusesBeforeTheCameraIsTouched) {
+    const struct {
+        std::string words;
+        int exitCode;
+        const char* said;
+    } cases[] = {
+        {"flash write 70001 0 empty", 1, "file 'empty': is empty"},
+        {"flash write 70001 0 missing", 1, "file 'missing': cannot be read: No such file"},
+        {"flash write 70001 0 table.bin --maximum-size 15", 1, "file 'table.bin': has 16 bytes, which is more than 15"},
+        {"flash write 70001 0xFFFFF1 table.bin", 2,
+         "0xFFFFF1..0x1000001 cannot be erased: the flash ends at 0x1000000"},
+        {"flash write 70001 0 table.bin --chunk 0", 2, "--chunk"},
+        {"flash write 70001 -1 table.bin", 2, "ADDRESS"},
+        {"flash write 70002 0 table.bin", 3, "cannot be written: function 'Write Flash': Function not supported."},
+        {"flash erase 70001 0 0", 2, "LENGTH"},
+        {"firmware write 70001 cut", 1, "file 'cut': is no boot image, or not all of one: Invalid image file."},
+        {"firmware write 70001 table.bin", 1, "file 'table.bin': is no boot image"},
+        {"firmware load 80001 image", 3,
+         "camera 80001: 'image' cannot be loaded into its RAM: Function not supported."},
+        {"flash", 2, "flash: a command is missing; try 'quill flash --help'"},
+        {"flash burn", 2, "unknown command 'flash burn'; try 'quill flash --help'"},
+        {"reboot 80001", 3, "camera 80001: it cannot be restarted: Function not supported."},
+        {"usb3vision on 70001", 3, "property 'USB3 Vision Mode': cannot be read: Property is not supported."},
+    };
+    for (const auto& refused : cases) {
+        SCOPED_TRACE(refused.words);
+        const ChildResult result =
+            runScript("flash write 70001 0 image --quiet\nperform 70001 'Write Flash' 100 hex:4f4b\n" + refused.words +
+                      "\nflash compare 70001 0 image --quiet\nflash read 70001 99 4\n");
+        EXPECT_EQ(result.exitCode, refused.exitCode);
+        EXPECT_THAT(result.errors, HasSubstr(std::string("quill: line 3: ")));
+        EXPECT_THAT(result.errors, HasSubstr(refused.said));
+        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+        EXPECT_THAT(result.output, HasSubstr("00000063  ff 4f 4b ff"));
+    }
+}
+
+TEST_F(MaintenanceTool, WritesVerifiesComparesAndErasesInPlainLines) {
+    const ChildResult result = runScript("flash write 70001 0x1000 table.bin --chunk 8\n"
+                                         "flash read 70001 0x0FFF 18\n"
+                                         "flash read 70001 0x1000 16 -o copy.bin --quiet\n"
+                                         "perform 70001 'Write Flash' 0x1009 hex:00\n"
+                                         "flash compare 70001 0x1000 table.bin --chunk 8 --quiet\n"
+                                         "flash erase 70001 0x1000 15 --quiet\n"
+                                         "flash read 70001 0x100E 2\n"
+                                         "flash status 70001 7 --set 0x8C\n");
+    EXPECT_EQ(result.exitCode, 6);
+    EXPECT_EQ(result.errors, "quill: line 1: camera 70001: erase 0 %\n"
+                             "quill: line 1: camera 70001: write 50 %\n"
+                             "quill: line 1: camera 70001: write 100 %\n"
+                             "quill: line 1: camera 70001: verify 0 %\n"
+                             "quill: line 1: camera 70001: verify 50 %\n"
+                             "quill: line 1: camera 70001: verify 100 %\n"
+                             "quill: line 1: camera 70001: 0x1000..0x1010 verified\n"
+                             "quill: line 5: camera 70001: 0x1000..0x1010 differs at 0x1009: 0x00 instead of 0x39\n");
+    EXPECT_EQ(result.output, "00000fff  ff 30 31 32 33 34 35 36 37 38 39 61 62 63 64 65  |.0123456789abcde|\n"
+                             "0000100f  66 ff                                            |f.|\n"
+                             "0000100e  ff 66                                            |.f|\n"
+                             "0x8C\n");
+    EXPECT_EQ(readFile(m_Folder.file("copy.bin")), "0123456789abcdef");
+}
+
+TEST_F(MaintenanceTool, DryRunTouchesNothing) {
+    for (const char* words :
+         {"flash write 70001 0 table.bin", "flash erase 70001 0 16", "firmware write 70001 image"}) {
+        SCOPED_TRACE(words);
+        const ChildResult result = runScript("perform 70001 'Write Flash' 0 hex:4f4b\n" + std::string(words) +
+                                             " --dry-run\nflash read 70001 0 3\n");
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
+        EXPECT_THAT(result.output, HasSubstr("camera 70001: 0x0..0x"));
+        EXPECT_THAT(result.output, HasSubstr(" would be verified\n"));
+        EXPECT_THAT(result.output, HasSubstr("00000000  4f 4b ff "));
+        EXPECT_EQ(result.errors, "");
+    }
+}
+
+TEST_F(MaintenanceTool, WritesFirmwareAndTellsItAsJson) {
+    const ChildResult check = run({"firmware", "check", "image", "--json"});
+    EXPECT_EQ(json::parse(check.output), json({{"size", 40},
+                                               {"imageSize", 40},
+                                               {"entryAddress", 0x40003000},
+                                               {"sections",
+                                                {{{"offset", 12}, {"loadAddress", 0x40003000}, {"length", 8}},
+                                                 {{"offset", 28}, {"loadAddress", 0x40010000}, {"length", 4}}}}}))
+        << check.errors;
+
+    const ChildResult written = runScript("firmware write 70001 image --address 0x40 --chunk 18 --json\n"
+                                          "flash compare 70001 0x40 image --quiet\n");
+    EXPECT_EQ(written.exitCode, 0);
+    EXPECT_EQ(written.errors, "");
+    const json expected{{{"stage", "erase"}, {"done", 0.0}},
+                        {{"stage", "write"}, {"done", 0.55}},
+                        {{"stage", "write"}, {"done", 1.0}},
+                        {{"stage", "verify"}, {"done", 0.0}},
+                        {{"stage", "verify"}, {"done", 0.45}},
+                        {{"stage", "verify"}, {"done", 0.9}},
+                        {{"stage", "verify"}, {"done", 1.0}},
+                        {{"result", "verified"}, {"camera", "70001"}, {"address", 0x40}, {"length", 40}}};
+    EXPECT_EQ(json(parseLines(written.output)), expected);
+}
+
+/// 16 MiB in chunks of one byte last for seconds, and come to an end all the same.
+TEST_F(MaintenanceTool, EndsCleanlyWhenInterrupted) {
+    m_Folder.write("large", kImage + std::string((16U << 20) - kImage.size(), 'x'));
+    ChildProcess write = withDevices({"firmware", "write", "41500101", "large", "--json", "--chunk", "1"});
+    write.reactions = {{"\"write\"", [](pid_t process) { kill(process, SIGINT); }}};
+    const ChildResult result = runChild(write);
+    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_THAT(result.errors, StartsWith("quill: camera 41500101: interrupted while writing at 0x"));
+    EXPECT_THAT(result.errors, EndsWith(" of 0x0..0x1000000: the flash there is partly written; the image's header was "
+                                        "not written, so the camera does not start it\n"));
+    const json last = parseLines(result.output).back();
+    EXPECT_EQ(last.at("result"), "interrupted");
+    EXPECT_EQ(last.at("stage"), "write");
+}
+
+TEST_F(MaintenanceTool, GoesOnWhenNobodyReadsItsProgress) {
+    ChildProcess pipeline =
+        command({"-c", R"({ "$0" flash write 70001 0 table.bin --json --chunk 1; echo "ended with $?" >&2; } | true)",
+                 QUILL_UNDER_TEST});
+    pipeline.program = "sh";
+    EXPECT_EQ(runChild(pipeline).errors, "ended with 0\n");
+}
+
+TEST_F(MaintenanceTool, DrawsABarOnATerminal) {
+    ChildProcess write = command({"-c", R"("$0" flash write 70001 0 table.bin 2>&1)", QUILL_UNDER_TEST});
+    write.program = "sh";
+    write.onTerminal = true;
+    const std::string output = runChild(write).output;
+    EXPECT_THAT(output, HasSubstr("\rquill: camera 70001: erase   [--------------------]   0 %"));
+    EXPECT_THAT(output, HasSubstr("\rquill: camera 70001: verify  [####################] 100 %"));
+    EXPECT_THAT(output, EndsWith("camera 70001: 0x0..0x10 verified\r\n"));
+}
+
+TEST_F(MaintenanceTool, PlaysXsvfAndSaysWhatFailed) {
+    const std::string setup("\x08\0\0\0\x20"        // shifts of 32 bits
+                            "\x01\xff\xff\xff\xff"  // all of which count
+                            "\x12\x01\x09\0\0\0\0", // shift in zeros and see
+                            17);
+    m_Folder.write("good.xsvf", setup + std::string("\x14\x95\x11\xc3\0", 5));
+    m_Folder.write("other.xsvf", setup + std::string("\x14\x95\x11\xc4\0", 5));
+    m_Folder.write("cut.xsvf", setup);
+    const struct {
+        Words words;
+        int exitCode;
+        const char* said;
+    } cases[] = {
+        {{"good.xsvf"}, 0, "camera 41500101: played 'good.xsvf', 5 commands\n"},
+        {{"good.xsvf", "--dry-run"}, 0, "5 commands of 'good.xsvf' would be played"},
+        {{"other.xsvf", "--quiet"},
+         1,
+         "quill: camera 41500101: 'other.xsvf' cannot be played into its JTAG port: the device answered other bits "
+         "than "
+         "expected, at command 4, file offset 0xC: expected 149511c4, captured 149511c3, mask ffffffff\n"},
+        {{"cut.xsvf"},
+         1,
+         "quill: file 'cut.xsvf': cannot be played: an illegal command, or no command that completes the file, at "
+         "command 4, file offset 0xC"},
+    };
+    for (const auto& play : cases) {
+        SCOPED_TRACE(play.said);
+        Words words{"jtag", "41500101"};
+        words.insert(words.end(), play.words.begin(), play.words.end());
+        const ChildResult result = runChild(withDevices(words));
+        EXPECT_EQ(result.exitCode, play.exitCode);
+        EXPECT_THAT(result.output + result.errors, HasSubstr(play.said));
+    }
+    EXPECT_EQ(run({"jtag", "70001", "good.xsvf"}).exitCode, 3);
+}
+
+TEST_F(MaintenanceTool, CamerasComeBackInTheModeThatTheyWereToldToStartIn) {
+    const ChildResult result = runScript("firmware load 41500101 image\n"
+                                         "usb3vision on 41500103\n"
+                                         "usb3vision on 41500101 --reboot\n"
+                                         "usb3vision status 41500101\n"
+                                         "flash read 41500101 0 4\n"
+                                         "usb3vision off 41500101 --reboot\n"
+                                         "usb3vision status 41500101\n",
+                                         withDevices({"shell"}));
+    const std::string left = "camera 41500101: left the list\n";
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.errors, "quill: line 1: camera 41500101: load 0 %\n"
+                             "quill: line 1: camera 41500101: load 50 %\n"
+                             "quill: line 1: camera 41500101: load 80 %\n"
+                             "quill: line 1: camera 41500101: load 100 %\n"
+                             "quill: line 1: camera 41500101: 'image' is loaded and started\n"
+                             "quill: line 1: " +
+                                 left +
+                                 "quill: line 1: camera 41500101: is back as an SDK camera\n"
+                                 "quill: line 2: camera 41500103: USB3 Vision Mode cannot be switched on: its flash "
+                                 "holds no valid USB3 Vision file\n"
+                                 "quill: line 3: " +
+                                 left +
+                                 "quill: line 3: camera 41500101: is back as a USB3 Vision camera\n"
+                                 "quill: line 5: camera 41500101: 0x0..0x4 cannot be read: function 'Read Flash': "
+                                 "Function not supported.\n"
+                                 "quill: line 6: " +
+                                 left + "quill: line 6: camera 41500101: is back as an SDK camera\n");
+    EXPECT_EQ(result.output, "USB3 Vision Mode = Enabled\n"
+                             "MODE     WRITABILITY  AT PRESENT\n"
+                             "Enabled  writable     a USB3 Vision camera\n"
+                             "USB3 Vision Mode = Disabled\n"
+                             "MODE      WRITABILITY  AT PRESENT\n"
+                             "Disabled  writable     an SDK camera\n");
+}
+
+TEST_F(MaintenanceTool, TellsAWaitThatIsInVainFromACameraThatStays) {
+    EXPECT_EQ(run({"reboot", "70001", "--timeout", "1"}).errors,
+              "quill: camera 70001: answers, and did not leave the list\n");
+    const ChildResult gone = runChild(withDevices({"reboot", "41500101", "--timeout", "3"}));
+    EXPECT_EQ(gone.exitCode, 4);
+    EXPECT_THAT(gone.errors, EndsWith("left the list and did not come back within 3 s\n"));
+}
+
+TEST_F(MaintenanceTool, SaysThatThereIsNoDriverKit) {
+    if (std::filesystem::exists("/etc/quillcamera/driverkit.reg")) {
+        GTEST_SKIP() << "There is one.";
+    }
+    const ChildResult result = run({"kit"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.errors, "quill: driver kit: is not installed\n");
+}
+
+} // namespace

@@ -1,0 +1,168 @@
+#include <algorithm>
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <Quill.h>
+#include <fmt/format.h>
+
+#include "Bytes.h"
+#include "Command.h"
+#include "LongJob.h"
+
+namespace QuillTool {
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+using Utilities::XsvfError;
+using Utilities::XsvfReport;
+
+constexpr std::size_t kLargestFile = std::size_t{256}
+                                     << 20; // bytes; the programming files of large devices have tens of MB
+
+struct ErrorWords {
+    XsvfError error;
+    std::string_view reason;
+};
+
+constexpr std::array kErrors{
+    ErrorWords{XsvfError::TdoMismatch, "the device answered other bits than expected"},
+    ErrorWords{XsvfError::RetriesExhausted, "the device went on answering other bits than expected"},
+    ErrorWords{XsvfError::IllegalCommand, "an illegal command, or no command that completes the file"},
+    ErrorWords{XsvfError::IllegalState, "a TAP state that does not exist or cannot be reached"},
+    ErrorWords{XsvfError::DataOverflow, "a shift of more than 7000 bytes"},
+};
+
+std::string_view reasonOf(XsvfError error) {
+    const auto* words = std::find_if(kErrors.begin(), kErrors.end(),
+                                     [error](const ErrorWords& candidate) { return candidate.error == error; });
+    return words == kErrors.end() ? "unknown error" : words->reason;
+}
+
+std::string hexOf(const Bytes& bytes) {
+    return toHex(std::string(bytes.begin(), bytes.end()));
+}
+
+/// Long values are cut: the beginning tells enough to a person.
+std::string shownHex(const Bytes& bytes) {
+    constexpr std::size_t kLongest = 32;
+    const std::string digits = hexOf(bytes);
+    return digits.size() > kLongest ? digits.substr(0, kLongest) + "..." : digits;
+}
+
+bool isMismatch(XsvfError error) {
+    return error == XsvfError::TdoMismatch || error == XsvfError::RetriesExhausted;
+}
+
+std::string explain(const XsvfReport& report) {
+    if (!report.opened) {
+        return "it gives no access to its JTAG port";
+    }
+    std::string sentence = fmt::format("{}, at command {}, file offset 0x{:X}", reasonOf(report.error),
+                                       report.commandCount, report.commandOffset);
+    if (isMismatch(report.error)) {
+        sentence +=
+            fmt::format(": expected {}, captured {}, mask {}", shownHex(report.expectedTdo),
+                        shownHex(report.capturedTdo), report.tdoMask.empty() ? "all" : shownHex(report.tdoMask));
+    }
+    return sentence;
+}
+
+Json toJson(const XsvfReport& report) {
+    Json details{{"error", static_cast<int>(report.error)},
+                 {"commandCount", report.commandCount},
+                 {"commandOffset", report.commandOffset}};
+    if (isMismatch(report.error)) {
+        details["expected"] = hexOf(report.expectedTdo);
+        details["captured"] = hexOf(report.capturedTdo);
+        details["mask"] = hexOf(report.tdoMask);
+    }
+    return details;
+}
+
+class JtagCommand : public Command {
+public:
+    void describe(CLI::App& parser) override {
+        addCameraArgument(parser, m_Camera);
+        addFileArgument(parser, m_File, "The XSVF file");
+        m_Progress.describe(parser);
+        parser.add_flag("--dry-run", m_DryRun, "Read the file to its end, and leave the camera alone");
+    }
+
+    ExitCode run(Context& context) override {
+        const Bytes data = readFileForCamera(m_File, kLargestFile);
+        const XsvfReport check = Utilities::checkXsvf(data);
+        if (!check.succeeded()) {
+            throw ToolError(ExitCode::Failed, fmt::format("file '{}': cannot be played: {}", m_File, explain(check)));
+        }
+        const SelectedCamera camera = context.session.connect(m_Camera);
+        if (m_DryRun) {
+            tellPlan(context.output, camera, check);
+        } else {
+            play(context, camera, data);
+        }
+        return ExitCode::Done;
+    }
+
+private:
+    std::string tried() const { return fmt::format("'{}' cannot be played into its JTAG port", m_File); }
+
+    void tellPlan(Output& output, const SelectedCamera& camera, const XsvfReport& check) const {
+        if (m_Progress.json) {
+            Json plan{{"result", "dry run"}, {"camera", camera.serialNumber()}};
+            plan.update(toJson(check));
+            output.printJsonLine(plan);
+        } else {
+            output.printLine(camera.about(
+                fmt::format("{} commands of '{}' would be played into its JTAG port", check.commandCount, m_File)));
+        }
+    }
+
+    void play(Context& context, const SelectedCamera& camera, const Bytes& data) const {
+        LongJob job(context, camera, m_Progress);
+        XsvfReport report;
+        double reached = 0;
+        const auto work = [&] {
+            Utilities::playXsvf(*camera, data, report, [&](double done) {
+                reached = done;
+                job.advance("play", done, done < 1);
+            });
+        };
+        job.run(work, [&] {
+            return JobPlace{tried(), fmt::format("playing '{}' at {:.0f} %", m_File, reached * 100),
+                            report.opened ? "JTAG access is closed, and the device behind it is as far as the file came"
+                                          : "nothing was played",
+                            Json{{"camera", camera.serialNumber()}, {"stage", "play"}, {"done", reached}}};
+        });
+        Json details{{"camera", camera.serialNumber()}};
+        details.update(toJson(report));
+        if (!report.succeeded()) {
+            job.report().fail("failed", details);
+            throw ToolError(ExitCode::Failed, camera.about(fmt::format("{}: {}", tried(), explain(report))));
+        }
+        job.report().finish("played", fmt::format("played '{}', {} commands", m_File, report.commandCount), details);
+    }
+
+    std::string m_Camera;
+    std::string m_File;
+    ProgressOptions m_Progress;
+    bool m_DryRun = false;
+};
+
+} // namespace
+
+CommandDescription jtagCommand() {
+    return {"jtag", "Play an XSVF file into a camera's JTAG port",
+            "The file is read to its end before the camera is touched. What fails is told\n"
+            "with the number of the command, its place in the file and, where the device\n"
+            "answered other bits than expected, the bits: expected, captured, and the mask\n"
+            "that says which of them count.\n\n"
+            "Examples:\n"
+            "  quill jtag 41500101 logic.xsvf --dry-run\n"
+            "  quill jtag 41500101 logic.xsvf\n",
+            makeCommand<JtagCommand>};
+}
+
+} // namespace QuillTool
