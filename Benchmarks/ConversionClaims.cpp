@@ -22,13 +22,14 @@ constexpr int kMerge = -2;
 
 /// What a conversion is compared with.
 enum class Floor {
-    OneCall, ///< its only step, into a matrix that is there already
-    Chain,   ///< its steps one after another, each into a fresh matrix
-    Copy     ///< memcpy of as many bytes as the result has
+    OneCall,  ///< its only step, into a matrix that is there already
+    TwoCalls, ///< a color conversion, then a split into the planes of the result; both into matrices that are there
+    Chain,    ///< its steps one after another, each into a fresh matrix
+    Copy      ///< memcpy of as many bytes as the result has
 };
 
 /// In the order of Floor.
-constexpr const char* kFloorNames[] = {"cvtColor", "step by step", "memcpy of result"};
+constexpr const char* kFloorNames[] = {"cvtColor", "cvtColor, split", "step by step", "memcpy of result"};
 
 struct ConversionGoal {
     const char* goal;
@@ -53,6 +54,14 @@ const std::vector<ConversionGoal> kConversions{
     {"P1", Floor::OneCall, 1.05, 0, Format::BAYER_GRBG, Format::RGB, {cv::COLOR_BayerGB2RGB}},
     {"P1", Floor::OneCall, 1.05, 0, Format::BAYER_GBRG, Format::BGRA, {cv::COLOR_BayerGR2BGRA}},
     {"P1", Floor::OneCall, 1.05, 0, Format::BAYER_BGGR, Format::MONO, {cv::COLOR_BayerRG2GRAY}},
+
+    {"P2", Floor::OneCall, 0.85, 0.70, Format::BAYER_RGGB, Format::BGR, {cv::COLOR_BayerBG2BGR}},
+    {"P2", Floor::OneCall, 0.85, 0.70, Format::BAYER_GRBG, Format::RGB, {cv::COLOR_BayerGB2RGB}},
+    {"P2", Floor::OneCall, 0, 0.70, Format::BAYER_GBRG, Format::BGRA, {cv::COLOR_BayerGR2BGRA}},
+    {"P3", Floor::OneCall, 0, 0.45, Format::BAYER_BGGR, Format::MONO, {cv::COLOR_BayerRG2GRAY}},
+
+    {"P4", Floor::TwoCalls, 0.50, 0.50, Format::BAYER_RGGB, Format::BGR_PLANAR, {cv::COLOR_BayerBG2BGR, kSplit}},
+    {"P4", Floor::TwoCalls, 0.50, 0.50, Format::BAYER_GRBG, Format::RGB_PLANAR, {cv::COLOR_BayerGB2RGB, kSplit}},
 
     {"P5", Floor::Chain, 0.55, 0.55, Format::RGB, Format::RGB_PLANAR, {kSplit}},
     {"P5", Floor::Chain, 0.55, 0.55, Format::BGR, Format::RGB_PLANAR, {cv::COLOR_BGR2RGB, kSplit}},
@@ -147,6 +156,20 @@ Variant oneCall(const SharedFrames& frames, int code) {
     }};
 }
 
+Variant twoCalls(const SharedFrames& frames, int code) {
+    return {[frames, code, colors = cv::Mat()]() mutable {
+        const cv::Mat source = matrixOf(*frames->sources.next());
+        cv::cvtColor(source, colors, code);
+        const cv::Mat result = matrixOf(*frames->results.next());
+        std::vector<cv::Mat> planes;
+        for (int begin = 0; begin < result.rows; begin += source.rows) {
+            planes.push_back(result.rowRange(begin, begin + source.rows));
+        }
+        cv::split(colors, planes);
+        benchmark::ClobberMemory();
+    }};
+}
+
 Variant chain(const SharedFrames& frames, const std::vector<int>& steps) {
     auto results = std::make_shared<Rotation<std::vector<unsigned char>>>([] { return std::vector<unsigned char>(); });
     return {[frames, results, steps] {
@@ -182,6 +205,9 @@ std::pair<Variant, Variant> makeVariants(const ConversionGoal& goal, const Frame
     case Floor::OneCall:
         requireEqualResults(goal, source);
         return {oneCall(frames, goal.steps.front()), ours(frames, goal.to)};
+    case Floor::TwoCalls:
+        requireEqualResults(goal, source);
+        return {twoCalls(frames, goal.steps.front()), ours(frames, goal.to)};
     case Floor::Chain:
         requireEqualResults(goal, source);
         return {chain(frames, goal.steps), ours(frames, goal.to)};
@@ -201,7 +227,7 @@ std::vector<Claim> conversionClaims(Scope scope) {
     for (const ConversionGoal& goal : kConversions) {
         for (const FrameSize& size : sizes) {
             const bool tiny = size.width == kTinySize.width;
-            if (tiny && goal.floor != Floor::OneCall) {
+            if (tiny && goal.goal != std::string("P1")) {
                 continue;
             }
             for (const unsigned bits : {8U, 16U}) {

@@ -31,10 +31,12 @@ struct Claim {
     /// Makes the floor and our way, with the buffers that both rotate through; called when the claim is measured.
     std::function<std::pair<Variant, Variant>()> make;
     Timing timing = Timing::ComputingThread;
+    /// For a goal that is no time: counts something per call, which stands for the ratio.
+    std::function<double()> count = nullptr;
 };
 
 struct Measurement {
-    double floorSeconds; ///< of one piece, as all times here
+    double floorSeconds; ///< of one piece, as all times here; 0 where something is counted
     double ourSeconds;
     double ratio;
 };

@@ -9,6 +9,9 @@ namespace {
 
 /// A time with three digits and the unit that suits it.
 std::string timeText(double seconds) {
+    if (seconds == 0) {
+        return "-";
+    }
     struct Unit {
         const char* name;
         double seconds;

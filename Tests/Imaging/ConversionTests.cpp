@@ -1,11 +1,14 @@
 #include "Imaging/Conversion.h"
 
+#include <atomic>
+#include <chrono>
 #include <map>
 #include <thread>
 
 #include <gtest/gtest.h>
 #include <opencv2/imgproc.hpp>
 
+#include "Imaging/BayerKernel.h"
 #include "Imaging/BufferPool.h"
 #include "Support/Images.h"
 #include "Support/Throws.h"
@@ -169,6 +172,53 @@ TEST(Conversion, EveryPairEqualsTheStepByStepChain) {
     EXPECT_EQ(conversions, 7 * 3 * 2 * 108);
 }
 
+PixelView viewOf(Image& image) {
+    const FormatDescription& format = describe(image.getFormat());
+    const int depth = image.getBytesPerChannel() == 1 ? CV_8U : CV_16U;
+    const auto width = static_cast<int>(image.getWidth());
+    const auto height = static_cast<int>(image.getHeight());
+    return {image.getDataAddress(), width, height, depth, image.getImageSize() / format.samplesPerPixel(), format};
+}
+
+TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {
+    std::vector<std::pair<unsigned, unsigned>> sizes{{64, 64},  {333, 127}, {640, 401},
+                                                     {4097, 5}, {4099, 3},  {4130, 701}};
+    for (unsigned width = 4; width <= 9; ++width) {
+        for (unsigned height = 3; height <= 9; ++height) {
+            sizes.emplace_back(width, height);
+        }
+    }
+    for (unsigned width = 15; width <= 67; ++width) {
+        sizes.emplace_back(width, 5); // every remainder of every vector
+    }
+    std::vector<Vectors> kinds{Vectors::Portable};
+    if (widestVectors() == Vectors::Wide) {
+        kinds.push_back(Vectors::Wide);
+    }
+    for (const auto& [width, height] : sizes) {
+        for (const unsigned depth : {8U, 16U}) {
+            for (const F from : {F::BAYER_RGGB, F::BAYER_GRBG, F::BAYER_GBRG, F::BAYER_BGGR}) {
+                const auto image = patternImage(width, height, depth, from, true);
+                // Neighbours of the largest and the smallest sample, where sums carry.
+                std::fill_n(image->getDataAddress(), image->getImageSize() / 3, static_cast<unsigned char>(0xFF));
+                for (const F to : {F::MONO, F::RGB, F::BGRA, F::BGR_PLANAR, F::RGBA_PLANAR}) {
+                    if (depth == 8 && to == F::MONO) {
+                        continue; // OpenCV's own is off its formula by one
+                    }
+                    const Bytes expected = referenceConversion(*image, to);
+                    for (const Vectors vectors : kinds) {
+                        const auto result = createImage(width, height, Bytes(expected.size(), 0xFF), depth, true, to);
+                        demosaic(viewOf(*image), viewOf(*result), vectors);
+                        ASSERT_TRUE(result->getData() == expected)
+                            << getFormatName(from) << " to " << getFormatName(to) << ", " << width << " x " << height
+                            << ", " << depth << " bits, " << (vectors == Vectors::Wide ? "wide" : "portable");
+                    }
+                }
+            }
+        }
+    }
+}
+
 TEST(Conversion, MosaicsOfOneColourBecomeThatColour) {
     // A mosaic that is red alone, green alone or blue alone, in each of the four layouts and at odd sizes.
     for (const F mosaic : {F::BAYER_RGGB, F::BAYER_GRBG, F::BAYER_GBRG, F::BAYER_BGGR}) {
@@ -262,6 +312,30 @@ TEST(BufferPool, NeverHandsOutABufferTwice) {
     EXPECT_EQ(wrong, 0);
     BufferPool& pool = BufferPool::instance();
     EXPECT_EQ(pool.take(70'000).size(), 70'000U);
+}
+
+TEST(BufferPool, FreesWhatNobodyTakesForAWhile) {
+    using namespace std::chrono_literals;
+    BufferPool pool(20ms);
+    const auto isEmptyInTime = [&] {
+        const auto end = std::chrono::steady_clock::now() + 30s;
+        while (pool.keptBytes() != 0 && std::chrono::steady_clock::now() < end) {
+            std::this_thread::sleep_for(1ms);
+        }
+        return pool.keptBytes() == 0;
+    };
+    for (int round = 0; round < 2; ++round) { // the second time its thread has ended
+        pool.giveBack(Bytes(100'000));
+        pool.giveBack(Bytes(300'000));
+        EXPECT_TRUE(isEmptyInTime()) << "round " << round;
+    }
+    BufferPool patient(1h);
+    Bytes kept(100'000);
+    const unsigned char* const address = kept.data();
+    patient.giveBack(std::move(kept));
+    EXPECT_EQ(patient.keptBytes(), 100'000U);
+    EXPECT_EQ(patient.take(90'000).data(), address);
+    EXPECT_EQ(patient.keptBytes(), 0U);
 }
 
 } // namespace

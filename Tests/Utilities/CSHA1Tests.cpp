@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <random>
 
 #include <gtest/gtest.h>
 
 #include "Support/TemporaryFolder.h"
+#include "Utilities/Sha1Compression.h"
 
 namespace {
 
@@ -85,6 +87,32 @@ TEST(CSHA1, PiecesOfAnySizeGiveTheSameDigest) {
             EXPECT_EQ(report(hasher), digestOf(message)) << length << " in pieces of " << size;
         }
     }
+}
+
+TEST(CSHA1, InstructionsCompressAsPortableCodeDoes) {
+    const Utilities::Sha1Compression byInstructions = Utilities::sha1CompressionByInstructions();
+    if (byInstructions == nullptr) {
+        GTEST_SKIP() << "This processor has no SHA instructions.";
+    }
+    std::array<unsigned char, 64 * 20> blocks{};
+    std::mt19937 random(1);
+    std::generate(blocks.begin(), blocks.end(), [&] { return static_cast<unsigned char>(random()); });
+    for (std::size_t count = 0; count <= 20; ++count) {
+        std::array<unsigned, 5> expected{0xFFFFFFFF, 0x80000000, 0x7FFFFFFF, 1, static_cast<unsigned>(random())};
+        std::array<unsigned, 5> state = expected;
+        Utilities::compressSha1Portably(expected.data(), blocks.data(), count);
+        byInstructions(state.data(), blocks.data(), count);
+        EXPECT_EQ(state, expected) << count << " blocks";
+    }
+}
+
+// The published digest of "abc" by the portable code alone, whatever this processor has.
+TEST(CSHA1, PortableCodeGivesThePublishedDigest) {
+    std::array<unsigned char, 64> block{'a', 'b', 'c', 0x80};
+    block.back() = 24; // bits
+    std::array<unsigned, 5> state{0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0xC3D2E1F0};
+    Utilities::compressSha1Portably(state.data(), block.data(), 1);
+    EXPECT_EQ(state, (std::array<unsigned, 5>{0xA9993E36, 0x4706816A, 0xBA3E2571, 0x7850C26C, 0x9CD0D89D}));
 }
 
 TEST(CSHA1, CountsBeyondTheFirstWordOfBits) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <sanitizer/asan_interface.h>
+
 #include "Internal/NeverDestroyed.h"
 
 namespace Imaging {
@@ -15,15 +17,42 @@ constexpr std::size_t kSmallestPooled = 64 * 1024;
 constexpr std::size_t kMaximumPooledBytes = 256 * 1024 * 1024;
 constexpr std::size_t kMaximumBuffers = 16;
 
+/// Ends the pool's thread when the process exits or the library is unloaded.
+struct ExitGuard {
+    explicit ExitGuard(BufferPool& pool) : m_Pool(pool) {}
+    ExitGuard(const ExitGuard&) = delete;
+    ExitGuard& operator=(const ExitGuard&) = delete;
+    ~ExitGuard() { m_Pool.close(); }
+
+    BufferPool& m_Pool;
+};
+
 } // namespace
 
-BufferPool::BufferPool() {
-    m_Buffers.reserve(kMaximumBuffers); // so that giving back never allocates
+BufferPool::BufferPool(std::chrono::milliseconds patience) : m_Patience(patience) {
+    m_Kept.reserve(kMaximumBuffers); // so that giving back never allocates
+}
+
+BufferPool::~BufferPool() {
+    close();
 }
 
 BufferPool& BufferPool::instance() {
     static Internal::NeverDestroyed<BufferPool> pool;
+    static const ExitGuard guard{pool.get()};
     return pool.get();
+}
+
+void BufferPool::close() {
+    {
+        const Utilities::MutexLock lock(m_Mutex);
+        m_Closed = true;
+        while (!m_Kept.empty()) {
+            removeLocked(m_Kept.begin());
+        }
+    }
+    const Utilities::MutexLock lock(m_WatchdogMutex);
+    m_Watchdog.stop();
 }
 
 BufferPool::Buffer BufferPool::take(std::size_t size) {
@@ -35,16 +64,14 @@ BufferPool::Buffer BufferPool::take(std::size_t size) {
         const auto fits = [&](const Buffer& candidate) {
             return candidate.capacity() >= size && candidate.capacity() / 2 <= size;
         };
-        auto best = m_Buffers.end();
-        for (auto candidate = m_Buffers.begin(); candidate != m_Buffers.end(); ++candidate) {
-            if (fits(*candidate) && (best == m_Buffers.end() || candidate->capacity() <= best->capacity())) {
-                best = candidate;
+        auto best = m_Kept.end();
+        for (auto kept = m_Kept.begin(); kept != m_Kept.end(); ++kept) {
+            if (fits(kept->buffer) && (best == m_Kept.end() || kept->buffer.capacity() <= best->buffer.capacity())) {
+                best = kept;
             }
         }
-        if (best != m_Buffers.end()) {
-            m_PooledBytes -= best->capacity();
-            buffer = std::move(*best);
-            m_Buffers.erase(best);
+        if (best != m_Kept.end()) {
+            buffer = removeLocked(best);
         }
     }
     buffer.resize(size);
@@ -56,16 +83,66 @@ void BufferPool::giveBack(Buffer buffer) noexcept {
     if (capacity < kSmallestPooled || capacity > kMaximumPooledBytes) {
         return;
     }
-    Buffer evicted; // the last one is freed after the lock is released
-    const Utilities::MutexLock lock(m_Mutex);
-    while (!m_Buffers.empty() &&
-           (m_Buffers.size() == kMaximumBuffers || m_PooledBytes + capacity > kMaximumPooledBytes)) {
-        m_PooledBytes -= m_Buffers.front().capacity();
-        evicted = std::move(m_Buffers.front());
-        m_Buffers.erase(m_Buffers.begin());
+    bool startsFreeing = false;
+    {
+        Buffer evicted; // the last one is freed after the lock is released
+        const Utilities::MutexLock lock(m_Mutex);
+        if (m_Closed) {
+            return;
+        }
+        while (!m_Kept.empty() && (m_Kept.size() == kMaximumBuffers || m_KeptBytes + capacity > kMaximumPooledBytes)) {
+            evicted = removeLocked(m_Kept.begin());
+        }
+        m_KeptBytes += capacity;
+        ASAN_POISON_MEMORY_REGION(buffer.data(), capacity);
+        m_Kept.push_back({std::move(buffer), std::chrono::steady_clock::now()});
+        startsFreeing = !std::exchange(m_Freeing, true);
     }
-    m_PooledBytes += capacity;
-    m_Buffers.push_back(std::move(buffer));
+    if (startsFreeing) {
+        startFreeing();
+    }
+}
+
+std::size_t BufferPool::keptBytes() {
+    const Utilities::MutexLock lock(m_Mutex);
+    return m_KeptBytes;
+}
+
+BufferPool::Buffer BufferPool::removeLocked(std::vector<Kept>::iterator kept) {
+    Buffer buffer = std::move(kept->buffer);
+    m_Kept.erase(kept);
+    m_KeptBytes -= buffer.capacity();
+    ASAN_UNPOISON_MEMORY_REGION(buffer.data(), buffer.capacity());
+    return buffer;
+}
+
+bool BufferPool::freeUnused() {
+    const auto latest = std::chrono::steady_clock::now() - m_Patience;
+    while (true) {
+        Buffer unused; // freed after the lock is released
+        const Utilities::MutexLock lock(m_Mutex);
+        if (m_Kept.empty() || m_Kept.front().since > latest) {
+            return m_Freeing = !m_Kept.empty();
+        }
+        unused = removeLocked(m_Kept.begin());
+    }
+}
+
+void BufferPool::startFreeing() {
+    const Utilities::MutexLock watchdogLock(m_WatchdogMutex);
+    const auto isClosed = [this] {
+        const Utilities::MutexLock lock(m_Mutex);
+        return m_Closed;
+    };
+    if (isClosed()) {
+        return;
+    }
+    try {
+        m_Watchdog.start(static_cast<int>(m_Patience.count() / 2), [this] { return freeUnused(); });
+    } catch (...) { // no thread can be had now
+        const Utilities::MutexLock lock(m_Mutex);
+        m_Freeing = false;
+    }
 }
 
 } // namespace Imaging
