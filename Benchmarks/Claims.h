@@ -10,10 +10,12 @@ namespace Benchmarks {
 enum class Scope { Short, Full };
 
 std::vector<Claim> conversionClaims(Scope scope);
+std::vector<Claim> bufferClaims(Scope scope);
 std::vector<Claim> exportClaims(Scope scope);
 std::vector<Claim> cameraListClaims(Scope scope);
 std::vector<Claim> propertyClaims(Scope scope);
 std::vector<Claim> hashClaims(Scope scope);
+std::vector<Claim> firmwareClaims(Scope scope);
 std::vector<Claim> streamClaims(Scope scope);
 std::vector<Claim> sdkCameraClaims(Scope scope);
 

@@ -52,8 +52,8 @@ bool run(const Options& options) {
     const std::regex filter(options.filter);
     Report report(options.json);
     bool allMet = true;
-    for (const auto& claims : {conversionClaims, exportClaims, cameraListClaims, propertyClaims, hashClaims,
-                               streamClaims, sdkCameraClaims}) {
+    for (const auto& claims : {conversionClaims, bufferClaims, exportClaims, cameraListClaims, propertyClaims,
+                               hashClaims, firmwareClaims, streamClaims, sdkCameraClaims}) {
         for (const Claim& claim : claims(scope)) {
             if (std::regex_search(claim.goal + " " + claim.what, filter)) {
                 const Measurement measurement = measure(claim, options.brief ? kRoundsOfShortForm : kRounds);

@@ -48,8 +48,8 @@ struct XsvfReport {
 QUILL_API bool playXsvf(void* handle, std::vector<unsigned char> data);
 
 /// The same, telling what happened. The progress function is called on the calling thread with the fraction of the file
-/// that has been read, about a thousand times in all, and again and again during long waits; what it throws ends the
-/// play and passes through.
+/// that has been read, about a thousand times in all, and again and again during waits and retries; what it throws ends
+/// the play and passes through.
 QUILL_API bool playXsvf(void* handle, std::vector<unsigned char> data, XsvfReport& report,
                         const std::function<void(double)>& progress = {});
 

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 namespace Utilities {
 
 namespace {
 
-// Targets of the register operations.
-constexpr std::uint8_t kControlTarget = 0x19;
-constexpr std::uint8_t kShiftTarget = 0x1A;
+constexpr std::uint8_t kShiftTarget = 0x1A; // of the register operations
 
 // Control words.
 constexpr std::uint32_t kOpen = 0x501;
@@ -26,6 +25,25 @@ constexpr std::uint32_t kNoTdo = 0x4000;
 constexpr std::uint32_t kBitCountMask = 0xFFF;
 constexpr std::size_t kMostBits = 2048;
 
+/// Copies bytes in reverse order, eight at a time as long as there are as many.
+void reverseCopy(const std::uint8_t* from, std::size_t length, std::uint8_t* to) {
+    to += length;
+    for (; length >= sizeof(std::uint64_t); length -= sizeof(std::uint64_t)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, from, sizeof(word));
+        from += sizeof(word);
+        // Compilers make one instruction of these three lines.
+        word = (word & 0x00FF00FF00FF00FF) << 8 | (word >> 8 & 0x00FF00FF00FF00FF);
+        word = (word & 0x0000FFFF0000FFFF) << 16 | (word >> 16 & 0x0000FFFF0000FFFF);
+        word = word << 32 | word >> 32;
+        to -= sizeof(word);
+        std::memcpy(to, &word, sizeof(word));
+    }
+    while (length-- > 0) {
+        *--to = *from++;
+    }
+}
+
 } // namespace
 
 JtagPort::JtagPort(const JtagTransport& transport) : m_Transport(transport), m_Open(control(kOpen)) {
@@ -40,11 +58,6 @@ JtagPort::~JtagPort() {
     }
 }
 
-bool JtagPort::control(std::uint32_t word) {
-    return m_Transport.handle == nullptr ||
-           m_Transport.registerWrite(m_Transport.handle, kControlTarget, word, 0, nullptr) != 0;
-}
-
 void JtagPort::clock() {
     control(kClockLow);
     control(kClockHigh);
@@ -52,17 +65,21 @@ void JtagPort::clock() {
 
 void JtagPort::wait(std::uint32_t microseconds, const std::function<void()>& checkpoint) {
     constexpr std::uint32_t kWordsBetweenCheckpoints = 1024;
-    if (m_Transport.handle == nullptr || microseconds == 0) {
+    const JtagTransport transport = m_Transport; // which no call changes
+    if (transport.handle == nullptr || microseconds == 0) {
         return;
     }
-    for (std::uint32_t words = 1; microseconds > kMostIdlePulses; ++words) {
-        control(kIdlePulses + kMostIdlePulses - 1);
-        microseconds -= kMostIdlePulses;
-        if (words % kWordsBetweenCheckpoints == 0) {
+    for (std::uint32_t fullWords = (microseconds - 1) / kMostIdlePulses; fullWords > 0;) {
+        const std::uint32_t words = std::min(fullWords, kWordsBetweenCheckpoints);
+        for (std::uint32_t count = 0; count < words; ++count) {
+            transport.registerWrite(transport.handle, kControlTarget, kIdlePulses + kMostIdlePulses - 1, 0, nullptr);
+        }
+        fullWords -= words;
+        if (words == kWordsBetweenCheckpoints) {
             checkpoint();
         }
     }
-    control(kIdlePulses + microseconds - 1);
+    control(kIdlePulses + (microseconds - 1) % kMostIdlePulses);
 }
 
 void JtagPort::shift(std::size_t bits, const std::uint8_t* tdi, std::uint8_t* tdo, bool leave) {
@@ -82,16 +99,16 @@ void JtagPort::shift(std::size_t bits, const std::uint8_t* tdi, std::uint8_t* td
 void JtagPort::transfer(std::size_t bits, const std::uint8_t* tdi, std::uint8_t* tdo, bool leave) {
     std::array<std::uint8_t, kMostBits / 8> bytes; // least significant byte first
     const std::size_t length = (bits + 7) / 8;
-    std::reverse_copy(tdi, tdi + length, bytes.begin());
+    reverseCopy(tdi, length, bytes.data());
     const std::uint32_t value =
         static_cast<std::uint32_t>(bits) | (leave ? kLeaveShift : 0) | (tdo == nullptr ? kNoTdo : 0);
     const bool written = m_Transport.registerWrite(m_Transport.handle, kShiftTarget, value,
                                                    static_cast<std::uint32_t>(length), bytes.data()) != 0;
     if (written && tdo != nullptr) {
-        std::reverse_copy(tdo, tdo + length, bytes.begin()); // what a failed read leaves
+        reverseCopy(tdo, length, bytes.data()); // what a failed read leaves
         m_Transport.registerRead(m_Transport.handle, kShiftTarget, value & kBitCountMask,
                                  static_cast<std::uint32_t>(length), bytes.data());
-        std::reverse_copy(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length), tdo);
+        reverseCopy(bytes.data(), length, tdo);
     }
 }
 

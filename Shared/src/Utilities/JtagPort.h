@@ -27,7 +27,14 @@ public:
     bool isOpen() const { return m_Open; }
 
     /// One pulse of TCK with TMS at a level.
-    void pulse(bool tms) { control(tms ? kPulseTmsHigh : kPulseTmsLow); }
+    void pulse(bool tms) { pulses(tms ? 1 : 0, 1); }
+    /// One pulse for each of @p count levels of TMS, the first of which is the lowest bit.
+    void pulses(unsigned int levels, unsigned int count) {
+        const JtagTransport transport = m_Transport; // which no call changes
+        for (; transport.handle != nullptr && count > 0; --count, levels >>= 1) {
+            transport.registerWrite(transport.handle, kControlTarget, kPulseTmsLow | (levels & 1U), 0, nullptr);
+        }
+    }
     /// One pulse of TCK that leaves TMS as it is.
     void clock();
     /// One pulse of TCK in run-test/idle for each microsecond. @p checkpoint is called now and then.
@@ -41,10 +48,13 @@ public:
     void shift(std::size_t bits, const std::uint8_t* tdi, std::uint8_t* tdo, bool leave);
 
 private:
-    static constexpr std::uint32_t kPulseTmsLow = 0x400;
-    static constexpr std::uint32_t kPulseTmsHigh = 0x401;
+    static constexpr std::uint8_t kControlTarget = 0x19; // of the register operations
+    static constexpr std::uint32_t kPulseTmsLow = 0x400; // plus 1: high
 
-    bool control(std::uint32_t word);
+    bool control(std::uint32_t word) {
+        return m_Transport.handle == nullptr ||
+               m_Transport.registerWrite(m_Transport.handle, kControlTarget, word, 0, nullptr) != 0;
+    }
     void transfer(std::size_t bits, const std::uint8_t* tdi, std::uint8_t* tdo, bool leave);
 
     JtagTransport m_Transport;

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "Cameras/Camera.h"
 #include "Exceptions/Raise.h"
@@ -19,20 +21,37 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 using Progress = std::function<void(double)>;
 
-/// A place beyond 32 bits is refused by the camera's function.
-std::string addressText(unsigned int address, std::size_t offset) {
-    return std::to_string(std::uint64_t{address} + offset);
-}
-
 std::vector<std::string> perform(Camera& camera, const char* function, std::vector<std::string> parameters) {
     return camera.perform(function, parameters);
 }
 
-void writeFlash(Camera& camera, const Bytes& data, std::size_t offset, std::size_t length, unsigned int address) {
-    const auto begin = data.begin() + static_cast<std::ptrdiff_t>(offset);
-    perform(camera, "Write Flash",
-            {addressText(address, offset), std::string(begin, begin + static_cast<std::ptrdiff_t>(length))});
+/// Bytes as functions take and give them.
+const char* characters(const unsigned char* bytes) {
+    return reinterpret_cast<const char*>(bytes);
 }
+
+/// A function that takes an address and something else, performed for one chunk after the other: the memory of the
+/// parameters is used again.
+class ChunkFunction {
+public:
+    ChunkFunction(Camera& camera, const char* name) : m_Camera(camera), m_Name(name) {}
+
+    /// A place beyond 32 bits is refused by the camera's function.
+    std::vector<std::string> perform(std::uint64_t address, std::string_view second) {
+        m_Parameters.resize(2); // a function may have done with them what it liked
+        m_Parameters[0] = std::to_string(address);
+        m_Parameters[1] = second;
+        return m_Camera.perform(m_Name, m_Parameters);
+    }
+    std::vector<std::string> perform(std::uint64_t address, const Bytes& data, std::size_t offset, std::size_t length) {
+        return perform(address, {characters(data.data() + offset), length});
+    }
+
+private:
+    Camera& m_Camera;
+    const std::string m_Name;
+    std::vector<std::string> m_Parameters;
+};
 
 void eraseFlash(Camera& camera, std::size_t length, unsigned int address) {
     perform(camera, "Erase Flash", {std::to_string(address), std::to_string(length)});
@@ -71,8 +90,9 @@ bool forEachChunk(std::size_t offset, std::size_t length, std::size_t chunkSize,
 
 void writeChunks(Camera& camera, const Bytes& data, std::size_t offset, unsigned int address, unsigned int chunkSize,
                  const Progress& progress) {
+    ChunkFunction writeFlash(camera, "Write Flash");
     forEachChunk(offset, data.size(), chunkSize, progress, [&](std::size_t place, std::size_t chunk) {
-        writeFlash(camera, data, place, chunk, address);
+        writeFlash.perform(std::uint64_t{address} + place, data, place, chunk);
         return true;
     });
 }
@@ -85,12 +105,11 @@ bool Programmer::compareFlash(Camera& camera, const Bytes& data, const unsigned 
         return true;
     }
     requireChunks(chunkSize);
+    ChunkFunction readFlash(camera, "Read Flash");
     return forEachChunk(0, data.size(), chunkSize, progress, [&](std::size_t offset, std::size_t chunk) {
-        const auto results = perform(camera, "Read Flash", {addressText(address, offset), std::to_string(chunk)});
-        const auto isByte = [](char read, unsigned char wanted) { return static_cast<unsigned char>(read) == wanted; };
+        const auto results = readFlash.perform(std::uint64_t{address} + offset, std::to_string(chunk));
         return !results.empty() && results.front().size() == chunk &&
-               std::equal(results.front().begin(), results.front().end(),
-                          data.begin() + static_cast<std::ptrdiff_t>(offset), isByte);
+               std::memcmp(results.front().data(), data.data() + offset, chunk) == 0;
     });
 }
 
@@ -110,7 +129,7 @@ bool Programmer::isValidFirmware(const Bytes& data) {
 }
 
 void Programmer::jtagXsvf(Camera& camera, Bytes data) {
-    perform(camera, "Jtag", {std::string(data.begin(), data.end())});
+    perform(camera, "Jtag", {std::string(characters(data.data()), data.size())});
 }
 
 unsigned char Programmer::readFlashStatus(Camera& camera, unsigned int address) {
@@ -145,19 +164,18 @@ void Programmer::writeFirmwareToFlash(Camera& camera, Bytes data, const unsigned
     requireChunks(chunkSize);
     eraseFlash(camera, data.size(), address);
     writeChunks(camera, data, kBootImageHeaderBytes, address, chunkSize, progress);
-    writeFlash(camera, data, 0, kBootImageHeaderBytes, address);
+    ChunkFunction(camera, "Write Flash").perform(address, data, 0, kBootImageHeaderBytes);
 }
 
 void Programmer::writeFirmwareToRam(Camera& camera, Bytes data, Progress progress) {
     constexpr std::size_t kChunkBytes = 4096;
     const BootImage image = readBootImage(data);
+    ChunkFunction writeRam(camera, "Write Ram");
     for (const BootImageSection& section : image.sections) {
         for (std::size_t done = 0; done < section.length;) {
             const std::size_t chunk = std::min(kChunkBytes, section.length - done);
-            const auto begin = data.begin() + static_cast<std::ptrdiff_t>(section.offset + done);
             const std::uint32_t address = section.address + static_cast<std::uint32_t>(done);
-            perform(camera, "Write Ram",
-                    {std::to_string(address), std::string(begin, begin + static_cast<std::ptrdiff_t>(chunk))});
+            writeRam.perform(address, data, section.offset + done, chunk);
             done += chunk;
             if (progress) {
                 progress(static_cast<double>(section.offset + done) / static_cast<double>(data.size()));
@@ -165,7 +183,7 @@ void Programmer::writeFirmwareToRam(Camera& camera, Bytes data, Progress progres
         }
     }
     try {
-        perform(camera, "Write Ram", {std::to_string(image.entryAddress), ""});
+        writeRam.perform(image.entryAddress, "");
     } catch (const KestrelExceptions::KestrelException&) {
         // The camera may leave the bus as it starts the program.
     }

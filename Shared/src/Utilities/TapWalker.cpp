@@ -33,6 +33,47 @@ constexpr std::array<Step, kTapStates> kSteps{{
     {TapState::RunTest, TapState::SelectDr, 1, 1},   // UpdateIr
 }};
 
+constexpr bool isPause(TapState state) {
+    return state == TapState::PauseDr || state == TapState::PauseIr;
+}
+
+/// The levels of TMS that lead from one state to another, the first one in the lowest bit.
+struct Path {
+    bool exists = false;
+    std::uint8_t length = 0;
+    std::uint16_t tms = 0;
+};
+
+constexpr Path findPath(TapState from, TapState target) {
+    if ((target == TapState::Exit2Dr && from != TapState::PauseDr) ||
+        (target == TapState::Exit2Ir && from != TapState::PauseIr) || target == TapState::Reset) {
+        return {};
+    }
+    Path path{true};
+    const auto number = static_cast<std::uint8_t>(target);
+    for (TapState state = from; state != target || (path.length == 0 && isPause(from)); ++path.length) {
+        const Step& way = kSteps[static_cast<std::uint8_t>(state)];
+        const bool tms = number < way.firstZeroTarget || number > way.lastZeroTarget;
+        path.tms = static_cast<std::uint16_t>(path.tms | (tms ? 1U << path.length : 0U));
+        state = tms ? way.onOne : way.onZero;
+    }
+    return path;
+}
+
+using Paths = std::array<std::array<Path, kTapStates>, kTapStates>;
+
+constexpr Paths findPaths() {
+    Paths paths{};
+    for (std::uint8_t from = 0; from < kTapStates; ++from) {
+        for (std::uint8_t target = 0; target < kTapStates; ++target) {
+            paths[from][target] = findPath(TapState{from}, TapState{target});
+        }
+    }
+    return paths;
+}
+
+constexpr Paths kPaths = findPaths(); // by start and target
+
 } // namespace
 
 void TapWalker::leftShift() {
@@ -53,25 +94,13 @@ bool TapWalker::goTo(TapState target) {
         reset();
         return true;
     }
-    if ((target == TapState::Exit2Dr && m_State != TapState::PauseDr) ||
-        (target == TapState::Exit2Ir && m_State != TapState::PauseIr)) {
+    const Path path = kPaths[static_cast<std::uint8_t>(m_State)][static_cast<std::uint8_t>(target)];
+    if (!path.exists) {
         return false;
     }
-    if (target == m_State && (target == TapState::PauseDr || target == TapState::PauseIr)) {
-        step(target);
-    }
-    while (m_State != target) {
-        step(target);
-    }
+    m_State = target;
+    m_Port.pulses(path.tms, path.length);
     return true;
-}
-
-void TapWalker::step(TapState target) {
-    const Step& way = kSteps[static_cast<std::uint8_t>(m_State)];
-    const auto number = static_cast<std::uint8_t>(target);
-    const bool tms = number < way.firstZeroTarget || number > way.lastZeroTarget;
-    m_Port.pulse(tms);
-    m_State = tms ? way.onOne : way.onZero;
 }
 
 } // namespace Utilities

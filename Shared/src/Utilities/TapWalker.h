@@ -43,8 +43,6 @@ public:
     bool goTo(TapState target);
 
 private:
-    void step(TapState target);
-
     JtagPort& m_Port;
     TapState m_State = TapState::Reset;
 };

@@ -72,10 +72,13 @@ Integer extractInteger(std::string_view word) {
     return parseDigits(word, negative, 10).value_or(Integer{false, 0});
 }
 
-/// Takes "0x" off the front where a hexadecimal number follows; whether it was there.
-bool takeHexadecimalPrefix(std::string_view& digits) {
-    const bool hexadecimal = digits.size() > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X') &&
-                             kHexadecimalDigits.find(digits[2]) != std::string_view::npos;
+enum class Point { NotAllowed, Allowed };
+
+/// Takes "0x" off the front where a hexadecimal number follows, which may begin with a point; whether it was there.
+bool takeHexadecimalPrefix(std::string_view& digits, Point point = Point::NotAllowed) {
+    const std::size_t first = point == Point::Allowed && digits.size() > 2 && digits[2] == '.' ? 3 : 2;
+    const bool hexadecimal = digits.size() > first && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X') &&
+                             kHexadecimalDigits.find(digits[first]) != std::string_view::npos;
     digits.remove_prefix(hexadecimal ? 2 : 0);
     return hexadecimal;
 }
@@ -139,11 +142,13 @@ double extractDouble(std::string_view word) {
     }
     const char* const wordEnd = word.data() + word.size();
     const auto [end, error] = std::from_chars(word.data(), wordEnd, magnitude);
-    const bool exponentCutOff = end != wordEnd && (*end == 'e' || *end == 'E');
+    const bool exponentCutOff =
+        end != wordEnd && (*end == 'e' || *end == 'E') && end < word.data() + floatingPointCharacters(word).size();
+    if (error == std::errc::invalid_argument || exponentCutOff) {
+        return 0.0;
+    }
     if (error == std::errc::result_out_of_range) {
         magnitude = overflows(floatingPointCharacters(word)) ? std::numeric_limits<double>::max() : 0.0;
-    } else if (error != std::errc{} || exponentCutOff) {
-        return 0.0;
     }
     return negative ? -magnitude : magnitude;
 }
@@ -152,7 +157,7 @@ template <typename Number>
 Number parseFloatingPoint(const std::string& text, const char* invalid, const char* outOfRange) {
     std::string_view number = withoutLeadingSpace(text);
     const bool negative = takeSign(number);
-    const bool hexadecimal = takeHexadecimalPrefix(number);
+    const bool hexadecimal = takeHexadecimalPrefix(number, Point::Allowed);
     Number magnitude = 0;
     const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), magnitude,
                                               hexadecimal ? std::chars_format::hex : std::chars_format::general);

@@ -85,6 +85,11 @@ void XsvfPlayer::reportProgress() {
     }
 }
 
+void XsvfPlayer::reportAgain() {
+    m_NextProgress = m_Position;
+    reportProgress();
+}
+
 void XsvfPlayer::complete() {
     m_Complete = true;
 }
@@ -159,6 +164,7 @@ void XsvfPlayer::shiftIncremented() {
         readValue(m_NextData, dataBytes);
         nextIncrement();
         shiftComparing();
+        reportProgress();
     }
 }
 
@@ -234,10 +240,7 @@ void XsvfPlayer::goTo(std::uint8_t state) {
 }
 
 void XsvfPlayer::wait(std::uint32_t microseconds) {
-    m_Port.wait(microseconds, [this] {
-        m_NextProgress = m_Position;
-        reportProgress();
-    });
+    m_Port.wait(microseconds, [this] { reportAgain(); });
 }
 
 /// With the file's run-test time and retries.
@@ -290,11 +293,13 @@ void XsvfPlayer::shift(const Shift& shift) {
         if (equal) {
             return;
         }
+        reportAgain();
     }
     fail(shift.maximumRepeat > 0 ? XsvfError::RetriesExhausted : XsvfError::TdoMismatch);
-    m_Report.expectedTdo = shift.expected->bytes();
-    m_Report.capturedTdo = shift.captured->bytes();
-    m_Report.tdoMask = shift.mask == nullptr ? std::vector<unsigned char>{} : shift.mask->bytes();
+    const std::size_t compared = shift.expected->length(); // a file may give mask or shift another length
+    m_Report.expectedTdo = shift.expected->bytes(compared);
+    m_Report.capturedTdo = shift.captured->bytes(compared);
+    m_Report.tdoMask = shift.mask == nullptr ? std::vector<unsigned char>{} : shift.mask->bytes(compared);
 }
 
 bool XsvfPlayer::isAsExpected(const Shift& shift) const {

@@ -38,7 +38,7 @@ private:
         XsvfValue* captured = nullptr;       ///< null: what comes out is not wanted
         const XsvfValue* expected = nullptr; ///< null: nothing is compared
         const XsvfValue* mask = nullptr;     ///< null: all bits are compared
-        std::uint32_t runTestTime = 0; ///< microseconds
+        std::uint32_t runTestTime = 0;       ///< microseconds
         unsigned int maximumRepeat = 0;
     };
 
@@ -49,6 +49,8 @@ private:
     std::uint32_t readNumber(int bytes);
     void readValue(XsvfValue& value, std::size_t length);
     void reportProgress();
+    /// While the position stays, so that a play can be ended there, too.
+    void reportAgain();
 
     // Commands.
     void complete();

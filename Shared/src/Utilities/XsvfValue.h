@@ -19,7 +19,8 @@ public:
     std::uint8_t* data() { return m_Bytes.data(); }
     const std::uint8_t* data() const { return m_Bytes.data(); }
 
-    std::vector<unsigned char> bytes() const;
+    /// Its first @p length bytes; what lies behind a shorter value is of earlier ones.
+    std::vector<unsigned char> bytes(std::size_t length) const { return {data(), data() + length}; }
 
     /// Bits count from the least significant one; those beyond the length are 0.
     bool bit(std::size_t index) const;

@@ -1,0 +1,198 @@
+// Boot images: an address, a chunk size, the number of the camera call that fails (0: none), and the image.
+
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+#include "Cameras/Camera.h"
+#include "Support/Input.h"
+#include "Utilities/BootImage.h"
+#include "Utilities/Programmer.h"
+
+namespace {
+
+using namespace Fuzzing;
+using namespace Utilities;
+using CameraInterface::Camera;
+using Texts = std::vector<std::string>;
+
+struct CallFailed {};
+
+/// A camera whose flash lies around one address, and which notes what is loaded into its RAM.
+class MemoryCamera : public Camera {
+public:
+    MemoryCamera(std::uint32_t address, std::size_t size) : m_Address(address), m_Flash(size, kNotErased) {
+        MemoryCamera::buildFunctions();
+    }
+
+    /// From now on; 0: none.
+    void failCall(unsigned int number) { m_CallsToFailure = number; }
+
+    const Bytes& flash() const { return m_Flash; }
+    const std::vector<std::pair<std::uint32_t, std::string>>& ramWrites() const { return m_RamWrites; }
+
+    std::unique_ptr<Imaging::Image> getImage() override { return nullptr; }
+    std::map<std::string, std::string> getCameraInfo() override { return {}; }
+    std::string getSerialNumber() override { return {}; }
+    std::string getModelName() override { return {}; }
+    bool isCameraAlive() override { return true; }
+    void connect() override {}
+    void disconnect() override {}
+    void suspend() override {}
+
+protected:
+    void buildProperties() override {}
+    void buildFunctions() override {
+        add("Erase Flash", [this](const Texts& parameters) {
+            const auto range = rangeOf(parameters[0], std::stoull(parameters[1]));
+            std::fill(range.first, range.second, kErased);
+            return Texts{};
+        });
+        add("Write Flash", [this](const Texts& parameters) {
+            const auto range = rangeOf(parameters[0], parameters[1].size());
+            std::copy(parameters[1].begin(), parameters[1].end(), range.first);
+            return Texts{};
+        });
+        add("Read Flash", [this](const Texts& parameters) {
+            const auto range = rangeOf(parameters[0], std::stoull(parameters[1]));
+            return Texts{{range.first, range.second}};
+        });
+        add("Write Ram", [this](const Texts& parameters) {
+            m_RamWrites.emplace_back(std::stoul(parameters[0]), parameters[1]);
+            return Texts{};
+        });
+    }
+
+private:
+    static constexpr unsigned char kNotErased = 0x5A;
+    static constexpr unsigned char kErased = 0xFF;
+
+    using Action = std::function<Texts(const Texts&)>;
+
+    class CameraFunction : public CameraInterface::Function {
+    public:
+        CameraFunction(const std::string& name, Action action) : Function(name), m_Action(std::move(action)) {}
+
+        Texts perform(Texts& parameters) override { return m_Action(parameters); }
+        bool isAvailable() override { return true; }
+        std::vector<CameraInterface::ParameterDescriptor> getParameters() override { return {}; }
+        std::vector<CameraInterface::ParameterDescriptor> getReturnFormat() override { return {}; }
+
+    private:
+        Action m_Action;
+    };
+
+    void add(const char* name, const Action& action) {
+        m_Functions.emplace(name, std::make_unique<CameraFunction>(name, [this, action](const Texts& parameters) {
+                                if (m_CallsToFailure > 0 && --m_CallsToFailure == 0) {
+                                    throw CallFailed{};
+                                }
+                                return action(parameters);
+                            }));
+    }
+
+    std::pair<Bytes::iterator, Bytes::iterator> rangeOf(const std::string& addressText, std::uint64_t length) {
+        const std::uint64_t address = std::stoull(addressText);
+        require(address >= m_Address && address + length <= m_Address + m_Flash.size(),
+                "only the image's own place is touched");
+        const auto begin = m_Flash.begin() + static_cast<std::ptrdiff_t>(address - m_Address);
+        return {begin, begin + static_cast<std::ptrdiff_t>(length)};
+    }
+
+    const std::uint64_t m_Address;
+    Bytes m_Flash;
+    std::vector<std::pair<std::uint32_t, std::string>> m_RamWrites;
+    unsigned int m_CallsToFailure = 0;
+};
+
+/// Progress that goes on.
+std::function<void(double)> progress() {
+    return [last = 0.0](double fraction) mutable {
+        require(fraction >= last && fraction <= 1, "progress goes on and ends at 1 at most");
+        last = fraction;
+    };
+}
+
+void checkSections(const BootImage& image, Bytes data) {
+    std::size_t position = 4;
+    for (const BootImageSection& section : image.sections) {
+        require(section.offset == position + 8 && section.length > 0 && section.length % 4 == 0 &&
+                    section.length <= data.size() - section.offset,
+                "a section follows the one before it and lies within the data");
+        position = section.offset + section.length;
+    }
+    require(image.size == position + 8 && image.size <= data.size(), "the image ends within the data");
+    data.resize(image.size);
+    require(readBootImage(data).size == image.size, "what follows the image is not looked at");
+    data.pop_back();
+    require(isRefused<std::invalid_argument>([&] { readBootImage(data); }), "an image without its end is none");
+}
+
+void checkRam(const BootImage& image, const Bytes& data) {
+    MemoryCamera camera(0, 0);
+    Programmer::writeFirmwareToRam(camera, data, progress());
+    auto write = camera.ramWrites().begin();
+    for (const BootImageSection& section : image.sections) {
+        for (std::size_t done = 0; done < section.length; done += write->second.size(), ++write) {
+            require(write != camera.ramWrites().end() && write->first == section.address + std::uint32_t(done),
+                    "pieces follow each other in RAM");
+            require(!write->second.empty() && write->second.size() <= 4096, "a piece has at most 4096 bytes");
+            require(std::equal(write->second.begin(), write->second.end(),
+                               data.begin() + static_cast<std::ptrdiff_t>(section.offset + done),
+                               [](char one, unsigned char other) { return static_cast<unsigned char>(one) == other; }),
+                    "RAM gets the section's bytes");
+        }
+    }
+    require(write != camera.ramWrites().end() && write->first == image.entryAddress && write->second.empty() &&
+                ++write == camera.ramWrites().end(),
+            "the program is started at last");
+}
+
+void checkFlash(const Bytes& data, std::uint32_t address, unsigned int chunkSize, unsigned int failingCall) {
+    MemoryCamera camera(address, data.size());
+    const Bytes before = camera.flash();
+    const auto room = static_cast<unsigned int>(data.size());
+    const auto update = [&] { Programmer::writeFirmwareToFlash(camera, data, address, room, chunkSize, progress()); };
+    camera.failCall(failingCall);
+    const bool hasHeader = data.size() >= 4 && data[0] == 'C' && data[1] == 'Y' && data[3] == 0xB0;
+    if (isRefused<std::invalid_argument, CallFailed>(update)) {
+        require(!hasHeader || chunkSize == 0 || failingCall != 0, "an image is only refused for a reason");
+        require(!std::equal(data.begin(), data.begin() + std::min<std::ptrdiff_t>(room, 4), camera.flash().begin()) ||
+                    !hasHeader,
+                "an interrupted update leaves no header");
+        require(failingCall > 1 || camera.flash() == before, "what is refused changes nothing");
+        if (!hasHeader || chunkSize == 0) {
+            return;
+        }
+        camera.failCall(0);
+        update();
+    }
+    require(hasHeader && camera.flash() == data, "the flash holds the image");
+    camera.failCall(0);
+    require(Programmer::compareFlash(camera, data, address, chunkSize, progress()), "and compares equal");
+    Bytes other = data;
+    other[failingCall % other.size()] ^= 1;
+    require(!Programmer::compareFlash(camera, other, address, chunkSize, progress()), "another image does not");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    Input input(bytes, size);
+    const std::uint32_t address = input.word();
+    const unsigned int chunkSize = input.byte();
+    const unsigned int failingCall = input.byte();
+    const Bytes data = input.rest();
+    BootImage image;
+    if (isRefused<std::invalid_argument>([&] { image = readBootImage(data); })) {
+        MemoryCamera camera(0, 0);
+        require(isRefused<std::invalid_argument>([&] { Programmer::writeFirmwareToRam(camera, data, {}); }) &&
+                    camera.ramWrites().empty(),
+                "what is no image is not loaded");
+    } else {
+        checkSections(image, data);
+        checkRam(image, data);
+    }
+    checkFlash(data, address, chunkSize, failingCall);
+    return 0;
+}

@@ -1,0 +1,266 @@
+// Texts that are written to properties: numbers against the standard conversions, and what properties make of them,
+// under locales that write numbers in different ways.
+
+#include <cerrno>
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
+#include <locale>
+#include <optional>
+#include <sstream>
+#include <stdexcept>
+
+#include "Exceptions/KestrelException.h"
+#include "Properties/BooleanProperty.h"
+#include "Properties/MemoryProperty.h"
+#include "Properties/SimulatedProperty.h"
+#include "Support/Input.h"
+#include "Utilities/TextConversion.h"
+
+namespace {
+
+using namespace CameraInterface;
+using namespace Fuzzing;
+using KestrelExceptions::KestrelException;
+
+/// Makes streams write 1234.5 as 1.234,5.
+class CommaPunctuation : public std::numpunct<char> {
+public:
+    CommaPunctuation() : std::numpunct<char>(1) {} // owned here, not by the locales that use it
+
+protected:
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+/// The process under a locale with decimal commas: always for streams, for C functions where such a locale is
+/// installed.
+class CommaLocale {
+public:
+    CommaLocale() : m_Former(std::locale::global(std::locale(std::locale::classic(), &m_Punctuation))) {
+        static const char* const installed = findInstalled();
+        useForC(installed);
+    }
+    CommaLocale(const CommaLocale&) = delete;
+    CommaLocale& operator=(const CommaLocale&) = delete;
+    ~CommaLocale() {
+        useForC("C");
+        std::locale::global(m_Former);
+    }
+
+private:
+    static bool useForC(const char* name) {
+        return std::setlocale(LC_ALL, name) != nullptr; // NOLINT(concurrency-mt-unsafe): there is one thread
+    }
+    static const char* findInstalled() {
+        for (const char* name : {"de_DE.UTF-8", "fr_FR.UTF-8"}) {
+            if (useForC(name)) {
+                return name;
+            }
+        }
+        return "C";
+    }
+
+    CommaPunctuation m_Punctuation;
+    std::locale m_Former;
+};
+
+/// What a conversion gives: its number, or what it says where it refuses the text.
+template <typename Number>
+struct Outcome {
+    std::optional<Number> number;
+    std::string refusal;
+};
+
+template <typename Number, typename Convert>
+Outcome<Number> outcomeOf(const Convert& convert) {
+    try {
+        return {convert(), ""};
+    } catch (const std::invalid_argument& refusal) {
+        return {std::nullopt, refusal.what()};
+    } catch (const std::out_of_range& refusal) {
+        return {std::nullopt, refusal.what()};
+    }
+}
+
+template <typename Number>
+bool operator==(const Outcome<Number>& one, const Outcome<Number>& other) {
+    const bool bothNan = one.number && other.number && *one.number != *one.number && *other.number != *other.number;
+    return bothNan || (one.number == other.number && one.refusal == other.refusal);
+}
+
+template <typename Number>
+Number firstWord(const std::string& text, Number before) {
+    Utilities::extractFirstWord(text, before);
+    return before;
+}
+
+/// Everything that the library reads from one text.
+struct Reading {
+    Outcome<int> integer;
+    Outcome<unsigned long> decimal, hexadecimal, automatic;
+    Outcome<double> real;
+    Outcome<float> single;
+    int intWord;
+    unsigned long unsignedWord;
+    double realWord;
+    bool boolWord;
+    std::string textWord;
+    std::vector<std::string> properties;
+
+    bool operator==(const Reading& other) const {
+        return integer == other.integer && decimal == other.decimal && hexadecimal == other.hexadecimal &&
+               automatic == other.automatic && real == other.real && single == other.single &&
+               intWord == other.intWord && unsignedWord == other.unsignedWord && realWord == other.realWord &&
+               boolWord == other.boolWord && textWord == other.textWord && properties == other.properties;
+    }
+};
+
+/// Writes a text to a property of any value, and what it reads back again.
+template <typename T>
+std::string writeContinuous(const T& minimum, const T& maximum, const T& value, const std::string& text) {
+    MemoryProperty<T> property("P", PROPERTY_TYPE::String, minimum, maximum, value, false, false, {});
+    int changes = 0;
+    property.registerOnChangeCallback([&](Property&) { ++changes; });
+    const std::string before = property.getValue();
+    property.setValue(text);
+    std::string written = property.getValue();
+    require(written == before || changes == 1, "a change is told once");
+    property.setValue(written);
+    require(property.getValue() == written && changes <= 1, "what is read can be written and changes nothing");
+    property.resetToDefault();
+    require(property.getValue() == before, "the default comes back");
+    MemoryProperty<T> readOnly("P", PROPERTY_TYPE::String, minimum, maximum, value, true, false, {});
+    readOnly.setValue(text);
+    require(readOnly.getValue() == before, "what is read-only is kept");
+    return written;
+}
+
+/// Whether a text is one of a discrete property's values.
+bool writeDiscrete(Property& property, const std::string& text) {
+    const std::vector<std::string> values = property.getValueList();
+    const bool isValue = std::find(values.begin(), values.end(), text) != values.end();
+    const std::string before = property.getValue();
+    require(isRefused<KestrelException>([&] { property.setValue(text); }) == !isValue, "only listed values are taken");
+    require(property.getValue() == (isValue ? text : before), "what is refused changes nothing");
+    return isValue;
+}
+
+std::vector<std::string> writeProperties(const std::string& text) {
+    MemoryProperty<int> discrete("P", PROPERTY_TYPE::Integer, 0, 1, 0, false, true, {{"0", 0}, {"1.5", 1}});
+    BooleanProperty state("P", PROPERTY_TYPE::Boolean);
+    SimulatedAdapter::SimulatedProperty simulated("P", PROPERTY_TYPE::String, "", "", "", false, false, {});
+    simulated.setValue(text);
+    require(simulated.getValue() == text, "a simulated property keeps any text");
+    return {writeContinuous(0UL, 9UL, 5UL, text),
+            writeContinuous(-9, 9, 5, text),
+            writeContinuous(-9.0, 9.0, 0.5, text),
+            writeContinuous(false, true, false, text),
+            writeContinuous<std::string>("", "", "word", text),
+            std::to_string(int{writeDiscrete(discrete, text)}),
+            std::to_string(int{writeDiscrete(state, text)})};
+}
+
+Reading read(const std::string& text) {
+    using namespace Utilities;
+    return {outcomeOf<int>([&] { return parseInteger(text); }),
+            outcomeOf<unsigned long>([&] { return parseUnsigned(text); }),
+            outcomeOf<unsigned long>([&] { return parseUnsigned(text, 16); }),
+            outcomeOf<unsigned long>([&] { return parseUnsigned(text, kAutomaticBase); }),
+            outcomeOf<double>([&] { return parseDouble(text); }),
+            outcomeOf<float>([&] { return parseFloat(text); }),
+            firstWord(text, 7),
+            firstWord(text, 7UL),
+            firstWord(text, 7.0),
+            firstWord(text, true),
+            firstWord(text, std::string("7")),
+            writeProperties(text)};
+}
+
+/// As the standard library reads it under the C locale.
+template <typename Number>
+Number streamed(const std::string& text, Number before) {
+    std::istringstream stream(text);
+    stream.imbue(std::locale::classic());
+    if (stream >> std::ws; !stream.eof()) {
+        stream >> before;
+    }
+    return before;
+}
+
+/// What the standard library's conversion would say on a platform whose numbers are 32 bits wide.
+template <typename Number, typename Convert>
+Outcome<Number> standard(const char* name, const Convert& convert) {
+    try {
+        return {convert(), ""};
+    } catch (const std::invalid_argument&) {
+        return {std::nullopt, std::string("invalid ") + name + " argument"};
+    } catch (const std::out_of_range&) {
+        return {std::nullopt, std::string(name) + " argument out of range"};
+    }
+}
+
+Outcome<unsigned long> standardUnsigned(const std::string& text, int base) {
+    return standard<unsigned long>("stoul", [&]() -> unsigned long {
+        const long long wide = std::stoll(text, nullptr, base);
+        if (std::abs(wide) > 0xFFFFFFFFLL) {
+            throw std::out_of_range("");
+        }
+        return static_cast<std::uint32_t>(wide);
+    });
+}
+
+/// Numbers that are less precise because they are so small are taken, which the standard conversions leave open.
+template <typename Number>
+Outcome<Number> standardReal(const char* name, const std::string& text, Number (*convert)(const char*, char**)) {
+    return standard<Number>(name, [&] {
+        char* end = nullptr;
+        errno = 0;
+        const Number number = convert(text.c_str(), &end);
+        if (end == text.c_str()) {
+            throw std::invalid_argument("");
+        }
+        if (errno == ERANGE && (number == 0 || std::isinf(number))) {
+            throw std::out_of_range("");
+        }
+        return number;
+    });
+}
+
+/// Under the C locale, for which the standard conversions and the library's are the same.
+void compareWithStandard(const std::string& text, const Reading& reading) {
+    require(reading.integer == standard<int>("stoi", [&] { return std::stoi(text, nullptr, 0); }), "as stoi");
+    require(reading.decimal == standardUnsigned(text, 10), "as stoul");
+    require(reading.hexadecimal == standardUnsigned(text, 16), "as stoul in base 16");
+    require(reading.automatic == standardUnsigned(text, 0), "as stoul with automatic base");
+    require(reading.real == standardReal("stod", text, std::strtod), "as stod");
+    require(reading.single == standardReal("stof", text, std::strtof), "as stof");
+    require(reading.intWord == streamed(text, 7), "as a stream reads an int");
+    require(reading.unsignedWord == streamed(text, 7U), "as a stream reads an unsigned int");
+    require(reading.boolWord == streamed(text, true), "as a stream reads a bool");
+    require(reading.realWord == streamed(text, 7.0), "as a stream reads a double");
+    require(reading.textWord == streamed(text, std::string("7")), "as a stream reads a word");
+}
+
+void checkFormatting(const Reading& reading) {
+    using namespace Utilities;
+    require(firstWord(toText(reading.intWord), 0) == reading.intWord, "an integer comes back");
+    require(firstWord(toText(reading.unsignedWord), 0UL) == reading.unsignedWord, "an unsigned number comes back");
+    const std::string text = toText(reading.realWord);
+    require(text.find(',') == std::string::npos && text[text.size() - 3] == '.', "two decimals behind a point");
+    require(toText(firstWord(text, 0.0)) == text, "a number comes back to two decimals");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text = Input(data, size).text();
+    const Reading reading = read(text);
+    compareWithStandard(text, reading);
+    checkFormatting(reading);
+    const CommaLocale locale;
+    require(read(text) == reading, "no locale changes a number");
+    checkFormatting(reading);
+    return 0;
+}
