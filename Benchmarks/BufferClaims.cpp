@@ -99,10 +99,9 @@ std::vector<Claim> bufferClaims(Scope scope) {
         if (scope == Scope::Short && work.source.size.width == kLargeSize.width) {
             continue;
         }
+        claims.push_back({"P9", work.name, "into place", kAllocatedLimit, [&work] { return makeVariants(work); }});
         claims.push_back(
-            {"P9", work.name, "into place", kAllocatedLimit, [&work] { return makeVariants(work); }, nullptr});
-        claims.push_back(
-            {"P9", work.name, "page faults", kFaultsLimit, nullptr, [&work] { return faultsPerCall(work); }});
+            countingClaim("P9", work.name, "page faults", kFaultsLimit, [&work] { return faultsPerCall(work); }));
     }
     return claims;
 }

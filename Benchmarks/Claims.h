@@ -16,6 +16,7 @@ std::vector<Claim> cameraListClaims(Scope scope);
 std::vector<Claim> propertyClaims(Scope scope);
 std::vector<Claim> hashClaims(Scope scope);
 std::vector<Claim> firmwareClaims(Scope scope);
+std::vector<Claim> processClaims(Scope scope);
 std::vector<Claim> streamClaims(Scope scope);
 std::vector<Claim> sdkCameraClaims(Scope scope);
 

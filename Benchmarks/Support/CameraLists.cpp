@@ -9,9 +9,11 @@
 #include <nlohmann/json.hpp>
 
 #include "Cameras/CameraAdapters.h"
+#include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Cameras/SimulatedCamera/CameraListFile.h"
 #include "Cameras/SimulatedCamera/IdentificationCache.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
+#include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
 
 namespace Benchmarks {
 
@@ -78,7 +80,16 @@ int& listedCameras() {
     return cameras;
 }
 
+bool& devicesAreCameras() {
+    static bool use = false;
+    return use;
+}
+
 } // namespace
+
+void useDevices(bool use) {
+    devicesAreCameras() = use;
+}
 
 std::string cameraListFile(int cameras) {
     static const ListFolder folder;
@@ -130,7 +141,13 @@ int checkForDisconnectedCameras() {
 namespace CameraInterface {
 
 std::vector<CameraAdapter> getCameraAdapters() {
-    return {{"simulated cameras", SimulatedAdapter::SimulatedCamera::getListOfCameras}};
+    std::vector<CameraAdapter> adapters;
+    if (Benchmarks::devicesAreCameras()) {
+        adapters.push_back({"SDK cameras", OrvexAdapter::OrvexCamera::getListOfCameras});
+        adapters.push_back({"USB3 Vision cameras", Usb3VisionAdapter::Usb3VisionCamera::getListOfCameras});
+    }
+    adapters.push_back({"simulated cameras", SimulatedAdapter::SimulatedCamera::getListOfCameras});
+    return adapters;
 }
 
 std::string SimulatedAdapter::getCameraListPath() {

@@ -11,6 +11,9 @@ std::string cameraListFile(int cameras);
 /// Makes the simulated cameras of such a file the only ones that there are; the next enumeration reads it.
 void useCameraList(int cameras);
 
+/// Whether the devices in software are cameras as well, through both of their libraries; at first they are not.
+void useDevices(bool use);
+
 /// Like useCameraList(), and fills the process's camera list, without threads that watch it. Nothing happens when it is
 /// filled already.
 void listCameras(int cameras);

@@ -53,6 +53,11 @@ double median(std::vector<double> values) {
     return *middle;
 }
 
+Claim countingClaim(const std::string& goal, const std::string& what, const std::string& unit, double limit,
+                    const std::function<double()>& count) {
+    return {goal, what, unit, limit, nullptr, Timing::ComputingThread, count};
+}
+
 Measurement measure(const Claim& claim, int rounds) {
     if (claim.count) {
         return {0, 0, claim.count()};

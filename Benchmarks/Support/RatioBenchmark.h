@@ -35,6 +35,11 @@ struct Claim {
     std::function<double()> count = nullptr;
 };
 
+/// A goal that is no time.
+/// @param unit what is counted, in place of a floor
+Claim countingClaim(const std::string& goal, const std::string& what, const std::string& unit, double limit,
+                    const std::function<double()>& count);
+
 struct Measurement {
     double floorSeconds; ///< of one piece, as all times here; 0 where something is counted
     double ourSeconds;

@@ -1,7 +1,5 @@
 #include "Support/SdkCamera.h"
 
-#include <SoftwareDevices.h>
-
 #include "Internal/SharedLibrary.h"
 
 namespace Benchmarks {
@@ -14,9 +12,10 @@ constexpr unsigned int kInterface = 2; // where the default devices are
 
 } // namespace
 
-SdkCamera::SdkCamera(const std::function<void(OrvexApi&)>& replace) : m_Api(orvexApi()) {
+SdkCamera::SdkCamera(const std::function<void(OrvexApi&)>& replace, const SoftwareDevices::DeviceDescription& device)
+    : m_Api(orvexApi()) {
     SoftwareDevices::startEmpty();
-    SoftwareDevices::plug(SoftwareDevices::defaultDevices().front());
+    SoftwareDevices::plug(device);
     if (replace) {
         replace(m_Api);
     }

@@ -3,16 +3,20 @@
 #include <functional>
 #include <memory>
 
+#include <SoftwareDevices.h>
+
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "OrvexApi/OrvexApi.h"
 
 namespace Benchmarks {
 
-/// The default colour camera, connected: 5 megapixels, behind the boundary of the SDK. One at a time.
+/// A connected camera behind the boundary of the SDK. One at a time.
 class SdkCamera {
 public:
     /// @param replace puts other operations into the table through which the library calls
-    explicit SdkCamera(const std::function<void(OrvexAdapter::OrvexApi&)>& replace = {});
+    /// @param device 5 megapixels in colour where nothing else is said
+    explicit SdkCamera(const std::function<void(OrvexAdapter::OrvexApi&)>& replace = {},
+                       const SoftwareDevices::DeviceDescription& device = SoftwareDevices::defaultDevices().front());
     SdkCamera(const SdkCamera&) = delete;
     SdkCamera& operator=(const SdkCamera&) = delete;
     ~SdkCamera();

@@ -1,0 +1,217 @@
+#include <array>
+#include <chrono>
+#include <cstring>
+#include <ctime>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include <fcntl.h>
+#include <malloc.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "Cameras/Camera.h"
+#include "Claims.h"
+#include "Imaging/BufferPool.h"
+#include "Imaging/Conversion.h"
+#include "Imaging/Image.h"
+#include "PropertyNames.h"
+#include "Support/CameraLists.h"
+#include "Support/SdkCamera.h"
+
+namespace Benchmarks {
+
+namespace {
+
+using namespace CameraInterface;
+using namespace std::chrono_literals;
+
+/// Where a process that only waits is seen by nobody.
+constexpr double kIdlePercent = 1;
+constexpr double kStartMilliseconds = 50;
+constexpr double kFramesPerSecond = 1000;
+/// The frame and what becomes of it, and the buffer into which the worker captures the next one.
+constexpr double kMemoryLimit = 1.5;
+
+/// Percent of one core that the process takes while this thread sleeps.
+double percentWhileSleeping(std::chrono::seconds time) {
+    const auto seconds = [](clockid_t clock) {
+        timespec now{};
+        clock_gettime(clock, &now);
+        return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+    };
+    const double busy = seconds(CLOCK_PROCESS_CPUTIME_ID);
+    const double begin = seconds(CLOCK_MONOTONIC);
+    std::this_thread::sleep_for(time);
+    return 100 * (seconds(CLOCK_PROCESS_CPUTIME_ID) - busy) / (seconds(CLOCK_MONOTONIC) - begin);
+}
+
+/// Long enough for a search for new cameras, which comes every five seconds.
+double idleEnumeration() {
+    constexpr int kSimulatedCameras = 1000;
+    SoftwareDevices::startEmpty();
+    SoftwareDevices::plugDefaultDevices();
+    useDevices(true);
+    useCameraList(kSimulatedCameras);
+    Camera::initialiseWorkspace();
+    const std::size_t cameras = Camera::getCamerasList().size();
+    const double percent = percentWhileSleeping(6s);
+    Camera::unitialisedWorkpace();
+    useDevices(false);
+    if (cameras != kSimulatedCameras + SoftwareDevices::defaultDevices().size()) {
+        throw std::logic_error("Not all cameras were found.");
+    }
+    return percent;
+}
+
+/// In still mode, for a trigger that does not come.
+double idleStream() {
+    SdkCamera camera;
+    camera->getProperty(PropertyNames::kStreamingMode).setValue("Still");
+    camera->getProperty(PropertyNames::kHardwareTrigger).setValue("Enabled");
+    camera->startStream();
+    const double percent = percentWhileSleeping(3s);
+    camera->stopStream();
+    return percent;
+}
+
+/// Frames of a camera that takes no time, numbered in their first bytes. The operations of the SDK have no context.
+struct NumberedFrames {
+    static constexpr std::uint32_t kWidth = 64;
+    static constexpr std::uint32_t kHeight = 48;
+
+    static void replace(OrvexAdapter::OrvexApi& api) {
+        api.sdkCaptureVideoFrames = [](void* /*handle*/, std::uint32_t /*count*/, std::uint8_t* buffer) {
+            std::memcpy(buffer, &++s_Number, sizeof(s_Number));
+            return std::uint32_t{1};
+        };
+        api.sdkGetVideoImageFormat = [](void* /*handle*/, ORVEX_IMAGE_FORMAT* format) {
+            *format = {};
+            format->size = sizeof(ORVEX_IMAGE_FORMAT);
+            format->width = kWidth;
+            format->height = kHeight;
+            return std::uint32_t{1};
+        };
+    }
+
+    inline static std::uint32_t s_Number = 0; // counted on the worker alone
+};
+
+/// The time of a thousand small frames, in seconds.
+double secondsOfSmallFrames() {
+    SdkCamera camera(NumberedFrames::replace);
+    camera->getProperty(PropertyNames::kWidth).setValue(std::to_string(NumberedFrames::kWidth));
+    camera->getProperty(PropertyNames::kHeight).setValue(std::to_string(NumberedFrames::kHeight));
+    camera->startStream();
+    const auto begin = std::chrono::steady_clock::now();
+    std::uint32_t last = 0;
+    for (int frame = 0; frame < static_cast<int>(kFramesPerSecond); ++frame) {
+        std::uint32_t number = 0;
+        std::memcpy(&number, camera->getImage()->getDataAddress(), sizeof(number));
+        if (number <= last) {
+            throw std::logic_error("Frames came out of order.");
+        }
+        last = number;
+    }
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
+    camera->stopStream();
+    return time.count();
+}
+
+std::size_t peakBytes() {
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    std::size_t kilobytes = 0;
+    while (status >> word && word != "VmHWM:") {
+    }
+    status >> kilobytes;
+    return kilobytes * 1024;
+}
+
+/// A 20-megapixel frame is captured and demosaiced: the process's peak, as a multiple of frame and result.
+double memoryOfLargeImage() {
+    constexpr std::uint32_t kWidth = 5472;
+    constexpr std::uint32_t kHeight = 3648;
+    SoftwareDevices::DeviceDescription device = SoftwareDevices::defaultDevices().front();
+    device.sensorWidth = kWidth;
+    device.sensorHeight = kHeight;
+    const auto replace = [](OrvexAdapter::OrvexApi& api) {
+        api.sdkCaptureVideoFrames = [](void* /*handle*/, std::uint32_t /*count*/, std::uint8_t* buffer) {
+            std::memset(buffer, 1, std::size_t{kWidth} * kHeight);
+            return std::uint32_t{1};
+        };
+        api.sdkGetVideoImageFormat = [](void* /*handle*/, ORVEX_IMAGE_FORMAT* format) {
+            *format = {};
+            format->size = sizeof(ORVEX_IMAGE_FORMAT);
+            format->width = kWidth;
+            format->height = kHeight;
+            return std::uint32_t{1};
+        };
+    };
+    SdkCamera camera(replace, device);
+    while (Imaging::BufferPool::instance().keptBytes() > 0) {
+        std::this_thread::sleep_for(100ms); // what other claims left is freed soon
+    }
+    malloc_trim(0);
+    std::ofstream("/proc/self/clear_refs") << 5; // the peak is what is in use now
+    const std::size_t before = peakBytes();
+    const auto frame = camera->getImage();
+    const auto result = Imaging::convertImage(frame, Imaging::IMAGE_FORMAT::BGR);
+    return static_cast<double>(peakBytes() - before) /
+           static_cast<double>(frame->getImageSize() + result->getImageSize());
+}
+
+#ifdef QUILL_BENCHMARK_TOOL
+/// A fresh process that loads the library and both flat libraries, and lists the cameras.
+double millisecondsOfStart() {
+    constexpr int kStarts = 15;
+    std::vector<double> times;
+    for (int start = 0; start < kStarts; ++start) {
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        for (const int descriptor : {STDOUT_FILENO, STDERR_FILENO}) {
+            posix_spawn_file_actions_addopen(&actions, descriptor, "/dev/null", O_WRONLY, 0);
+        }
+        std::string tool = QUILL_BENCHMARK_TOOL;
+        std::string command = "list";
+        std::array<char*, 3> arguments{tool.data(), command.data(), nullptr};
+        pid_t child = 0;
+        int status = 0;
+        const auto begin = std::chrono::steady_clock::now();
+        const bool ran = posix_spawn(&child, tool.c_str(), &actions, nullptr, arguments.data(), environ) == 0 &&
+                         waitpid(child, &status, 0) == child && status == 0;
+        times.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count());
+        posix_spawn_file_actions_destroy(&actions);
+        if (!ran) {
+            throw std::runtime_error("The tool could not list the cameras.");
+        }
+    }
+    return median(times);
+}
+#endif
+
+} // namespace
+
+std::vector<Claim> processClaims(Scope scope) {
+    std::vector<Claim> claims{countingClaim("P24", "memory of 20 MP captured and demosaiced", "x frame, result",
+                                            kMemoryLimit, memoryOfLargeImage)};
+    if (scope == Scope::Short) {
+        return claims; // the others are no ratios, and say as much of the machine
+    }
+    claims.push_back(countingClaim("P20", "idle, 3 devices and 1000 simulated cameras", "% of a core", kIdlePercent,
+                                   idleEnumeration));
+    claims.push_back(
+        countingClaim("P21", "idle stream, waiting for a trigger", "% of a core", kIdlePercent, idleStream));
+    claims.push_back(
+        countingClaim("P22", "1000 small frames of a stream, in order", "seconds", 1, secondsOfSmallFrames));
+#ifdef QUILL_BENCHMARK_TOOL
+    claims.push_back(countingClaim("P23", "fresh process lists the cameras", "milliseconds", kStartMilliseconds,
+                                   millisecondsOfStart));
+#endif
+    return claims;
+}
+
+} // namespace Benchmarks
