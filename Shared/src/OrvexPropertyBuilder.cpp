@@ -68,11 +68,26 @@ ORVEX_VERSION queryVersion(OrvexCamera& camera) {
     return version;
 }
 
-/// Brings the device back to what a property of an earlier connection says, where making the new one has changed it.
-void restore(Property& kept) {
+/// @return whether both are constants of this type
+template <typename T>
+bool takeOverConstant(Property& kept, Property& made) {
+    auto* const constant = dynamic_cast<MemoryProperty<T>*>(&kept);
+    auto* const newer = dynamic_cast<MemoryProperty<T>*>(&made);
+    if (constant == nullptr || newer == nullptr || !kept.isReadOnly()) {
+        return false;
+    }
+    *constant = *newer;
+    return true;
+}
+
+/// What a property of an earlier connection says goes on: the device is told where making the new one has changed it. A
+/// constant is what could be read this time.
+void keep(Property& kept, Property& made) {
     if (auto* trigger = dynamic_cast<OrvexHardwareTrigger*>(&kept)) {
         trigger->setValue(trigger->getValue());
+        return;
     }
+    takeOverConstant<unsigned long>(kept, made) || takeOverConstant<std::string>(kept, made);
 }
 
 } // namespace
@@ -81,9 +96,11 @@ void OrvexPropertyBuilder::build(Properties& properties, OrvexCamera& camera) {
     for (const PropertyDefinition& row : getPropertyTable()) {
         try {
             std::unique_ptr<Property> property = row.m_Factory(row.m_Name, row.m_Type, camera, row.m_SdkProperty);
-            const auto [entry, isNew] = properties.emplace(property->getName(), std::move(property));
-            if (!isNew) {
-                restore(*entry->second); // one that is there already stays
+            const auto [entry, isNew] = properties.try_emplace(property->getName());
+            if (isNew) {
+                entry->second = std::move(property);
+            } else {
+                keep(*entry->second, *property); // one that is there already stays
             }
         } catch (const KestrelException&) {
             // The camera does not have this one.

@@ -312,6 +312,9 @@ SOFTWARE_DEVICES_API void truncateFrames(std::uint32_t serial, std::uint32_t cou
 /// The device is unplugged in the middle of the call-th such call from now (1: the next), which fails.
 SOFTWARE_DEVICES_API void unplugDuring(std::uint32_t serial, Operation operation, std::uint32_t call);
 
+/// The device is unplugged in the call-th boundary call from now, whatever it is; a call of that device fails.
+SOFTWARE_DEVICES_API void unplugCall(std::uint32_t serial, std::uint64_t call);
+
 SOFTWARE_DEVICES_API void clearFaults();
 
 // ---- Log ----

@@ -34,12 +34,15 @@ void applyFaults(Operation operation, Device* device, std::uint64_t callNumber) 
         }
     }
     require(effect.errorCode == kNoError, effect.errorCode);
-    if (effect.unplugs && device) {
-        Faults::unplugInMiddle(serial);
-        if (!hasMiddle(operation)) {
-            Faults::reachMiddleOfCall();
-            throw Refusal{kCameraGone};
-        }
+    if (effect.unplugged == kNoDevice) {
+        return;
+    }
+    Faults::unplugInMiddle(effect.unplugged);
+    if (effect.unplugged != serial) {
+        Faults::reachMiddleOfCall(); // and the call goes on
+    } else if (!hasMiddle(operation)) {
+        Faults::reachMiddleOfCall();
+        throw Refusal{kCameraGone};
     }
 }
 

@@ -205,6 +205,10 @@ void unplugDuring(std::uint32_t serial, Operation operation, std::uint32_t call)
     registry().faults().unplugDuring(serial, operation, call);
 }
 
+void unplugCall(std::uint32_t serial, std::uint64_t call) {
+    registry().faults().unplugCall(serial, boundaryCalls() + call);
+}
+
 void clearFaults() {
     registry().faults().clear();
 }

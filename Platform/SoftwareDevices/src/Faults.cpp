@@ -47,10 +47,18 @@ void Faults::unplugDuring(std::uint32_t serial, Operation operation, std::uint32
     plan({serial, operation, call, kNoError, std::chrono::milliseconds(0), true});
 }
 
+void Faults::unplugCall(std::uint32_t serial, std::uint64_t callNumber) {
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_UnpluggedSerial = serial;
+    m_UnpluggingCall = callNumber;
+    m_Any = true;
+}
+
 void Faults::clear() {
     const std::lock_guard<std::mutex> lock(m_Mutex);
     m_Planned.clear();
     m_FailingCall = 0;
+    m_UnpluggingCall = 0;
     m_Any = false;
 }
 
@@ -68,7 +76,7 @@ Faults::Effect Faults::onCall(std::uint32_t serial, Operation operation, std::ui
         if (planned.count > 0) {
             --planned.count;
             if (planned.unplugs) {
-                effect.unplugs = planned.count == 0;
+                effect.unplugged = planned.count == 0 ? serial : effect.unplugged;
             } else {
                 effect.errorCode = planned.errorCode; // the latest plan counts
             }
@@ -79,6 +87,10 @@ Faults::Effect Faults::onCall(std::uint32_t serial, Operation operation, std::ui
     if (callNumber == m_FailingCall) {
         effect.errorCode = m_FailingCode;
         m_FailingCall = 0;
+    }
+    if (callNumber == m_UnpluggingCall) {
+        effect.unplugged = m_UnpluggedSerial;
+        m_UnpluggingCall = 0;
     }
     return effect;
 }

@@ -14,7 +14,7 @@ public:
     struct Effect {
         std::uint32_t errorCode = kNoError;
         std::chrono::milliseconds delay{0};
-        bool unplugs = false;
+        std::uint32_t unplugged = kNoDevice; ///< the device that leaves the bus
     };
 
     void failNext(std::uint32_t serial, Operation operation, std::uint32_t count, std::uint32_t errorCode);
@@ -22,6 +22,8 @@ public:
     void failCall(std::uint64_t callNumber, std::uint32_t errorCode);
     void delay(std::uint32_t serial, Operation operation, std::chrono::milliseconds time);
     void unplugDuring(std::uint32_t serial, Operation operation, std::uint32_t call);
+    /// @param callNumber  as CallLog counts
+    void unplugCall(std::uint32_t serial, std::uint64_t callNumber);
     void clear();
 
     Effect onCall(std::uint32_t serial, Operation operation, std::uint64_t callNumber);
@@ -49,6 +51,8 @@ private:
     std::vector<Planned> m_Planned;
     std::uint64_t m_FailingCall = 0; ///< 0: none
     std::uint32_t m_FailingCode = kNoError;
+    std::uint64_t m_UnpluggingCall = 0; ///< 0: none
+    std::uint32_t m_UnpluggedSerial = kNoDevice;
 };
 
 } // namespace SoftwareDevices

@@ -30,7 +30,8 @@ OrvexPixelFormat::OrvexPixelFormat(const std::string& name, const CameraInterfac
         const unsigned long code = candidates.toValue(text);
         FrameFormat trial = present;
         trial.format.pixelFormat = static_cast<std::uint32_t>(code);
-        if (writeFrameFormat(*m_Camera, trial)) {
+        // The camera has its present format, whether the trial failed or not.
+        if (writeFrameFormat(*m_Camera, trial) || code == m_Value) {
             m_ValueEnumeration.insert(text, code);
             m_Minimum = std::min(m_Minimum, code);
             m_Maximum = std::max(m_Maximum, code);

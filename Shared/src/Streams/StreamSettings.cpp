@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Exceptions/Raise.h"
+#include "Internal/NeverDestroyed.h"
 #include "Properties/OrvexEnumerations.h"
 #include "PropertyNames.h"
 #include "Utilities/TextConversion.h"
@@ -116,9 +117,9 @@ ORVEX_SNAPSHOT buildStreamSettings(Camera& camera) {
 }
 
 std::uint32_t getBitsPerPixel(std::uint32_t pixelFormat) {
-    static const PixelFormats formats;
+    static Internal::NeverDestroyed<const PixelFormats> formats; // a worker may run at process exit
     unsigned long bits = 0;
-    Utilities::extractFirstWord(formats.toString(pixelFormat), bits);
+    Utilities::extractFirstWord(formats.get().toString(pixelFormat), bits);
     return static_cast<std::uint32_t>(bits);
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "Internal/NeverDestroyed.h"
 #include "Utilities/RegistryApi.h"
 #include "Utilities/Utf16.h"
 
@@ -208,10 +209,10 @@ const RegistryFile::Values* RegistryFile::findKey(std::u16string_view path) cons
         return &key->second;
     }
     // A key above others is there without being described.
-    static const Values kNone;
+    static Internal::NeverDestroyed<const Values> none;
     const std::u16string below = lowerCase + u'\\';
     const auto key = m_Keys.lower_bound(below);
-    return key != m_Keys.end() && key->first.compare(0, below.size(), below) == 0 ? &kNone : nullptr;
+    return key != m_Keys.end() && key->first.compare(0, below.size(), below) == 0 ? &none.get() : nullptr;
 }
 
 const RegistryValue* RegistryFile::findValue(const Values& values, std::u16string_view name) {

@@ -173,7 +173,9 @@ void OrvexCamera::suspend() {
 
 void OrvexCamera::closeHandle() {
     if (void* handle = m_Handle.exchange(nullptr)) {
-        orvexApi().sdkCameraClose(handle);
+        if (orvexApi().sdkCameraClose(handle) == 0) {
+            orvexApi().sdkCameraClose(handle); // once more: nobody has the handle from now on
+        }
     }
 }
 

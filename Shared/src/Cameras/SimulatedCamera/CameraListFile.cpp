@@ -5,6 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Internal/NeverDestroyed.h"
+
 namespace CameraInterface::SimulatedAdapter {
 
 namespace {
@@ -52,10 +54,10 @@ void readAsFarAsPossible(Read read) {
 }
 
 void readDescriptors(const json& entries, std::vector<ParameterDescriptor>& descriptors) {
-    static const ParameterTypes types;
+    static Internal::NeverDestroyed<const ParameterTypes> types;
     for (const json& entry : entries) {
         ParameterDescriptor descriptor;
-        descriptor.m_Type = types.toValue(entry.at("Type").get<std::string>());
+        descriptor.m_Type = types.get().toValue(entry.at("Type").get<std::string>());
         entry.at("Label").get_to(descriptor.m_Label);
         descriptors.push_back(std::move(descriptor));
     }
@@ -85,10 +87,10 @@ void from_json(const json& value, SimulatedCameraIdentification& identification)
 }
 
 void from_json(const json& value, SimulatedPropertyDescription& description) {
-    static const PropertyTypes types;
+    static Internal::NeverDestroyed<const PropertyTypes> types;
     readAsFarAsPossible([&] {
         value.at("Name").get_to(description.m_Name);
-        description.m_Type = types.toValue(value.at("Type").get<std::string>());
+        description.m_Type = types.get().toValue(value.at("Type").get<std::string>());
         value.at("Minimum").get_to(description.m_Minimum);
         value.at("Maximum").get_to(description.m_Maximum);
         value.at("Default").get_to(description.m_Default);

@@ -203,7 +203,9 @@ Property& Usb3VisionCamera::findProperty(std::string name) { // NOLINT(performan
 
 void Usb3VisionCamera::closeHandle() {
     if (void* handle = m_Handle.exchange(nullptr)) {
-        tarnuLibrary().TarnuCloseCamera(handle);
+        if (tarnuLibrary().TarnuCloseCamera(handle) == 0) {
+            tarnuLibrary().TarnuCloseCamera(handle); // once more: nobody has the handle from now on
+        }
     }
 }
 

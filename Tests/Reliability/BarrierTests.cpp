@@ -1,0 +1,126 @@
+#include <atomic>
+#include <functional>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "OrvexApi/OrvexApi.h"
+#include "Support/Event.h"
+#include "Support/FakeCamera.h"
+#include "Support/SoftwareDeviceFixture.h"
+
+namespace {
+
+using namespace CameraInterface;
+using OrvexAdapter::OrvexApi;
+using TestSupport::Event;
+
+/// Something of the application's, or of a stream, that is under way when it is told to stop.
+struct Running {
+    void operator()() {
+        entered.raise();
+        release.wait();
+        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // so that whoever does not wait is early
+        finished = true;
+    }
+    /// Whether @p stop returns after this has ended and not before.
+    bool endsBefore(const std::function<void()>& stop) {
+        if (!entered.wait()) {
+            return false;
+        }
+        std::thread releaser([&] { release.raise(); });
+        stop();
+        const bool ended = finished;
+        releaser.join();
+        return ended;
+    }
+
+    Event entered;
+    Event release;
+    std::atomic<bool> finished{false};
+};
+
+class CallbackBarrier : public TestSupport::CameraListFixture {
+protected:
+    CallbackBarrier() { useAdapters({m_Bus.adapter()}); }
+    ~CallbackBarrier() override { useAdapters({}); }
+
+    TestSupport::FakeBus m_Bus;
+    Running m_Running; // outlived by no callback
+};
+
+TEST_F(CallbackBarrier, WhatReplacesOrEndsACallbackWaitsForIt) {
+    struct Case {
+        const char* name;
+        bool isDisconnect;
+        std::function<void()> stop;
+    };
+    const Case cases[] = {
+        {"registerDisconnectCallback", true, [] { Camera::registerDisconnectCallback({}); }},
+        {"unitialisedWorkpace", true, [] { Camera::unitialisedWorkpace(); }},
+        {"registerNewConnectCallback", false, [] { Camera::registerNewConnectCallback({}); }},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.name);
+        const auto running = std::make_shared<Running>();
+        m_Bus.plug("1");
+        Camera::initialiseWorkspace();
+        if (row.isDisconnect) {
+            Camera::registerDisconnectCallback([&](const std::string&, const std::string&) { (*running)(); });
+            m_Bus.unplug("1");
+        } else {
+            Camera::registerNewConnectCallback([&] { (*running)(); });
+            m_Bus.plug("2");
+        }
+        EXPECT_TRUE(running->endsBefore(row.stop));
+        Camera::unitialisedWorkpace();
+        m_Bus.unplug("1");
+    }
+}
+
+class StreamBarrier : public TestSupport::SoftwareDeviceFixture {
+protected:
+    StreamBarrier() {
+        s_Original = OrvexAdapter::orvexApi();
+        m_Api = s_Original;
+        m_Api.sdkCaptureVideoFrames = [](void* handle, std::uint32_t count, std::uint8_t* buffer) {
+            const std::uint32_t captured = s_Original.sdkCaptureVideoFrames(handle, count, buffer);
+            if (Running* const running = s_Running.exchange(nullptr)) {
+                (*running)();
+            }
+            return captured;
+        };
+        OrvexAdapter::useOrvexApi(&m_Api);
+    }
+    ~StreamBarrier() override {
+        Camera::unitialisedWorkpace();
+        OrvexAdapter::useOrvexApi(nullptr);
+    }
+
+    inline static OrvexApi s_Original;
+    inline static std::atomic<Running*> s_Running{nullptr}; ///< in the next capture
+    OrvexApi m_Api;
+};
+
+TEST_F(StreamBarrier, WhatEndsAStreamWaitsForTheCaptureThatIsUnderWay) {
+    struct Case {
+        const char* name;
+        void (*stop)(Camera& camera);
+    };
+    constexpr Case kCases[] = {{"stopStream", [](Camera& camera) { camera.stopStream(); }},
+                               {"disconnect", [](Camera& camera) { camera.disconnect(); }},
+                               {"suspend", [](Camera& camera) { camera.suspend(); }},
+                               {"unitialisedWorkpace", [](Camera&) { Camera::unitialisedWorkpace(); }}};
+    for (const Case& row : kCases) {
+        SCOPED_TRACE(row.name);
+        Running running;
+        Camera& camera = open(SoftwareDevices::defaultDevices()[1]);
+        SoftwareDevices::setAsFastAsAsked(SoftwareDevices::defaultDevices()[1].serial, true);
+        s_Running = &running;
+        camera.startStream();
+        EXPECT_TRUE(running.endsBefore([&] { row.stop(camera); }));
+        Camera::unitialisedWorkpace();
+    }
+}
+
+} // namespace

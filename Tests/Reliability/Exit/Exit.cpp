@@ -1,0 +1,136 @@
+// Ends in the way that its argument names. Whatever runs then, the exit code is 0 and nothing is printed.
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include <Quill.h>
+#include <SoftwareDevices.h>
+
+namespace {
+
+using CameraInterface::Camera;
+
+constexpr std::uint32_t kSerial = 7;
+
+/// Uses the library after main() has returned and after whatever the library does at exit.
+struct LateUser {
+    ~LateUser() {
+        Camera::getCamerasList();
+        Camera::searchForNewCameras();
+        if (isSet) {
+            Camera::getCamera(std::to_string(kSerial)).connect();
+        }
+    }
+    bool isSet = false;
+};
+
+LateUser g_LateUser;
+std::mutex g_Mutex;
+std::condition_variable g_Condition;
+bool g_Entered = false;
+
+/// A static object of the application. While it is destroyed a stream, if one is live, delivers many more frames.
+struct SlowToGo {
+    ~SlowToGo() {
+        constexpr std::uint64_t kFrames = 50;
+        const auto frames = [] { return SoftwareDevices::calls(SoftwareDevices::Operation::sdkCaptureVideoFrames); };
+        const std::uint64_t before = frames();
+        while (SoftwareDevices::isStreaming(kSerial) && frames() < before + kFrames) {
+            std::this_thread::yield();
+        }
+    }
+};
+
+Camera& open() {
+    SoftwareDevices::startEmpty();
+    SoftwareDevices::DeviceDescription device = SoftwareDevices::defaultDevices()[1];
+    device.serial = kSerial;
+    SoftwareDevices::plug(device);
+    SoftwareDevices::setAsFastAsAsked(kSerial, true);
+    Camera::initialiseWorkspace();
+    Camera& camera = Camera::getCamera(std::to_string(kSerial));
+    camera.connect();
+    return camera;
+}
+
+void enter() {
+    const std::lock_guard<std::mutex> lock(g_Mutex);
+    g_Entered = true;
+    g_Condition.notify_all();
+}
+
+void awaitEntry() {
+    std::unique_lock<std::mutex> lock(g_Mutex);
+    g_Condition.wait(lock, [] { return g_Entered; });
+}
+
+void withAnOpenCamera() {
+    open();
+}
+
+void withALiveStream() {
+    Camera& camera = open();
+    static const SlowToGo slowToGo; // after the library's own static objects that end a stream, before those of a run
+    camera.startStream();
+    camera.getImage();
+}
+
+void withALateUser() {
+    withALiveStream();
+    g_LateUser.isSet = true;
+}
+
+void whileACallbackRuns() {
+    open().startStream();
+    Camera::registerDisconnectCallback([](const std::string&, const std::string&) {
+        enter();
+        for (int i = 0; i < 200; ++i) {
+            Camera::searchForNewCameras();
+            Camera::getCamerasList();
+        }
+    });
+    SoftwareDevices::unplug(kSerial);
+    awaitEntry();
+    std::exit(EXIT_SUCCESS);
+}
+
+void insideACallback() {
+    open().startStream();
+    Camera::registerDisconnectCallback([](const std::string&, const std::string&) { std::exit(EXIT_SUCCESS); });
+    SoftwareDevices::unplug(kSerial);
+    while (true) {
+        std::this_thread::sleep_for(std::chrono::hours(1)); // the callback ends the process meanwhile
+    }
+}
+
+void atOnce() {
+    withALiveStream();
+    std::quick_exit(EXIT_SUCCESS);
+}
+
+struct Case {
+    const char* name;
+    void (*run)();
+};
+
+constexpr Case kCases[] = {
+    {"WithAnOpenCamera", withAnOpenCamera},     {"WithALiveStream", withALiveStream}, {"WithALateUser", withALateUser},
+    {"WhileACallbackRuns", whileACallbackRuns}, {"InsideACallback", insideACallback}, {"AtOnce", atOnce},
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const std::string name = argc == 2 ? argv[1] : "";
+    for (const Case& row : kCases) {
+        if (name == row.name) {
+            row.run();
+            return EXIT_SUCCESS;
+        }
+    }
+    return EXIT_FAILURE;
+}

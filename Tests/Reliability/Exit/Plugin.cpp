@@ -1,0 +1,12 @@
+// A module of an application that uses the library and leaves everything running.
+
+#include <Quill.h>
+
+extern "C" QUILL_API bool useQuill(const char* serialNumber) {
+    using CameraInterface::Camera;
+    Camera::initialiseWorkspace();
+    Camera& camera = Camera::getCamera(serialNumber);
+    camera.connect();
+    camera.startStream();
+    return camera.getImage()->getWidth() > 0;
+}

@@ -1,0 +1,368 @@
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <limits>
+#include <ostream>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
+#include "Exceptions/KestrelException.h"
+#include "Support/Event.h"
+#include "Support/Images.h"
+#include "Support/ListMaintenance.h"
+#include "Support/SoftwareDeviceFixture.h"
+#include "Utilities/Programmer.h"
+#include "Utilities/Watchdog.h"
+
+namespace {
+
+using namespace CameraInterface;
+using Utilities::Programmer;
+using Bytes = std::vector<unsigned char>;
+using Words = std::set<std::string>;
+
+constexpr std::uint32_t kSerial = 41500101;
+const std::string kSerialNumber = std::to_string(kSerial);
+
+constexpr std::array<std::uint32_t, 6> kErrorCodes{
+    SoftwareDevices::kPropertyUnsupported, SoftwareDevices::kPropertyNotWritable,
+    SoftwareDevices::kCaptureEnded,        SoftwareDevices::kTimedOut,
+    SoftwareDevices::kCameraGone,          SoftwareDevices::kInternalError};
+
+Camera& camera() {
+    return Camera::getCamera(kSerialNumber);
+}
+
+bool isPlugged() {
+    return SoftwareDevices::pluggedDevices() == std::vector<std::uint32_t>{kSerial};
+}
+
+void updateList() {
+    TestSupport::dropVanishedCameras();
+    TestSupport::addNewCameras();
+}
+
+/// Until the device is back on the bus, plugged in again or rebooted, and listed. Waiting makes no boundary calls.
+void awaitReboot() {
+    const auto deadline = std::chrono::steady_clock::now() + TestSupport::kLongEnough;
+    while (!isPlugged() && std::chrono::steady_clock::now() < deadline) {
+        try {
+            SoftwareDevices::replug(kSerial);
+        } catch (const std::invalid_argument&) {
+            std::this_thread::yield(); // it reboots
+        }
+    }
+    SoftwareDevices::setAsFastAsAsked(kSerial, true);
+    updateList();
+}
+
+void reboot() {
+    std::vector<std::string> mode{"Firmware"};
+    camera().perform("Reboot", mode);
+    awaitReboot();
+    camera().connect();
+}
+
+void rebootWithUsb3VisionMode(const std::string& state) {
+    camera().getProperty("USB3 Vision Mode").setValue(state);
+    reboot();
+}
+
+void takeImage(const std::string& mode) {
+    camera().getProperty("Streaming Mode").setValue(mode);
+    camera().getImage();
+}
+
+Bytes bootImage() {
+    Bytes image{'C', 'Y', 0x1C, 0xB0, 64, 0, 0, 0, 0, 1, 0, 0};
+    image.resize(image.size() + 64 * 4, 0x5A);
+    image.insert(image.end(), {0, 0, 0, 0, 0x34, 0x12, 0, 0x40});
+    return image;
+}
+
+template <typename Action>
+void forEachProperty(Action action) {
+    for (const std::string& name : camera().getSupportedProperties()) {
+        action(camera().getProperty(name));
+    }
+}
+
+Words operator+(Words words, const Words& more) {
+    words.insert(more.begin(), more.end());
+    return words;
+}
+
+const Words kListing{"CameraNotFound"};
+const Words kConnecting{"CameraConnection", "CameraEnumeration "};
+const Words kReading{"PropertyReadFailure", "PropertyRangeReadFailure", "PropertyErrorUnknown", "PropertyUnknown"};
+const Words kWriting{"PropertyWriteFailure",
+                     "Desired value must be selected from one of the available options in the value list."};
+const Words kStreaming{
+    "InvalidStreamSettings", "RegisterStreamCallback", "RemoveStreamCallback", "StartStream", "StopStream",
+    "StreamStopped"};
+const Words kRebooting = kListing + kConnecting + Words{"FunctionExecution"};
+
+/// Something that an application does with a connected camera, and what it may be told when a call fails meanwhile: the
+/// word of an exception of the library, the text of a standard one.
+struct Scenario {
+    const char* name;
+    void (*action)();
+    Words words;
+};
+
+void PrintTo(const Scenario& scenario, std::ostream* stream) {
+    *stream << scenario.name;
+}
+
+const std::vector<Scenario>& scenarios() {
+    static const std::vector<Scenario> table{
+        {"Connect",
+         [] {
+             camera().disconnect();
+             camera().connect();
+         },
+         kConnecting},
+        {"ReadProperties",
+         [] {
+             forEachProperty([](Property& property) {
+                 property.getValue();
+                 property.getMinimum();
+                 property.getMaximum();
+                 property.getDefault();
+                 property.getValueList();
+                 property.isReadOnly();
+             });
+         },
+         kReading},
+        {"WriteProperties",
+         [] {
+             forEachProperty([](Property& property) {
+                 if (!property.isReadOnly() && property.isAvailableForWriting()) {
+                     property.setValue(property.getDefault());
+                 }
+             });
+         },
+         kReading + kWriting},
+        {"VideoImage", [] { takeImage("Video"); }, kReading + kStreaming},
+        {"StillImage", [] { takeImage("Still"); }, kReading + kStreaming},
+        {"Stream",
+         [] {
+             camera().getProperty("Streaming Mode").setValue("Video");
+             camera().startStream();
+             for (int frame = 0; frame < 5; ++frame) {
+                 camera().getImage();
+             }
+             camera().stopStream();
+         },
+         kReading + kStreaming},
+        {"Convert",
+         [] {
+             using Imaging::IMAGE_FORMAT;
+             for (const auto format : {IMAGE_FORMAT::MONO, IMAGE_FORMAT::BGR, IMAGE_FORMAT::BGRA, IMAGE_FORMAT::RGB}) {
+                 camera().convertImage(TestSupport::patternImage(16, 8, 8, Imaging::IMAGE_FORMAT::BAYER_RGGB, true),
+                                       format);
+             }
+         },
+         kReading + Words{"Failed to convert image."}},
+        {"FirmwareUpdate",
+         [] {
+             Programmer::writeFirmwareToFlash(camera(), bootImage(), 0, 1U << 20, 64, {});
+             EXPECT_TRUE(Programmer::compareFlash(camera(), bootImage(), 0, 64, {}));
+         },
+         {"FunctionExecution"}},
+        {"PlayXsvf",
+         [] {
+             // An instruction of eight bits, a register of 32, and the end.
+             Programmer::jtagXsvf(camera(), {0x02, 8, 0x02, 0x08, 0, 0, 0, 32, 0x03, 1, 2, 3, 4, 0x00});
+         },
+         {}},
+        {"RamLoad",
+         [] {
+             Programmer::writeFirmwareToRam(camera(), bootImage(), {});
+             awaitReboot();
+             camera().connect();
+         },
+         kRebooting},
+        {"Usb3VisionRoundTrip",
+         [] {
+             rebootWithUsb3VisionMode("Enabled");
+             rebootWithUsb3VisionMode("Disabled");
+         },
+         kRebooting + kReading + kWriting + Words{"Failed to reboot camera in the desired mode."}},
+        {"SuspendAndResume",
+         [] {
+             camera().suspend();
+             camera().connect();
+         },
+         kConnecting},
+        {"EndWorkspace",
+         [] {
+             camera().startStream();
+             Camera::unitialisedWorkpace();
+             Camera::searchForNewCameras();
+             camera().connect();
+             camera().suspend();
+             Camera::unitialisedWorkpace();
+             Camera::searchForNewCameras();
+             camera().connect();
+         },
+         kListing + kConnecting + kReading + kStreaming},
+        {"ListMaintenance",
+         [] {
+             camera().disconnect();
+             updateList();
+             updateList();
+             Camera::searchForNewCameras();
+             camera().connect();
+         },
+         kConnecting},
+    };
+    return table;
+}
+
+class FaultSweep : public TestSupport::SoftwareDeviceFixture, public ::testing::WithParamInterface<Scenario> {
+protected:
+    FaultSweep() {
+        auto adapters = getCameraAdapters();
+        adapters.push_back({"USB3 Vision cameras", Usb3VisionAdapter::Usb3VisionCamera::getListOfCameras});
+        useAdapters(adapters);
+        SoftwareDevices::DeviceDescription device = SoftwareDevices::defaultDevices()[0];
+        device.serial = kSerial;
+        device.sensorWidth = 64;
+        device.sensorHeight = 48;
+        device.rebootTime = std::chrono::milliseconds(0);
+        SoftwareDevices::plug(device);
+        SoftwareDevices::setAsFastAsAsked(kSerial, true);
+        ready();
+        m_Properties = camera().getSupportedProperties();
+        for (int run = 0; run < 5; ++run) { // the fewest: a stream's worker may have made some on its own
+            const std::uint64_t before = SoftwareDevices::boundaryCalls();
+            GetParam().action();
+            m_Calls = std::min(m_Calls, SoftwareDevices::boundaryCalls() - before);
+        }
+    }
+    ~FaultSweep() override {
+        RecordProperty("calls", std::to_string(m_Calls));
+        RecordProperty("faults", m_Faults);
+        useAdapters({});
+    }
+
+    /// The camera listed and connected, and no fault planned, whatever was before.
+    void ready() {
+        SoftwareDevices::clearFaults();
+        awaitReboot();
+        if (camera().isStreaming()) {
+            camera().stopStream();
+        }
+        camera().connect();
+        if (SoftwareDevices::isUsb3Vision(kSerial)) {
+            rebootWithUsb3VisionMode("Disabled");
+        }
+        if (!hasAllProperties()) {
+            camera().disconnect();
+            camera().connect();
+            EXPECT_TRUE(hasAllProperties());
+        }
+    }
+
+    bool hasAllProperties() const {
+        const auto names = camera().getSupportedProperties();
+        return std::includes(names.begin(), names.end(), m_Properties.begin(), m_Properties.end());
+    }
+
+    /// Does the action while something fails.
+    void disturbed() {
+        ++m_Faults;
+        try {
+            GetParam().action();
+        } catch (const KestrelExceptions::KestrelException& failure) {
+            expectAllowed(failure.who());
+        } catch (const std::exception& failure) {
+            expectAllowed(failure.what());
+        }
+        SoftwareDevices::clearFaults();
+    }
+
+    /// After an unplug the list may have dropped the camera already.
+    void expectAllowed(const std::string& word) {
+        EXPECT_TRUE(GetParam().words.count(word) != 0 || (m_IsUnplugged && kListing.count(word) != 0)) << word;
+    }
+
+    void expectConsistent() {
+        awaitReboot();
+        if (Camera::getCamerasList().count(kSerialNumber) != 0) {
+            const CameraState state = camera().getState();
+            if (state != CameraState::Suspended) { // which is open, or could not be resumed
+                EXPECT_EQ(state == CameraState::Connected, SoftwareDevices::isOpen(kSerial));
+            }
+            EXPECT_TRUE(camera().isStreaming() || !SoftwareDevices::isStreaming(kSerial));
+        }
+    }
+
+    void expectTheSameSucceeds() {
+        EXPECT_NO_THROW({
+            ready();
+            GetParam().action();
+        });
+    }
+
+    std::vector<std::string> m_Properties;
+    std::uint64_t m_Calls = std::numeric_limits<std::uint64_t>::max();
+    int m_Faults = 0;
+    bool m_IsUnplugged = false;
+};
+
+INSTANTIATE_TEST_SUITE_P(EveryCall, FaultSweep, ::testing::ValuesIn(scenarios()),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_P(FaultSweep, AFailureIsToldAndLeavesNothingBehind) {
+    for (std::uint64_t call = 1; call <= m_Calls; ++call) {
+        for (const std::uint32_t error : kErrorCodes) {
+            SCOPED_TRACE("call " + std::to_string(call) + ", error " + std::to_string(error));
+            SoftwareDevices::failCall(call, error);
+            disturbed();
+            expectConsistent();
+            expectTheSameSucceeds();
+            if (HasFailure()) {
+                return;
+            }
+        }
+        Camera::unitialisedWorkpace();
+        EXPECT_FALSE(SoftwareDevices::isOpen(kSerial));
+        ready();
+    }
+}
+
+TEST_P(FaultSweep, AnUnplugIsToldAndLeavesNothingBehind) {
+    m_IsUnplugged = true;
+    for (std::uint64_t call = 1; call <= m_Calls; ++call) {
+        SCOPED_TRACE("call " + std::to_string(call));
+        {
+            Utilities::Watchdog watchdog; // like the list's own, but at once, and without a call before the unplug
+            watchdog.start(1, [] {
+                if (SoftwareDevices::pluggedDevices().empty()) {
+                    TestSupport::dropVanishedCameras();
+                }
+                return true;
+            });
+            SoftwareDevices::unplugCall(kSerial, call);
+            disturbed();
+        }
+        expectConsistent();
+        expectTheSameSucceeds();
+        Camera::unitialisedWorkpace();
+        EXPECT_FALSE(SoftwareDevices::isOpen(kSerial));
+        ready();
+        if (HasFailure()) {
+            return;
+        }
+    }
+}
+
+} // namespace
