@@ -52,6 +52,7 @@ double percentWhileSleeping(std::chrono::seconds time) {
 /// Long enough for a search for new cameras, which comes every five seconds.
 double idleEnumeration() {
     constexpr int kSimulatedCameras = 1000;
+    endList();
     SoftwareDevices::startEmpty();
     SoftwareDevices::plugDefaultDevices();
     useDevices(true);
@@ -59,7 +60,7 @@ double idleEnumeration() {
     Camera::initialiseWorkspace();
     const std::size_t cameras = Camera::getCamerasList().size();
     const double percent = percentWhileSleeping(6s);
-    Camera::unitialisedWorkpace();
+    endList();
     useDevices(false);
     if (cameras != kSimulatedCameras + SoftwareDevices::defaultDevices().size()) {
         throw std::logic_error("Not all cameras were found.");

@@ -109,9 +109,14 @@ void useCameraList(int cameras) {
     SimulatedAdapter::IdentificationCache::instance().forget();
 }
 
+void endList() {
+    Camera::unitialisedWorkpace();
+    listedCameras() = 0;
+}
+
 void listCameras(int cameras) {
     if (listedCameras() != cameras) {
-        Camera::unitialisedWorkpace();
+        endList();
         useCameraList(cameras);
         listedCameras() = static_cast<int>(Camera::searchForNewCameras());
     }

@@ -18,6 +18,9 @@ void useDevices(bool use);
 /// filled already.
 void listCameras(int cameras);
 
+/// Empties the process's camera list and ends the threads that watch it, if any.
+void endList();
+
 /// What the library does twice a second; how many cameras it dropped.
 int checkForDisconnectedCameras();
 
