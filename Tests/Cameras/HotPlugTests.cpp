@@ -2,38 +2,31 @@
 
 #include <array>
 #include <atomic>
-#include <fstream>
 #include <functional>
 #include <limits>
 #include <thread>
 #include <utility>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "Cameras/CameraWorkspace.h"
 #include "Exceptions/KestrelExceptions.h"
 #include "OrvexApi/OrvexApi.h"
 #include "Support/Event.h"
 #include "Support/ListMaintenance.h"
+#include "Support/ProcessFigures.h"
 #include "Support/SoftwareDeviceFixture.h"
 
 namespace {
 
 using namespace CameraInterface;
 using OrvexAdapter::OrvexApi;
+using TestSupport::residentBytes;
 
 constexpr int kCycles = 10'000;
 constexpr int kNone = std::numeric_limits<int>::max();
 /// For so many cycles a reference is good after it was looked up: the list keeps twice as many retired cameras.
 constexpr int kUsableCycles = CameraList::kMaximumRetired / 2;
-
-std::size_t residentBytes() {
-    std::size_t size = 0;
-    std::size_t resident = 0;
-    std::ifstream("/proc/self/statm") >> size >> resident;
-    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-}
 
 bool waitUntil(const std::function<bool()>& condition) {
     const auto deadline = std::chrono::steady_clock::now() + TestSupport::kLongEnough;

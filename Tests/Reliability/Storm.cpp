@@ -1,10 +1,11 @@
 // Threads that do at once whatever an application may do, while devices come and go. Every thread draws what it does
 // from the seed; the interleaving is the machine's.
 //
-//   quill_storm [--seed N] [--operations N] [--seconds N]
+//   quill_storm [--seed N] [--operations N] [--seconds N] [--samples FILE]
 //
 // A round is so many operations of each thread; with --seconds rounds go on for so long. In every other round the list
-// is kept by one thread alone, so that the callbacks of each camera must alternate.
+// is kept by one thread alone, so that the callbacks of each camera must alternate. Between rounds the file gets
+// seconds, resident KiB, threads, open descriptors and operations so far.
 
 #include <array>
 #include <atomic>
@@ -12,7 +13,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <future>
@@ -28,7 +28,6 @@
 #include <vector>
 
 #include <SoftwareDevices.h>
-#include <unistd.h>
 
 #include "Cameras/Camera.h"
 #include "Cameras/SimulatedCamera/CameraListFile.h"
@@ -36,6 +35,7 @@
 #include "Internal/SharedLibrary.h"
 #include "Support/Event.h"
 #include "Support/ListMaintenance.h"
+#include "Support/ProcessFigures.h"
 
 // What the library itself defines in files that are left out here.
 std::string Internal::getLibraryFolder() {
@@ -48,7 +48,11 @@ std::string CameraInterface::SimulatedAdapter::getCameraListPath() {
 namespace {
 
 using namespace CameraInterface;
+using TestSupport::openDescriptors;
+using TestSupport::residentBytes;
+using TestSupport::threadsOfProcess;
 using Random = std::mt19937;
+using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kThreads = 6;
 constexpr std::array<std::uint32_t, 4> kDevices{1, 2, 3, 4};
@@ -347,17 +351,6 @@ void keepList(Storm& storm) {
     }
 }
 
-std::size_t threadsOfProcess() {
-    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}));
-}
-
-std::size_t residentBytes() {
-    std::size_t size = 0;
-    std::size_t resident = 0;
-    std::ifstream("/proc/self/statm") >> size >> resident;
-    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-}
-
 std::size_t g_ThreadsAtStart = 0;
 
 void plugDevices() {
@@ -396,7 +389,7 @@ void runRound(std::uint32_t round, std::uint32_t operations) {
             }
         }));
     }
-    const auto deadline = std::chrono::steady_clock::now() + 5 * TestSupport::kLongEnough;
+    const auto deadline = Clock::now() + 5 * TestSupport::kLongEnough;
     for (auto& thread : threads) {
         if (thread.wait_until(deadline) != std::future_status::ready) {
             std::fprintf(stderr, "seed %u: round %u hangs\n", g_Seed, round);
@@ -412,7 +405,7 @@ void runRound(std::uint32_t round, std::uint32_t operations) {
     }
     SoftwareDevices::startEmpty();
     // A thread that was joined may be listed for a moment more.
-    while (threadsOfProcess() > g_ThreadsAtStart && std::chrono::steady_clock::now() < deadline) {
+    while (threadsOfProcess() > g_ThreadsAtStart && Clock::now() < deadline) {
         std::this_thread::yield();
     }
     require(threadsOfProcess() == g_ThreadsAtStart, "threads are left");
@@ -423,6 +416,7 @@ void runRound(std::uint32_t round, std::uint32_t operations) {
 int main(int argc, char** argv) {
     std::uint32_t operations = 600;
     long seconds = 0;
+    std::ofstream samples;
     for (int i = 1; i + 1 < argc; i += 2) {
         const long value = std::strtol(argv[i + 1], nullptr, 10);
         if (std::strcmp(argv[i], "--seed") == 0) {
@@ -431,20 +425,29 @@ int main(int argc, char** argv) {
             operations = static_cast<std::uint32_t>(value);
         } else if (std::strcmp(argv[i], "--seconds") == 0) {
             seconds = value;
+        } else if (std::strcmp(argv[i], "--samples") == 0) {
+            samples.open(argv[i + 1]);
         }
     }
     std::thread([] {}).join(); // a sanitizer adds a thread of its own to the first one
     g_ThreadsAtStart = threadsOfProcess();
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    const auto begin = Clock::now();
     std::size_t residentEarly = 0;
+    std::size_t descriptorsEarly = 0;
     std::uint32_t round = 0;
-    for (; !g_Failed && (round < 4 || std::chrono::steady_clock::now() < end); ++round) {
+    for (; !g_Failed && (round < 4 || Clock::now() < begin + std::chrono::seconds(seconds)); ++round) {
         runRound(round, operations);
-        residentEarly = round == 1 ? residentBytes() : residentEarly;
+        if (round == 1) {
+            residentEarly = residentBytes();
+            descriptorsEarly = openDescriptors();
+        }
+        samples << std::chrono::duration<double>(Clock::now() - begin).count() << ' ' << residentBytes() / 1024 << ' '
+                << threadsOfProcess() << ' ' << openDescriptors() << ' ' << g_Operations << std::endl;
     }
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // these keep freed memory for a while
     require(residentBytes() < residentEarly + kMemoryAllowance, "memory grows");
 #endif
+    require(openDescriptors() == descriptorsEarly, "descriptors are left open");
     require(g_Callbacks > 0, "no callback ran");
     std::printf("seed %u: %u rounds, %llu operations, %llu refused calls, %llu callbacks, %llu boundary calls, "
                 "%zu KiB early, %zu KiB at the end\n",

@@ -72,7 +72,9 @@ TEST_P(StreamLifeCycle, DeliversAnyNumberOfFramesAndStops) {
     camera.startStream();
     camera.suspend();
     EXPECT_FALSE(camera.isStreaming());
+    camera.startStream(); // with the handle that the next connection replaces
     camera.connect();
+    EXPECT_FALSE(camera.isStreaming());
     EXPECT_EQ(camera.getImage()->getWidth(), 64U) << "the region is kept";
 }
 

@@ -31,6 +31,7 @@ const std::map<std::string, void (*)()> kDevices{
          plug(device);
      }},
     {"silent", [] { dropFrames(plug(defaultDevices()[1]), 1'000'000'000); }},
+    {"worn", [] { failNext(plug(defaultDevices()[1]), Operation::sdkReadFlash, 1'000'000'000, kInternalError); }},
     {"leaving", [] { unplugDuring(plug(defaultDevices()[1]), Operation::sdkCaptureVideoFrames, 2); }},
 };
 

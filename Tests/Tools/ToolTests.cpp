@@ -63,6 +63,7 @@ TEST_F(Tool, EndsWithTheDocumentedCodeAndSaysWhy) {
         {{"set", "90001", "Shutter", "Rolling"}, 0, "Shutter = Rolling\n"},
         {{"functions", "90001"}, 0, "Read Flash   Address:Integer, Length:Integer  Data:String  yes\n"},
         {{"perform", "90001", "Read Flash", "0", "2"}, 0, "00000000  ff ff  "},
+        {{"conform", "90001"}, 0, "a simulated camera, firmware unknown: 185 answers, 0 not as documented\n"},
         {{"conversions"}, 0, "\nBAYER_RGGB   RGB          BAYER_RGGB_TO_RGB\n"},
         {{"--version"}, 0, "quill "},
         {{"--help"}, 0, "130  interrupted"},
@@ -125,6 +126,8 @@ TEST_F(Tool, GivesJsonWithStableKeys) {
         {{"perform", "90001", "Read Flash", "0", "2"},
          "/results/0",
          {{"label", "Data"}, {"type", "String"}, {"text", nullptr}, {"hex", "ffff"}}},
+        {{"conform", "90001"}, "/conforms", true},
+        {{"conform", "90001"}, "/answers/0/call", "initialiseWorkspace"},
         {{"conversions"}, "/conversions/0", {{"from", "MONO"}, {"to", "RGB"}, {"name", "MONO_TO_RGB"}}},
     };
     for (const auto& expected : cases) {
@@ -242,6 +245,10 @@ TEST_F(Tool, SaysHowACameraOfTheSdkFares) {
          {"capture", "41500102", "-o", image, "--count", "1000"},
          5,
          {"camera 41500102: ", "The camera is gone."}},
+        {"worn",
+         {"conform", "41500102"},
+         1,
+         {"quill: camera 41500102: 4 of its answers are not as documented\n"}}, // whenever it is open
     };
     for (const auto& expected : cases) {
         SCOPED_TRACE(::testing::PrintToString(expected.words));

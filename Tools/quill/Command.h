@@ -70,6 +70,7 @@ CommandDescription usb3VisionCommands();
 CommandDescription kitCommand();
 CommandDescription streamCommand();
 CommandDescription watchCommand();
+CommandDescription conformCommand();
 CommandDescription shellCommand();
 
 } // namespace QuillTool

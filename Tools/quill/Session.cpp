@@ -71,7 +71,7 @@ std::string Session::incompleteness() {
     return adapters.empty() ? "" : fmt::format("{} could not be looked for", fmt::join(adapters, ", "));
 }
 
-std::string Session::findSerialNumber(const std::string& selector) {
+std::string Session::select(const std::string& selector) {
     const std::map<std::string, std::string> cameras = listCameras();
     if (cameras.count(selector) != 0) {
         return selector;
@@ -97,7 +97,7 @@ std::string Session::findSerialNumber(const std::string& selector) {
 }
 
 SelectedCamera Session::connect(const std::string& selector) {
-    const std::string serialNumber = findSerialNumber(selector);
+    const std::string serialNumber = select(selector);
     return QuillTool::attempt(fmt::format("camera {}: cannot be connected", serialNumber), [&] {
         const SelectedCamera camera(Camera::getCamera(serialNumber), serialNumber);
         camera->connect();

@@ -60,10 +60,10 @@ public:
     static std::string incompleteness();
     /// The camera with this serial number, or the only one whose serial number starts so, connected.
     SelectedCamera connect(const std::string& selector);
+    /// The serial number of the same camera, which is left as it is.
+    std::string select(const std::string& selector);
 
 private:
-    std::string findSerialNumber(const std::string& selector);
-
     Output& m_Output;
     bool m_Open = false;
     std::map<std::string, std::string> m_ReportedFailures;

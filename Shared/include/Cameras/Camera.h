@@ -70,17 +70,30 @@ public:
 
     /// Whether images are being delivered; false on a camera that has no stream.
     virtual bool isStreaming();
-    /// Starts delivery.
+    /// Starts delivery, with the settings that the camera's properties have now.
     /// @throws KestrelException "StreamUnsupported"  the camera has no stream
+    /// @throws KestrelException "InvalidStreamSettings"  properties that a stream needs cannot be read
+    /// @throws KestrelException "InvalidStreamFormat", "RegisterStreamCallback"
+    /// @throws KestrelException_Stream "StartStream"  the camera refuses
     virtual void startStream();
-    /// Stops delivery. Throws like startStream().
+    /// Stops delivery; a barrier: no frame is captured any more when it returns.
+    /// @throws KestrelException "StreamUnsupported"  the camera has no stream
+    /// @throws KestrelException_Stream "StopStream", KestrelException "RemoveStreamCallback"  the camera refuses; the
+    ///     stream counts as running
     virtual void stopStream();
-    /// The statistics of the stream. Throws like startStream().
+    /// The statistics of the stream.
+    /// @throws KestrelException "StreamUnsupported"  the camera has no stream
     virtual StreamStatistics& getStreamStatistics();
 
-    /// The next image.
+    /// The next image; where the stream does not run, it is started for this one image and stopped again. Always ends:
+    /// with the image, or after the property "Timeout" (milliseconds; at -1 after 5 s and the exposure).
+    /// @throws KestrelException_Stream "StreamTimeout", "StreamStopped"; what startStream() and stopStream() throw
+    /// @throws KestrelException_Property  a property that describes the image cannot be read
+    /// @throws std::runtime_error "Method not implemented."  a camera in USB3 Vision mode
     virtual std::unique_ptr<Imaging::Image> getImage() = 0;
-    /// A new image in another format; see Imaging::convertImage().
+    /// A new image in another format; see Imaging::convertImage(). A camera that demosaics its own images is asked for
+    /// its properties first.
+    /// @throws KestrelException_Property  it does not answer, or was never connected
     virtual std::unique_ptr<Imaging::Image> convertImage(const std::unique_ptr<Imaging::Image>& image,
                                                          Imaging::IMAGE_FORMAT format);
 
@@ -89,7 +102,7 @@ public:
     /// The identity of the camera in the list.
     virtual std::string getSerialNumber() = 0;
     virtual std::string getModelName() = 0;
-    /// Whether a connected camera still answers.
+    /// Whether a connected camera still answers. What it says of one that is not connected depends on its kind.
     virtual bool isCameraAlive() = 0;
 
     // --- Connection ---
@@ -97,13 +110,14 @@ public:
     /// Opens the camera and builds its properties and functions; nothing happens on a connected one.
     /// @throws KestrelException_Camera "CameraConnection"  the camera cannot be opened, or was dropped from the list
     virtual void connect() = 0;
-    /// Closes the camera; nothing happens on a disconnected one.
-    /// @throws KestrelException_CameraState "CameraState"  the camera is suspended
+    /// Closes the camera, its stream first; nothing happens on a disconnected one.
+    /// @throws KestrelException_CameraState "CameraState"  the camera is suspended; what stopStream() throws
     virtual void disconnect() = 0;
-    /// Puts a connected camera aside.
-    /// @throws KestrelException_CameraState "CameraState"  the camera is not connected
+    /// Puts a connected camera aside, its stream stopped.
+    /// @throws KestrelException_CameraState "CameraState"  the camera is not connected; what stopStream() throws
     virtual void suspend() = 0;
 
+    /// A camera that was dropped from the list keeps the state that it had.
     CameraState getState();
     bool isConnected() const;
 

@@ -131,6 +131,7 @@ void OrvexCamera::connect() {
         return;
     }
     requireTransition(CameraState::Connected, QUILL_HERE);
+    m_Stream->forceStop(); // one that was started on a suspended camera has its handle
     const MutexLock lock(m_CameraEnumerationMutex);
     closeHandle();
     m_Handle = orvexApi().sdkCameraOpen(findCameraIndex());

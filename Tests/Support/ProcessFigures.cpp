@@ -1,0 +1,34 @@
+#include "Support/ProcessFigures.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include <unistd.h>
+
+namespace TestSupport {
+
+namespace {
+
+std::size_t entriesOf(const char* folder) {
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+}
+
+} // namespace
+
+std::size_t residentBytes() {
+    std::size_t size = 0;
+    std::size_t resident = 0;
+    std::ifstream("/proc/self/statm") >> size >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+std::size_t threadsOfProcess() {
+    return entriesOf("/proc/self/task");
+}
+
+std::size_t openDescriptors() {
+    return entriesOf("/proc/self/fd") - 1; // but for that of the folder
+}
+
+} // namespace TestSupport

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstddef>
+
+namespace TestSupport {
+
+// What this process has at present.
+std::size_t residentBytes();
+std::size_t threadsOfProcess();
+std::size_t openDescriptors();
+
+} // namespace TestSupport

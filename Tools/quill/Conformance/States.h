@@ -1,0 +1,40 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+#include "Conformance/Subject.h"
+
+namespace QuillTool::Conformance {
+
+/// What a camera may have gone through.
+enum class State {
+    NeverConnected,
+    Connected,
+    StreamingVideo,
+    StreamingStill,
+    Suspended,
+    Disconnected,
+    Unplugged,          ///< while it was connected; the library has not noticed
+    UnpluggedStreaming, ///< the same, while it was streaming
+    Retired,            ///< unplugged and dropped from the list
+    Ended               ///< unitialisedWorkpace() has returned: there is no camera any more
+};
+
+constexpr std::size_t kStateCount = static_cast<std::size_t>(State::Ended) + 1;
+
+struct StateDescription {
+    State state;
+    const char* name; ///< the heading of its column
+    bool needsStream;
+    bool needsPlug;
+    /// Brings a camera that was just renewed there.
+    void (*enter)(Subject& subject);
+
+    bool isPossible(const Subject& subject) const;
+};
+
+/// By State.
+const std::array<StateDescription, kStateCount>& allStates();
+
+} // namespace QuillTool::Conformance

@@ -1,0 +1,122 @@
+#include "Conformance/Subject.h"
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <string_view>
+#include <vector>
+
+namespace QuillTool::Conformance {
+
+using CameraInterface::Camera;
+namespace PropertyNames = CameraInterface::PropertyNames;
+
+namespace {
+
+struct KindName {
+    Kind kind;
+    const char* name;
+};
+
+constexpr KindName kKindNames[] = {{Kind::Sdk, "an SDK camera"},
+                                   {Kind::SdkWithoutStream, "an SDK camera that cannot stream"},
+                                   {Kind::Usb3Vision, "a USB3 Vision camera"},
+                                   {Kind::Simulated, "a simulated camera"}};
+
+/// Without one of these a stream cannot be started.
+constexpr std::array kStreamProperties{
+    PropertyNames::kHeight,        PropertyNames::kPixelFormat,     PropertyNames::kSamplingDescription,
+    PropertyNames::kColorFormat,   PropertyNames::kHardwareTrigger, PropertyNames::kStillExposureDelay,
+    PropertyNames::kStillExposure, PropertyNames::kStillGain,       PropertyNames::kStillStrobeDelay,
+};
+
+/// All of them take parameters. They are called with none, and the first to read sixteen bytes.
+constexpr std::array kFunctions{"Read Flash",        "Reboot",       "Write Flash", "Erase Flash",
+                                "Read Flash Status", "Update Flash", "Write Ram"};
+
+bool hasStream(Camera& camera) {
+    try {
+        camera.getStreamStatistics();
+        return true;
+    } catch (const KestrelExceptions::KestrelException&) {
+        return false;
+    }
+}
+
+} // namespace
+
+const char* nameOf(Kind kind) {
+    return std::find_if(std::begin(kKindNames), std::end(kKindNames),
+                        [&](const KindName& row) { return row.kind == kind; })
+        ->name;
+}
+
+Subject::Subject(const std::string& serialNumber, const Plug& plug, FlashWrites flashWrites)
+    : m_SerialNumber(serialNumber), m_Plug(plug), m_FlashWrites(flashWrites) {
+    renew();
+    m_Camera->connect();
+    m_Kind = findKind();
+    m_ModelName = m_Camera->getModelName();
+    m_FirmwareVersion = m_Camera->getCameraInfo()[PropertyNames::kFirmwareVersion];
+    m_Property = findProperty();
+    if (!m_Property.empty()) {
+        m_PropertyValue = m_Camera->getProperty(m_Property).getValue();
+    }
+    m_Function = findFunction();
+}
+
+Subject::~Subject() {
+    try {
+        Camera::unitialisedWorkpace();
+    } catch (const std::exception&) {
+        // On a thread of the library's; the workspace ends when the process does.
+    }
+}
+
+void Subject::renew() {
+    Camera::unitialisedWorkpace();
+    if (m_Plug.putBack) {
+        m_Plug.putBack();
+    }
+    Camera::searchForNewCameras();
+    m_Camera = &Camera::getCamera(m_SerialNumber);
+}
+
+Kind Subject::findKind() const {
+    if (hasStream(*m_Camera)) {
+        const bool canStream = std::all_of(kStreamProperties.begin(), kStreamProperties.end(),
+                                           [this](const char* name) { return m_Camera->isPropertySupported(name); });
+        return canStream ? Kind::Sdk : Kind::SdkWithoutStream;
+    }
+    const bool offersRestartOnly = m_Camera->getSupportedFunctions() == std::vector<std::string>{"Reboot"};
+    return offersRestartOnly && m_Camera->isPropertySupported(PropertyNames::kUsb3VisionMode) ? Kind::Usb3Vision
+                                                                                              : Kind::Simulated;
+}
+
+std::string Subject::findProperty() const {
+    switch (m_Kind) {
+    case Kind::Sdk:
+        return PropertyNames::kStillExposure;
+    case Kind::SdkWithoutStream:
+        return PropertyNames::kSerialNumber;
+    case Kind::Usb3Vision:
+        return PropertyNames::kUsb3VisionMode;
+    case Kind::Simulated:
+        break;
+    }
+    const std::vector<std::string> names = m_Camera->getSupportedProperties();
+    const auto writable = std::find_if(names.begin(), names.end(), [this](const std::string& name) {
+        return m_Camera->getProperty(name).isAvailableForWriting();
+    });
+    return names.empty() ? "" : writable == names.end() ? names.front() : *writable;
+}
+
+std::string Subject::findFunction() const {
+    const std::vector<std::string> names = m_Camera->getSupportedFunctions();
+    const auto* found = std::find_if(kFunctions.begin(), kFunctions.end(), [&](const char* name) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    });
+    return found == kFunctions.end() ? "" : *found;
+}
+
+} // namespace QuillTool::Conformance
