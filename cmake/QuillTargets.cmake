@@ -16,4 +16,10 @@ if(QUILL_SANITIZERS)
     target_compile_options(quill_flags INTERFACE
         -fsanitize=${QUILL_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(quill_flags INTERFACE -fsanitize=${QUILL_SANITIZERS})
+else()
+    # The distribution's hardening.
+    target_compile_options(quill_flags INTERFACE
+        -fstack-protector-strong -Wformat -Werror=format-security
+        $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+    target_link_options(quill_flags INTERFACE -Wl,-z,relro -Wl,-z,now)
 endif()

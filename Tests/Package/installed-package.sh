@@ -57,3 +57,5 @@ readelf --program-headers --wide "$library" | grep -q 'GNU_STACK.* RW ' || fail 
 if readelf --dynamic "$library" | grep -E 'RPATH|RUNPATH|TEXTREL'; then
     fail "The library carries a search path or is relocated in its code."
 fi
+readelf --dynamic "$library" | grep -q 'FLAGS_1.*NOW' || fail "The library's symbols are not bound at once."
+readelf --program-headers "$library" | grep -q GNU_RELRO || fail "The library's relocations stay writable."
