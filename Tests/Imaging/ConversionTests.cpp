@@ -198,6 +198,9 @@ TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {
     for (const auto& [width, height] : sizes) {
         for (const unsigned depth : {8U, 16U}) {
             for (const F from : {F::BAYER_RGGB, F::BAYER_GRBG, F::BAYER_GBRG, F::BAYER_BGGR}) {
+                if (width * height > 1'000'000 && from != F::BAYER_GRBG) {
+                    continue; // one is enough to see the bands of a large image
+                }
                 const auto image = patternImage(width, height, depth, from, true);
                 // Neighbours of the largest and the smallest sample, where sums carry.
                 std::fill_n(image->getDataAddress(), image->getImageSize() / 3, static_cast<unsigned char>(0xFF));
