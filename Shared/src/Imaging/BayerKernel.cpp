@@ -28,7 +28,7 @@ constexpr int kPieceColumns = 4096;
 constexpr int kBoundary = 64;
 /// Results from this size on leave the cache before they are read, so that they are written past it, and are worth all
 /// cores.
-constexpr std::size_t kLargeBytes = 8 * 1024 * 1024;
+constexpr std::size_t kLargeBytes = 16 * 1024 * 1024;
 
 /// Weights of OpenCV's grey, together 2 to the power of 14.
 constexpr std::uint32_t kRedWeight = 4899;
