@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <map>
+#include <numeric>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 
 #include "Imaging/BayerKernel.h"
 #include "Imaging/BufferPool.h"
+#include "Imaging/SampleLoops.h"
 #include "Support/Images.h"
 #include "Support/Throws.h"
 
@@ -180,6 +182,14 @@ PixelView viewOf(Image& image) {
     return {image.getDataAddress(), width, height, depth, image.getImageSize() / format.samplesPerPixel(), format};
 }
 
+std::vector<Vectors> kindsOfVectors() {
+    std::vector<Vectors> kinds{Vectors::Portable};
+    if (widestVectors() == Vectors::Wide) {
+        kinds.push_back(Vectors::Wide);
+    }
+    return kinds;
+}
+
 TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {
     std::vector<std::pair<unsigned, unsigned>> sizes{{64, 64},  {333, 127}, {640, 401},
                                                      {4097, 5}, {4099, 3},  {4130, 701}};
@@ -190,10 +200,6 @@ TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {
     }
     for (unsigned width = 15; width <= 67; ++width) {
         sizes.emplace_back(width, 5); // every remainder of every vector
-    }
-    std::vector<Vectors> kinds{Vectors::Portable};
-    if (widestVectors() == Vectors::Wide) {
-        kinds.push_back(Vectors::Wide);
     }
     for (const auto& [width, height] : sizes) {
         for (const unsigned depth : {8U, 16U}) {
@@ -209,7 +215,7 @@ TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {
                         continue; // OpenCV's own is off its formula by one
                     }
                     const Bytes expected = referenceConversion(*image, to);
-                    for (const Vectors vectors : kinds) {
+                    for (const Vectors vectors : kindsOfVectors()) {
                         const auto result = createImage(width, height, Bytes(expected.size(), 0xFF), depth, true, to);
                         demosaic(viewOf(*image), viewOf(*result), vectors);
                         ASSERT_TRUE(result->getData() == expected)
@@ -218,6 +224,53 @@ TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {
                     }
                 }
             }
+        }
+    }
+}
+
+TEST(SampleLoops, EqualOpenCvWithEitherKindOfVectors) {
+    for (unsigned width = 1; width <= 70; ++width) { // every remainder of every vector
+        for (const unsigned depth : {8U, 16U}) {
+            const auto rgb = patternImage(width, 1, depth, F::RGB, true);
+            const auto planar = convertImage(rgb, F::RGB_PLANAR);
+            const std::size_t bytes = depth / 8;
+            const unsigned char* const samples = rgb->getDataAddress();
+            const unsigned char* const planes = planar->getDataAddress();
+            for (const Vectors vectors : kindsOfVectors()) {
+                SCOPED_TRACE(std::to_string(width) + (vectors == Vectors::Wide ? ", wide" : ", portable"));
+                Bytes result(3 * width * bytes);
+                reverseTriples(samples, width, bytes, result.data(), vectors);
+                ASSERT_EQ(result, referenceConversion(*rgb, F::BGR));
+                result.resize(width * bytes);
+                greyOfPlanes(planes, planes + width * bytes, planes + 2 * width * bytes, width, bytes, result.data(),
+                             vectors);
+                ASSERT_EQ(result, referenceConversion(*rgb, F::MONO));
+                if (depth == 16) {
+                    std::uint16_t largest = 0;
+                    for (std::size_t i = 0; i < 3 * width; ++i) {
+                        largest =
+                            std::max(largest, static_cast<std::uint16_t>(samples[2 * i] | samples[2 * i + 1] << 8));
+                    }
+                    ASSERT_EQ(largestSample(samples, 3 * width, vectors), largest);
+                }
+            }
+        }
+    }
+}
+
+TEST(SampleLoops, ScaleByEveryNumberWithEitherKindOfVectors) {
+    std::vector<std::uint16_t> ramp(16384);
+    std::iota(ramp.begin(), ramp.end(), std::uint16_t{0});
+    Bytes result(ramp.size());
+    for (const Vectors vectors : kindsOfVectors()) {
+        for (unsigned largest = 256; isDividedByMultiplying(largest); largest += largest < 1000 ? 1 : 61) {
+            scaleSamples(reinterpret_cast<const unsigned char*>(ramp.data()), largest + 1, largest, result.data(),
+                         vectors);
+            unsigned wrong = 0;
+            for (unsigned sample = 0; sample <= largest; ++sample) {
+                wrong += result[sample] != (510 * sample + largest) / (2 * largest) ? 1 : 0;
+            }
+            ASSERT_EQ(wrong, 0U) << largest;
         }
     }
 }

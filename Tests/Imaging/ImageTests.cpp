@@ -202,7 +202,7 @@ TEST(ImageExport, HalvesGoUp) {
     const auto rgb = createImage(1, 1, {100, 0, 200, 0, 50, 0}, 16, true, IMAGE_FORMAT::RGB);
     EXPECT_EQ(rgb->get8bitImageData(), (Bytes{64, 255, 128}));
     // Every possible largest sample that makes a difference, against the definition.
-    for (const unsigned largest : {1U, 2U, 254U, 255U, 256U, 509U, 510U, 511U, 4095U, 8191U, 8192U, 65534U, 65535U}) {
+    for (const unsigned largest : {1U, 2U, 254U, 255U, 256U, 509U, 510U, 511U, 4095U, 16383U, 16384U, 65534U, 65535U}) {
         Bytes ramp;
         for (unsigned value = 0; value <= largest; ++value) {
             ramp.push_back(static_cast<unsigned char>(value));

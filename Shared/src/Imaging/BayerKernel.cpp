@@ -380,11 +380,6 @@ private:
 
 } // namespace
 
-Vectors widestVectors() {
-    static const bool wide = cv::checkHardwareSupport(CV_CPU_AVX2);
-    return wide ? Vectors::Wide : Vectors::Portable;
-}
-
 bool demosaicsFaster(const PixelView& source, const FormatDescription& target, Vectors vectors) {
     if (!machineIsLittleEndian() || source.width() < kFewestColumns || source.height() < kFewestRows) {
         return false;

@@ -1,16 +1,9 @@
 #pragma once
 
 #include "Imaging/PixelView.h"
+#include "Imaging/Vectors.h"
 
 namespace Imaging {
-
-/// What a kernel may use of the processor.
-enum class Vectors {
-    Portable, ///< what every processor has that the library is built for
-    Wide      ///< AVX2
-};
-
-Vectors widestVectors();
 
 /// Whether demosaic() gives what cv::cvtColor() gives, bit for bit, and clearly faster.
 bool demosaicsFaster(const PixelView& source, const FormatDescription& target, Vectors vectors);

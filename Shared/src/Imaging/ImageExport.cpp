@@ -5,8 +5,6 @@
 #include <optional>
 #include <vector>
 
-#include <opencv2/core/hal/intrin.hpp>
-
 #include "Imaging/BufferPool.h"
 #include "Imaging/ByteOrder.h"
 #include "Imaging/Color.h"
@@ -16,6 +14,7 @@
 #include "Imaging/PixelConversion.h"
 #include "Imaging/PlanarColor.h"
 #include "Imaging/Raw.h"
+#include "Imaging/SampleLoops.h"
 
 namespace Imaging {
 
@@ -24,10 +23,7 @@ namespace {
 /// What is worked on together stays in the cache.
 constexpr std::size_t kBandBytes = 32 * 1024;
 
-/// How far ahead loops ask for what they read: for a frame that is larger than its caches, the processor alone asks too
-/// late.
-constexpr std::size_t kPrefetchedBytes = 4096;
-constexpr std::size_t kCacheLineBytes = 64;
+constexpr std::size_t kSamplesAtOnce = 3 * 128;
 
 std::uint16_t loadWord(const unsigned char* bytes) {
     std::uint16_t word = 0;
@@ -49,22 +45,6 @@ std::optional<Layout> layoutOfClass(const Image& image) {
         return Layout::Planar;
     }
     return std::nullopt;
-}
-
-std::uint16_t largestSample(const unsigned char* samples, std::size_t count) {
-    constexpr std::size_t kLanes = cv::v_uint16x8::nlanes;
-    cv::v_uint16x8 largestOfLanes = cv::v_setzero_u16();
-    std::size_t i = 0;
-    for (; i + kLanes <= count; i += kLanes) {
-        const unsigned char* here = samples + 2 * i;
-        __builtin_prefetch(here + kPrefetchedBytes);
-        largestOfLanes = cv::v_max(largestOfLanes, cv::v_reinterpret_as_u16(cv::v_load(here)));
-    }
-    std::uint16_t largest = cv::v_reduce_max(largestOfLanes);
-    for (; i < count; ++i) {
-        largest = std::max(largest, loadWord(samples + 2 * i));
-    }
-    return largest;
 }
 
 /// An image of 16-bit words as it is exported: one sample per pixel for grey, the channels 2, 1, 0 for everything else,
@@ -112,20 +92,25 @@ public:
 
     /// Appends the exported samples.
     void appendTo(std::vector<unsigned short>& result) {
-        forEachBand([&](const PixelView& rows, int firstRow) {
-            const unsigned char* samples = rows.data();
-            if (!liesAsExported()) {
-                for (unsigned plane = 0; plane < rows.description().planes; ++plane) {
-                    const unsigned char* bytes = planeData(rows, plane);
-                    for (std::size_t i = 0; i < 2 * samplesOfPlane(rows); i += kCacheLineBytes) {
-                        __builtin_prefetch(bytes + i);
-                    }
-                }
-                arrange(rows, firstRow, m_Band.data());
-                samples = m_Band.data();
-            }
+        const auto append = [&](const unsigned char* samples, std::size_t count) {
             const auto* words = reinterpret_cast<const unsigned short*>(samples);
-            result.insert(result.end(), words, words + samplesOf(rows.height()));
+            result.insert(result.end(), words, words + count);
+        };
+        forEachBand([&](const PixelView& rows, int firstRow) {
+            const std::size_t samples = samplesOf(rows.height());
+            if (liesAsExported()) {
+                append(rows.data(), samples);
+            } else if (isReversed(rows)) {
+                // Few at a time, so that the processor still reads ahead while it writes.
+                for (std::size_t begin = 0; begin < samples; begin += kSamplesAtOnce) {
+                    const std::size_t count = std::min(kSamplesAtOnce, samples - begin);
+                    reverseTriples(rows.data() + 2 * begin, count / 3, 2, m_Band.data());
+                    append(m_Band.data(), count);
+                }
+            } else {
+                arrange(rows, firstRow, m_Band.data());
+                append(m_Band.data(), samples);
+            }
         });
     }
 
@@ -167,6 +152,8 @@ private:
         return m_Source.description().layout == Layout::Grey || &m_Source.description() == &describe(IMAGE_FORMAT::BGR);
     }
 
+    static bool isReversed(const PixelView& rows) { return &rows.description() == &describe(IMAGE_FORMAT::RGB); }
+
     /// Calls @p use with the rows of each band in machine byte order, and the number of the first one, from the top.
     template <typename Use>
     void forEachBand(Use use) {
@@ -189,6 +176,8 @@ private:
     static void arrange(const PixelView& rows, int firstRow, unsigned char* target) {
         if (rows.description().layout == Layout::Mosaic) {
             spreadMosaic(rows, firstRow, target);
+        } else if (isReversed(rows)) {
+            reverseTriples(rows.data(), samplesOfPlane(rows) / 3, rows.bytesPerSample(), target);
         } else {
             convertPixels(rows,
                           PixelView(target, rows.width(), rows.height(), rows.depth(), 0, describe(IMAGE_FORMAT::BGR)));
@@ -238,14 +227,14 @@ std::vector<std::uint16_t> exportedValues(const Image& image) {
 class Scale {
 public:
     explicit Scale(unsigned largest) : m_Largest(largest) {
-        if (!isDividedByMultiplying()) {
+        if (!isDividedByMultiplying(m_Largest)) {
             fillTable();
         }
     }
 
     void map(const unsigned char* samples, std::size_t count, unsigned char* result) const {
-        if (isDividedByMultiplying()) {
-            divide(samples, count, result);
+        if (isDividedByMultiplying(m_Largest)) {
+            scaleSamples(samples, count, m_Largest, result);
             return;
         }
         for (std::size_t i = 0; i < count; ++i) {
@@ -255,34 +244,6 @@ public:
     }
 
 private:
-    /// Where the factor and four times the largest sample fit into 16-bit words, of which the processor takes several
-    /// at a time.
-    bool isDividedByMultiplying() const { return m_Largest >= 256 && m_Largest < 8192; }
-
-    void divide(const unsigned char* samples, std::size_t count, unsigned char* result) const {
-        constexpr std::size_t kLanes = cv::v_uint8x16::nlanes;
-        std::size_t i = 0;
-        for (; i + kLanes <= count; i += kLanes) {
-            const unsigned char* here = samples + 2 * i;
-            __builtin_prefetch(here + kPrefetchedBytes);
-            cv::v_store(result + i, cv::v_pack(levels(here), levels(here + kLanes)));
-        }
-        for (; i < count; ++i) {
-            result[i] = static_cast<unsigned char>((510 * loadWord(samples + 2 * i) + m_Largest) / (2 * m_Largest));
-        }
-    }
-
-    cv::v_uint16x8 levels(const unsigned char* samples) const {
-        const auto word = [](unsigned value) { return cv::v_setall_u16(static_cast<std::uint16_t>(value)); };
-        const cv::v_uint16x8 sample = cv::v_reinterpret_as_u16(cv::v_load(samples));
-        const cv::v_uint16x8 divisor = word(2 * m_Largest);
-        // The level or one less; what remains, below two divisors, tells which.
-        const cv::v_uint16x8 level = cv::v_mul_hi(sample, word(255 * 65536 / m_Largest));
-        const cv::v_uint16x8 dividend = cv::v_add_wrap(cv::v_mul_wrap(sample, word(510)), word(m_Largest));
-        const cv::v_uint16x8 remainder = cv::v_sub_wrap(dividend, cv::v_mul_wrap(divisor, level));
-        return cv::v_sub_wrap(level, remainder >= divisor);
-    }
-
     void fillTable() {
         m_Table.reserve(m_Largest + 1);
         unsigned remainder = m_Largest;

@@ -10,6 +10,7 @@
 
 #include "Imaging/BayerKernel.h"
 #include "Imaging/BufferPool.h"
+#include "Imaging/SampleLoops.h"
 
 namespace Imaging {
 
@@ -252,16 +253,11 @@ void planarToInterleaved(const PixelView& source, const PixelView& target) {
 }
 
 void planarToGrey(const PixelView& source, const PixelView& target) {
-    const FormatDescription& format =
-        describe(source.description().channelOfSample[0] == 0 ? IMAGE_FORMAT::RGB : IMAGE_FORMAT::BGR);
-    const std::size_t rowBytes = source.rowBytes() * format.channels;
-    ScratchBuffer scratch(std::max(kBandBytes, rowBytes));
-    forEachBand(source, target, rowBytes, [&](const PixelView& sourceRows, const PixelView& targetRows) {
-        const PixelView colors(scratch.data(), sourceRows.width(), sourceRows.height(), sourceRows.depth(), rowBytes,
-                               format);
-        mergeBand(sourceRows, colors, cv::Mat());
-        interleavedToGrey(colors, targetRows);
-    });
+    const auto plane = [&](unsigned channel) {
+        return source.data() + *sampleOfChannel(source.description(), channel) * source.planeBytes();
+    };
+    greyOfPlanes(plane(0), plane(1), plane(2), source.planeBytes() / source.bytesPerSample(), source.bytesPerSample(),
+                 target.data());
 }
 
 void planarToPlanar(const PixelView& source, const PixelView& target) {

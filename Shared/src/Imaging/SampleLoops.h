@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "Imaging/Vectors.h"
+
+/// Loops over the samples of a few rows or of a plane. Samples of 16 bits are in machine byte order and need no
+/// alignment; what is read and what is written do not overlap.
+namespace Imaging {
+
+/// The largest of @p count 16-bit samples, 0 for none.
+std::uint16_t largestSample(const unsigned char* samples, std::size_t count, Vectors vectors = widestVectors());
+
+/// Whether scaleSamples() divides by this number.
+constexpr bool isDividedByMultiplying(unsigned largest) {
+    return largest >= 256 && largest < 16384;
+}
+
+/// Scales @p count 16-bit samples so that @p largest becomes 255, halves going up: floor(255 v / largest + 1/2).
+/// What becomes of larger samples is not defined.
+/// @pre isDividedByMultiplying(largest)
+void scaleSamples(const unsigned char* samples, std::size_t count, unsigned largest, unsigned char* result,
+                  Vectors vectors = widestVectors());
+
+/// Lets the first and the third sample of each of @p pixels pixels of three samples change places.
+/// @param bytesPerSample 1 or 2
+void reverseTriples(const unsigned char* source, std::size_t pixels, std::size_t bytesPerSample, unsigned char* target,
+                    Vectors vectors = widestVectors());
+
+/// The grey of @p pixels pixels whose colours lie in planes, as cv::cvtColor() computes it.
+/// @param bytesPerSample 1 or 2
+void greyOfPlanes(const unsigned char* red, const unsigned char* green, const unsigned char* blue, std::size_t pixels,
+                  std::size_t bytesPerSample, unsigned char* grey, Vectors vectors = widestVectors());
+
+} // namespace Imaging

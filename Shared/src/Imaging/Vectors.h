@@ -1,0 +1,14 @@
+#pragma once
+
+namespace Imaging {
+
+/// What a loop over samples may use of the processor.
+enum class Vectors {
+    Portable, ///< what every processor has that the library is built for
+    Wide      ///< AVX2
+};
+
+/// The most that this machine has.
+Vectors widestVectors();
+
+} // namespace Imaging
