@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cfloat>
 #include <charconv>
 #include <cstdint>
 #include <limits>
@@ -134,8 +135,39 @@ bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
+/// The number that is written with so few digits, a point among them or not, and nothing else: one division of two
+/// exact numbers rounds as the standard conversion does, in half its time.
+std::optional<double> readFewDigits(std::string_view word) {
+    constexpr std::array<double, 16> kPowersOfTen{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                  1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    constexpr bool kDivisionRoundsOnce = FLT_EVAL_METHOD == 0;
+    if (!kDivisionRoundsOnce || word.size() > kPowersOfTen.size()) {
+        return std::nullopt;
+    }
+    std::uint64_t number = 0; // at most 16 digits, or 15 and a point
+    std::size_t decimals = 0;
+    bool point = false;
+    for (const char character : word) {
+        if (isDigit(character)) {
+            number = 10 * number + static_cast<std::uint64_t>(character - '0');
+            decimals += point ? 1 : 0;
+        } else if (character == '.' && !point) {
+            point = true;
+        } else {
+            return std::nullopt;
+        }
+    }
+    constexpr std::uint64_t kLargestExact = std::uint64_t{1} << std::numeric_limits<double>::digits;
+    const bool digits = word.size() > (point ? 1 : 0);
+    return digits && number <= kLargestExact ? std::optional(static_cast<double>(number) / kPowersOfTen[decimals])
+                                             : std::nullopt;
+}
+
 double extractDouble(std::string_view word) {
     const bool negative = takeSign(word);
+    if (const auto number = readFewDigits(word)) {
+        return negative ? -*number : *number;
+    }
     double magnitude = 0;
     if (word.empty() || !(isDigit(word.front()) || word.front() == '.')) {
         return 0.0;
