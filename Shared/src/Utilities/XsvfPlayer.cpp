@@ -1,12 +1,14 @@
 #include "Utilities/XsvfPlayer.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace Utilities {
 
 XsvfPlayer::XsvfPlayer(const std::vector<unsigned char>& data, JtagPort& port, Comparison comparison,
                        XsvfReport& report, const std::function<void(double)>& progress)
-    : m_Data(data), m_Port(port), m_Comparison(comparison), m_Report(report), m_Progress(progress), m_Tap(port) {}
+    : m_Data(data.data()), m_Size(data.size()), m_Port(port), m_Comparison(comparison), m_Report(report),
+      m_Progress(progress), m_NextProgress(progress ? 0 : std::numeric_limits<std::size_t>::max()), m_Tap(port) {}
 
 XsvfPlayer::Handler XsvfPlayer::handlerOf(std::uint8_t command) {
     static constexpr std::array<Handler, 0x18> kHandlers{
@@ -40,8 +42,8 @@ XsvfPlayer::Handler XsvfPlayer::handlerOf(std::uint8_t command) {
 
 void XsvfPlayer::play() {
     m_Tap.reset();
-    while (!m_Complete && !hasFailed()) {
-        if (m_Position == m_Data.size()) {
+    while (!m_Ended) {
+        if (m_Position == m_Size) {
             fail(XsvfError::IllegalCommand);
             return;
         }
@@ -57,10 +59,6 @@ void XsvfPlayer::play() {
     }
 }
 
-std::uint8_t XsvfPlayer::readByte() {
-    return m_Position < m_Data.size() ? m_Data[m_Position++] : 0xFF;
-}
-
 std::uint32_t XsvfPlayer::readNumber(int bytes) {
     std::uint32_t number = 0;
     for (int byte = 0; byte < bytes; ++byte) {
@@ -71,27 +69,26 @@ std::uint32_t XsvfPlayer::readNumber(int bytes) {
 
 void XsvfPlayer::readValue(XsvfValue& value, std::size_t length) {
     value.setLength(length);
-    const std::size_t available = std::min(length, m_Data.size() - m_Position);
-    std::copy_n(m_Data.data() + m_Position, available, value.data());
+    const std::size_t available = std::min(length, m_Size - m_Position);
+    std::copy_n(m_Data + m_Position, available, value.data());
     std::fill_n(value.data() + available, length - available, std::uint8_t{0xFF});
     m_Position += available;
 }
 
-void XsvfPlayer::reportProgress() {
+void XsvfPlayer::reportPosition() {
     constexpr std::size_t kReports = 1000;
-    if (m_Progress && m_Position >= m_NextProgress) {
-        m_NextProgress = m_Position + std::max<std::size_t>(m_Data.size() / kReports, 1);
-        m_Progress(static_cast<double>(m_Position) / static_cast<double>(m_Data.size()));
-    }
+    m_NextProgress = m_Position + std::max<std::size_t>(m_Size / kReports, 1);
+    m_Progress(static_cast<double>(m_Position) / static_cast<double>(m_Size));
 }
 
 void XsvfPlayer::reportAgain() {
-    m_NextProgress = m_Position;
-    reportProgress();
+    if (m_Progress) {
+        reportPosition();
+    }
 }
 
 void XsvfPlayer::complete() {
-    m_Complete = true;
+    m_Ended = true;
 }
 
 void XsvfPlayer::readTdoMask() {
@@ -213,7 +210,7 @@ void XsvfPlayer::setEndState(TapState& state, TapState pause) {
 }
 
 void XsvfPlayer::skipComment() {
-    while (m_Position < m_Data.size() && readByte() != 0) {
+    while (m_Position < m_Size && readByte() != 0) {
     }
 }
 

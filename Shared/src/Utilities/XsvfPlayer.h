@@ -45,10 +45,15 @@ private:
     static Handler handlerOf(std::uint8_t command);
 
     // Reading.
-    std::uint8_t readByte();
+    std::uint8_t readByte() { return m_Position < m_Size ? m_Data[m_Position++] : 0xFF; }
     std::uint32_t readNumber(int bytes);
     void readValue(XsvfValue& value, std::size_t length);
-    void reportProgress();
+    void reportProgress() {
+        if (m_Position >= m_NextProgress) {
+            reportPosition();
+        }
+    }
+    void reportPosition();
     /// While the position stays, so that a play can be ended there, too.
     void reportAgain();
 
@@ -84,18 +89,22 @@ private:
     void nextIncrement();
     void goTo(std::uint8_t state);
     void wait(std::uint32_t microseconds);
-    void fail(XsvfError error) { m_Report.error = error; }
+    void fail(XsvfError error) {
+        m_Report.error = error;
+        m_Ended = true;
+    }
     bool hasFailed() const { return m_Report.error != XsvfError::None; }
 
-    const std::vector<unsigned char>& m_Data;
+    const unsigned char* const m_Data;
+    const std::size_t m_Size;
     JtagPort& m_Port;
     const Comparison m_Comparison;
     XsvfReport& m_Report;
     const std::function<void(double)>& m_Progress;
 
     std::size_t m_Position = 0;
-    std::size_t m_NextProgress = 0;
-    bool m_Complete = false;
+    std::size_t m_NextProgress; ///< the position at which progress is reported
+    bool m_Ended = false;       ///< complete, or failed
     TapWalker m_Tap;
     TapState m_EndInstruction = TapState::RunTest;
     TapState m_EndData = TapState::RunTest;
