@@ -19,6 +19,7 @@ struct Options {
     bool json = false;
     bool brief = false;
     std::string filter = ".";
+    std::string instructionDumps; ///< not empty: instructions are counted instead of times
 };
 
 Options parseOptions(int argc, char** argv) {
@@ -31,8 +32,11 @@ Options parseOptions(int argc, char** argv) {
             options.brief = true;
         } else if (argument == "--filter" && i + 1 < argc) {
             options.filter = argv[++i];
+        } else if (argument == "--instructions" && i + 1 < argc) {
+            options.instructionDumps = argv[++i];
         } else {
-            throw std::invalid_argument("usage: quill_benchmarks [--json] [--short] [--filter REGEX]");
+            throw std::invalid_argument("usage: quill_benchmarks [--json] [--short] [--filter REGEX] "
+                                        "[--instructions FILES-OF-CALLGRIND]");
         }
     }
     return options;
@@ -66,25 +70,53 @@ double shortFormLimit(const Claim& claim) {
     return usual * kToleranceOfShortForm;
 }
 
-/// Whether all goals are met, in the short form with tolerance.
-bool run(const Options& options) {
-    // Results of one thread: what several gain is the same on both sides, and less regular.
-    cv::setNumThreads(1);
+/// Those that the filter lets through.
+std::vector<Claim> wantedClaims(const Options& options) {
     const Scope scope = options.brief ? Scope::Short : Scope::Full;
     const std::regex filter(options.filter);
-    Report report(options.json);
-    bool allMet = true;
+    std::vector<Claim> wanted;
     for (const auto& claims : {conversionClaims, bufferClaims, exportClaims, cameraListClaims, propertyClaims,
                                hashClaims, firmwareClaims, streamClaims, sdkCameraClaims, processClaims}) {
-        for (const Claim& claim : claims(scope)) {
+        for (Claim& claim : claims(scope)) {
             if (std::regex_search(claim.goal + " " + claim.what, filter)) {
-                const Measurement measurement = measure(claim, options.brief ? kRoundsOfShortForm : kRounds);
-                report.add(claim, measurement);
-                allMet = allMet && measurement.ratio <= (options.brief ? shortFormLimit(claim) : claim.limit);
+                wanted.push_back(std::move(claim));
             }
         }
     }
+    return wanted;
+}
+
+/// Whether all goals are met, in the short form with tolerance.
+bool measureTimes(const Options& options, Report& report) {
+    bool allMet = true;
+    for (const Claim& claim : wantedClaims(options)) {
+        const Measurement measurement = measure(claim, options.brief ? kRoundsOfShortForm : kRounds);
+        report.add(claim, measurement);
+        allMet = allMet && measurement.ratio <= (options.brief ? shortFormLimit(claim) : claim.limit);
+    }
     measureCameraListScaling(options.filter, options.brief, [&](const ScalingResult& result) { report.add(result); });
+    return allMet;
+}
+
+void countInstructions(const Options& options, Report& report) {
+    InstructionCounter counter(options.instructionDumps);
+    for (const Claim& claim : wantedClaims(options)) {
+        if (InstructionCounter::counts(claim)) {
+            report.add(claim, counter.count(claim));
+        }
+    }
+}
+
+bool run(const Options& options) {
+    // Results of one thread: what several gain is the same on both sides, and less regular.
+    cv::setNumThreads(1);
+    Report report(options.json);
+    bool allMet = true;
+    if (options.instructionDumps.empty()) {
+        allMet = measureTimes(options, report);
+    } else {
+        countInstructions(options, report);
+    }
     report.finish();
     return allMet;
 }

@@ -49,6 +49,24 @@ void Report::add(const Claim& claim, const Measurement& measurement) {
                         {"met", met}});
 }
 
+void Report::add(const Claim& claim, const InstructionCount& count) {
+    const double ratio = count.ours / count.floor;
+    if (!m_AsJson) {
+        if (m_Instructions.empty()) {
+            std::printf("%-5s%-46s%-22s%14s%14s%8s\n", "goal", "instructions", "floor", "floor", "ours", "ratio");
+        }
+        std::printf("%-5s%-46s%-22s%14.1f%14.1f%8.2f\n", claim.goal.c_str(), claim.what.c_str(), claim.floor.c_str(),
+                    count.floor, count.ours, ratio);
+        std::fflush(stdout);
+    }
+    m_Instructions.push_back({{"goal", claim.goal},
+                              {"what", claim.what},
+                              {"floor", claim.floor},
+                              {"floorInstructions", count.floor},
+                              {"ourInstructions", count.ours},
+                              {"ratio", ratio}});
+}
+
 void Report::add(const ScalingResult& result) {
     if (!m_AsJson) {
         if (m_Scaling.empty()) {
@@ -63,7 +81,9 @@ void Report::add(const ScalingResult& result) {
 
 void Report::finish() const {
     if (m_AsJson) {
-        std::puts(nlohmann::ordered_json{{"claims", m_Claims}, {"scaling", m_Scaling}}.dump(2).c_str());
+        std::puts(nlohmann::ordered_json{{"claims", m_Claims}, {"instructions", m_Instructions}, {"scaling", m_Scaling}}
+                      .dump(2)
+                      .c_str());
     }
 }
 

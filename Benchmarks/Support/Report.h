@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Support/InstructionCount.h"
 #include "Support/RatioBenchmark.h"
 
 namespace Benchmarks {
@@ -22,12 +23,14 @@ public:
     explicit Report(bool asJson) : m_AsJson(asJson) {}
 
     void add(const Claim& claim, const Measurement& measurement);
+    void add(const Claim& claim, const InstructionCount& count);
     void add(const ScalingResult& result);
     void finish() const;
 
 private:
     bool m_AsJson;
     nlohmann::ordered_json m_Claims = nlohmann::ordered_json::array();
+    nlohmann::ordered_json m_Instructions = nlohmann::ordered_json::array();
     nlohmann::ordered_json m_Scaling = nlohmann::ordered_json::array();
 };
 
