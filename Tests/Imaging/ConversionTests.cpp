@@ -231,27 +231,30 @@ TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {
 TEST(SampleLoops, EqualOpenCvWithEitherKindOfVectors) {
     for (unsigned width = 1; width <= 70; ++width) { // every remainder of every vector
         for (const unsigned depth : {8U, 16U}) {
-            const auto rgb = patternImage(width, 1, depth, F::RGB, true);
-            const auto planar = convertImage(rgb, F::RGB_PLANAR);
             const std::size_t bytes = depth / 8;
-            const unsigned char* const samples = rgb->getDataAddress();
-            const unsigned char* const planes = planar->getDataAddress();
+            const auto rgb = patternImage(width, 1, depth, F::RGB, true);
+            const auto rgba = patternImage(width, 1, depth, F::RGBA, true);
+            const Bytes planes = referenceConversion(*rgba, F::RGBA_PLANAR);
+            const auto plane = [&](std::size_t channel) { return planes.data() + channel * width * bytes; };
             for (const Vectors vectors : kindsOfVectors()) {
                 SCOPED_TRACE(std::to_string(width) + (vectors == Vectors::Wide ? ", wide" : ", portable"));
-                Bytes result(3 * width * bytes);
-                reverseTriples(samples, width, bytes, result.data(), vectors);
+                Bytes result(4 * width * bytes);
+                interleave({plane(0), plane(1), plane(2), plane(3)}, 4, width, bytes, result.data(), vectors);
+                ASSERT_EQ(result, rgba->getData());
+                result.resize(3 * width * bytes);
+                interleave({plane(0), plane(1), plane(2), nullptr}, 3, width, bytes, result.data(), vectors);
+                ASSERT_EQ(result, referenceConversion(*rgba, F::RGB));
+                reverseTriples(rgb->getDataAddress(), width, bytes, result.data(), vectors);
                 ASSERT_EQ(result, referenceConversion(*rgb, F::BGR));
                 result.resize(width * bytes);
-                greyOfPlanes(planes, planes + width * bytes, planes + 2 * width * bytes, width, bytes, result.data(),
-                             vectors);
-                ASSERT_EQ(result, referenceConversion(*rgb, F::MONO));
+                greyOfPlanes(plane(0), plane(1), plane(2), width, bytes, result.data(), vectors);
+                ASSERT_EQ(result, referenceConversion(*rgba, F::MONO));
                 if (depth == 16) {
                     std::uint16_t largest = 0;
-                    for (std::size_t i = 0; i < 3 * width; ++i) {
-                        largest =
-                            std::max(largest, static_cast<std::uint16_t>(samples[2 * i] | samples[2 * i + 1] << 8));
+                    for (std::size_t i = 0; i < planes.size(); i += 2) {
+                        largest = std::max(largest, static_cast<std::uint16_t>(planes[i] | planes[i + 1] << 8));
                     }
-                    ASSERT_EQ(largestSample(samples, 3 * width, vectors), largest);
+                    ASSERT_EQ(largestSample(planes.data(), planes.size() / 2, vectors), largest);
                 }
             }
         }

@@ -8,10 +8,10 @@
 #include <limits>
 #include <type_traits>
 
-#include <opencv2/core/hal/hal.hpp>
 #include <opencv2/core/utility.hpp>
 
 #include "Imaging/ByteOrder.h"
+#include "Imaging/SampleLoops.h"
 
 namespace Imaging {
 
@@ -20,14 +20,11 @@ namespace {
 constexpr int kFewestColumns = 4; // pixels are computed in pairs, but for the first and the last
 constexpr int kFewestRows = 3;
 
-/// Columns that are assembled together, in the first-level cache.
-constexpr int kPieceColumns = 4096;
+/// Columns that are assembled together, in the first-level cache: few, so that the processor still reads ahead while it
+/// writes.
+constexpr int kPieceColumns = 1024;
 
-/// cv::merge() writes past the cache where its target begins on the boundary of a vector register; a whole line of the
-/// cache is written at once.
-constexpr int kBoundary = 64;
-/// Results from this size on leave the cache before they are read, so that they are written past it, and are worth all
-/// cores.
+/// Results from this size on are worth all cores.
 constexpr std::size_t kLargeBytes = 16 * 1024 * 1024;
 
 /// Weights of OpenCV's grey, together 2 to the power of 14.
@@ -189,17 +186,6 @@ void fillPairs(const MosaicRow<std::uint16_t>& row, int pairs, const GreyRow& re
                                      result.otherWeight);
 }
 
-/// Interleaves @p count pixels from column @p begin on.
-template <typename Sample>
-void merge(const std::array<Sample*, 4>& planes, int begin, Sample* pixels, int count, int channels) {
-    const Sample* sources[4] = {planes[0] + begin, planes[1] + begin, planes[2] + begin, planes[3] + begin};
-    if constexpr (sizeof(Sample) == 1) {
-        cv::hal::merge8u(sources, pixels, count, channels);
-    } else {
-        cv::hal::merge16u(sources, pixels, count, channels);
-    }
-}
-
 /// Raised and read around what OpenCV hands over between threads: it does so by ways that ThreadSanitizer does not see.
 std::atomic<unsigned> s_HandOvers{0};
 
@@ -208,12 +194,11 @@ template <typename Sample>
 class Demosaicing : private cv::ParallelLoopBody {
 public:
     Demosaicing(const PixelView& source, const PixelView& target, Vectors vectors)
-        : m_Source(source), m_Target(target), m_Wide(vectors == Vectors::Wide),
-          m_Large(bytesOf(target) >= kLargeBytes) {}
+        : m_Source(source), m_Target(target), m_Vectors(vectors) {}
 
     void run() const {
         const cv::Range inner(1, m_Source.height() - 1);
-        const double bands = m_Large ? cv::getNumThreads() : 1;
+        const double bands = bytesOf(m_Target) >= kLargeBytes ? cv::getNumThreads() : 1;
         s_HandOvers.fetch_add(1, std::memory_order_release);
         cv::parallel_for_(inner, *this, bands);
         s_HandOvers.load(std::memory_order_acquire);
@@ -303,9 +288,9 @@ private:
     /// Pixels that have neighbours on both sides.
     template <typename Result>
     void fillPixels(const MosaicRow<Sample>& row, int pixels, const Result& result) const {
-        fillPairs(row, pixels / 2, result, m_Wide);
+        fillPairs(row, pixels / 2, result, m_Vectors == Vectors::Wide);
         if (pixels % 2 != 0) { // the last pair overlaps
-            fillPairs(row.from(pixels - 2), 1, result.from(pixels - 2), m_Wide);
+            fillPairs(row.from(pixels - 2), 1, result.from(pixels - 2), m_Vectors == Vectors::Wide);
         }
     }
 
@@ -319,27 +304,25 @@ private:
 
     /// Assembles a row of interleaved pixels piece by piece in the cache.
     void assembleRow(int row) const {
-        constexpr int kSpace = 64; // on both sides: for a pair that overlaps, and for a longer first piece
+        constexpr int kSpace = 64; // on both sides, for a pair that overlaps
         alignas(64) Sample samples[4][kSpace + kPieceColumns + kSpace];
-        const std::array<Sample*, 4> planes{samples[0] + kSpace / 2, samples[1] + kSpace / 2, samples[2] + kSpace / 2,
-                                            samples[3] + kSpace / 2};
-        const int channels = static_cast<int>(m_Target.description().channels);
-        const int width = m_Target.width();
+        const auto channels = m_Target.description().channels;
         if (channels == 4) {
             std::fill(std::begin(samples[3]), std::end(samples[3]), std::numeric_limits<Sample>::max());
         }
-        const ColorRow<Sample> colors = colorRow(row, {planes[0], planes[1], planes[2]});
-        const int beforeBoundary = pixelsBeforeBoundary(row);
+        const std::array<Sample*, 3> planes{samples[0] + kSpace, samples[1] + kSpace, samples[2] + kSpace};
+        const ColorRow<Sample> colors = colorRow(row, planes);
+        const int width = m_Target.width();
         int end = 0;
         for (int begin = 0; begin < width; begin = end) {
-            end = std::min(width, begin + kPieceColumns + (begin == 0 ? beforeBoundary : 0));
+            end = std::min(width, begin + kPieceColumns);
             end -= end == width - 1 ? 1 : 0; // the last pixel needs the one before
             const int first = begin == 0 ? 1 : 0;
             const int last = end - begin - (end == width ? 1 : 0);
             const MosaicRow<Sample> sites = mosaicRow(row, begin + first);
             prefetch(sites.below + m_Source.width(), last - first);
             fillPixels(sites, last - first, colors.from(first));
-            for (Sample* plane : {planes[0], planes[1], planes[2]}) {
+            for (Sample* plane : planes) {
                 if (begin == 0) {
                     plane[0] = plane[1];
                 }
@@ -347,35 +330,17 @@ private:
                     plane[last] = plane[last - 1];
                 }
             }
-            Sample* const target = targetRow(0, row) + std::ptrdiff_t{begin} * channels;
-            if (m_Large) {
-                const int head = begin == 0 ? std::min(beforeBoundary, end) : 0;
-                merge(planes, 0, target, head, channels);
-                merge(planes, head, target + std::ptrdiff_t{head} * channels, end - begin - head, channels);
-            } else {
-                // Beside the boundary, where it stays in the cache.
-                alignas(64) Sample pixels[4 * (kPieceColumns + kSpace)];
-                merge(planes, 0, pixels + 1, end - begin, channels);
-                std::memcpy(target, pixels + 1, sizeof(Sample) * static_cast<std::size_t>((end - begin) * channels));
-            }
+            const auto bytes = [](const Sample* plane) { return reinterpret_cast<const unsigned char*>(plane); };
+            Sample* const target = targetRow(0, row) + static_cast<std::size_t>(begin) * channels;
+            interleave({bytes(planes[0]), bytes(planes[1]), bytes(planes[2]), bytes(samples[3])}, channels,
+                       static_cast<std::size_t>(end - begin), sizeof(Sample), reinterpret_cast<unsigned char*>(target),
+                       m_Vectors);
         }
-    }
-
-    /// So many pixels of a row are written before those that are written past the cache.
-    int pixelsBeforeBoundary(int row) const {
-        const auto address = reinterpret_cast<std::uintptr_t>(targetRow(0, row));
-        const std::size_t bytesPerPixel = m_Target.description().channels * sizeof(Sample);
-        int pixels = 0;
-        while (m_Large && pixels < kBoundary / 2 && (address + pixels * bytesPerPixel) % kBoundary != 0) {
-            ++pixels;
-        }
-        return pixels;
     }
 
     PixelView m_Source;
     PixelView m_Target;
-    bool m_Wide;
-    bool m_Large;
+    Vectors m_Vectors;
 };
 
 } // namespace

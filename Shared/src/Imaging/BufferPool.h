@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -62,25 +61,16 @@ private:
 };
 
 /// A buffer of the pool for work in between, given back at the end of its life.
-///
-/// It begins beside the boundary of a vector register: there, cv::merge() writes pixels of three samples into the
-/// cache, from which the next step reads them. On a boundary it would write past the cache.
 class ScratchBuffer {
 public:
-    explicit ScratchBuffer(std::size_t size) : m_Buffer(BufferPool::instance().take(size + kBoundary + kBeside)) {}
+    explicit ScratchBuffer(std::size_t size) : m_Buffer(BufferPool::instance().take(size)) {}
     ScratchBuffer(const ScratchBuffer&) = delete;
     ScratchBuffer& operator=(const ScratchBuffer&) = delete;
     ~ScratchBuffer() { BufferPool::instance().giveBack(std::move(m_Buffer)); }
 
-    unsigned char* data() {
-        const auto address = reinterpret_cast<std::uintptr_t>(m_Buffer.data());
-        return m_Buffer.data() + (kBoundary - address % kBoundary) + kBeside;
-    }
+    unsigned char* data() { return m_Buffer.data(); }
 
 private:
-    static constexpr std::size_t kBoundary = 64;
-    static constexpr std::size_t kBeside = 8; // no multiple of three samples of 1 or 2 bytes
-
     BufferPool::Buffer m_Buffer;
 };
 

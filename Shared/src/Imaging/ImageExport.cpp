@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -102,10 +103,11 @@ public:
                 append(rows.data(), samples);
             } else if (isReversed(rows)) {
                 // Few at a time, so that the processor still reads ahead while it writes.
+                alignas(64) std::array<unsigned char, 2 * kSamplesAtOnce> piece;
                 for (std::size_t begin = 0; begin < samples; begin += kSamplesAtOnce) {
                     const std::size_t count = std::min(kSamplesAtOnce, samples - begin);
-                    reverseTriples(rows.data() + 2 * begin, count / 3, 2, m_Band.data());
-                    append(m_Band.data(), count);
+                    reverseTriples(rows.data() + 2 * begin, count / 3, 2, piece.data());
+                    append(piece.data(), count);
                 }
             } else {
                 arrange(rows, firstRow, m_Band.data());

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <limits>
 #include <optional>
+#include <vector>
 
 #include <opencv2/imgproc.hpp>
 
@@ -36,10 +36,6 @@ std::optional<unsigned> sampleOfChannel(const FormatDescription& description, un
 
 bool sameOrder(const FormatDescription& a, const FormatDescription& b) {
     return a.channelOfSample[0] == b.channelOfSample[0];
-}
-
-double largestSample(int depth) {
-    return depth == CV_8U ? std::numeric_limits<unsigned char>::max() : std::numeric_limits<unsigned short>::max();
 }
 
 template <typename Work>
@@ -125,17 +121,17 @@ void splitBand(const PixelView& source, const PixelView& target, unsigned char* 
     cv::split(source.pixels(), planes.data());
 }
 
-/// Merges the planes in the order of the target; a plane that the source lacks is @p alpha, of one band.
-void mergeBand(const PixelView& source, const PixelView& target, const cv::Mat& alpha) {
+/// Merges the planes in the order of the target; @p alpha, of as many samples, stands for a plane that the source
+/// lacks.
+void mergeRows(const PixelView& source, const PixelView& target, const unsigned char* alpha) {
     const FormatDescription& order = target.description();
-    std::array<cv::Mat, 4> planes;
+    std::array<const unsigned char*, 4> planes{};
     for (unsigned k = 0; k < order.channels; ++k) {
         const auto place = sampleOfChannel(source.description(), order.channelOfSample[k]);
-        planes[k] = place ? source.plane(*place) : alpha.rowRange(0, source.height());
+        planes[k] = place ? source.data() + *place * source.planeBytes() : alpha;
     }
-    cv::Mat result = target.pixels();
-    cv::merge(planes.data(), order.channels, result);
-    CV_Assert(result.data == target.data());
+    const std::size_t pixels = static_cast<std::size_t>(source.width()) * static_cast<std::size_t>(source.height());
+    interleave(planes, order.channels, pixels, source.bytesPerSample(), target.data());
 }
 
 // --- One function per pair of layouts ---
@@ -240,15 +236,13 @@ void interleavedToGrey(const PixelView& source, const PixelView& target) {
 
 void planarToInterleaved(const PixelView& source, const PixelView& target) {
     if (source.description().channels >= target.description().channels) {
-        mergeBand(source, target, cv::Mat());
+        mergeRows(source, target, nullptr);
         return;
     }
     const std::size_t rowBytes = source.rowBytes();
-    const auto bandRows = static_cast<int>(std::max<std::size_t>(kBandBytes / rowBytes, 1));
-    const cv::Mat alpha(std::min(bandRows, source.height()), source.width(), CV_MAKETYPE(source.depth(), 1),
-                        cv::Scalar::all(largestSample(source.depth())));
+    const std::vector<unsigned char> alpha(std::max(kBandBytes, rowBytes), 0xFF);
     forEachBand(source, target, rowBytes, [&](const PixelView& sourceRows, const PixelView& targetRows) {
-        mergeBand(sourceRows, targetRows, alpha);
+        mergeRows(sourceRows, targetRows, alpha.data());
     });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -32,5 +33,10 @@ void reverseTriples(const unsigned char* source, std::size_t pixels, std::size_t
 /// @param bytesPerSample 1 or 2
 void greyOfPlanes(const unsigned char* red, const unsigned char* green, const unsigned char* blue, std::size_t pixels,
                   std::size_t bytesPerSample, unsigned char* grey, Vectors vectors = widestVectors());
+
+/// Interleaves @p pixels pixels whose samples lie in 3 or 4 planes.
+/// @param bytesPerSample 1 or 2
+void interleave(const std::array<const unsigned char*, 4>& planes, unsigned channels, std::size_t pixels,
+                std::size_t bytesPerSample, unsigned char* target, Vectors vectors = widestVectors());
 
 } // namespace Imaging
