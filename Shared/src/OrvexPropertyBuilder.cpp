@@ -9,7 +9,7 @@
 #include "Exceptions/Raise.h"
 #include "OrvexApi/OrvexApi.h"
 #include "OrvexPropertyTable.h"
-#include "Properties/MemoryProperty.h"
+#include "Properties/MakeConstant.h"
 #include "Properties/OrvexHardwareTrigger.h"
 #include "Properties/PropertyConditional.h"
 #include "PropertyNames.h"
@@ -54,12 +54,6 @@ constexpr PropertyLink kLinks[] = {
     {kFramerate, kVideoTapConfiguration, OrvexPropertyBuilder::linkBothWays},
     {kFramerate, kVideoClockSpeed, OrvexPropertyBuilder::linkBothWays},
 };
-
-template <typename T>
-std::unique_ptr<Property> makeConstant(const std::string& name, const PROPERTY_TYPE& type, const T& value) {
-    return std::make_unique<MemoryProperty<T>>(name, type, value, value, value, true, false,
-                                               std::map<std::string, T>());
-}
 
 /// The version record of a camera, all zero where it cannot be read.
 ORVEX_VERSION queryVersion(OrvexCamera& camera) {

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Exceptions/Raise.h"
+#include "Internal/AtExit.h"
 #include "Internal/NeverDestroyed.h"
 
 namespace CameraInterface {
@@ -17,23 +18,6 @@ constexpr int kNewConnectPeriodMs = 5000;
 
 thread_local bool t_IsWatchdogThread = false;
 
-/// Ends the threads and closes the cameras when the process exits, or the library is unloaded, without
-/// unitialisedWorkpace().
-struct ExitGuard {
-    explicit ExitGuard(CameraWorkspace& workspace) : m_Workspace(workspace) {}
-    ExitGuard(const ExitGuard&) = delete;
-    ExitGuard& operator=(const ExitGuard&) = delete;
-    ~ExitGuard() {
-        // An exit from within a callback cannot wait for that callback.
-        if (!t_IsWatchdogThread) {
-            m_Workspace.stopWatchdogs();
-            m_Workspace.cameras().clear();
-        }
-    }
-
-    CameraWorkspace& m_Workspace;
-};
-
 void start(std::unique_ptr<Watchdog>& watchdog, int periodMs, const std::function<bool()>& callback) {
     if (!watchdog) {
         watchdog = std::make_unique<Watchdog>();
@@ -45,7 +29,13 @@ void start(std::unique_ptr<Watchdog>& watchdog, int periodMs, const std::functio
 
 CameraWorkspace& CameraWorkspace::instance() {
     static Internal::NeverDestroyed<CameraWorkspace> workspace;
-    static const ExitGuard guard(workspace.get());
+    static const Internal::AtExit guard([] {
+        // Without unitialisedWorkpace(). An exit from within a callback cannot wait for that callback.
+        if (!t_IsWatchdogThread) {
+            workspace.get().stopWatchdogs();
+            workspace.get().cameras().clear();
+        }
+    });
     return workspace.get();
 }
 

@@ -5,6 +5,7 @@
 
 #include <sanitizer/asan_interface.h>
 
+#include "Internal/AtExit.h"
 #include "Internal/NeverDestroyed.h"
 
 namespace Imaging {
@@ -16,16 +17,6 @@ constexpr std::size_t kSmallestPooled = 64 * 1024;
 /// Eight results of a 5-megapixel camera at 16 bits and three channels.
 constexpr std::size_t kMaximumPooledBytes = 256 * 1024 * 1024;
 constexpr std::size_t kMaximumBuffers = 16;
-
-/// Ends the pool's thread when the process exits or the library is unloaded.
-struct ExitGuard {
-    explicit ExitGuard(BufferPool& pool) : m_Pool(pool) {}
-    ExitGuard(const ExitGuard&) = delete;
-    ExitGuard& operator=(const ExitGuard&) = delete;
-    ~ExitGuard() { m_Pool.close(); }
-
-    BufferPool& m_Pool;
-};
 
 } // namespace
 
@@ -39,7 +30,8 @@ BufferPool::~BufferPool() {
 
 BufferPool& BufferPool::instance() {
     static Internal::NeverDestroyed<BufferPool> pool;
-    static const ExitGuard guard{pool.get()};
+    // Its thread ends before the library is gone.
+    static const Internal::AtExit guard([] { pool.get().close(); });
     return pool.get();
 }
 

@@ -28,6 +28,20 @@ void addLengthArgument(CLI::App& parser, std::size_t& length) {
         ->check(CLI::Range(1U, kFlashEnd));
 }
 
+/// Changes the flash and reads it back, or only tells the plan.
+template <typename Work, typename Verify>
+void change(FlashJob& job, const FlashOptions& options, Work work, Verify verify) {
+    if (options.dryRun) {
+        job.tellPlan();
+        return;
+    }
+    work();
+    if (!options.noVerify) {
+        verify();
+    }
+    job.finish();
+}
+
 class FlashReadCommand : public Command {
 public:
     void describe(CLI::App& parser) override {
@@ -77,15 +91,8 @@ public:
         const SelectedCamera camera = context.session.connect(m_Camera);
         FlashJob job(context, camera, {m_Address, data.size()}, m_Options,
                      {FlashStage::Erase, FlashStage::Write, FlashStage::Verify});
-        if (m_Options.dryRun) {
-            job.tellPlan();
-            return ExitCode::Done;
-        }
-        job.write(data);
-        if (!m_Options.noVerify) {
-            job.compare(data);
-        }
-        job.finish();
+        change(
+            job, m_Options, [&] { job.write(data); }, [&] { job.compare(data); });
         return ExitCode::Done;
     }
 
@@ -133,15 +140,8 @@ public:
     ExitCode run(Context& context) override {
         const SelectedCamera camera = context.session.connect(m_Camera);
         FlashJob job(context, camera, m_Range, m_Options, {FlashStage::Erase, FlashStage::Verify});
-        if (m_Options.dryRun) {
-            job.tellPlan();
-            return ExitCode::Done;
-        }
-        job.erase();
-        if (!m_Options.noVerify) {
-            job.compare(Bytes(m_Range.length, kErased));
-        }
-        job.finish();
+        change(
+            job, m_Options, [&] { job.erase(); }, [&] { job.compare(Bytes(m_Range.length, kErased)); });
         return ExitCode::Done;
     }
 

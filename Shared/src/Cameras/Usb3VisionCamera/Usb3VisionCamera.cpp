@@ -10,7 +10,7 @@
 #include "Exceptions/Raise.h"
 #include "Functions/Usb3Vision/Usb3VisionReboot.h"
 #include "Internal/CameraInfo.h"
-#include "Properties/MemoryProperty.h"
+#include "Properties/MakeConstant.h"
 #include "Properties/Usb3VisionUsb3VisionMode.h"
 #include "PropertyNames.h"
 #include "TarnuLibrary/TarnuLibrary.h"
@@ -38,11 +38,6 @@ struct FunctionDefinition {
     std::unique_ptr<Function> (*make)(const std::string& name, Usb3VisionCamera* camera);
 };
 
-std::unique_ptr<Property> makeConstant(const std::string& name, const PROPERTY_TYPE& type, const std::string& value) {
-    return std::make_unique<MemoryProperty<std::string>>(name, type, value, value, value, true, false,
-                                                         std::map<std::string, std::string>());
-}
-
 constexpr PropertyDefinition kProperties[] = {
     {PropertyNames::kSerialNumber, PROPERTY_TYPE::String,
      [](const std::string& name, const PROPERTY_TYPE& type, Usb3VisionCamera& camera) {
@@ -54,7 +49,7 @@ constexpr PropertyDefinition kProperties[] = {
      }},
     {PropertyNames::kVendorName, PROPERTY_TYPE::String,
      [](const std::string& name, const PROPERTY_TYPE& type, Usb3VisionCamera& /*camera*/) {
-         return makeConstant(name, type, "Meridane");
+         return makeConstant<std::string>(name, type, "Meridane");
      }},
     {PropertyNames::kUsb3VisionMode, PROPERTY_TYPE::Boolean,
      [](const std::string& name, const PROPERTY_TYPE& type, Usb3VisionCamera& camera) -> std::unique_ptr<Property> {
