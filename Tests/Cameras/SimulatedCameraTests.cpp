@@ -1,8 +1,12 @@
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
 
+#include <filesystem>
+#include <stdexcept>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "Cameras/SimulatedCamera/CameraListDocument.h"
 #include "Cameras/SimulatedCamera/CameraListFile.h"
 #include "Exceptions/KestrelExceptions.h"
 #include "Support/CameraListFixture.h"
@@ -292,6 +296,58 @@ TEST_F(CameraListFileTest, IncompleteEntriesKeepWhatWasReadBeforeTheFault) {
     ASSERT_EQ(functions.size(), 1U);
     EXPECT_EQ(functions[0].m_Parameters.size(), 1U);
     EXPECT_EQ(functions[0].m_ReturnFormat.size(), 0U);
+}
+
+/// @p count times @p piece as the elements of an array.
+std::string arrayOf(const std::string& piece, std::size_t count) {
+    std::string text = "[";
+    for (std::size_t i = 0; i < count; ++i) {
+        text += (i == 0 ? "" : ",") + piece;
+    }
+    return text + "]";
+}
+
+TEST_F(CameraListFileTest, OnlyWhatIsReadCountsAndIsLimited) {
+    const std::string many = arrayOf("0", kMostValuesOfCamera);
+    describeCameras("{\"Other\": " + many +
+                    R"(, "Cameras": [{"Identification": {"Model Name": "A", "Serial Number": "1"},
+                    "Properties": [], "Functions": )" +
+                    many + R"(}, )" + many + "]} text after it");
+    ASSERT_EQ(loadSimulatedCameraList().size(), 2U);
+    EXPECT_EQ(loadSimulatedCameraList()[0].m_SerialNumber, "1");
+    EXPECT_THROW(loadFunctionDescriptions("1"), std::length_error);
+    describeCameras("{\"Cameras\": " + arrayOf("{}", kMostCameras) + "}");
+    EXPECT_THROW(loadPropertyDescriptions("1"), json::out_of_range);
+    describeCameras("{\"Cameras\": " + arrayOf("{}", kMostCameras + 1) + "}");
+    EXPECT_THROW(loadPropertyDescriptions("1"), std::length_error);
+    std::filesystem::resize_file(getCameraListPath(), kLargestCameraList + 1);
+    EXPECT_THROW(loadPropertyDescriptions("1"), std::length_error);
+}
+
+TEST_F(CameraListFileTest, OfAKeyThatComesTwiceTheLastCounts) {
+    const auto serialNumbers = [this](const std::string& document) {
+        describeCameras(document);
+        std::string all;
+        for (const auto& identification : loadSimulatedCameraList()) {
+            all += identification.m_SerialNumber;
+        }
+        return all;
+    };
+    const std::string camera1 = R"({"Identification": {"Model Name": "A", "Serial Number": "1"}})";
+    const std::string camera2 =
+        R"({"Identification": {"Serial Number": "1"},
+             "Identification": {"Model Name": "A", "Serial Number": "3", "Serial Number": "2"}})";
+    EXPECT_EQ(serialNumbers("{\"Cameras\": [" + camera1 + ", {}], \"Cameras\": [" + camera2 + "]}"), "2");
+    EXPECT_EQ(serialNumbers("{\"Cameras\": [" + camera1 + "], \"Cameras\": {\"b\": " + camera1 + ", \"a\": " + camera2 +
+                            ", \"b\": " + camera1 + "}}"),
+              "21")
+        << "in the order of the keys";
+    EXPECT_EQ(serialNumbers("{\"Cameras\": {\"a\": " + camera1 + "}, \"Cameras\": null}"), "");
+    // A fault of an entry does not hide one of the text behind it, and is forgotten with its entry.
+    describeCameras("{\"Cameras\": [{}], \"Cameras\": [");
+    EXPECT_THROW(loadPropertyDescriptions("1"), json::parse_error);
+    describeCameras("{\"Cameras\": [{}], \"Cameras\": []}");
+    EXPECT_EQ(loadPropertyDescriptions("1").size(), 0U);
 }
 
 TEST_F(CameraListFileTest, EntriesWithOneSerialNumberAddUp) {

@@ -1,10 +1,14 @@
 #include "Cameras/SimulatedCamera/CameraListFile.h"
 
 #include <exception>
+#include <filesystem>
 #include <fstream>
+#include <stdexcept>
+#include <system_error>
 
 #include <nlohmann/json.hpp>
 
+#include "Cameras/SimulatedCamera/CameraListDocument.h"
 #include "Internal/NeverDestroyed.h"
 
 namespace CameraInterface::SimulatedAdapter {
@@ -13,34 +17,34 @@ namespace {
 
 using nlohmann::json;
 
-/// Calls @p visit with each camera entry of the list file.
-template <typename Visit>
-void forEachCamera(Visit visit) {
-    std::ifstream file(getCameraListPath());
-    if (!file.good()) {
-        return;
-    }
-    json document;
-    file >> document;
-    if (const auto cameras = document.find("Cameras"); cameras != document.end()) {
-        for (const json& camera : *cameras) {
-            visit(camera);
+/// What @p read appends for each camera entry of the list file.
+/// @param key the entries' key that is read besides "Identification"
+template <typename Record, typename Read>
+std::vector<Record> loadFromCameras(const std::string& key, Read read) {
+    std::vector<Record> records;
+    const std::string path = getCameraListPath();
+    if (std::ifstream file(path); file.good()) {
+        std::error_code noPlainFile;
+        if (const auto size = std::filesystem::file_size(path, noPlainFile);
+            !noPlainFile && size > kLargestCameraList) {
+            throw std::length_error("The camera list has more than " + std::to_string(kLargestCameraList) + " bytes.");
         }
+        visitCameras(
+            file, key, [&](const json& camera) { read(camera, records); }, [&] { records.clear(); });
     }
+    return records;
 }
 
 /// The entries of an array that the cameras with this serial number have under @p key, in order.
 template <typename Description>
 std::vector<Description> loadDescriptions(const std::string& serialNumber, const char* key) {
-    std::vector<Description> descriptions;
-    forEachCamera([&](const json& camera) {
+    return loadFromCameras<Description>(key, [&](const json& camera, std::vector<Description>& descriptions) {
         if (camera.at("Identification").at("Serial Number").get<std::string>() == serialNumber) {
             for (const json& entry : camera.at(key)) {
                 descriptions.push_back(entry.get<Description>());
             }
         }
     });
-    return descriptions;
 }
 
 /// Reads keys until the first one that is missing or wrong; what was read before it stays.
@@ -66,9 +70,10 @@ void readDescriptors(const json& entries, std::vector<ParameterDescriptor>& desc
 } // namespace
 
 std::vector<SimulatedCameraIdentification> loadSimulatedCameraList() {
-    std::vector<SimulatedCameraIdentification> identifications;
-    forEachCamera([&](const json& camera) { identifications.push_back(camera.get<SimulatedCameraIdentification>()); });
-    return identifications;
+    using Identifications = std::vector<SimulatedCameraIdentification>;
+    return loadFromCameras<SimulatedCameraIdentification>({}, [](const json& camera, Identifications& identifications) {
+        identifications.push_back(camera.get<SimulatedCameraIdentification>());
+    });
 }
 
 std::vector<SimulatedPropertyDescription> loadPropertyDescriptions(const std::string& serialNumber) {

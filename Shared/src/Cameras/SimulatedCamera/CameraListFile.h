@@ -40,7 +40,8 @@ struct SimulatedFunctionDescription {
 std::string getCameraListPath();
 
 // Each loader reads the camera list anew. Without such a file, or without cameras in it, the result is empty; what is
-// no JSON ends in the JSON library's exception. An entry that is incomplete keeps what was read of it before the first
+// no JSON ends in the JSON library's exception, a list beyond the limits of CameraListDocument.h in std::length_error.
+// An entry that is incomplete keeps what was read of it before the first
 // key that is missing or wrong.
 
 /// Every camera of the list, in its order.
