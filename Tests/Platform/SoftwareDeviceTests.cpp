@@ -95,6 +95,21 @@ TEST_F(SoftwareDevice, FlashBehavesLikeNorAndOutlastsAReboot) {
     EXPECT_EQ(flash(kSerial, kFlashSize - 2, 2), (Bytes{0xFF, 0x0F})) << "the rest of a page stays";
 }
 
+TEST_F(SoftwareDevice, LeavesTheBusDuringACallThatHasNoMiddle) {
+    const std::pair<Operation, std::function<std::uint32_t()>> calls[] = {
+        {Operation::sdkCaptureVideoFrames, [this] { return sdkCaptureVideoFrames(handle, 1, nullptr); }}, // refused
+        {Operation::sdkEraseFlash, [this] { return sdkEraseFlash(handle, kFlashSize + 1, 1); }},          // refused
+        {Operation::sdkGetHardwareRevision, // fulfilled at once
+         [this, revision = 0U]() mutable { return sdkGetHardwareRevision(handle, &revision); }},
+    };
+    for (const auto& [operation, call] : calls) {
+        open(smallDevice(ColorFormat::MONO));
+        unplugDuring(kSerial, operation, 1);
+        EXPECT_EQ(call(), 0U);
+        EXPECT_EQ(sdkNumCameras(), 0U) << static_cast<int>(operation);
+    }
+}
+
 TEST_F(SoftwareDevice, AProgramStartedInRamTakesTheDeviceOffTheBus) {
     constexpr std::uint8_t kRamWrite = 0xA0;
     constexpr std::uint32_t kEntry = 0x40013000;

@@ -25,12 +25,16 @@ Result perform(Operation operation, Device* device, Session* session, Result fai
     try {
         applyFaults(operation, device, Registry::instance().callLog().count(operation));
         result = body();
+        require(!Faults::reachMiddleOfCall(), kCameraGone); // which a call without work has not reached
     } catch (const Refusal& refusal) {
         code = refusal.code;
     } catch (...) {
         code = kInternalError;
     }
-    Faults::unplugInMiddle(kNoDevice);
+    if (code != kNoError) {
+        result = failure;
+        Faults::reachMiddleOfCall(); // refused before
+    }
     try {
         if (session && code != kNoError) {
             session->lastError = code;

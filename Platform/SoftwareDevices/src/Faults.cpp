@@ -99,10 +99,12 @@ void Faults::unplugInMiddle(std::uint32_t serial) {
     serialToUnplug = serial;
 }
 
-void Faults::reachMiddleOfCall() {
-    if (const std::uint32_t serial = std::exchange(serialToUnplug, kNoDevice); serial != kNoDevice) {
+bool Faults::reachMiddleOfCall() {
+    const std::uint32_t serial = std::exchange(serialToUnplug, kNoDevice);
+    if (serial != kNoDevice) {
         Registry::instance().leaveBus(serial);
     }
+    return serial != kNoDevice;
 }
 
 } // namespace SoftwareDevices

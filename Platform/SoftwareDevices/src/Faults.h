@@ -28,11 +28,11 @@ public:
 
     Effect onCall(std::uint32_t serial, Operation operation, std::uint64_t callNumber);
 
-    /// Arms reachMiddleOfCall on this thread; kNoDevice disarms it.
+    /// Arms reachMiddleOfCall on this thread.
     static void unplugInMiddle(std::uint32_t serial);
-    /// Called by an operation when half of its work is done, without any lock: unplugs the device if that is to happen
-    /// now.
-    static void reachMiddleOfCall();
+    /// Called by an operation when half of its work is done, without any lock, and once more when it is over: unplugs
+    /// the device if that is still to happen; whether it did.
+    static bool reachMiddleOfCall();
 
 private:
     struct Planned {
