@@ -91,7 +91,7 @@ protected:
 TEST_F(ConformanceTest, EveryKindOfSdkCameraAnswersAsDocumentedInEveryState) {
     for (const std::size_t device : {0, 1, 2}) {
         const std::uint32_t serial = SoftwareDevices::plug(smallDevice(device));
-        expectConforming(std::to_string(serial), plugOf(serial), Kind::Sdk, 10);
+        expectConforming(std::to_string(serial), plugOf(serial), Kind::Sdk, 11);
     }
     const std::uint32_t bare = SoftwareDevices::plug(SoftwareDevices::bareDevice());
     expectConforming(std::to_string(bare), plugOf(bare), Kind::SdkWithoutStream, 7);

@@ -20,6 +20,10 @@ struct Answers {
         changed.byState[static_cast<std::size_t>(state)] = answer;
         return changed;
     }
+    /// The same, but for a suspended camera, whether it streams or not.
+    constexpr Answers butSuspended(const char* answer) const {
+        return but(State::Suspended, answer).but(State::SuspendedStreaming, answer);
+    }
 };
 
 constexpr Answers always(const char* answer) {
@@ -72,16 +76,16 @@ constexpr const char* kNoSettings = "InvalidStreamSettings";
 
 constexpr Answers kSuspend = always(kOk)
                                  .but(State::NeverConnected, "CameraState")
-                                 .but(State::Suspended, "CameraState")
+                                 .butSuspended("CameraState")
                                  .but(State::Disconnected, "CameraState")
                                  .but(State::UnpluggedStreaming, "StopStream");
 
 constexpr Answers kConnected =
-    always("true").but(State::NeverConnected, "false").but(State::Suspended, "false").but(State::Disconnected, "false");
+    always("true").but(State::NeverConnected, "false").butSuspended("false").but(State::Disconnected, "false");
 
 constexpr Answers kState = always("connected")
                                .but(State::NeverConnected, "disconnected")
-                               .but(State::Suspended, "suspended")
+                               .butSuspended("suspended")
                                .but(State::Disconnected, "disconnected");
 
 /// Hardware retires while it is connected, a simulated camera only while it is disconnected.
@@ -102,8 +106,7 @@ constexpr Row kRows[] = {
     {"registerDisconnectCallback", kEvery, always(kOk)},
 
     {"connect", kEvery, always(kOk).but(State::Retired, "CameraConnection")},
-    {"disconnect", kEvery,
-     always(kOk).but(State::Suspended, "CameraState").but(State::UnpluggedStreaming, "StopStream")},
+    {"disconnect", kEvery, always(kOk).butSuspended("CameraState").but(State::UnpluggedStreaming, "StopStream")},
     {"suspend", kSimulated, whenRetired(kSuspend, "CameraState")},
     {"suspend", kHardware, kSuspend},
     {"getState", kSimulated, whenRetired(kState, "disconnected")},
@@ -155,6 +158,7 @@ constexpr Row kRows[] = {
      always("false")
          .but(State::StreamingVideo, "true")
          .but(State::StreamingStill, "true")
+         .but(State::SuspendedStreaming, "true")
          .but(State::UnpluggedStreaming, "true")}, // until somebody stops it
     {"startStream", kSdk, whileOpen(kNoSettings, kOk, kNoSettings).but(State::UnpluggedStreaming, kOk)},
     {"startStream", kSdkWithoutStream, always(kNoSettings)},

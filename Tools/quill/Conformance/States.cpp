@@ -63,6 +63,12 @@ constexpr std::array<StateDescription, kStateCount> kStates{{
          connect(subject);
          subject.camera().suspend();
      }},
+    {State::SuspendedStreaming, "suspended video", true, false,
+     [](Subject& subject) {
+         streamVideo(subject);
+         subject.camera().suspend(); // ends the stream
+         subject.camera().startStream();
+     }},
     {State::Disconnected, "disconnected", false, false,
      [](Subject& subject) {
          connect(subject);

@@ -14,6 +14,7 @@ enum class State {
     StreamingVideo,
     StreamingStill,
     Suspended,
+    SuspendedStreaming, ///< a stream was started after the suspension
     Disconnected,
     Unplugged,          ///< while it was connected; the library has not noticed
     UnpluggedStreaming, ///< the same, while it was streaming
