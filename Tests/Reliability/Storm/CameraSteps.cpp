@@ -1,0 +1,95 @@
+#include "Reliability/Storm/CameraSteps.h"
+
+#include <string>
+#include <vector>
+
+namespace Storm {
+
+using CameraInterface::Camera;
+using CameraInterface::Property;
+
+namespace {
+
+void connectAndDisconnect(Camera& camera, Random& random) {
+    camera.connect();
+    if (below(random, 2) == 0) {
+        camera.disconnect();
+    }
+}
+
+void suspendAndResume(Camera& camera, Random&) {
+    camera.connect();
+    camera.suspend();
+    camera.connect();
+}
+
+void read(Camera& camera, Random& random) {
+    camera.connect();
+    const auto names = camera.getSupportedProperties();
+    for (int i = 0; i < 8 && !names.empty(); ++i) {
+        Property& property = camera.getProperty(names[below(random, names.size())]);
+        tolerant([&] { property.getValue(); });
+        tolerant([&] { property.getMaximum(); });
+        tolerant([&] { property.getValueList(); });
+    }
+    camera.getSupportedFunctions();
+    camera.getState();
+}
+
+void write(Camera& camera, Random& random) {
+    camera.connect();
+    camera.registerPropertyChangeCallback([](Property& property) {
+        ++tally().callbacks;
+        tolerant([&] { property.getValue(); });
+    });
+    const auto names = camera.getSupportedProperties();
+    for (int i = 0; i < 4 && !names.empty(); ++i) {
+        Property& property = camera.getProperty(names[below(random, names.size())]);
+        tolerant([&] { property.setValue(below(random, 2) == 0 ? property.getDefault() : property.getMaximum()); });
+    }
+    camera.registerPropertyChangeCallback({});
+}
+
+void stream(Camera& camera, Random& random) {
+    camera.connect();
+    camera.getProperty("Timeout").setValue("200");
+    camera.getProperty("Streaming Mode").setValue(below(random, 2) == 0 ? "Video" : "Still");
+    if (below(random, 2) == 0) {
+        camera.startStream();
+    }
+    for (std::size_t frame = below(random, 4); frame < 4; ++frame) {
+        const auto image = camera.getImage();
+        camera.convertImage(image, Imaging::IMAGE_FORMAT::BGR);
+    }
+    if (below(random, 2) == 0) {
+        camera.stopStream(); // otherwise it runs on, into whatever comes next
+    }
+}
+
+void changeMode(Camera& camera, Random& random) {
+    camera.connect();
+    tolerant([&] { camera.getProperty("USB3 Vision Mode").setValue(below(random, 2) == 0 ? "Enabled" : "Disabled"); });
+    std::vector<std::string> mode{"Firmware"};
+    camera.perform("Reboot", mode);
+}
+
+void flash(Camera& camera, Random& random) {
+    camera.connect();
+    std::vector<std::string> place{std::to_string(below(random, 1 << 16)), "64"};
+    camera.perform("Read Flash", place);
+}
+
+} // namespace
+
+const std::array<CameraStep, 8> kCameraSteps{{
+    {connectAndDisconnect, false},
+    {suspendAndResume, false},
+    {read, false},
+    {write, false},
+    {stream, false},
+    {stream, false},
+    {flash, false},
+    {changeMode, true},
+}};
+
+} // namespace Storm

@@ -1,0 +1,90 @@
+// Threads that do at once whatever an application may do, while devices come and go. Every thread draws what it does
+// from the seed; the interleaving is the machine's.
+//
+//   quill_storm [--seed N] [--operations N] [--seconds N] [--samples FILE]
+//
+// A round is so many operations of each thread; with --seconds rounds go on for so long. In every other round the list
+// is kept by one thread alone, so that the callbacks of each camera must alternate. Between rounds the file gets
+// seconds, resident KiB, threads, open descriptors and operations so far.
+
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <thread>
+
+#include <SoftwareDevices.h>
+
+#include "Cameras/SimulatedCamera/CameraListFile.h"
+#include "Internal/SharedLibrary.h"
+#include "Reliability/Storm/Round.h"
+#include "Reliability/Storm/Tally.h"
+#include "Support/ProcessFigures.h"
+
+// What the library itself defines in files that are left out here.
+std::string Internal::getLibraryFolder() {
+    return QUILL_TEST_LIBRARY_FOLDER;
+}
+std::string CameraInterface::SimulatedAdapter::getCameraListPath() {
+    return QUILL_STORM_CAMERA_LIST;
+}
+
+namespace {
+
+using namespace Storm;
+using TestSupport::openDescriptors;
+using TestSupport::residentBytes;
+using TestSupport::threadsOfProcess;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kMemoryAllowance = 24U << 20;
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::uint32_t operations = 600;
+    long seconds = 0;
+    std::ofstream samples;
+    for (int i = 1; i + 1 < argc; i += 2) {
+        const long value = std::strtol(argv[i + 1], nullptr, 10);
+        if (std::strcmp(argv[i], "--seed") == 0) {
+            tally().seed = static_cast<std::uint32_t>(value);
+        } else if (std::strcmp(argv[i], "--operations") == 0) {
+            operations = static_cast<std::uint32_t>(value);
+        } else if (std::strcmp(argv[i], "--seconds") == 0) {
+            seconds = value;
+        } else if (std::strcmp(argv[i], "--samples") == 0) {
+            samples.open(argv[i + 1]);
+        }
+    }
+    std::thread([] {}).join(); // a sanitizer adds a thread of its own to the first one
+    const std::size_t threadsAtStart = threadsOfProcess();
+    const auto begin = Clock::now();
+    std::size_t residentEarly = 0;
+    std::size_t descriptorsEarly = 0;
+    std::uint32_t round = 0;
+    for (; !tally().failed && (round < 4 || Clock::now() < begin + std::chrono::seconds(seconds)); ++round) {
+        runRound(round, operations, threadsAtStart);
+        if (round == 1) {
+            residentEarly = residentBytes();
+            descriptorsEarly = openDescriptors();
+        }
+        samples << std::chrono::duration<double>(Clock::now() - begin).count() << ' ' << residentBytes() / 1024 << ' '
+                << threadsOfProcess() << ' ' << openDescriptors() << ' ' << tally().operations << std::endl;
+    }
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // these keep freed memory for a while
+    require(residentBytes() < residentEarly + kMemoryAllowance, "memory grows");
+#endif
+    require(openDescriptors() == descriptorsEarly, "descriptors are left open");
+    require(tally().callbacks > 0, "no callback ran");
+    std::printf("seed %u: %u rounds, %llu operations, %llu refused calls, %llu callbacks, %llu boundary calls, "
+                "%zu KiB early, %zu KiB at the end\n",
+                tally().seed, round, static_cast<unsigned long long>(tally().operations),
+                static_cast<unsigned long long>(tally().refusals), static_cast<unsigned long long>(tally().callbacks),
+                static_cast<unsigned long long>(SoftwareDevices::boundaryCalls()), residentEarly >> 10,
+                residentBytes() >> 10);
+    return tally().failed ? EXIT_FAILURE : EXIT_SUCCESS;
+}
