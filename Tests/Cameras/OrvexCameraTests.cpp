@@ -22,8 +22,6 @@ using SoftwareDevices::Operation;
 using TestSupport::expectFailure;
 using TestSupport::expectStandard;
 
-const char* const kRefused = "State transition not allowed.";
-
 class OrvexCameraTest : public TestSupport::SoftwareDeviceFixture {
 protected:
     static DeviceDescription color() { return SoftwareDevices::defaultDevices()[0]; }
@@ -65,8 +63,10 @@ TEST_F(OrvexCameraTest, StatesChangeByTheirRules) {
     EXPECT_TRUE(SoftwareDevices::isOpen(serial));
     camera.suspend();
     EXPECT_TRUE(SoftwareDevices::isOpen(serial)) << "a suspended camera stays open";
-    expectFailure<KestrelException_CameraState>([&] { camera.disconnect(); }, "CameraState", kRefused);
-    expectFailure<KestrelException_CameraState>([&] { camera.suspend(); }, "CameraState", kRefused);
+    expectFailure<KestrelException_CameraState>([&] { camera.disconnect(); }, "CameraState",
+                                                TestSupport::kTransitionRefused);
+    expectFailure<KestrelException_CameraState>([&] { camera.suspend(); }, "CameraState",
+                                                TestSupport::kTransitionRefused);
     Property& kept = camera.getProperty("Video Exposure");
     camera.connect();
     EXPECT_EQ(&camera.getProperty("Video Exposure"), &kept);
@@ -77,7 +77,8 @@ TEST_F(OrvexCameraTest, StatesChangeByTheirRules) {
     camera.disconnect();
     camera.disconnect();
     EXPECT_FALSE(SoftwareDevices::isOpen(serial));
-    expectFailure<KestrelException_CameraState>([&] { camera.suspend(); }, "CameraState", kRefused);
+    expectFailure<KestrelException_CameraState>([&] { camera.suspend(); }, "CameraState",
+                                                TestSupport::kTransitionRefused);
     camera.connect();
     camera.suspend();
     Camera::unitialisedWorkpace();

@@ -30,7 +30,6 @@ using Texts = std::vector<std::string>;
 
 const char* const kMode = "USB3 Vision Mode";
 const char* const kConnection = "Failed to connect to camera.";
-const char* const kRefused = "State transition not allowed.";
 
 /// A bus with USB3 Vision cameras, all of which have one flash.
 struct Bus {
@@ -184,7 +183,8 @@ TEST_F(Usb3VisionCameraTest, StatesChangeByTheirRules) {
     Camera& camera = find();
     camera.disconnect();
     EXPECT_TRUE(camera.getCameraInfo().empty());
-    expectFailure<KestrelException_CameraState>([&] { camera.suspend(); }, "CameraState", kRefused);
+    expectFailure<KestrelException_CameraState>([&] { camera.suspend(); }, "CameraState",
+                                                TestSupport::kTransitionRefused);
     camera.connect();
     camera.connect();
     EXPECT_EQ(bus.opened, 1);
@@ -194,7 +194,8 @@ TEST_F(Usb3VisionCameraTest, StatesChangeByTheirRules) {
     bus.refuseClose = false;
     camera.suspend();
     EXPECT_EQ(camera.getState(), CameraState::Suspended);
-    expectFailure<KestrelException_CameraState>([&] { camera.disconnect(); }, "CameraState", kRefused);
+    expectFailure<KestrelException_CameraState>([&] { camera.disconnect(); }, "CameraState",
+                                                TestSupport::kTransitionRefused);
     camera.connect();
     EXPECT_EQ(bus.opened, 2);
     EXPECT_EQ(bus.open, 1) << "opened anew, with the former handle closed";

@@ -9,6 +9,9 @@
 
 namespace TestSupport {
 
+/// What a state that forbids a call says.
+inline constexpr const char* kTransitionRefused = "State transition not allowed.";
+
 /// Runs @p action, expects exactly an @p Exception and gives a copy of it.
 template <typename Exception, typename Action>
 Exception expectThrown(Action action) {

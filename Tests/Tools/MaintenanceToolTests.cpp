@@ -20,7 +20,7 @@ using ::testing::StartsWith;
 using namespace TestSupport;
 
 /// A camera with all flash functions, one whose flash can be erased but not written, and one without functions.
-constexpr const char* kCameraList = R"({"Cameras": [
+constexpr const char* kFlashCameras = R"({"Cameras": [
   {"Identification": {"Model Name": "Whole", "Serial Number": "70001"}, "Properties": [], "Functions": [
     {"Name": "Erase Flash", "Parameters": [], "Return Format": []},
     {"Name": "Write Flash", "Parameters": [{"Type": "Integer", "Label": "Address"}, {"Type": "String", "Label": "Data"}],
@@ -45,7 +45,7 @@ const std::string kImage("CY\x1c\xb0"
 
 class MaintenanceTool : public ToolFixture {
 protected:
-    MaintenanceTool() : ToolFixture(kCameraList) {
+    MaintenanceTool() : ToolFixture(kFlashCameras) {
         std::filesystem::current_path(m_Folder.path()); // files are named as they are typed
         m_Folder.write("table.bin", "0123456789abcdef");
         m_Folder.write("image", kImage);

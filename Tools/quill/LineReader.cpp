@@ -54,7 +54,7 @@ public:
     explicit PromptLines(Interrupt& interrupt)
         : m_Interrupt(interrupt), m_History(history_init(), &history_end),
           m_Editor(el_init("quill", stdin, stdout, stderr), &el_end) {
-        std::setlocale(LC_CTYPE, ""); // which bytes make a character
+        static_cast<void>(std::setlocale(LC_CTYPE, "")); // which bytes make a character
         HistEvent event{};
         history(m_History.get(), &event, H_SETSIZE, kHistorySize);
         history(m_History.get(), &event, H_SETUNIQUE, 1);

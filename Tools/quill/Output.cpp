@@ -121,11 +121,11 @@ void Output::fail(std::string_view sentence) {
 }
 
 void Output::complain(std::string_view style, std::string_view sentence) {
-    std::fflush(stdout); // in the order in which things happened, where both streams go to one place
+    static_cast<void>(std::fflush(stdout)); // in the order in which things happened, where both streams go to one place
     const std::string program = m_ColorComplaints ? fmt::format("{}quill:{}", style, kPlain) : "quill:";
     const std::string place = m_Place.empty() ? "" : m_Place + ": ";
     const std::string line = fmt::format("{} {}{}\n", program, place, oneLine(sentence));
-    std::fwrite(line.data(), 1, line.size(), stderr);
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr)); // there is nowhere else to say it
 }
 
 } // namespace QuillTool

@@ -84,13 +84,13 @@ void ProgressReport::draw(bool atOnce) {
     const std::string bar = std::string(full, '#') + std::string(kBarColumns - full, '-');
     const std::string line = fmt::format("quill: {}: {:<7} [{}] {:>3} %", m_Subject, m_Stage, bar, m_Percent);
     fmt::print(stderr, "\r{:<{}}", line, m_Drawn);
-    std::fflush(stderr);
+    static_cast<void>(std::fflush(stderr));
     m_Drawn = line.size();
 }
 
 void ProgressReport::endLine() {
     if (m_Drawn != 0) {
-        std::fputc('\n', stderr);
+        static_cast<void>(std::fputc('\n', stderr));
         m_Drawn = 0;
     }
 }

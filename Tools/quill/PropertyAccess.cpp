@@ -37,7 +37,7 @@ public:
         const std::string value = allowedValue(before);
         m_Camera.attempt(fmt::format("property '{}': cannot be {}", m_Name, tried()),
                          [&] { m_Camera->getProperty(m_Name).setValue(value); });
-        const PropertyReading after = readProperty(m_Camera, m_Name);
+        PropertyReading after = readProperty(m_Camera, m_Name);
         requireStored(after);
         return after;
     }

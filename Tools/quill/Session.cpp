@@ -16,7 +16,8 @@ constexpr std::size_t kCamerasNamed = 10;
 
 std::string enumerate(const std::vector<std::string>& serialNumbers) {
     const std::size_t named = std::min(serialNumbers.size(), kCamerasNamed);
-    const std::string names = fmt::format("{}", fmt::join(serialNumbers.begin(), serialNumbers.begin() + named, ", "));
+    const auto end = serialNumbers.begin() + static_cast<std::ptrdiff_t>(named);
+    const std::string names = fmt::format("{}", fmt::join(serialNumbers.begin(), end, ", "));
     return named == serialNumbers.size() ? names : fmt::format("{} and {} more", names, serialNumbers.size() - named);
 }
 
@@ -99,7 +100,7 @@ std::string Session::select(const std::string& selector) {
 SelectedCamera Session::connect(const std::string& selector) {
     const std::string serialNumber = select(selector);
     return QuillTool::attempt(fmt::format("camera {}: cannot be connected", serialNumber), [&] {
-        const SelectedCamera camera(Camera::getCamera(serialNumber), serialNumber);
+        SelectedCamera camera(Camera::getCamera(serialNumber), serialNumber);
         camera->connect();
         return camera;
     });

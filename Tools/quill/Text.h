@@ -6,6 +6,9 @@
 
 namespace QuillTool {
 
+/// White space in every locale.
+constexpr std::string_view kBlanks = " \t\n\v\f\r";
+
 /// The text on one line and harmless to a terminal: line breaks and other control characters become single blanks.
 std::string oneLine(std::string_view text);
 

@@ -2,13 +2,12 @@
 
 #include <fmt/format.h>
 
+#include "Text.h"
 #include "ToolError.h"
 
 namespace QuillTool {
 
 namespace {
-
-constexpr std::string_view kBlanks = " \t\r\n\v\f";
 
 /// Takes words off the front of a line.
 class WordSplitter {

@@ -31,7 +31,7 @@
 namespace SoftwareDevices {
 
 #define SOFTWARE_DEVICES_ENUMERATOR(role, ...) role,
-#define SOFTWARE_DEVICES_ONE(...) +1
+#define SOFTWARE_DEVICES_ONE(...) +1 // NOLINT(bugprone-macro-parentheses): summands
 
 /// The operations of the camera SDK, by role name, and those of the USB3 Vision access library.
 enum class Operation : std::uint32_t {

@@ -1,6 +1,7 @@
 #include "Illumination.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "ColorFilter.h"
 
@@ -110,7 +111,7 @@ Illumination illuminate(const DeviceDescription& description, const Scene& scene
             }
         }
         for (const float sum : sums) {
-            illumination.push_back(static_cast<std::uint16_t>(sum * scale + 0.5f));
+            illumination.push_back(static_cast<std::uint16_t>(std::lround(sum * scale)));
         }
     }
     return illumination;

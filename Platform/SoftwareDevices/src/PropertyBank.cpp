@@ -9,7 +9,7 @@ namespace {
 constexpr std::int32_t kLittleEndianData = INT32_MIN; // bit 31
 
 PropertyRow constantRow(std::uint32_t number, std::uint32_t value, std::int32_t flags = 0) {
-    const float constant = static_cast<float>(value);
+    const auto constant = static_cast<float>(value);
     return {number, constant, constant, constant, constant, flags, kRangeReadOnly, true};
 }
 

@@ -51,7 +51,7 @@ std::shared_ptr<Device> Registry::takeLocked(std::uint32_t serial) {
     if (found == m_Devices.end()) {
         return nullptr;
     }
-    const std::shared_ptr<Device> taken = *found;
+    std::shared_ptr<Device> taken = *found;
     m_Devices.erase(found);
     m_Unplugged[serial] = taken->sharedHardware();
     return taken;
@@ -213,7 +213,7 @@ void* Registry::open(const std::shared_ptr<Device>& device) {
     auto session = std::make_shared<Session>(device);
     const std::lock_guard<std::mutex> lock(m_Mutex);
     m_Sessions.emplace(++m_LastHandle, std::move(session));
-    return reinterpret_cast<void*>(m_LastHandle);
+    return reinterpret_cast<void*>(m_LastHandle); // NOLINT(performance-no-int-to-ptr): a number that nobody follows
 }
 
 std::shared_ptr<Session> Registry::session(const void* handle, Library library) {
@@ -228,7 +228,7 @@ std::shared_ptr<Session> Registry::forget(const void* handle) {
     if (found == m_Sessions.end()) {
         return nullptr;
     }
-    const std::shared_ptr<Session> forgotten = found->second;
+    std::shared_ptr<Session> forgotten = found->second;
     m_Sessions.erase(found);
     return forgotten;
 }

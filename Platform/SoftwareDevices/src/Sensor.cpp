@@ -100,7 +100,7 @@ std::shared_ptr<const Sensor::Transfer> Sensor::transfer(const Exposure& exposur
     if (m_Transfer && m_Transfer->exposure == exposure) {
         return m_Transfer;
     }
-    const float fullScale = static_cast<float>((1u << m_Description.bitDepth) - 1);
+    const auto fullScale = static_cast<float>((1u << m_Description.bitDepth) - 1);
     const auto transfer = std::make_shared<Transfer>();
     transfer->exposure = exposure;
     for (std::size_t filter = 0; filter < kFilterCount; ++filter) {
@@ -114,7 +114,7 @@ std::shared_ptr<const Sensor::Transfer> Sensor::transfer(const Exposure& exposur
             const float sample = std::min(shown * fullScale + exposure.blackLevel, fullScale);
             const float electrons = std::sqrt(signal * kFullWell + kReadNoise * kReadNoise);
             const float noise = signal < 1 ? m_Description.noise * electrons / kFullWell * fullScale * 16 : 0;
-            responses.push_back({static_cast<std::uint16_t>(sample + 0.5f),
+            responses.push_back({static_cast<std::uint16_t>(std::lround(sample)),
                                  static_cast<std::uint16_t>(std::clamp(noise, 0.0f, 65535.0f))});
         }
     }

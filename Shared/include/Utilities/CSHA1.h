@@ -38,8 +38,8 @@ public:
 private:
     static void Transform(unsigned int* state, const unsigned char* block);
 
-    unsigned int m_State[5];    // the chaining value
-    unsigned int m_Count[2];    // bits so far, the low word first
-    unsigned char m_Buffer[64]; // the block that is not full yet
-    unsigned char m_Digest[20]; // valid after Final()
+    unsigned int m_State[5];      // the chaining value
+    unsigned int m_Count[2];      // bits so far, the low word first
+    unsigned char m_Buffer[64]{}; // the block that is not full yet
+    unsigned char m_Digest[20]{}; // valid after Final()
 };

@@ -22,7 +22,7 @@ namespace Imaging {
 namespace {
 
 /// What is worked on together stays in the cache.
-constexpr std::size_t kBandBytes = 32 * 1024;
+constexpr std::size_t kExportedBandBytes = 32 * 1024;
 
 constexpr std::size_t kSamplesAtOnce = 3 * 128;
 
@@ -67,8 +67,8 @@ public:
                    static_cast<int>(image.getHeight()), CV_16U, std::size_t{2} * image.getWidth() * image.getHeight(),
                    describe(image.getFormat())),
           m_SamplesPerRow(std::size_t{image.getWidth()} * (image.getNumberOfChannels() == 1 ? 1 : 3)),
-          m_BandRows(
-              static_cast<int>(std::clamp<std::size_t>(kBandBytes / (2 * m_SamplesPerRow), 1, image.getHeight()))),
+          m_BandRows(static_cast<int>(
+              std::clamp<std::size_t>(kExportedBandBytes / (2 * m_SamplesPerRow), 1, image.getHeight()))),
           m_Swap(image.isLittleEndian() != machineIsLittleEndian()), m_Band(2 * samplesOf(m_BandRows)),
           m_Swapped(m_Swap ? bytesPerBand() : 0), m_Scaled(bytesPerBand() / 2) {}
 

@@ -1,17 +1,12 @@
 #include "Properties/OrvexTapCorrectionSW.h"
 
+#include "Properties/OrvexTapCorrection.h"
+
 namespace OrvexAdapter {
-
-namespace {
-
-constexpr unsigned long kTapCorrection = 109;
-constexpr std::uint32_t kOn = 0x08000000;
-
-} // namespace
 
 OrvexTapCorrectionSW::OrvexTapCorrectionSW(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
                                            OrvexCamera& camera)
-    : OrvexSwitchProperty(name, type, camera, kTapCorrection, kOn) {}
+    : OrvexSwitchProperty(name, type, camera, kTapCorrection, kSoftwareTapCorrectionFlag) {}
 
 void OrvexTapCorrectionSW::setValue(const std::string& value) {
     writeFlags(flagsFor(value, QUILL_HERE));

@@ -12,6 +12,7 @@ struct TarnuLibrary {
     /// Every operation failing.
     TarnuLibrary();
 
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a declaration
 #define QUILL_DECLARE_OPERATION(name, result, parameters) result(*name) parameters;
     TARNU_OPERATIONS(QUILL_DECLARE_OPERATION)
 #undef QUILL_DECLARE_OPERATION

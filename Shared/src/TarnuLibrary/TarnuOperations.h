@@ -8,6 +8,8 @@
  * Adapter and devices share this file; it is plain C.
  */
 
+/* NOLINTBEGIN(modernize-*) */
+
 #include <stddef.h>
 #include <stdint.h>
 
@@ -16,6 +18,8 @@ typedef struct {
     char modelName[100]; /* zero-terminated */
     uint32_t serialNumber;
 } Usb3VisionCameraRecord;
+
+/* NOLINTEND(modernize-*) */
 
 /* clang-format off */
 #define TARNU_OPERATIONS(OPERATION) \

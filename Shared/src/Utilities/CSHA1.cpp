@@ -55,7 +55,7 @@ void appendByte(std::wstring& text, unsigned byte, const ReportFormat& format) {
 }
 
 struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
+    void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); } // it was read
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
@@ -69,7 +69,7 @@ File openFile(const wchar_t* path) {
 
 } // namespace
 
-CSHA1::CSHA1() : m_Buffer{}, m_Digest{} {
+CSHA1::CSHA1() {
     Reset();
 }
 

@@ -99,6 +99,8 @@ void writeChunks(Camera& camera, const Bytes& data, std::size_t offset, unsigned
 
 } // namespace
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the interface takes images and progress functions so
+
 bool Programmer::compareFlash(Camera& camera, const Bytes& data, const unsigned int& address,
                               const unsigned int& chunkSize, Progress progress) {
     if (data.empty()) {
@@ -188,5 +190,7 @@ void Programmer::writeFirmwareToRam(Camera& camera, Bytes data, Progress progres
         // The camera may leave the bus as it starts the program.
     }
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 } // namespace Utilities

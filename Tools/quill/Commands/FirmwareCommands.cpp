@@ -1,3 +1,4 @@
+#include <cmath>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -160,7 +161,8 @@ private:
             job.advance("load", 1, false);
         };
         job.run(work, [&] {
-            const auto offset = static_cast<std::size_t>(reached * static_cast<double>(image.data.size()) + 0.5);
+            const auto offset =
+                static_cast<std::size_t>(std::llround(reached * static_cast<double>(image.data.size())));
             return JobPlace{fmt::format("{} at offset 0x{:X}", tried(), offset),
                             fmt::format("loading '{}' into its RAM at offset 0x{:X}", m_File, offset),
                             "the program was not started",

@@ -23,6 +23,7 @@ std::string typeName(PARAMETER_TYPE type) {
 
 std::string describe(const std::vector<ParameterDescriptor>& descriptors) {
     std::vector<std::string> texts;
+    texts.reserve(descriptors.size());
     for (const ParameterDescriptor& descriptor : descriptors) {
         texts.push_back(fmt::format("{}:{}", descriptor.m_Label, typeName(descriptor.m_Type)));
     }

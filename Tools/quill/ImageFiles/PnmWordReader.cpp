@@ -7,11 +7,12 @@
 
 #include <fmt/format.h>
 
+#include "Text.h"
+
 namespace QuillTool {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\n\v\f\r";
 constexpr std::string_view kWordEnds = " \t\n\v\f\r#";
 constexpr char kComment = '#';
 

@@ -12,6 +12,7 @@ namespace Utilities {
 
 using OrvexAdapter::OrvexCamera;
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes it so
 bool playXsvf(void* handle, std::vector<unsigned char> data, XsvfReport& report,
               const std::function<void(double)>& progress) {
     const OrvexAdapter::OrvexApi& api = OrvexAdapter::orvexApi();
