@@ -28,8 +28,6 @@ struct Work {
     Format target;
 };
 
-constexpr FrameSize kMediumSize{"1.3 MP", 1280, 1024};
-constexpr FrameSize kLargeSize{"5 MP", 2448, 2048};
 constexpr Work kWorks[] = {
     {"BAYER_RGGB to BGR, 1.3 MP, 8 bit, 4 MB", {kMediumSize, 8, Format::BAYER_RGGB}, Format::BGR},
     {"BGR to RGB_PLANAR, 5 MP, 8 bit, 15 MB", {kLargeSize, 8, Format::BGR}, Format::RGB_PLANAR},

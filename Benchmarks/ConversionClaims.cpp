@@ -87,8 +87,6 @@ const std::vector<ConversionGoal> kConversions{
 };
 
 constexpr FrameSize kTinySize{"320 x 240", 320, 240};
-constexpr FrameSize kMediumSize{"1.3 MP", 1280, 1024};
-constexpr FrameSize kLargeSize{"5 MP", 2448, 2048};
 /// One call costs so little there that what is around it may show.
 constexpr double kTinyOneCallLimit = 1.15;
 

@@ -16,7 +16,6 @@ using Format = IMAGE_FORMAT;
 constexpr unsigned kBitDepth = 12;
 constexpr double kLimitTo8Bits = 3;
 constexpr double kLimitTo16Bits = 1.5;
-constexpr FrameSize kSizes[] = {{"1.3 MP", 1280, 1024}, {"5 MP", 2448, 2048}};
 constexpr Format kFormats[] = {Format::MONO, Format::BGR, Format::RGB};
 
 using FrameRotation = Rotation<std::unique_ptr<Image>>;
@@ -44,8 +43,8 @@ std::pair<Variant, Variant> makeVariants(const FrameKind& kind, Export<Sample> t
 
 std::vector<Claim> exportClaims(Scope scope) {
     std::vector<Claim> claims;
-    for (const FrameSize& size : kSizes) {
-        if (scope == Scope::Short && &size != &kSizes[0]) {
+    for (const FrameSize& size : {kMediumSize, kLargeSize}) {
+        if (scope == Scope::Short && size.width == kLargeSize.width) {
             continue;
         }
         for (const Format format : kFormats) {

@@ -28,9 +28,9 @@ struct Message {
 constexpr Message kLongMessage{"1 MiB", 1 << 20};
 constexpr Message kShortMessages[] = {{"1000 bytes", 1000}, {"40 bytes", 40}};
 
-using Bytes = std::shared_ptr<std::vector<unsigned char>>;
+using SharedBytes = std::shared_ptr<std::vector<unsigned char>>;
 
-Bytes randomBytes(std::size_t count) {
+SharedBytes randomBytes(std::size_t count) {
     auto bytes = std::make_shared<std::vector<unsigned char>>(count);
     std::mt19937 random(1);
     for (unsigned char& byte : *bytes) {
@@ -39,7 +39,7 @@ Bytes randomBytes(std::size_t count) {
     return bytes;
 }
 
-Variant openSsl(const Bytes& message) {
+Variant openSsl(const SharedBytes& message) {
     return {[message] {
         std::array<unsigned char, kDigestBytes> digest{};
         EVP_Digest(message->data(), message->size(), digest.data(), nullptr, EVP_sha1(), nullptr);
@@ -49,7 +49,7 @@ Variant openSsl(const Bytes& message) {
 
 /// Whatever the library chooses on this processor.
 std::pair<Variant, Variant> hashing(std::size_t bytes) {
-    const Bytes message = randomBytes(bytes);
+    const SharedBytes message = randomBytes(bytes);
     return {openSsl(message), {[message] {
                 std::array<unsigned char, kDigestBytes> digest{};
                 CSHA1 hasher;
@@ -62,7 +62,7 @@ std::pair<Variant, Variant> hashing(std::size_t bytes) {
 
 /// As many blocks as OpenSSL compresses, with the one for the length.
 std::pair<Variant, Variant> portableCompression() {
-    const Bytes blocks = randomBytes(kLongMessage.bytes + kBlockBytes);
+    const SharedBytes blocks = randomBytes(kLongMessage.bytes + kBlockBytes);
     return {openSsl(randomBytes(kLongMessage.bytes)), {[blocks] {
                 std::array<unsigned int, kDigestBytes / 4> state{};
                 Utilities::compressSha1Portably(state.data(), blocks->data(), blocks->size() / kBlockBytes);

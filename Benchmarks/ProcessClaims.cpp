@@ -34,7 +34,7 @@ constexpr double kIdlePercent = 1;
 constexpr double kStartMilliseconds = 50;
 constexpr double kFramesPerSecond = 1000;
 /// The frame and what becomes of it, and the buffer into which the worker captures the next one.
-constexpr double kMemoryLimit = 1.5;
+constexpr double kCaptureMemoryLimit = 1.5;
 
 /// Percent of one core that the process takes while this thread sleeps.
 double percentWhileSleeping(std::chrono::seconds time) {
@@ -198,7 +198,7 @@ double millisecondsOfStart() {
 
 std::vector<Claim> processClaims(Scope scope) {
     std::vector<Claim> claims{countingClaim("P24", "memory of 20 MP captured and demosaiced", "x frame, result",
-                                            kMemoryLimit, memoryOfLargeImage)};
+                                            kCaptureMemoryLimit, memoryOfLargeImage)};
     if (scope == Scope::Short) {
         return claims; // the others are no ratios, and say as much of the machine
     }

@@ -38,7 +38,7 @@ float valueOf(const std::string& text) {
     return value;
 }
 
-std::pair<Variant, Variant> reading() {
+std::pair<Variant, Variant> readingOfCamera() {
     const auto camera = std::make_shared<SdkCamera>();
     Property& exposure = (*camera)->getProperty(kVideoExposure);
     return {{[=] {
@@ -53,7 +53,7 @@ std::pair<Variant, Variant> reading() {
             }}};
 }
 
-std::pair<Variant, Variant> writing() {
+std::pair<Variant, Variant> writingToCamera() {
     const auto camera = std::make_shared<SdkCamera>();
     Property& exposure = (*camera)->getProperty(kVideoExposure);
     exposure.setValue(kTexts[0]);
@@ -93,8 +93,8 @@ std::string connectionFloor() {
 } // namespace
 
 std::vector<Claim> sdkCameraClaims(Scope) {
-    return {{"P17", "SDK property read as text", "calls, to_chars", kPropertyLimit, reading},
-            {"P17", "SDK property written as text", "calls, from_chars", kPropertyLimit, writing},
+    return {{"P17", "SDK property read as text", "calls, to_chars", kPropertyLimit, readingOfCamera},
+            {"P17", "SDK property written as text", "calls, from_chars", kPropertyLimit, writingToCamera},
             {"P19", "SDK camera connected and closed", connectionFloor(), kConnectLimit, connecting}};
 }
 

@@ -16,6 +16,9 @@ struct FrameSize {
     int height;
 };
 
+constexpr FrameSize kMediumSize{"1.3 MP", 1280, 1024};
+constexpr FrameSize kLargeSize{"5 MP", 2448, 2048};
+
 /// What a frame of random samples looks like.
 struct FrameKind {
     FrameSize size;
