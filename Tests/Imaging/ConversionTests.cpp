@@ -11,6 +11,7 @@
 
 #include "Imaging/BayerKernel.h"
 #include "Imaging/BufferPool.h"
+#include "Imaging/RowBands.h"
 #include "Imaging/SampleLoops.h"
 #include "Support/Images.h"
 #include "Support/Throws.h"
@@ -225,6 +226,20 @@ TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {
                 }
             }
         }
+    }
+}
+
+TEST(Conversion, LargeImagesAreConvertedInBands) {
+    const std::pair<F, F> pairs[] = {{F::MONO, F::RGBA_PLANAR},       {F::RGB, F::BGRA_PLANAR},
+                                     {F::RGBA, F::RGB_PLANAR},        {F::RGB_PLANAR, F::BGRA},
+                                     {F::BGRA_PLANAR, F::RGB},        {F::RGBA_PLANAR, F::MONO},
+                                     {F::RGB_PLANAR, F::BGRA_PLANAR}, {F::BAYER_GBRG, F::BGR_PLANAR}};
+    for (const auto& [from, to] : pairs) {
+        const auto image = patternImage(2203, 2101, 16, from, true);
+        const auto result = convertImage(image, to);
+        ASSERT_GT(result->getImageSize(), kLargeResultBytes);
+        EXPECT_TRUE(result->getData() == referenceConversion(*image, to))
+            << getFormatName(from) << " to " << getFormatName(to);
     }
 }
 

@@ -2,15 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <type_traits>
 
-#include <opencv2/core/utility.hpp>
-
 #include "Imaging/ByteOrder.h"
+#include "Imaging/RowBands.h"
 #include "Imaging/SampleLoops.h"
 
 namespace Imaging {
@@ -23,9 +21,6 @@ constexpr int kFewestRows = 3;
 /// Columns that are assembled together, in the first-level cache: few, so that the processor still reads ahead while it
 /// writes.
 constexpr int kPieceColumns = 1024;
-
-/// Results from this size on are worth all cores.
-constexpr std::size_t kLargeBytes = 16 * 1024 * 1024;
 
 /// Weights of OpenCV's grey, together 2 to the power of 14.
 constexpr std::uint32_t kRedWeight = 4899;
@@ -186,22 +181,16 @@ void fillPairs(const MosaicRow<std::uint16_t>& row, int pairs, const GreyRow& re
                                      result.otherWeight);
 }
 
-/// Raised and read around what OpenCV hands over between threads: it does so by ways that ThreadSanitizer does not see.
-std::atomic<unsigned> s_HandOvers{0};
-
 /// Demosaics the rows of one image.
 template <typename Sample>
-class Demosaicing : private cv::ParallelLoopBody {
+class Demosaicing {
 public:
     Demosaicing(const PixelView& source, const PixelView& target, Vectors vectors)
         : m_Source(source), m_Target(target), m_Vectors(vectors) {}
 
     void run() const {
         const cv::Range inner(1, m_Source.height() - 1);
-        const double bands = bytesOf(m_Target) >= kLargeBytes ? cv::getNumThreads() : 1;
-        s_HandOvers.fetch_add(1, std::memory_order_release);
-        cv::parallel_for_(inner, *this, bands);
-        s_HandOvers.load(std::memory_order_acquire);
+        forRowBands(inner, m_Target.bytes(), [this](const cv::Range& rows) { fillRows(rows); });
         for (unsigned plane = 0; plane < planes(); ++plane) {
             std::memcpy(targetRow(plane, 0), targetRow(plane, 1), m_Target.rowBytes());
             std::memcpy(targetRow(plane, inner.end), targetRow(plane, inner.end - 1), m_Target.rowBytes());
@@ -209,18 +198,6 @@ public:
     }
 
 private:
-    /// A band of rows, on any thread.
-    void operator()(const cv::Range& rows) const override {
-        s_HandOvers.load(std::memory_order_acquire);
-        fillRows(rows);
-        s_HandOvers.fetch_add(1, std::memory_order_release);
-    }
-
-    static std::size_t bytesOf(const PixelView& view) {
-        return static_cast<std::size_t>(view.height()) * static_cast<std::size_t>(view.width()) *
-               view.bytesPerSample() * view.description().samplesPerPixel();
-    }
-
     /// Those that are demosaiced.
     unsigned planes() const { return std::min(m_Target.description().planes, 3U); }
 

@@ -10,6 +10,7 @@
 
 #include "Imaging/BayerKernel.h"
 #include "Imaging/BufferPool.h"
+#include "Imaging/RowBands.h"
 #include "Imaging/SampleLoops.h"
 
 namespace Imaging {
@@ -106,7 +107,7 @@ void convertColor(const PixelView& source, const PixelView& target, int code) {
 
 void fillAlphaPlane(const PixelView& target) {
     if (const auto alpha = sampleOfChannel(target.description(), kAlphaChannel)) {
-        std::memset(target.data() + *alpha * target.planeBytes(), 0xFF, target.planeBytes());
+        std::memset(target.data() + *alpha * target.planeBytes(), 0xFF, target.bytesOfPlane());
     }
 }
 
@@ -142,9 +143,9 @@ void greyToInterleaved(const PixelView& source, const PixelView& target) {
 
 void greyToPlanar(const PixelView& source, const PixelView& target) {
     forEachBand(source, target, source.rowBytes(), [](const PixelView& sourceRows, const PixelView& targetRows) {
-        const std::size_t bytes = sourceRows.rowBytes() * static_cast<std::size_t>(sourceRows.height());
         for (unsigned channel = 0; channel < kAlphaChannel; ++channel) {
-            std::memcpy(targetRows.data() + channel * targetRows.planeBytes(), sourceRows.data(), bytes);
+            std::memcpy(targetRows.data() + channel * targetRows.planeBytes(), sourceRows.data(),
+                        sourceRows.bytesOfPlane());
         }
     });
     fillAlphaPlane(target);
@@ -199,7 +200,7 @@ void mosaicToInterleaved(const PixelView& source, const PixelView& target) {
 template <typename Next>
 void demosaicThen(const PixelView& source, const PixelView& target, Next next) {
     const FormatDescription& format = demosaicedFormat(target.description());
-    const std::size_t planeBytes = source.rowBytes() * static_cast<std::size_t>(source.height());
+    const std::size_t planeBytes = source.bytesOfPlane();
     ScratchBuffer scratch(planeBytes * format.channels);
     const PixelView colors(scratch.data(), source.width(), source.height(), source.depth(), planeBytes, format);
     mosaicToInterleaved(source, colors);
@@ -250,7 +251,7 @@ void planarToGrey(const PixelView& source, const PixelView& target) {
     const auto plane = [&](unsigned channel) {
         return source.data() + *sampleOfChannel(source.description(), channel) * source.planeBytes();
     };
-    greyOfPlanes(plane(0), plane(1), plane(2), source.planeBytes() / source.bytesPerSample(), source.bytesPerSample(),
+    greyOfPlanes(plane(0), plane(1), plane(2), source.bytesOfPlane() / source.bytesPerSample(), source.bytesPerSample(),
                  target.data());
 }
 
@@ -259,7 +260,7 @@ void planarToPlanar(const PixelView& source, const PixelView& target) {
         const auto place = sampleOfChannel(source.description(), target.description().channelOfSample[k]);
         if (place) {
             std::memcpy(target.data() + k * target.planeBytes(), source.data() + *place * source.planeBytes(),
-                        target.planeBytes());
+                        target.bytesOfPlane());
         } else {
             fillAlphaPlane(target);
         }
@@ -276,6 +277,11 @@ constexpr Converter kConverters[4][4] = {
     {planarToGrey, nullptr, planarToInterleaved, planarToPlanar},
 };
 
+/// Whether nobody else uses the cores: OpenCV's colour conversions and the demosaicing do so themselves.
+bool movesBetweenPlanes(const FormatDescription& source, const FormatDescription& target) {
+    return source.layout != Layout::Mosaic && (source.layout == Layout::Planar || target.layout == Layout::Planar);
+}
+
 } // namespace
 
 bool computesWithSamples(const FormatDescription& source, const FormatDescription& target) {
@@ -285,7 +291,13 @@ bool computesWithSamples(const FormatDescription& source, const FormatDescriptio
 void convertPixels(const PixelView& source, const PixelView& target) {
     const Converter converter = kConverters[static_cast<std::size_t>(source.description().layout)]
                                            [static_cast<std::size_t>(target.description().layout)];
-    converter(source, target);
+    if (!movesBetweenPlanes(source.description(), target.description())) {
+        converter(source, target);
+        return;
+    }
+    forRowBands({0, source.height()}, target.bytes(), [&](const cv::Range& rows) {
+        converter(source.rows(rows.start, rows.end), target.rows(rows.start, rows.end));
+    });
 }
 
 } // namespace Imaging

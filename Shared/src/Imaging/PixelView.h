@@ -32,6 +32,11 @@ public:
         return static_cast<std::size_t>(m_Width) * samples * bytesPerSample();
     }
 
+    /// Bytes of the rows in one plane.
+    std::size_t bytesOfPlane() const { return rowBytes() * static_cast<std::size_t>(m_Height); }
+    /// Bytes of the rows in all planes.
+    std::size_t bytes() const { return bytesOfPlane() * m_Description->planes; }
+
     /// All samples of each pixel side by side; for every layout but planar.
     cv::Mat pixels() const {
         const auto samples = static_cast<int>(m_Description->samplesPerPixel()); // 1, 3 or 4
