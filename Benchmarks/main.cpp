@@ -53,11 +53,7 @@ struct KnownMiss {
     double ratio;
 };
 constexpr KnownMiss kKnownMisses[] = {
-    {"P2 BAYER_GBRG to BGRA", 0.8},
-    {"P10 RGB, 12 bit, 1.3 MP, exported to 16 bit", 2.1},
-    {"P14 camera list loaded, per camera", 1.7},
     {"P16 XSVF, TAP states", 2.0},
-    {"P17 MemoryProperty<double> written", 1.5},
 };
 
 /// What the short form fails on: a ratio grossly above what is usual.
