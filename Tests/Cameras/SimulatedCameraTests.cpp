@@ -257,6 +257,10 @@ TEST_F(CameraListFileTest, DocumentsWithoutCamerasAreEmpty) {
     }
     describeCameras(std::string(100'000, '['));
     EXPECT_THROW(all(), json::parse_error) << "deep nesting";
+    Camera::initialiseWorkspace();
+    const auto failures = Camera::getEnumerationFailures();
+    ASSERT_EQ(failures.size(), 1U);
+    EXPECT_LT(failures.begin()->second.size(), 1100U) << "it quotes the document";
 }
 
 TEST_F(CameraListFileTest, IncompleteEntriesKeepWhatWasReadBeforeTheFault) {

@@ -61,6 +61,16 @@ bool hasVanished(Camera& camera, const std::string& serialNumber, const SerialNu
     return false;
 }
 
+/// A reason may quote the file that it is about, however long that is.
+std::string shortened(std::string reason) {
+    constexpr std::size_t kLongestReason = 1000;
+    if (reason.size() > kLongestReason) {
+        reason.resize(kLongestReason);
+        reason += " ...";
+    }
+    return reason;
+}
+
 } // namespace
 
 void Camera::initialiseWorkspace() {
@@ -139,7 +149,7 @@ std::vector<std::unique_ptr<Camera>> Camera::getListOfCameras() {
             std::vector<std::unique_ptr<Camera>> found = adapter.m_GetListOfCameras();
             std::move(found.begin(), found.end(), std::back_inserter(cameras));
         } catch (const std::exception& failure) {
-            failures.emplace(adapter.m_Name, failure.what());
+            failures.emplace(adapter.m_Name, shortened(failure.what()));
         } catch (...) {
             failures.emplace(adapter.m_Name, "unknown failure");
         }

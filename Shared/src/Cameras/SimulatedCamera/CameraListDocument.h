@@ -12,8 +12,8 @@ namespace CameraInterface::SimulatedAdapter {
 // A list is a file that a user wrote: these numbers bound the memory and the time that a broken or hostile one takes,
 // far above every list that makes sense.
 
-/// Bytes; the parser may take three times as many.
-constexpr std::size_t kLargestCameraList = std::size_t{256} * 1024 * 1024;
+/// Bytes; the parser may take ten times as many for a list that is one number.
+constexpr std::size_t kLargestCameraList = std::size_t{32} * 1024 * 1024;
 constexpr std::size_t kMostCameras = 100'000;
 /// JSON values that are kept of one camera, of up to 150 bytes each besides its text.
 constexpr std::size_t kMostValuesOfCamera = 1'000'000;
