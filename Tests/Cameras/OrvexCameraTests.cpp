@@ -115,6 +115,7 @@ TEST_F(OrvexCameraTest, ACameraThatIsUnpluggedIsDroppedAndItsStreamEnds) {
     Camera::registerDisconnectCallback([&](const std::string&, const std::string&) { gone.raise(); });
     Camera::initialiseWorkspace();
     Camera& camera = open(mono());
+    setRegion(camera, 64, 48);
     camera.startStream();
     std::thread reader([&] {
         try {

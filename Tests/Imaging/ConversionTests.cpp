@@ -192,8 +192,7 @@ std::vector<Vectors> kindsOfVectors() {
 }
 
 TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {
-    std::vector<std::pair<unsigned, unsigned>> sizes{{64, 64},  {333, 127}, {640, 401},
-                                                     {4097, 5}, {4099, 3},  {4130, 701}};
+    std::vector<std::pair<unsigned, unsigned>> sizes{{64, 64}, {333, 127}, {4097, 5}, {4099, 3}};
     for (unsigned width = 4; width <= 9; ++width) {
         for (unsigned height = 3; height <= 9; ++height) {
             sizes.emplace_back(width, height);
@@ -205,9 +204,6 @@ TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {
     for (const auto& [width, height] : sizes) {
         for (const unsigned depth : {8U, 16U}) {
             for (const F from : {F::BAYER_RGGB, F::BAYER_GRBG, F::BAYER_GBRG, F::BAYER_BGGR}) {
-                if (width * height > 1'000'000 && from != F::BAYER_GRBG) {
-                    continue; // one is enough to see the bands of a large image
-                }
                 const auto image = patternImage(width, height, depth, from, true);
                 // Neighbours of the largest and the smallest sample, where sums carry.
                 std::fill_n(image->getDataAddress(), image->getImageSize() / 3, static_cast<unsigned char>(0xFF));

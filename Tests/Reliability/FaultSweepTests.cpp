@@ -114,10 +114,11 @@ struct Scenario {
     const char* name;
     void (*action)();
     Words words;
+    std::size_t device = 0; ///< of the default ones
 };
 
 void PrintTo(const Scenario& scenario, std::ostream* stream) {
-    *stream << scenario.name;
+    *stream << scenario.name << scenario.device;
 }
 
 const std::vector<Scenario>& scenarios() {
@@ -226,13 +227,26 @@ const std::vector<Scenario>& scenarios() {
     return table;
 }
 
+/// What differs between the devices: what is probed, and the ways of capturing.
+std::vector<Scenario> scenariosOfOtherDevices() {
+    std::vector<Scenario> table;
+    for (Scenario scenario : scenarios()) {
+        if (Words{"Connect", "VideoImage", "StillImage"}.count(scenario.name) != 0) {
+            for (scenario.device = 1; scenario.device < SoftwareDevices::defaultDevices().size(); ++scenario.device) {
+                table.push_back(scenario);
+            }
+        }
+    }
+    return table;
+}
+
 class FaultSweep : public TestSupport::SoftwareDeviceFixture, public ::testing::WithParamInterface<Scenario> {
 protected:
     FaultSweep() {
         auto adapters = getCameraAdapters();
         adapters.push_back({"USB3 Vision cameras", Usb3VisionAdapter::Usb3VisionCamera::getListOfCameras});
         useAdapters(adapters);
-        SoftwareDevices::DeviceDescription device = SoftwareDevices::defaultDevices()[0];
+        SoftwareDevices::DeviceDescription device = SoftwareDevices::defaultDevices()[GetParam().device];
         device.serial = kSerial;
         device.sensorWidth = 64;
         device.sensorHeight = 48;
@@ -318,8 +332,12 @@ protected:
     bool m_IsUnplugged = false;
 };
 
-INSTANTIATE_TEST_SUITE_P(EveryCall, FaultSweep, ::testing::ValuesIn(scenarios()),
-                         [](const auto& info) { return std::string(info.param.name); });
+std::string nameOf(const ::testing::TestParamInfo<Scenario>& info) {
+    return ::testing::PrintToString(info.param);
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryCall, FaultSweep, ::testing::ValuesIn(scenarios()), nameOf);
+INSTANTIATE_TEST_SUITE_P(OtherDevices, FaultSweep, ::testing::ValuesIn(scenariosOfOtherDevices()), nameOf);
 
 TEST_P(FaultSweep, AFailureIsToldAndLeavesNothingBehind) {
     for (std::uint64_t call = 1; call <= m_Calls; ++call) {

@@ -118,8 +118,7 @@ TEST_F(OrvexImageTest, EachSampleIsThatOfItsPlaceInTheScene) {
             set(camera, "Pixel Format", row.pixelFormat);
             set(camera, "X Offset", std::to_string(row.region[0]));
             set(camera, "Y Offset", std::to_string(row.region[1]));
-            set(camera, "Width", std::to_string(row.region[2]));
-            set(camera, "Height", std::to_string(row.region[3]));
+            setRegion(camera, row.region[2], row.region[3]);
             set(camera, "Sampling Description", row.sampling);
             const bool wide = row.pixelFormat == std::string("16");
             for (const char* mode : {"Video", "Still"}) {

@@ -40,9 +40,7 @@ protected:
         Camera& camera = open(description());
         SoftwareDevices::setAsFastAsAsked(description().serial, true);
         set(camera, "Streaming Mode", std::get<1>(GetParam()));
-        // A small region: what counts here is the order of things.
-        set(camera, "Width", "64");
-        set(camera, "Height", "48");
+        setRegion(camera, 64, 48);
         return camera;
     }
 };
@@ -208,6 +206,7 @@ TEST_F(OrvexStreamTest, SettingsComeFromThePropertiesOfTheMoment) {
 TEST_F(OrvexStreamTest, CountsWhatTheCameraDeliversAndWhatIsHandedOut) {
     Camera& camera = open(mono());
     SoftwareDevices::setAsFastAsAsked(mono().serial, true);
+    setRegion(camera, 64, 48);
     StreamStatistics& statistics = camera.getStreamStatistics();
     statistics.setDesiredIntervalTime(STREAM_TYPE::Delivered, 1000);
     statistics.setDesiredIntervalTime(STREAM_TYPE::Received, 1000);
@@ -260,6 +259,7 @@ TEST_F(OrvexStreamTest, FramesAreMovedToTheCallerInAHandfulOfBuffers) {
     const BufferSpy spy;
     Camera& camera = open(mono());
     SoftwareDevices::setAsFastAsAsked(mono().serial, true);
+    setRegion(camera, 320, 240); // large enough to be pooled
     camera.startStream();
     constexpr std::size_t kInFlight = 4; // one captured into, one handed over, one held, one to spare
     for (int frame = 0; frame < 50; ++frame) {

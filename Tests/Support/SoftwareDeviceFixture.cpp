@@ -33,6 +33,11 @@ void SoftwareDeviceFixture::set(Camera& camera, const std::string& property, con
     camera.getProperty(property).setValue(text);
 }
 
+void SoftwareDeviceFixture::setRegion(Camera& camera, unsigned width, unsigned height) {
+    set(camera, "Width", std::to_string(width));
+    set(camera, "Height", std::to_string(height));
+}
+
 } // namespace TestSupport
 
 // What the library itself defines in a file that the tests leave out.

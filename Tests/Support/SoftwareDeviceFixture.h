@@ -20,6 +20,8 @@ protected:
     static CameraInterface::Camera& open(const SoftwareDevices::DeviceDescription& description);
     static std::string value(CameraInterface::Camera& camera, const std::string& property);
     static void set(CameraInterface::Camera& camera, const std::string& property, const std::string& text);
+    /// A small one keeps frames quick to compute, under a sanitizer on a busy machine above all.
+    static void setRegion(CameraInterface::Camera& camera, unsigned width, unsigned height);
 };
 
 } // namespace TestSupport

@@ -97,8 +97,8 @@ Illumination illuminate(const DeviceDescription& description, const Scene& scene
     const float scale = static_cast<float>(kFullLight) / 255 / static_cast<float>(across.count() * down.count());
 
     Projection projection(description, scene);
-    Illumination illumination;
-    illumination.reserve(std::size_t{geometry.width} * geometry.height);
+    Illumination illumination(std::size_t{geometry.width} * geometry.height);
+    std::uint16_t* next = illumination.data();
     std::vector<float> sums(geometry.width);
     for (std::uint32_t y = 0; y < geometry.height; ++y) {
         std::fill(sums.begin(), sums.end(), 0.0f);
@@ -111,7 +111,7 @@ Illumination illuminate(const DeviceDescription& description, const Scene& scene
             }
         }
         for (const float sum : sums) {
-            illumination.push_back(static_cast<std::uint16_t>(std::lround(sum * scale)));
+            *next++ = static_cast<std::uint16_t>(std::lround(sum * scale));
         }
     }
     return illumination;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "BayerConversion.h"
 
@@ -106,17 +107,17 @@ std::shared_ptr<const Sensor::Transfer> Sensor::transfer(const Exposure& exposur
     for (std::size_t filter = 0; filter < kFilterCount; ++filter) {
         const float signalPerLight = exposure.milliseconds / m_Description.saturationExposure * exposure.gain *
                                      exposure.filterGains[filter] / static_cast<float>(kFullLight);
-        std::vector<Response>& responses = transfer->responses[filter];
-        responses.reserve(kFullLight + 1);
+        std::vector<Response> responses(kFullLight + 1);
         for (std::uint32_t light = 0; light <= kFullLight; ++light) {
             const float signal = std::clamp(signalPerLight * static_cast<float>(light), 0.0f, 1.0f);
             const float shown = exposure.gamma == 1 ? signal : std::pow(signal, 1 / exposure.gamma);
             const float sample = std::min(shown * fullScale + exposure.blackLevel, fullScale);
             const float electrons = std::sqrt(signal * kFullWell + kReadNoise * kReadNoise);
             const float noise = signal < 1 ? m_Description.noise * electrons / kFullWell * fullScale * 16 : 0;
-            responses.push_back({static_cast<std::uint16_t>(std::lround(sample)),
-                                 static_cast<std::uint16_t>(std::clamp(noise, 0.0f, 65535.0f))});
+            responses[light] = {static_cast<std::uint16_t>(std::lround(sample)),
+                                static_cast<std::uint16_t>(std::clamp(noise, 0.0f, 65535.0f))};
         }
+        transfer->responses[filter] = std::move(responses);
     }
     m_Transfer = transfer;
     return transfer;

@@ -36,7 +36,7 @@ public:
 
 private:
     /// What one light value becomes.
-    struct Response {
+    struct alignas(std::uint32_t) Response {
         std::uint16_t sample;
         std::uint16_t noise; ///< standard deviation, in sixteenths of a sample value
     };

@@ -49,6 +49,8 @@ Camera& open() {
     SoftwareDevices::startEmpty();
     SoftwareDevices::DeviceDescription device = SoftwareDevices::defaultDevices()[1];
     device.serial = kSerial;
+    device.sensorWidth = 64;
+    device.sensorHeight = 48;
     SoftwareDevices::plug(device);
     SoftwareDevices::setAsFastAsAsked(kSerial, true);
     Camera::initialiseWorkspace();
