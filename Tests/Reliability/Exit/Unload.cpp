@@ -41,7 +41,10 @@ int main(int argc, char** argv) {
         return EXIT_FAILURE;
     }
     SoftwareDevices::startEmpty();
-    const std::uint32_t serial = SoftwareDevices::plug(SoftwareDevices::defaultDevices()[1]);
+    SoftwareDevices::DeviceDescription device = SoftwareDevices::defaultDevices()[1];
+    device.sensorWidth = 1280;
+    device.sensorHeight = 1024;
+    const std::uint32_t serial = SoftwareDevices::plug(device);
     SoftwareDevices::setAsFastAsAsked(serial, true);
     std::thread([] {}).join(); // a sanitizer adds a thread of its own to the first one
     const auto threadsBefore = threads();
