@@ -33,8 +33,8 @@ MemoryProperty<int> discrete() {
 }
 
 /// Counts what a property reports.
-struct Listener {
-    explicit Listener(Property& property) {
+struct ChangeListener {
+    explicit ChangeListener(Property& property) {
         property.registerOnChangeCallback([this](Property& changed) { names.push_back(changed.getName()); });
     }
     Texts names;
@@ -127,7 +127,7 @@ TEST(MemoryProperty, TextsIgnoreTheLocale) {
 
 TEST(MemoryProperty, ReportsEachWriteThatIsMade) {
     auto property = continuous(PROPERTY_TYPE::Float, 2.5);
-    Listener listener(property);
+    ChangeListener listener(property);
     property.setValue("2.50");
     EXPECT_EQ(listener.names.size(), 0U) << "the present text is not a change";
     property.setValue("2.5");
@@ -141,7 +141,7 @@ TEST(MemoryProperty, ReportsEachWriteThatIsMade) {
 
 TEST(MemoryProperty, ReadOnlyIgnoresWritesAndResets) {
     auto property = continuous(PROPERTY_TYPE::Integer, 3, true);
-    Listener listener(property);
+    ChangeListener listener(property);
     property.setValue("4");
     property.resetToDefault();
     EXPECT_EQ(property.getValue(), "3");
@@ -188,7 +188,7 @@ TEST(Property, AChangeTravelsOneLinkFar) {
 
 TEST(BooleanProperty, IsASilentSwitch) {
     BooleanProperty property("Strobe", PROPERTY_TYPE::Boolean);
-    Listener listener(property);
+    ChangeListener listener(property);
     EXPECT_EQ(property.getValue(), "Disabled");
     property.setValue("Enabled");
     EXPECT_EQ(property.getValue(), "Enabled");
@@ -203,8 +203,8 @@ TEST(PropertyConditional, FollowsItsConditionAtOnce) {
     MemoryProperty<double> video("Video Exposure", PROPERTY_TYPE::Float, 1, 9, 2, false, false, {});
     auto still = discrete();
     PropertyConditional exposure("Exposure", PROPERTY_TYPE::Float, mode, "Video", video, still);
-    Listener ofVideo(video);
-    Listener ofExposure(exposure);
+    ChangeListener ofVideo(video);
+    ChangeListener ofExposure(exposure);
     EXPECT_EQ(exposure.getValue(), "2.00");
     exposure.setValue("5");
     exposure.update(true);

@@ -19,7 +19,7 @@ using win32::LSTATUS;
 using win32::RegistryError;
 
 const std::string kNotOpen = "Cannot open registry key: RegOpenKeyEx failed.";
-const std::string kNotRead = "Cannot read string from registry";
+const std::string kValueNotRead = "Cannot read string from registry";
 
 /// What getZephVersion() gives, or how it fails: its status and its text.
 std::string version() {
@@ -100,8 +100,8 @@ TEST(DriverKit, EveryStatusIsReportedAndTheKeyClosed) {
              Row{0, 0, 0, std::u16string(1, u'\0'), 2, ""},
              Row{0, 0, 0, u"", 0, ""},
              Row{2, 0, 0, two, 8, "2 " + kNotOpen},
-             Row{0, 2, 0, two, 8, "2 " + kNotRead},
-             Row{0, 0, 234, two, 6, "234 " + kNotRead},
+             Row{0, 2, 0, two, 8, "2 " + kValueNotRead},
+             Row{0, 0, 234, two, 6, "234 " + kValueNotRead},
          }) {
         registry = Registry{row.open, row.size, row.read, row.text, row.announced};
         EXPECT_EQ(version(), row.version);
@@ -150,8 +150,8 @@ private:
 };
 
 TEST_F(RegistryStoreTest, ValuesAreReadInEveryNotation) {
-    const std::string missing = "2 " + kNotRead;
-    const std::string wrongType = "1630 " + kNotRead;
+    const std::string missing = "2 " + kValueNotRead;
+    const std::string wrongType = "1630 " + kValueNotRead;
     const std::string name = "\"DisplayVersion\"=";
     const std::vector<std::pair<std::string, std::string>> rows{
         {name + "\"4.5.1.0\"", "4.5.1.0"},
@@ -205,7 +205,7 @@ TEST_F(RegistryStoreTest, TheKeyIsThatOfThe32BitView) {
     EXPECT_EQ(versionIn("\xEF\xBB\xBF" + kHeader + kKey + value), "3.1");
     EXPECT_EQ(versionIn(kHeader + upperCase + value), "3.1");
     EXPECT_EQ(versionIn(kHeader + k64BitKey + value), absent);
-    EXPECT_EQ(versionIn(kHeader + kKey.substr(0, kKey.size() - 3) + "\\Below]\n"), "2 " + kNotRead);
+    EXPECT_EQ(versionIn(kHeader + kKey.substr(0, kKey.size() - 3) + "\\Below]\n"), "2 " + kValueNotRead);
     EXPECT_EQ(versionIn(kKey + value), absent) << "no export";
     EXPECT_EQ(versionIn(""), absent);
     EXPECT_EQ(versionIn(kHeader + kKey.substr(0, kKey.size() - 3)), absent);

@@ -20,8 +20,7 @@ QUILL_API bool conversionExists(IMAGE_FORMAT from, IMAGE_FORMAT to);
 ///
 /// Samples are reordered as they lie and never scaled. A mosaic is demosaiced bilinearly, grey is the usual weighted
 /// sum of the colours; alpha that is added is the largest number of the sample's width. Thread-safe for different
-/// images. Best called from threads that stay: OpenCV keeps 0.8 KiB for every thread that converts, also when it has
-/// ended.
+/// images. Large ones are converted on several threads: on as many as OpenCV may use, and no more than 16.
 /// @throws std::runtime_error "Conversion between selected formats is not possible."
 /// @throws std::runtime_error "Cannot handle greater than 2 bytes per channel."
 /// @throws std::invalid_argument "Image cannot be null."

@@ -32,7 +32,13 @@ public:
     MutexLock& operator=(const MutexLock&) = delete;
     ~MutexLock() QUILL_RELEASE() = default;
 
-    /// Releases the mutex until @p condition is notified with @p predicate true, or @p duration has passed.
+    /// Releases the mutex until @p condition is notified with @p predicate true.
+    template <typename Predicate>
+    void wait(std::condition_variable& condition, Predicate predicate) {
+        condition.wait(m_Lock, predicate);
+    }
+
+    /// The same, until @p duration has passed at the latest.
     /// @return what the predicate answers at the end
     template <typename Duration, typename Predicate>
     bool waitFor(std::condition_variable& condition, const Duration& duration, Predicate predicate) {

@@ -190,7 +190,7 @@ public:
 
     void run() const {
         const cv::Range inner(1, m_Source.height() - 1);
-        forRowBands(inner, m_Target.bytes(), [this](const cv::Range& rows) { fillRows(rows); });
+        forRowBands(inner, m_Source.bytes() + m_Target.bytes(), [this](const cv::Range& rows) { fillRows(rows); });
         for (unsigned plane = 0; plane < planes(); ++plane) {
             std::memcpy(targetRow(plane, 0), targetRow(plane, 1), m_Target.rowBytes());
             std::memcpy(targetRow(plane, inner.end), targetRow(plane, inner.end - 1), m_Target.rowBytes());

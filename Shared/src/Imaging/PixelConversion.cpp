@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstring>
 #include <optional>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "Imaging/BufferPool.h"
 #include "Imaging/RowBands.h"
 #include "Imaging/SampleLoops.h"
+#include "Imaging/Workers.h"
 
 namespace Imaging {
 
@@ -97,10 +99,45 @@ int reorderCode(const FormatDescription& source, const FormatDescription& target
 }
 
 /// Lets OpenCV write straight into the target, whose size and type are the result's.
-void convertColor(const PixelView& source, const PixelView& target, int code) {
-    cv::Mat result = target.pixels();
-    cv::cvtColor(source.pixels(), result, code);
-    CV_Assert(result.data == target.data());
+void convertColor(const cv::Mat& source, cv::Mat target, int code) {
+    const unsigned char* place = target.data;
+    cv::cvtColor(source, target, code);
+    CV_Assert(target.data == place);
+}
+
+/// Converts each pixel by itself. OpenCV is shown a single row, for which it starts no parallel loop.
+void convertPixelwise(const PixelView& source, const PixelView& target, int code) {
+    constexpr std::size_t kPixelsAtOnce = std::size_t{1} << 24; // OpenCV counts the samples of a row with an int
+    const std::size_t pixels = source.pixelCount();
+    for (std::size_t begin = 0; begin < pixels; begin += kPixelsAtOnce) {
+        const std::size_t end = std::min(pixels, begin + kPixelsAtOnce);
+        convertColor(source.pixelRow(begin, end), target.pixelRow(begin, end), code);
+    }
+}
+
+/// OpenCV notes 0.8 KiB for every thread that has run one of its parallel loops, and keeps that when the thread has
+/// ended. So this is for a limited number of the application's threads; whether the present one is among them.
+bool mayRunParallelLoops() {
+    constexpr int kMostThreads = 256;
+    static std::atomic<int> threads{0};
+    thread_local bool t_IsAmongThem = false;
+    if (!t_IsAmongThem && threads.load() < kMostThreads) {
+        t_IsAmongThem = threads.fetch_add(1) < kMostThreads;
+    }
+    return t_IsAmongThem;
+}
+
+/// Demosaics in a parallel loop of OpenCV.
+void demosaicByOpenCv(const PixelView& source, const PixelView& target, int code) {
+    const auto convert = [&] { convertColor(source.pixels(), target.pixels(), code); };
+    Workers& workers = Workers::instance();
+    if (workers.isClosed()) { // as OpenCV may be: it runs a loop within a loop in place
+        cv::parallel_for_({0, 1}, [&](const cv::Range&) { convert(); });
+    } else if (mayRunParallelLoops()) {
+        convert();
+    } else {
+        workers.runElsewhere(convert);
+    }
 }
 
 // --- Planes ---
@@ -131,14 +168,13 @@ void mergeRows(const PixelView& source, const PixelView& target, const unsigned 
         const auto place = sampleOfChannel(source.description(), order.channelOfSample[k]);
         planes[k] = place ? source.data() + *place * source.planeBytes() : alpha;
     }
-    const std::size_t pixels = static_cast<std::size_t>(source.width()) * static_cast<std::size_t>(source.height());
-    interleave(planes, order.channels, pixels, source.bytesPerSample(), target.data());
+    interleave(planes, order.channels, source.pixelCount(), source.bytesPerSample(), target.data());
 }
 
 // --- One function per pair of layouts ---
 
 void greyToInterleaved(const PixelView& source, const PixelView& target) {
-    convertColor(source, target, target.description().channels == 4 ? cv::COLOR_GRAY2BGRA : cv::COLOR_GRAY2BGR);
+    convertPixelwise(source, target, target.description().channels == 4 ? cv::COLOR_GRAY2BGRA : cv::COLOR_GRAY2BGR);
 }
 
 void greyToPlanar(const PixelView& source, const PixelView& target) {
@@ -165,11 +201,11 @@ void mosaicToGrey(const PixelView& source, const PixelView& target) {
     if (demosaicsByKernel(source, target)) {
         return;
     }
-    convertColor(source, target, bayerCodes(source.description()).toGrey);
+    demosaicByOpenCv(source, target, bayerCodes(source.description()).toGrey);
 }
 
 void interleavedToInterleaved(const PixelView& source, const PixelView& target) {
-    convertColor(source, target, reorderCode(source.description(), target.description()));
+    convertPixelwise(source, target, reorderCode(source.description(), target.description()));
 }
 
 /// The three-channel format that a mosaic is demosaiced to on the way to @p target, in the order of the target.
@@ -178,9 +214,8 @@ const FormatDescription& demosaicedFormat(const FormatDescription& target) {
     return describe(rgb ? IMAGE_FORMAT::RGB : IMAGE_FORMAT::BGR);
 }
 
-/// Demosaics into interleaved samples of scratch memory, then hands them to @p next.
-template <typename Next>
-void demosaicThen(const PixelView& source, const PixelView& target, Next next);
+/// Demosaics into interleaved samples of scratch memory, and converts these.
+void demosaicByTheWay(const PixelView& source, const PixelView& target);
 
 void mosaicToInterleaved(const PixelView& source, const PixelView& target) {
     if (demosaicsByKernel(source, target)) {
@@ -189,22 +224,21 @@ void mosaicToInterleaved(const PixelView& source, const PixelView& target) {
     const BayerCodes& codes = bayerCodes(source.description());
     const bool rgb = target.description().channelOfSample[0] == 0;
     if (target.description().channels == 3) {
-        convertColor(source, target, rgb ? codes.toRgb : codes.toBgr);
+        demosaicByOpenCv(source, target, rgb ? codes.toRgb : codes.toBgr);
     } else if (std::min(source.width(), source.height()) >= kSmallestDemosaiced) {
-        convertColor(source, target, rgb ? codes.toRgba : codes.toBgra);
+        demosaicByOpenCv(source, target, rgb ? codes.toRgba : codes.toBgra);
     } else {
-        demosaicThen(source, target, interleavedToInterleaved);
+        demosaicByTheWay(source, target);
     }
 }
 
-template <typename Next>
-void demosaicThen(const PixelView& source, const PixelView& target, Next next) {
+void demosaicByTheWay(const PixelView& source, const PixelView& target) {
     const FormatDescription& format = demosaicedFormat(target.description());
     const std::size_t planeBytes = source.bytesOfPlane();
     ScratchBuffer scratch(planeBytes * format.channels);
     const PixelView colors(scratch.data(), source.width(), source.height(), source.depth(), planeBytes, format);
     mosaicToInterleaved(source, colors);
-    next(colors, target);
+    convertPixels(colors, target);
 }
 
 void interleavedToPlanar(const PixelView& source, const PixelView& target) {
@@ -227,12 +261,12 @@ void mosaicToPlanar(const PixelView& source, const PixelView& target) {
     if (demosaicsByKernel(source, target)) {
         fillAlphaPlane(target);
     } else {
-        demosaicThen(source, target, interleavedToPlanar);
+        demosaicByTheWay(source, target);
     }
 }
 
 void interleavedToGrey(const PixelView& source, const PixelView& target) {
-    convertColor(source, target, greyCode(source.description()));
+    convertPixelwise(source, target, greyCode(source.description()));
 }
 
 void planarToInterleaved(const PixelView& source, const PixelView& target) {
@@ -277,11 +311,6 @@ constexpr Converter kConverters[4][4] = {
     {planarToGrey, nullptr, planarToInterleaved, planarToPlanar},
 };
 
-/// Whether nobody else uses the cores: OpenCV's colour conversions and the demosaicing do so themselves.
-bool movesBetweenPlanes(const FormatDescription& source, const FormatDescription& target) {
-    return source.layout != Layout::Mosaic && (source.layout == Layout::Planar || target.layout == Layout::Planar);
-}
-
 } // namespace
 
 bool computesWithSamples(const FormatDescription& source, const FormatDescription& target) {
@@ -291,11 +320,11 @@ bool computesWithSamples(const FormatDescription& source, const FormatDescriptio
 void convertPixels(const PixelView& source, const PixelView& target) {
     const Converter converter = kConverters[static_cast<std::size_t>(source.description().layout)]
                                            [static_cast<std::size_t>(target.description().layout)];
-    if (!movesBetweenPlanes(source.description(), target.description())) {
+    if (source.description().layout == Layout::Mosaic) { // needs the rows around a band, and sees to the cores itself
         converter(source, target);
         return;
     }
-    forRowBands({0, source.height()}, target.bytes(), [&](const cv::Range& rows) {
+    forRowBands({0, source.height()}, source.bytes() + target.bytes(), [&](const cv::Range& rows) {
         converter(source.rows(rows.start, rows.end), target.rows(rows.start, rows.end));
     });
 }

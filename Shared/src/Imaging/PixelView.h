@@ -44,6 +44,14 @@ public:
         return {m_Height, m_Width, CV_MAKETYPE(m_Depth, samples), m_Data};
     }
 
+    std::size_t pixelCount() const { return static_cast<std::size_t>(m_Width) * static_cast<std::size_t>(m_Height); }
+
+    /// The pixels from @p begin to before @p end, whatever rows they are in, as one row; for every layout but planar.
+    cv::Mat pixelRow(std::size_t begin, std::size_t end) const {
+        const cv::Mat firstRow = pixels().row(0);
+        return {1, static_cast<int>(end - begin), firstRow.type(), m_Data + begin * firstRow.elemSize()};
+    }
+
     /// The plane that holds sample @p k of each pixel.
     cv::Mat plane(unsigned k) const { return {m_Height, m_Width, CV_MAKETYPE(m_Depth, 1), m_Data + k * m_PlaneBytes}; }
 

@@ -1,40 +1,32 @@
 #include "Imaging/RowBands.h"
 
-#include <atomic>
+#include <algorithm>
+#include <cstdint>
+
+#include "Imaging/Workers.h"
 
 namespace Imaging {
 
 namespace {
 
-/// Raised and read around what OpenCV hands over between threads: it does so by ways that ThreadSanitizer does not see.
-std::atomic<unsigned> s_HandOvers{0};
-
-class Bands : public cv::ParallelLoopBody {
-public:
-    explicit Bands(const std::function<void(const cv::Range&)>& work) : m_Work(work) {}
-
-    /// On any thread.
-    void operator()(const cv::Range& band) const override {
-        s_HandOvers.load(std::memory_order_acquire);
-        m_Work(band);
-        s_HandOvers.fetch_add(1, std::memory_order_release);
-    }
-
-private:
-    const std::function<void(const cv::Range&)>& m_Work;
-};
+/// So that a thread that something else holds up leaves its share to the others.
+constexpr int kBandsPerThread = 4;
 
 } // namespace
 
-void forRowBands(const cv::Range& rows, std::size_t resultBytes, const std::function<void(const cv::Range&)>& work) {
-    if (resultBytes < kLargeResultBytes) {
+void forRowBands(const cv::Range& rows, std::size_t bytes, const std::function<void(const cv::Range&)>& work) {
+    Workers& workers = Workers::instance();
+    const bool alone = bytes < kLargeBytes || workers.isClosed();
+    const int threads = alone ? 1 : std::min(cv::getNumThreads(), rows.size());
+    if (threads < 2) {
         work(rows);
         return;
     }
-    const Bands bands(work);
-    s_HandOvers.fetch_add(1, std::memory_order_release);
-    cv::parallel_for_(rows, bands, cv::getNumThreads());
-    s_HandOvers.load(std::memory_order_acquire);
+    const int bands = std::min(rows.size(), threads * kBandsPerThread);
+    const auto firstRow = [&](int band) {
+        return rows.start + static_cast<int>(std::int64_t{rows.size()} * band / bands);
+    };
+    workers.share(bands, threads, [&](int band) { work({firstRow(band), firstRow(band + 1)}); });
 }
 
 } // namespace Imaging

@@ -7,10 +7,12 @@
 
 namespace Imaging {
 
-/// Results from this size on are worth all cores.
-constexpr std::size_t kLargeResultBytes = std::size_t{8} * 1024 * 1024;
+/// Source and result that together have so many bytes are worth all cores: 1280 x 1024 pixels of 8 bits, demosaiced.
+/// Below, waking them takes as long as they save.
+constexpr std::size_t kLargeBytes = std::size_t{5} * 1024 * 1024;
 
-/// Calls @p work with @p rows; where the result is large, with bands of them on OpenCV's threads.
-void forRowBands(const cv::Range& rows, std::size_t resultBytes, const std::function<void(const cv::Range&)>& work);
+/// Calls @p work with @p rows; where the @p bytes of source and result are many, with bands of them on as many threads
+/// as OpenCV may use.
+void forRowBands(const cv::Range& rows, std::size_t bytes, const std::function<void(const cv::Range&)>& work);
 
 } // namespace Imaging

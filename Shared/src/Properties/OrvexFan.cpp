@@ -4,13 +4,13 @@ namespace OrvexAdapter {
 
 namespace {
 
-constexpr std::uint32_t kOn = 0x80000000;
+constexpr std::uint32_t kFanOn = 0x80000000;
 
 } // namespace
 
 OrvexFan::OrvexFan(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,
                    const unsigned long& propertyId)
-    : OrvexSwitchProperty(name, type, camera, propertyId, kOn) {}
+    : OrvexSwitchProperty(name, type, camera, propertyId, kFanOn) {}
 
 std::string OrvexFan::getValue() {
     return m_Enumeration.toString(readValue() != 0.0F);

@@ -14,7 +14,7 @@ struct Step {
     std::uint8_t lastZeroTarget;
 };
 
-constexpr std::array<Step, kTapStates> kSteps{{
+constexpr std::array<Step, kTapStates> kStateSteps{{
     {TapState::RunTest, TapState::Reset, 0, 15},     // Reset
     {TapState::RunTest, TapState::SelectDr, 1, 0},   // RunTest
     {TapState::CaptureDr, TapState::SelectIr, 0, 8}, // SelectDr
@@ -52,7 +52,7 @@ constexpr Path findPath(TapState from, TapState target) {
     Path path{true};
     const auto number = static_cast<std::uint8_t>(target);
     for (TapState state = from; state != target || (path.length == 0 && isPause(from)); ++path.length) {
-        const Step& way = kSteps[static_cast<std::uint8_t>(state)];
+        const Step& way = kStateSteps[static_cast<std::uint8_t>(state)];
         const bool tms = number < way.firstZeroTarget || number > way.lastZeroTarget;
         path.tms = static_cast<std::uint16_t>(path.tms | (tms ? 1U << path.length : 0U));
         state = tms ? way.onOne : way.onZero;

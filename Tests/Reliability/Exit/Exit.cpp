@@ -6,6 +6,8 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include <Quill.h>
 #include <SoftwareDevices.h>
@@ -16,12 +18,24 @@ using CameraInterface::Camera;
 
 constexpr std::uint32_t kSerial = 7;
 
+/// On several threads, the library's and OpenCV's.
+void convertLargeImages() {
+    using Imaging::IMAGE_FORMAT;
+    const auto convert = [](IMAGE_FORMAT from, IMAGE_FORMAT to) {
+        std::vector<unsigned char> samples(2048 * 1024);
+        Imaging::convertImage(Imaging::createImage(2048, 1024, std::move(samples), 8, true, from), to);
+    };
+    convert(IMAGE_FORMAT::MONO, IMAGE_FORMAT::RGB);
+    convert(IMAGE_FORMAT::BAYER_RGGB, IMAGE_FORMAT::MONO);
+}
+
 /// Uses the library after main() has returned and after whatever the library does at exit.
 struct LateUser {
     ~LateUser() {
         Camera::getCamerasList();
         Camera::searchForNewCameras();
         if (isSet) {
+            convertLargeImages();
             Camera::getCamera(std::to_string(kSerial)).connect();
         }
     }
@@ -82,6 +96,7 @@ void withALiveStream() {
 }
 
 void withALateUser() {
+    convertLargeImages();
     withALiveStream();
     g_LateUser.isSet = true;
 }

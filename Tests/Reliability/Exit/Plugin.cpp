@@ -8,5 +8,6 @@ extern "C" QUILL_API bool useQuill(const char* serialNumber) {
     Camera& camera = Camera::getCamera(serialNumber);
     camera.connect();
     camera.startStream();
-    return camera.getImage()->getWidth() > 0;
+    // Large enough for several threads.
+    return camera.convertImage(camera.getImage(), Imaging::IMAGE_FORMAT::RGBA)->getWidth() > 0;
 }

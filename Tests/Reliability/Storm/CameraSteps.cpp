@@ -59,7 +59,7 @@ void stream(Camera& camera, Random& random) {
     }
     for (std::size_t frame = below(random, 4); frame < 4; ++frame) {
         const auto image = camera.getImage();
-        camera.convertImage(image, Imaging::IMAGE_FORMAT::BGR);
+        camera.convertImage(image, below(random, 2) == 0 ? Imaging::IMAGE_FORMAT::BGR : Imaging::IMAGE_FORMAT::RGBA);
     }
     if (below(random, 2) == 0) {
         camera.stopStream(); // otherwise it runs on, into whatever comes next

@@ -1,0 +1,166 @@
+#include "Imaging/Workers.h"
+
+#include <algorithm>
+#include <system_error>
+
+#include <opencv2/core.hpp>
+
+#include "Internal/AtExit.h"
+#include "Internal/NeverDestroyed.h"
+
+namespace Imaging {
+
+namespace {
+
+/// Together with the caller's, more threads than any memory feeds.
+constexpr int kMostWorkers = 15;
+
+/// Beside the caller for as many threads as OpenCV uses or the machine runs; at least one, for what is to run
+/// elsewhere.
+int workersOfMachine() {
+    const int threads = std::max(cv::getNumThreads(), static_cast<int>(std::thread::hardware_concurrency()));
+    return std::clamp(threads - 1, 1, kMostWorkers);
+}
+
+} // namespace
+
+Workers::Workers(int most) : m_Most(most) {}
+
+Workers::~Workers() {
+    close();
+}
+
+Workers& Workers::instance() {
+    static Internal::NeverDestroyed<Workers> workers(workersOfMachine());
+    // Younger than OpenCV's own state, which was asked for above, and therefore gone before it.
+    static const Internal::AtExit guard([] { workers.get().close(); });
+    return workers.get();
+}
+
+void Workers::share(int pieces, int threads, const std::function<void(int)>& work) {
+    Job job{work, pieces};
+    offer(job, std::min(pieces, threads) - 1);
+    while (const std::optional<Piece> piece = takePieceOf(job)) {
+        run(*piece);
+    }
+    finish(job);
+}
+
+void Workers::runElsewhere(const std::function<void()>& work) {
+    const std::function<void(int)> onlyPiece = [&work](int) { work(); };
+    Job job{onlyPiece, 1};
+    if (offer(job, 1)) {
+        finish(job);
+    } else {
+        work();
+    }
+}
+
+void Workers::close() {
+    std::vector<std::thread> threads;
+    {
+        const Utilities::MutexLock lock(m_Mutex);
+        m_Closed = true;
+        threads.swap(m_Threads);
+    }
+    m_Work.notify_all();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+bool Workers::isClosed() {
+    const Utilities::MutexLock lock(m_Mutex);
+    return m_Closed;
+}
+
+bool Workers::offer(Job& job, int workers) {
+    {
+        const Utilities::MutexLock lock(m_Mutex);
+        startThreadsLocked(workers);
+        if (m_Threads.empty()) {
+            return false;
+        }
+        m_Jobs.push_back(&job);
+    }
+    for (int i = 0; i < workers; ++i) {
+        m_Work.notify_one();
+    }
+    return true;
+}
+
+void Workers::startThreadsLocked(int wanted) {
+    try {
+        while (!m_Closed && static_cast<int>(m_Threads.size()) < std::min(wanted, m_Most)) {
+            m_Threads.emplace_back(&Workers::runThread, this);
+        }
+    } catch (const std::system_error&) { // no more can be had now
+    }
+}
+
+void Workers::runThread() {
+    while (const std::optional<Piece> piece = waitForPiece()) {
+        run(*piece);
+    }
+}
+
+std::optional<Workers::Piece> Workers::waitForPiece() {
+    Utilities::MutexLock lock(m_Mutex);
+    std::optional<Piece> piece;
+    lock.wait(m_Work, [&]() QUILL_REQUIRES(m_Mutex) {
+        piece = takeOfferedLocked();
+        return piece || m_Closed;
+    });
+    return piece;
+}
+
+std::optional<Workers::Piece> Workers::takeOfferedLocked() {
+    for (Job* job : m_Jobs) {
+        if (job->begun < job->pieces) {
+            ++job->running;
+            return Piece{job, job->begun++};
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<Workers::Piece> Workers::takePieceOf(Job& job) {
+    const Utilities::MutexLock lock(m_Mutex);
+    if (job.begun == job.pieces) {
+        return std::nullopt;
+    }
+    ++job.running;
+    return Piece{&job, job.begun++};
+}
+
+void Workers::run(const Piece& piece) {
+    std::exception_ptr failure;
+    try {
+        piece.job->work(piece.number);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    const Utilities::MutexLock lock(m_Mutex);
+    Job& job = *piece.job;
+    --job.running;
+    if (failure) {
+        job.begun = job.pieces;
+        job.failure = job.failure ? job.failure : failure;
+    }
+    if (job.isDone()) {
+        m_Done.notify_all();
+    }
+}
+
+void Workers::finish(Job& job) {
+    {
+        Utilities::MutexLock lock(m_Mutex);
+        lock.wait(m_Done, [&job] { return job.isDone(); });
+        m_Jobs.erase(std::remove(m_Jobs.begin(), m_Jobs.end(), &job), m_Jobs.end());
+    }
+    if (job.failure) {
+        std::rethrow_exception(job.failure);
+    }
+}
+
+} // namespace Imaging
