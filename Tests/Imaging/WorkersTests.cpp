@@ -1,8 +1,8 @@
 #include "Imaging/Workers.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
-#include <numeric>
 #include <stdexcept>
 #include <thread>
 
@@ -39,13 +39,10 @@ TEST(Workers, OfManyThreadsDoEveryPieceOnce) {
 
 TEST(Workers, TakePartWhileTheCallerIsBusy) {
     Workers workers(1);
-    Event otherPieceBegan;
+    Event begun;
     workers.share(2, 2, [&](int) {
-        static std::atomic<int> begun{0};
-        if (++begun == 2) {
-            otherPieceBegan.raise();
-        }
-        EXPECT_TRUE(otherPieceBegan.wait());
+        begun.raise();
+        EXPECT_TRUE(begun.wait(2));
     });
     std::thread::id elsewhere;
     workers.runElsewhere([&] { elsewhere = std::this_thread::get_id(); });
@@ -55,15 +52,12 @@ TEST(Workers, TakePartWhileTheCallerIsBusy) {
 TEST(Workers, HandOnWhatAPieceThrows) {
     Workers workers(1);
     for (int round = 0; round < 50; ++round) {
-        std::atomic<int> calls{0};
-        EXPECT_THROW(workers.share(1000, 2,
-                                   [&](int piece) {
-                                       ++calls;
-                                       if (piece == 1) {
-                                           throw std::runtime_error("piece");
-                                       }
-                                   }),
-                     std::runtime_error);
+        const auto throwInSecond = [](int piece) {
+            if (piece == 1) {
+                throw std::runtime_error("piece");
+            }
+        };
+        EXPECT_THROW(workers.share(1000, 2, throwInSecond), std::runtime_error);
         EXPECT_THROW(workers.runElsewhere([] { throw std::out_of_range("elsewhere"); }), std::out_of_range);
     }
 }

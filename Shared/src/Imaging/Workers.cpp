@@ -40,7 +40,11 @@ Workers& Workers::instance() {
 void Workers::share(int pieces, int threads, const std::function<void(int)>& work) {
     Job job{work, pieces};
     offer(job, std::min(pieces, threads) - 1);
-    while (const std::optional<Piece> piece = takePieceOf(job)) {
+    const auto takePiece = [&] {
+        const Utilities::MutexLock lock(m_Mutex);
+        return takeLocked(job);
+    };
+    while (const std::optional<Piece> piece = takePiece()) {
         run(*piece);
     }
     finish(job);
@@ -116,16 +120,14 @@ std::optional<Workers::Piece> Workers::waitForPiece() {
 
 std::optional<Workers::Piece> Workers::takeOfferedLocked() {
     for (Job* job : m_Jobs) {
-        if (job->begun < job->pieces) {
-            ++job->running;
-            return Piece{job, job->begun++};
+        if (const std::optional<Piece> piece = takeLocked(*job)) {
+            return piece;
         }
     }
     return std::nullopt;
 }
 
-std::optional<Workers::Piece> Workers::takePieceOf(Job& job) {
-    const Utilities::MutexLock lock(m_Mutex);
+std::optional<Workers::Piece> Workers::takeLocked(Job& job) {
     if (job.begun == job.pieces) {
         return std::nullopt;
     }

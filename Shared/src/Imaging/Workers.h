@@ -59,7 +59,7 @@ private:
     /// The next piece of any job; nothing: the threads are to end.
     std::optional<Piece> waitForPiece();
     std::optional<Piece> takeOfferedLocked() QUILL_REQUIRES(m_Mutex);
-    std::optional<Piece> takePieceOf(Job& job);
+    std::optional<Piece> takeLocked(Job& job) QUILL_REQUIRES(m_Mutex);
     void run(const Piece& piece);
     /// Waits until all pieces are done, and throws what one of them threw.
     void finish(Job& job);
