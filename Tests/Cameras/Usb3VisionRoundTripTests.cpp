@@ -38,9 +38,13 @@ protected:
 
     Camera& camera() const { return Camera::getCamera(m_Serial); }
 
-    void reboot() {
+    void startReboot() {
         std::vector<std::string> mode{"Firmware"};
         camera().perform("Reboot", mode);
+    }
+
+    void reboot() {
+        startReboot();
         TestSupport::dropVanishedCameras();
         const auto deadline = std::chrono::steady_clock::now() + TestSupport::kLongEnough;
         const std::string without = m_Events;
@@ -82,6 +86,45 @@ TEST_F(Usb3VisionRoundTripTest, ACameraGoesToUsb3VisionModeAndComesBack) {
     EXPECT_FALSE(SoftwareDevices::isUsb3Vision(m_Device.serial));
     EXPECT_EQ(m_Events, "- Model 613 41500101; +; ");
     EXPECT_TRUE(camera().isPropertySupported("Video Exposure"));
+}
+
+TEST_F(Usb3VisionRoundTripTest, ACameraThatComesBackAsAnotherKindBetweenTwoChecksIsDroppedAndFoundAgain) {
+    struct Case {
+        const char* name;
+        void (*leave)(Camera&); // while it reboots
+    };
+    constexpr Case kCases[] = {{"connected", [](Camera&) {}},
+                               {"disconnected", [](Camera& camera) { camera.disconnect(); }},
+                               {"suspended", [](Camera& camera) { camera.suspend(); }}};
+    open(m_Device);
+    for (const char* mode : {"Enabled", "Disabled"}) {
+        for (const Case& row : kCases) {
+            SCOPED_TRACE(std::string(row.name) + ", USB3 Vision " + mode);
+            set(camera(), "USB3 Vision Mode", mode);
+            startReboot();
+            row.leave(camera());
+            while (SoftwareDevices::pluggedDevices().empty()) {
+                std::this_thread::yield();
+            }
+            m_Events.clear();
+            if (camera().getState() == CameraState::Suspended) {
+                TestSupport::dropVanishedCameras();
+                EXPECT_EQ(m_Events, "") << "a suspended camera is kept";
+                EXPECT_THROW(camera().connect(), KestrelExceptions::KestrelException_Camera);
+                EXPECT_EQ(camera().getState(), CameraState::Suspended);
+                TestSupport::dropVanishedCameras();
+            }
+            TestSupport::dropVanishedCameras();
+            TestSupport::addNewCameras();
+            EXPECT_EQ(m_Events, "- Model 613 41500101; +; ");
+            camera().connect();
+            EXPECT_EQ(value(camera(), "USB3 Vision Mode"), mode);
+            if (mode == std::string("Enabled") || &row != std::end(kCases) - 1) { // and back for the next case
+                set(camera(), "USB3 Vision Mode", mode == std::string("Enabled") ? "Disabled" : "Enabled");
+                reboot();
+            }
+        }
+    }
 }
 
 TEST_F(Usb3VisionRoundTripTest, AnUnpluggedCameraHasRebootedForAllOneKnows) {

@@ -108,7 +108,8 @@ public:
     // --- Connection ---
 
     /// Opens the camera and builds its properties and functions; nothing happens on a connected one.
-    /// @throws KestrelException_Camera "CameraConnection"  the camera cannot be opened, or was dropped from the list
+    /// @throws KestrelException_Camera "CameraConnection"  the camera cannot be opened, or was dropped from the list. A
+    ///     suspended camera that cannot be resumed, because it is gone, leaves the list too
     virtual void connect() = 0;
     /// Closes the camera, its stream first; nothing happens on a disconnected one.
     /// @throws KestrelException_CameraState "CameraState"  the camera is suspended; what stopStream() throws
@@ -158,6 +159,10 @@ protected:
     /// @throws KestrelException_CameraState "CameraState"  the transition is not allowed
     /// @throws KestrelException_Camera "CameraConnection"  a retired camera is to be connected
     void requireTransition(CameraState target, const KestrelExceptions::SourceLocation& here);
+    /// Ends a connect() that finds nothing to open. A suspended camera stays suspended, but is not held any more: the
+    /// watching thread makes it disconnected, and drops it, when no camera of its kind has its serial number.
+    /// @throws KestrelException_Camera "CameraConnection"  always
+    [[noreturn]] void refuseConnection(const KestrelExceptions::SourceLocation& here);
     /// Whether the camera has left the list: it will not come back under this object.
     bool isRetired() const;
     /// Hands the property-change callback to every property. Called after building them.
@@ -185,8 +190,11 @@ private:
     Stream& requireStream();
     /// Tells the stream of a retired camera to stop.
     void stopForGood() noexcept;
+    /// Makes a suspended camera that could not be resumed disconnected.
+    void endFailedResumption();
 
-    std::atomic<bool> m_Retired{false}; // set once, when the camera leaves the list
+    std::atomic<bool> m_Retired{false};          // set once, when the camera leaves the list
+    std::atomic<bool> m_ResumptionFailed{false}; // the last connect() of a suspended camera
 };
 
 } // namespace CameraInterface

@@ -142,12 +142,27 @@ bool Camera::isRetired() const {
 }
 
 void Camera::requireTransition(CameraState target, const SourceLocation& here) {
-    if (target == CameraState::Connected && m_Retired) {
-        raise<KestrelException_Camera>(here, Errors::kCameraConnection, getSerialNumber());
+    if (target == CameraState::Connected) {
+        m_ResumptionFailed = false;
+        if (m_Retired) {
+            refuseConnection(here);
+        }
     }
     if (!validateState(target)) {
         raise<KestrelException_CameraState>(here, Errors::kCameraState, getStateString(m_State),
                                             getStateString(target));
+    }
+}
+
+void Camera::refuseConnection(const SourceLocation& here) {
+    m_ResumptionFailed = m_State == CameraState::Suspended;
+    raise<KestrelException_Camera>(here, Errors::kCameraConnection, getSerialNumber());
+}
+
+void Camera::endFailedResumption() {
+    CameraState state = CameraState::Suspended;
+    if (m_ResumptionFailed && m_State.compare_exchange_strong(state, CameraState::Disconnected)) {
+        m_ResumptionFailed = false;
     }
 }
 

@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <exception>
+#include <typeindex>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -23,14 +25,15 @@ CameraList& list() {
     return workspace().cameras();
 }
 
-/// The serial numbers of an enumeration.
-class SerialNumbers {
+/// The cameras of an enumeration: of each kind, which is its class, the serial numbers. A camera that restarts as
+/// another kind keeps its number and is another camera.
+class PresentCameras {
 public:
-    explicit SerialNumbers(const std::vector<std::unique_ptr<Camera>>& cameras) {
-        m_SerialNumbers.reserve(cameras.size());
-        for (const auto& camera : cameras) {
+    explicit PresentCameras(const std::vector<std::unique_ptr<Camera>>& cameras) {
+        for (const auto& pointer : cameras) {
+            Camera& camera = *pointer;
             try {
-                m_SerialNumbers.insert(camera->getSerialNumber());
+                m_SerialNumbers[typeid(camera)].insert(camera.getSerialNumber());
             } catch (const std::exception&) {
                 m_Complete = false;
             }
@@ -38,14 +41,17 @@ public:
     }
 
     /// Whether a camera is certainly not there: one whose serial number cannot be read might be any.
-    bool lacks(const std::string& serialNumber) const { return m_Complete && m_SerialNumbers.count(serialNumber) == 0; }
+    bool lack(const Camera& camera, const std::string& serialNumber) const {
+        const auto ofKind = m_SerialNumbers.find(typeid(camera));
+        return m_Complete && (ofKind == m_SerialNumbers.end() || ofKind->second.count(serialNumber) == 0);
+    }
 
 private:
-    std::unordered_set<std::string> m_SerialNumbers;
+    std::unordered_map<std::type_index, std::unordered_set<std::string>> m_SerialNumbers;
     bool m_Complete = true;
 };
 
-bool hasVanished(Camera& camera, const std::string& serialNumber, const SerialNumbers& present) {
+bool hasVanished(Camera& camera, const std::string& serialNumber, const PresentCameras& present) {
     switch (camera.getState()) {
     case CameraState::Connected:
         if (camera.isCameraAlive()) {
@@ -54,7 +60,7 @@ bool hasVanished(Camera& camera, const std::string& serialNumber, const SerialNu
         // It falls silent too when the application closes it at this moment.
         return camera.isConnected() ? !camera.isCameraAlive() : hasVanished(camera, serialNumber, present);
     case CameraState::Disconnected:
-        return present.lacks(serialNumber);
+        return present.lack(camera, serialNumber);
     case CameraState::Suspended:
         return false;
     }
@@ -173,7 +179,7 @@ void Camera::removeAllCamerasFromList() {
 int Camera::removeInactiveCamerasFromList() {
     const auto listed = list().inOrderOfSerialNumber();
     const std::vector<std::unique_ptr<Camera>> found = getListOfCameras();
-    const SerialNumbers present(found);
+    const PresentCameras present(found);
     int dropped = 0;
     for (const auto& [serialNumber, camera] : listed) {
         try {
@@ -181,6 +187,9 @@ int Camera::removeInactiveCamerasFromList() {
             if (hasVanished(*camera, serialNumber, present) && list().retire(serialNumber)) {
                 ++dropped;
                 runDisconnectCallback(modelName, serialNumber);
+            }
+            if (present.lack(*camera, serialNumber)) {
+                camera->endFailedResumption();
             }
         } catch (...) {
             // One camera, or one call of the application's, must not keep the others from being examined.

@@ -140,7 +140,7 @@ void OrvexCamera::connect() {
     }
     if (m_Handle == nullptr || isRetired() || hasOpenedAnother()) {
         closeHandle();
-        raise<KestrelException_Camera>(QUILL_HERE, Errors::kCameraConnection, m_SerialNumber);
+        refuseConnection(QUILL_HERE);
     }
     buildProperties();
     buildFunctions();

@@ -147,7 +147,7 @@ void Usb3VisionCamera::connect() {
     m_Handle = tarnuLibrary().TarnuOpenCamera(&m_CameraRecord);
     if (m_Handle == nullptr || isRetired()) {
         closeHandle();
-        raise<KestrelException_Camera>(QUILL_HERE, Errors::kCameraConnection, m_SerialNumber);
+        refuseConnection(QUILL_HERE);
     }
     buildProperties();
     buildFunctions();
