@@ -1,9 +1,11 @@
 #include "Cameras/Camera.h"
 
 #include <random>
+#include <system_error>
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include "Cameras/CameraList.h"
 #include "Exceptions/KestrelExceptions.h"
@@ -51,6 +53,30 @@ TEST_F(CameraListTest, IsEmptyOutsideTheWorkspace) {
     Camera::unitialisedWorkpace();
     EXPECT_EQ(Camera::getCamerasList(), Listed{});
     Camera::unitialisedWorkpace();
+}
+
+TEST_F(CameraListTest, WatchingStartsOnceThreadsCanBeHad) {
+    // No address space holds a stack of this size.
+    constexpr std::size_t kTooLarge = std::size_t{1} << 47;
+    pthread_attr_t usual;
+    pthread_attr_t without;
+    pthread_getattr_default_np(&usual);
+    pthread_attr_init(&without);
+    pthread_attr_setstacksize(&without, kTooLarge);
+    for (const bool isFirstStart : {true, false}) {
+        if (!isFirstStart) {
+            Camera::initialiseWorkspace();
+        }
+        pthread_setattr_default_np(&without);
+        EXPECT_THROW(isFirstStart ? Camera::initialiseWorkspace() : Camera::registerDisconnectCallback({}),
+                     std::system_error);
+        pthread_setattr_default_np(&usual);
+        m_Bus.plug("1");
+        Camera::initialiseWorkspace();
+        m_Bus.unplug("1");
+        EXPECT_TRUE(waitForList({}));
+        Camera::unitialisedWorkpace();
+    }
 }
 
 TEST_F(CameraListTest, OneObjectPerSerialNumberFromTheAdapterAskedFirst) {

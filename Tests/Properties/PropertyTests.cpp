@@ -186,6 +186,29 @@ TEST(Property, AChangeTravelsOneLinkFar) {
     EXPECT_EQ(a.getValue(), "4");
 }
 
+TEST(Property, ACallbackMayChangeLinksAndCallbacksWhileItRunsOrIsDestroyed) {
+    MemoryProperty<int> a("A", PROPERTY_TYPE::Integer, 0, 9, 1, false, false, {});
+    MemoryProperty<int> b("B", PROPERTY_TYPE::Integer, 0, 9, 1, false, false, {});
+    auto c = std::make_unique<MemoryProperty<int>>("C", PROPERTY_TYPE::Integer, 0, 9, 1, false, false,
+                                                   std::map<std::string, int>{});
+    a.addLinkedProperty(b);
+    a.addLinkedProperty(*c);
+    b.registerOnChangeCallback([&](Property&) {
+        a.removeLinkedProperty(b);
+        a.removeLinkedProperty(*c);
+        c.reset();
+    });
+    a.setValue("2");
+    EXPECT_EQ(c, nullptr);
+    struct ComesBack {
+        ~ComesBack() { property.unregisterOnChangeCallback(); }
+        Property& property;
+    };
+    a.registerOnChangeCallback([owned = std::shared_ptr<ComesBack>(new ComesBack{a})](Property&) {});
+    a.unregisterOnChangeCallback();
+    EXPECT_NO_THROW(a.setValue("3"));
+}
+
 TEST(BooleanProperty, IsASilentSwitch) {
     BooleanProperty property("Strobe", PROPERTY_TYPE::Boolean);
     ChangeListener listener(property);

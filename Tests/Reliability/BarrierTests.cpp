@@ -78,6 +78,27 @@ TEST_F(CallbackBarrier, WhatReplacesOrEndsACallbackWaitsForIt) {
     }
 }
 
+/// Owned by a callback, uses the library when that is destroyed.
+struct ComesBack {
+    ~ComesBack() {
+        Camera::registerDisconnectCallback({});
+        Camera::registerNewConnectCallback({});
+        Camera::getEnumerationFailures();
+    }
+};
+
+TEST_F(CallbackBarrier, WhatACallbackOwnsMayUseTheLibraryWhenItIsDestroyed) {
+    for (void (*const end)() :
+         {+[] { Camera::registerDisconnectCallback({}); }, +[] { Camera::unitialisedWorkpace(); }}) {
+        Camera::initialiseWorkspace();
+        Camera::registerDisconnectCallback(
+            [owned = std::make_shared<ComesBack>()](const std::string&, const std::string&) {});
+        Camera::registerNewConnectCallback([owned = std::make_shared<ComesBack>()] {});
+        end();
+    }
+    Camera::unitialisedWorkpace();
+}
+
 class StreamBarrier : public TestSupport::SoftwareDeviceFixture {
 protected:
     StreamBarrier() {

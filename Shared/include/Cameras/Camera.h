@@ -44,6 +44,7 @@ public:
     // --- The camera list ---
 
     /// Adds every camera that is attached and starts watching for changes. Called again, it only adds new cameras.
+    /// @throws std::system_error  no thread can be had; called again, it starts what does not run yet
     static void initialiseWorkspace();
     /// Clears both callbacks, stops watching and destroys all cameras. When it returns, none of the library's threads
     /// runs.

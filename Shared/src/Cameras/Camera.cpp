@@ -104,7 +104,7 @@ std::vector<std::string> Camera::perform(const std::string& name, std::vector<st
 }
 
 void Camera::registerPropertyChangeCallback(std::function<void(Property&)> callback) {
-    m_PropertyChangeCallback = std::move(callback);
+    m_PropertyChangeCallback.swap(callback); // the former one is destroyed when no property has it any more
     updatePropertyChangeCallback();
 }
 

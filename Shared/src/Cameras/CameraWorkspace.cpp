@@ -20,8 +20,9 @@ thread_local bool t_IsWatchdogThread = false;
 
 void start(std::unique_ptr<Watchdog>& watchdog, int periodMs, const std::function<bool()>& callback) {
     if (!watchdog) {
-        watchdog = std::make_unique<Watchdog>();
-        watchdog->start(periodMs, callback);
+        auto started = std::make_unique<Watchdog>();
+        started->start(periodMs, callback);
+        watchdog = std::move(started);
     }
 }
 
@@ -47,39 +48,39 @@ void CameraWorkspace::startWatchdogs(const std::function<bool()>& searchForNew,
 }
 
 void CameraWorkspace::stopWatchdogs() {
+    // Destroyed after the locks are released: what a callback owns may come back here.
+    NewConnectCallback newConnectCallback;
+    DisconnectCallback disconnectCallback;
     const MutexLock lock(m_ControlMutex);
     m_DisconnectWatchdog.reset();
     m_NewConnectWatchdog.reset();
     const MutexLock callbackLock(m_CallbackMutex);
-    m_NewConnectCallback = nullptr;
-    m_DisconnectCallback = nullptr;
+    newConnectCallback.swap(m_NewConnectCallback);
+    disconnectCallback.swap(m_DisconnectCallback);
 }
 
 void CameraWorkspace::setNewConnectCallback(NewConnectCallback callback) {
-    const MutexLock lock(m_ControlMutex);
-    if (m_NewConnectWatchdog) {
-        m_NewConnectWatchdog->stop();
-    }
-    {
-        const MutexLock callbackLock(m_CallbackMutex);
-        m_NewConnectCallback.swap(callback);
-    }
-    if (m_NewConnectWatchdog) {
-        m_NewConnectWatchdog->restart();
-    }
+    exchange(m_NewConnectWatchdog, m_NewConnectCallback, callback);
 }
 
 void CameraWorkspace::setDisconnectCallback(DisconnectCallback callback) {
+    exchange(m_DisconnectWatchdog, m_DisconnectCallback, callback);
+}
+
+template <typename Callback>
+void CameraWorkspace::exchange(std::unique_ptr<Watchdog>& watchdog, Callback& present, Callback& callback) {
     const MutexLock lock(m_ControlMutex);
-    if (m_DisconnectWatchdog) {
-        m_DisconnectWatchdog->stop();
+    std::unique_ptr<Watchdog> stopped = std::move(watchdog); // and left out where it cannot be started again
+    if (stopped) {
+        stopped->stop();
     }
     {
         const MutexLock callbackLock(m_CallbackMutex);
-        m_DisconnectCallback.swap(callback);
+        present.swap(callback);
     }
-    if (m_DisconnectWatchdog) {
-        m_DisconnectWatchdog->restart();
+    if (stopped) {
+        stopped->restart();
+        watchdog = std::move(stopped);
     }
 }
 

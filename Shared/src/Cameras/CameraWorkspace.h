@@ -27,6 +27,8 @@ public:
     /// Stops and destroys both watchdogs and clears both callbacks.
     void stopWatchdogs();
 
+    /// The two registrations: the former callback does not run any more and is destroyed when they return.
+    /// @throws std::system_error  the watchdog's thread cannot be started again; startWatchdogs() can make up for it
     void setNewConnectCallback(NewConnectCallback callback);
     void setDisconnectCallback(DisconnectCallback callback);
     NewConnectCallback newConnectCallback() const;
@@ -48,6 +50,10 @@ public:
     };
 
 private:
+    /// Puts @p callback in the place of a present one, and that one in its place, while the watchdog does not run.
+    template <typename Callback>
+    void exchange(std::unique_ptr<Utilities::Watchdog>& watchdog, Callback& present, Callback& callback);
+
     CameraList m_Cameras;
 
     Utilities::Mutex

@@ -43,17 +43,26 @@ void Property::removeLinkedProperty(Property& other) {
 }
 
 void Property::registerOnChangeCallback(std::function<void(Property&)> callback) {
-    m_OnChangeCallback = std::move(callback);
+    m_OnChangeCallback.swap(callback); // the former one is destroyed last: it may come back here
 }
 
 void Property::unregisterOnChangeCallback() {
-    m_OnChangeCallback = nullptr;
+    registerOnChangeCallback({});
 }
 
 void Property::onChange(bool notifyLinked) {
     if (notifyLinked) {
-        for (const auto& partner : m_LinkedProperties) {
-            partner.second->update(false);
+        // By name, because a partner's callback may add and remove links.
+        std::vector<std::string> names;
+        names.reserve(m_LinkedProperties.size());
+        for (const auto& entry : m_LinkedProperties) {
+            names.push_back(entry.first);
+        }
+        for (const std::string& name : names) {
+            const auto partner = m_LinkedProperties.find(name);
+            if (partner != m_LinkedProperties.end()) {
+                partner->second->update(false);
+            }
         }
     }
     executeOnChangeCallback();
