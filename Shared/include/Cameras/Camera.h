@@ -34,6 +34,12 @@ class CameraList;
 /// harmlessly or with an exception. The last 64 retired cameras are kept; the oldest is destroyed when one more
 /// retires.
 ///
+/// A camera is a kind and a serial number: one that restarts as another kind (USB3 Vision or not) leaves the list, with
+/// its callback, and is added as a new camera.
+///
+/// A forked child begins with an empty list and no watching threads. Cameras of its parent stay the parent's: the child
+/// must not use a reference to one. Images may be used and converted in both.
+///
 /// The operations of one camera are reentrant: one thread at a time uses a camera.
 class QUILL_API Camera {
 public:

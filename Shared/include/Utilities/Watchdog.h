@@ -14,8 +14,9 @@ namespace Utilities {
 ///
 /// One thread at a time owns a watchdog and calls its operations. Stopping wakes the thread at once and waits for a
 /// running call, so that nothing runs any more when stop() returns. The polled function may not start, stop or restart
-/// its own watchdog: it gets a KestrelException "WouldWaitForItself" and answers false instead to end the polling. An
-/// exception that it lets escape is dropped and the polling goes on.
+/// its own watchdog: that throws a KestrelException "WouldWaitForItself"; to end the polling it returns false. An
+/// exception that it lets escape is dropped and the polling goes on. A forked child does not have the thread: there
+/// stop() and the destructor have nothing to wait for, and start() starts a thread of the child's.
 class QUILL_API Watchdog {
 public:
     Watchdog();
@@ -27,6 +28,7 @@ public:
     /// Starts polling; the first call comes one period from now. A running watchdog is stopped first.
     /// @param periodMs milliseconds between calls; 0 or less polls without waiting
     /// @param callback the function polled; its answer says whether to go on
+    /// @throws std::system_error  no thread can be had
     void start(const int& periodMs, const std::function<bool()>& callback);
     /// Ends the polling and joins the thread; nothing happens on an idle watchdog.
     void stop();
@@ -36,8 +38,10 @@ public:
 private:
     void poll();
     bool runCallback() QUILL_REQUIRES(m_Mutex);
+    void end();
     void requestStop();
     bool isOwnThread() const;
+    bool isThreadOfThisProcess() const;
     void refuseOwnThread() const;
 
     Mutex m_Mutex; // guards the command; held while the callback runs
@@ -47,6 +51,7 @@ private:
     std::thread m_Thread;
     std::function<bool()> m_Callback; // changed only while no thread runs
     std::condition_variable m_Condition;
+    int m_Process = 0; // that started the thread; 0 before the first start
 };
 
 } // namespace Utilities

@@ -4,7 +4,7 @@
 
 #include "Exceptions/Raise.h"
 #include "Internal/AtExit.h"
-#include "Internal/NeverDestroyed.h"
+#include "Internal/ProcessWide.h"
 
 namespace CameraInterface {
 
@@ -29,7 +29,7 @@ void start(std::unique_ptr<Watchdog>& watchdog, int periodMs, const std::functio
 } // namespace
 
 CameraWorkspace& CameraWorkspace::instance() {
-    static Internal::NeverDestroyed<CameraWorkspace> workspace;
+    static Internal::ProcessWide<CameraWorkspace> workspace;
     static const Internal::AtExit guard([] {
         // Without unitialisedWorkpace(). An exit from within a callback cannot wait for that callback.
         if (!t_IsWatchdogThread) {

@@ -17,7 +17,7 @@ public:
     using NewConnectCallback = std::function<void()>;
     using DisconnectCallback = std::function<void(const std::string&, const std::string&)>;
 
-    /// Made on first use and never destroyed; what runs is ended at process exit.
+    /// Made on first use and never destroyed; what runs is ended at process exit. A forked child has its own.
     static CameraWorkspace& instance();
 
     CameraList& cameras() { return m_Cameras; }

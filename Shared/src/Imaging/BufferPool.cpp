@@ -6,7 +6,7 @@
 #include <sanitizer/asan_interface.h>
 
 #include "Internal/AtExit.h"
-#include "Internal/NeverDestroyed.h"
+#include "Internal/ProcessWide.h"
 
 namespace Imaging {
 
@@ -29,7 +29,7 @@ BufferPool::~BufferPool() {
 }
 
 BufferPool& BufferPool::instance() {
-    static Internal::NeverDestroyed<BufferPool> pool;
+    static Internal::ProcessWide<BufferPool> pool;
     // Its thread ends before the library is gone.
     static const Internal::AtExit guard([] { pool.get().close(); });
     return pool.get();

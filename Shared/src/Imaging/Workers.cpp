@@ -6,7 +6,7 @@
 #include <opencv2/core.hpp>
 
 #include "Internal/AtExit.h"
-#include "Internal/NeverDestroyed.h"
+#include "Internal/ProcessWide.h"
 
 namespace Imaging {
 
@@ -16,11 +16,15 @@ namespace {
 constexpr int kMostWorkers = 15;
 
 /// Beside the caller for as many threads as OpenCV uses or the machine runs; at least one, for what is to run
-/// elsewhere.
+/// elsewhere. OpenCV is asked once: not in a forked child, before fork() returns there.
 int workersOfMachine() {
-    const int threads = std::max(cv::getNumThreads(), static_cast<int>(std::thread::hardware_concurrency()));
+    static const int threads = std::max(cv::getNumThreads(), static_cast<int>(std::thread::hardware_concurrency()));
     return std::clamp(threads - 1, 1, kMostWorkers);
 }
+
+struct WorkersOfProcess : Workers {
+    WorkersOfProcess() : Workers(workersOfMachine()) {}
+};
 
 } // namespace
 
@@ -31,7 +35,7 @@ Workers::~Workers() {
 }
 
 Workers& Workers::instance() {
-    static Internal::NeverDestroyed<Workers> workers(workersOfMachine());
+    static Internal::ProcessWide<WorkersOfProcess> workers;
     // Younger than OpenCV's own state, which was asked for above, and therefore gone before it.
     static const Internal::AtExit guard([] { workers.get().close(); });
     return workers.get();

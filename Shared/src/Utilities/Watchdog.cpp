@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "Exceptions/Raise.h"
+#include "Internal/ForkedChild.h"
 
 namespace Utilities {
 
@@ -19,9 +20,8 @@ Watchdog::~Watchdog() {
     if (isOwnThread()) {
         // The process ends from within the callback: the thread is not going to run again.
         m_Thread.detach();
-    } else if (m_Thread.joinable()) {
-        requestStop();
-        m_Thread.join();
+    } else {
+        end();
     }
 }
 
@@ -34,19 +34,31 @@ void Watchdog::start(const int& periodMs, const std::function<bool()>& callback)
     m_Callback = function;
     const MutexLock lock(m_Mutex);
     m_Command = kNoCommand;
+    m_Process = Internal::processNumber();
     m_Thread = std::thread(&Watchdog::poll, this);
 }
 
 void Watchdog::stop() {
     refuseOwnThread();
-    if (m_Thread.joinable()) {
-        requestStop();
-        m_Thread.join();
-    }
+    end();
 }
 
 void Watchdog::restart() {
     start(m_Period, m_Callback);
+}
+
+void Watchdog::end() {
+    if (!m_Thread.joinable()) {
+        return;
+    }
+    if (!isThreadOfThisProcess()) {
+        Internal::renewInForkedChild(m_Thread);
+        Internal::renewInForkedChild(m_Mutex);
+        Internal::renewInForkedChild(m_Condition);
+        return;
+    }
+    requestStop();
+    m_Thread.join();
 }
 
 void Watchdog::requestStop() {
@@ -80,7 +92,11 @@ bool Watchdog::runCallback() {
 }
 
 bool Watchdog::isOwnThread() const {
-    return m_Thread.get_id() == std::this_thread::get_id();
+    return isThreadOfThisProcess() && m_Thread.get_id() == std::this_thread::get_id();
+}
+
+bool Watchdog::isThreadOfThisProcess() const {
+    return m_Process == Internal::processNumber();
 }
 
 void Watchdog::refuseOwnThread() const {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -11,6 +12,8 @@
 
 #include <Quill.h>
 #include <SoftwareDevices.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -101,6 +104,38 @@ void withALateUser() {
     g_LateUser.isSet = true;
 }
 
+void withACallbackThatComesBack() {
+    struct ComesBack {
+        ~ComesBack() { Camera::registerDisconnectCallback({}); }
+    };
+    open();
+    Camera::registerNewConnectCallback([owned = std::make_shared<ComesBack>()] {});
+}
+
+/// Children of a process in which everything runs: they convert, run a thread of their own, and end as usual.
+void inForkedChildren() {
+    constexpr int kChildren = 10;
+    static Utilities::Watchdog watchdog; // of the application
+    watchdog.start(0, [] { return true; });
+    convertLargeImages();
+    open().startStream();
+    for (int child = 0; child < kChildren; ++child) {
+        Imaging::createImage(1024, 1024, {}, 8, true, Imaging::IMAGE_FORMAT::MONO); // leaves memory in the pool
+        const pid_t process = fork();
+        if (process == 0) {
+            bool listIsEmpty = false;
+            std::thread([&] { listIsEmpty = Camera::getCamerasList().empty(); }).join();
+            convertLargeImages();
+            watchdog.restart();
+            std::exit(listIsEmpty ? EXIT_SUCCESS : EXIT_FAILURE);
+        }
+        int status = 0;
+        if (waitpid(process, &status, 0) != process || status != 0) {
+            std::exit(EXIT_FAILURE);
+        }
+    }
+}
+
 void whileACallbackRuns() {
     open().startStream();
     Camera::registerDisconnectCallback([](const std::string&, const std::string&) {
@@ -135,8 +170,14 @@ struct Case {
 };
 
 constexpr Case kCases[] = {
-    {"WithAnOpenCamera", withAnOpenCamera},     {"WithALiveStream", withALiveStream}, {"WithALateUser", withALateUser},
-    {"WhileACallbackRuns", whileACallbackRuns}, {"InsideACallback", insideACallback}, {"AtOnce", atOnce},
+    {"WithAnOpenCamera", withAnOpenCamera},
+    {"WithALiveStream", withALiveStream},
+    {"WithALateUser", withALateUser},
+    {"WhileACallbackRuns", whileACallbackRuns},
+    {"InsideACallback", insideACallback},
+    {"AtOnce", atOnce},
+    {"WithACallbackThatComesBack", withACallbackThatComesBack},
+    {"InForkedChildren", inForkedChildren},
 };
 
 } // namespace

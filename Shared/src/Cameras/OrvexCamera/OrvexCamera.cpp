@@ -9,6 +9,7 @@
 #include "Exceptions/Raise.h"
 #include "Functions/Orvex/OrvexFunctionTable.h"
 #include "Internal/CameraInfo.h"
+#include "Internal/ForkedChild.h"
 #include "OrvexApi/OrvexApi.h"
 #include "OrvexPropertyBuilder.h"
 #include "Properties/OrvexEnumerations.h"
@@ -56,6 +57,7 @@ OrvexCamera::~OrvexCamera() {
 }
 
 std::vector<std::unique_ptr<Camera>> OrvexCamera::getListOfCameras() {
+    Internal::renewInEveryForkedChild<m_CameraEnumerationMutex>();
     const MutexLock lock(m_CameraEnumerationMutex);
     std::vector<std::unique_ptr<Camera>> cameras;
     for (const unsigned int interface : kEnumeratedInterfaces) {

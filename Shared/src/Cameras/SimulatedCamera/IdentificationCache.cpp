@@ -1,11 +1,11 @@
 #include "Cameras/SimulatedCamera/IdentificationCache.h"
 
-#include "Internal/NeverDestroyed.h"
+#include "Internal/ProcessWide.h"
 
 namespace CameraInterface::SimulatedAdapter {
 
 IdentificationCache& IdentificationCache::instance() {
-    static Internal::NeverDestroyed<IdentificationCache> cache;
+    static Internal::ProcessWide<IdentificationCache> cache;
     return cache.get();
 }
 

@@ -10,6 +10,7 @@
 #include "Exceptions/Raise.h"
 #include "Functions/Usb3Vision/Usb3VisionReboot.h"
 #include "Internal/CameraInfo.h"
+#include "Internal/ForkedChild.h"
 #include "Properties/MakeConstant.h"
 #include "Properties/Usb3VisionUsb3VisionMode.h"
 #include "PropertyNames.h"
@@ -87,6 +88,7 @@ Usb3VisionCamera::~Usb3VisionCamera() {
 }
 
 std::vector<std::unique_ptr<Camera>> Usb3VisionCamera::getListOfCameras() {
+    Internal::renewInEveryForkedChild<m_CameraEnumerationMutex>();
     const MutexLock lock(m_CameraEnumerationMutex);
     const std::uint32_t announced = tarnuLibrary().TarnuNumCameras();
     if (announced == 0) {
