@@ -60,27 +60,28 @@ void CameraWorkspace::stopWatchdogs() {
 }
 
 void CameraWorkspace::setNewConnectCallback(NewConnectCallback callback) {
-    exchange(m_NewConnectWatchdog, m_NewConnectCallback, callback);
+    exchange(&CameraWorkspace::m_NewConnectWatchdog, &CameraWorkspace::m_NewConnectCallback, callback);
 }
 
 void CameraWorkspace::setDisconnectCallback(DisconnectCallback callback) {
-    exchange(m_DisconnectWatchdog, m_DisconnectCallback, callback);
+    exchange(&CameraWorkspace::m_DisconnectWatchdog, &CameraWorkspace::m_DisconnectCallback, callback);
 }
 
 template <typename Callback>
-void CameraWorkspace::exchange(std::unique_ptr<Watchdog>& watchdog, Callback& present, Callback& callback) {
+void CameraWorkspace::exchange(std::unique_ptr<Watchdog> CameraWorkspace::*watchdog, Callback CameraWorkspace::*present,
+                               Callback& callback) {
     const MutexLock lock(m_ControlMutex);
-    std::unique_ptr<Watchdog> stopped = std::move(watchdog); // and left out where it cannot be started again
+    std::unique_ptr<Watchdog> stopped = std::move(this->*watchdog); // and left out where it cannot be started again
     if (stopped) {
         stopped->stop();
     }
     {
         const MutexLock callbackLock(m_CallbackMutex);
-        present.swap(callback);
+        (this->*present).swap(callback);
     }
     if (stopped) {
         stopped->restart();
-        watchdog = std::move(stopped);
+        this->*watchdog = std::move(stopped);
     }
 }
 

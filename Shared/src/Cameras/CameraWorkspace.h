@@ -52,7 +52,8 @@ public:
 private:
     /// Puts @p callback in the place of a present one, and that one in its place, while the watchdog does not run.
     template <typename Callback>
-    void exchange(std::unique_ptr<Utilities::Watchdog>& watchdog, Callback& present, Callback& callback);
+    void exchange(std::unique_ptr<Utilities::Watchdog> CameraWorkspace::*watchdog, Callback CameraWorkspace::*present,
+                  Callback& callback);
 
     CameraList m_Cameras;
 
