@@ -7,7 +7,7 @@
 namespace TestSupport {
 
 /// How long a test waits for what must happen, on however busy a machine.
-inline constexpr std::chrono::seconds kLongEnough{60};
+inline constexpr std::chrono::seconds kLongEnough{300};
 
 /// A count that one thread raises and another waits for.
 class Event {

@@ -22,6 +22,14 @@ std::string environmentValue(const char* name) {
     return value == nullptr ? "" : value;
 }
 
+/// A small picture comes in time on however busy a machine.
+DeviceDescription smallDevice() {
+    DeviceDescription device = defaultDevices()[1];
+    device.sensorWidth = 64;
+    device.sensorHeight = 48;
+    return device;
+}
+
 /// By what the environment calls it.
 const std::map<std::string, void (*)()> kDevices{
     {"gige",
@@ -30,9 +38,9 @@ const std::map<std::string, void (*)()> kDevices{
          device.interfaceNumber = 2; // where cameras are looked for
          plug(device);
      }},
-    {"silent", [] { dropFrames(plug(defaultDevices()[1]), 1'000'000'000); }},
-    {"worn", [] { failNext(plug(defaultDevices()[1]), Operation::sdkReadFlash, 1'000'000'000, kInternalError); }},
-    {"leaving", [] { unplugDuring(plug(defaultDevices()[1]), Operation::sdkCaptureVideoFrames, 2); }},
+    {"silent", [] { dropFrames(plug(smallDevice()), 1'000'000'000); }},
+    {"worn", [] { failNext(plug(smallDevice()), Operation::sdkReadFlash, 1'000'000'000, kInternalError); }},
+    {"leaving", [] { unplugDuring(plug(smallDevice()), Operation::sdkCaptureVideoFrames, 2); }},
 };
 
 bool plugDevice() {

@@ -27,7 +27,7 @@ std::size_t residentBytes() {
 
 /// A thread that was joined may be listed for a moment more.
 bool threadsComeDownTo(std::ptrdiff_t count) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(5);
     while (threads() > count && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
     }
