@@ -71,6 +71,18 @@ void changeMode(Camera& camera, Random& random) {
     tolerant([&] { camera.getProperty("USB3 Vision Mode").setValue(below(random, 2) == 0 ? "Enabled" : "Disabled"); });
     std::vector<std::string> mode{"Firmware"};
     camera.perform("Reboot", mode);
+    // It may come back as another kind before anybody looks.
+    switch (below(random, 4)) {
+    case 0:
+        camera.disconnect();
+        break;
+    case 1:
+        camera.suspend();
+        camera.connect();
+        break;
+    default:
+        break;
+    }
 }
 
 void flash(Camera& camera, Random& random) {
