@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include <gtest/gtest.h>
 
 #include "Exceptions/KestrelExceptions.h"
@@ -157,6 +159,34 @@ TEST_F(OrvexFunctionTest, RefusalsLeaveTheCameraUntouched) {
     for (const auto& [call, expected] : rows) {
         EXPECT_EQ(thrownBy([&, name = call.first, parameters = call.second] { perform(name, parameters); }), expected)
             << call.first;
+    }
+    EXPECT_TRUE(SoftwareDevices::takeLog().empty());
+}
+
+/// A text that says that it has 2^32 bytes, of which there is none.
+class HugeText {
+public:
+    explicit HugeText(std::string& text) : m_Text(text) { setLength(std::size_t{1} << 32); }
+    HugeText(const HugeText&) = delete;
+    HugeText& operator=(const HugeText&) = delete;
+    ~HugeText() { setLength(0); }
+
+private:
+    /// The length lies behind the pointer to the characters.
+    void setLength(std::size_t length) {
+        std::memcpy(reinterpret_cast<char*>(&m_Text) + sizeof(char*), &length, sizeof(length));
+        EXPECT_EQ(m_Text.size(), length);
+    }
+    std::string& m_Text;
+};
+
+TEST_F(OrvexFunctionTest, DataOf33BitsOfLengthAreRefusedBeforeTheCameraIsTouched) {
+    SoftwareDevices::startLog();
+    for (const char* name : {"Write Flash", "Update Flash", "Write Flash Status", "Write Ram"}) {
+        Texts parameters{"0", ""};
+        const HugeText huge(parameters[1]);
+        expectFailure<KestrelException_Function>([&] { m_Camera->getFunction(name).perform(parameters); },
+                                                 "FunctionExecution", "Failed to execute function.");
     }
     EXPECT_TRUE(SoftwareDevices::takeLog().empty());
 }

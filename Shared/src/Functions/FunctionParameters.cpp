@@ -1,5 +1,6 @@
 #include "Functions/FunctionParameters.h"
 
+#include <limits>
 #include <stdexcept>
 
 #include "Exceptions/Raise.h"
@@ -25,6 +26,11 @@ void requireExecution(bool succeeded, const std::string& name, const SourceLocat
     if (!succeeded) {
         raise<KestrelException_Function>(here, Errors::kFunctionExecution, name);
     }
+}
+
+std::uint32_t requireLength(std::size_t length, const std::string& name, const SourceLocation& here) {
+    requireExecution(length <= std::numeric_limits<std::uint32_t>::max(), name, here);
+    return static_cast<std::uint32_t>(length);
 }
 
 std::uint32_t parseUnsignedAddress(const std::string& text) {

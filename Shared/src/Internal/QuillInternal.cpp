@@ -38,8 +38,11 @@ std::size_t hexadecimalDigitsBefore(std::string_view text, std::size_t end) {
 } // namespace
 
 std::vector<unsigned char> calculateSha1Hash(const std::vector<unsigned char>& data) {
+    constexpr std::size_t kPieceBytes = std::size_t{1} << 30; // a length of 32 bits at a time
     CSHA1 hasher;
-    hasher.Update(data.data(), static_cast<unsigned int>(data.size()));
+    for (std::size_t offset = 0; offset < data.size(); offset += kPieceBytes) {
+        hasher.Update(data.data() + offset, static_cast<unsigned int>(std::min(kPieceBytes, data.size() - offset)));
+    }
     hasher.Final();
     std::vector<unsigned char> hash(20);
     hasher.GetHash(hash.data());

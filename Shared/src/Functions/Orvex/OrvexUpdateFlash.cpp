@@ -20,10 +20,11 @@ std::vector<std::string> OrvexUpdateFlash::perform(std::vector<std::string>& par
     requireParameters(parameters, 2, QUILL_HERE);
     const int address = Utilities::parseInteger(parameters[0]);
     const std::string& data = parameters[1];
-    requireExecution(
-        orvexApi().sdkUpdateFlash(m_Camera->getHandle(), reinterpret_cast<const std::uint8_t*>(data.data()),
-                                  static_cast<std::uint32_t>(address), static_cast<std::uint32_t>(data.size())) != 0,
-        getName(), QUILL_HERE);
+    const std::uint32_t length = requireLength(data.size(), getName(), QUILL_HERE);
+    requireExecution(orvexApi().sdkUpdateFlash(m_Camera->getHandle(),
+                                               reinterpret_cast<const std::uint8_t*>(data.data()),
+                                               static_cast<std::uint32_t>(address), length) != 0,
+                     getName(), QUILL_HERE);
     return {};
 }
 

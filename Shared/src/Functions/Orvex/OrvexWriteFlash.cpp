@@ -19,8 +19,9 @@ std::vector<std::string> OrvexWriteFlash::perform(std::vector<std::string>& para
     requireParameters(parameters, 2, QUILL_HERE);
     const std::uint32_t address = parseUnsignedAddress(parameters[0]);
     const std::string& data = parameters[1];
+    const std::uint32_t length = requireLength(data.size(), getName(), QUILL_HERE);
     requireExecution(orvexApi().sdkWriteFlash(m_Camera->getHandle(), reinterpret_cast<const std::uint8_t*>(data.data()),
-                                              address, static_cast<std::uint32_t>(data.size())) != 0,
+                                              address, length) != 0,
                      getName(), QUILL_HERE);
     return {};
 }

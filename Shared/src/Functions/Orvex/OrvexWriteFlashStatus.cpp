@@ -21,8 +21,8 @@ std::vector<std::string> OrvexWriteFlashStatus::perform(std::vector<std::string>
     requireParameters(parameters, 2, QUILL_HERE);
     const std::uint32_t address = parseUnsignedAddress(parameters[0]);
     const std::string& status = parameters[1];
-    requireExecution(orvexApi().sdkCommandWrite(m_Camera->getHandle(), kFlashStatusCommand, address,
-                                                static_cast<std::uint32_t>(status.size()),
+    const std::uint32_t length = requireLength(status.size(), getName(), QUILL_HERE);
+    requireExecution(orvexApi().sdkCommandWrite(m_Camera->getHandle(), kFlashStatusCommand, address, length,
                                                 reinterpret_cast<const std::uint8_t*>(status.data())) != 0,
                      getName(), QUILL_HERE);
     return {};

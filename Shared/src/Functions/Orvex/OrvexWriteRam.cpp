@@ -20,9 +20,9 @@ std::vector<std::string> OrvexWriteRam::perform(std::vector<std::string>& parame
     requireParameters(parameters, 2, QUILL_HERE);
     const std::uint32_t address = parseUnsignedAddress(parameters[0]);
     std::string& data = parameters[1];
+    const std::uint32_t length = requireLength(data.size(), getName(), QUILL_HERE);
     requireExecution(
-        orvexApi().sdkVendorRequest(m_Camera->getHandle(), kRamRequest, address >> 16, address,
-                                    static_cast<std::uint32_t>(data.size()),
+        orvexApi().sdkVendorRequest(m_Camera->getHandle(), kRamRequest, address >> 16, address, length,
                                     data.empty() ? nullptr : reinterpret_cast<std::uint8_t*>(data.data())) != 0,
         getName(), QUILL_HERE);
     return {};
