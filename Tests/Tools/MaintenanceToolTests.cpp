@@ -282,13 +282,42 @@ TEST_F(MaintenanceTool, TellsAWaitThatIsInVainFromACameraThatStays) {
     EXPECT_THAT(gone.errors, EndsWith("left the list and did not come back within 3 s\n"));
 }
 
-TEST_F(MaintenanceTool, SaysThatThereIsNoDriverKit) {
-    if (std::filesystem::exists("/etc/quillcamera/driverkit.reg")) {
-        GTEST_SKIP() << "There is one.";
+TEST_F(MaintenanceTool, TellsTheDriverKitsVersionOrWhyNot) {
+    const std::string key =
+        "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\{7A3D9F20-4B1C-4E8A-9C55-2D61F0B8E3A7}\\";
+    const std::string name = key + "DisplayVersion=";
+    const struct {
+        std::string record;
+        int exitCode;
+        std::string said;
+    } cases[] = {
+        {"", 3, "quill: driver kit: is not installed\n"},
+        {name + "4.5.1.0", 0, "4.5.1.0\n"},
+        {name + "4\x1b[31m.\x7f\xc2\x9b"
+                "5",
+         0, "4 [31m. 5\n"},
+        {key + "=", 1, "quill: driver kit: its version cannot be read: its record names none\n"},
+        {name + "dword:4", 1, "quill: driver kit: its version cannot be read: its record has no text in its place\n"},
+        {name + "\xff", 1, "quill: driver kit: its version cannot be read: it is no UTF-8\n"},
+    };
+    ChildProcess kit = command({"kit"});
+    kit.environment.push_back("QUILL_TEST_DRIVERS=" + m_Folder.file("drivers.conf"));
+    for (const auto& expected : cases) {
+        m_Folder.write("drivers.conf", expected.record);
+        const ChildResult result = runChild(kit);
+        EXPECT_EQ(result.exitCode, expected.exitCode);
+        EXPECT_EQ(result.output + result.errors, expected.said);
     }
-    const ChildResult result = run({"kit"});
-    EXPECT_EQ(result.exitCode, 3);
-    EXPECT_EQ(result.errors, "quill: driver kit: is not installed\n");
+    m_Folder.write("drivers.conf", name + "4\x1b\x7f\xc2\x9b"
+                                          "5");
+    kit.arguments.emplace_back("--json");
+    EXPECT_EQ(runChild(kit).output, "{\n  \"version\": \"4\\u001b\\u007f\\u009b5\"\n}\n");
+    kit.environment.back() = "QUILL_TEST_DRIVERS=" + m_Folder.path().string();
+    const ChildResult unreadable = runChild(kit);
+    EXPECT_EQ(unreadable.exitCode, 1);
+    EXPECT_EQ(
+        unreadable.errors,
+        "quill: driver kit: its record cannot be read, so that nobody knows whether it is installed (status 5)\n");
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include "Cameras/SimulatedCamera/IdentificationCache.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
 #include "Internal/SharedLibrary.h"
+#include "Utilities/RegistryFile.h"
 
 // Simulated cameras that arrive and depart as the list changes that the environment names, and a device in software if
 // it names one.
@@ -42,6 +43,15 @@ const std::map<std::string, void (*)()> kDevices{
     {"worn", [] { failNext(plug(smallDevice()), Operation::sdkReadFlash, 1'000'000'000, kInternalError); }},
     {"leaving", [] { unplugDuring(plug(smallDevice()), Operation::sdkCaptureVideoFrames, 2); }},
 };
+
+/// The record of driver kits is the file that the environment names.
+const Utilities::RegistryApi kRegistry{
+    [](Utilities::RegistryHandle /*root*/, const char16_t* path, std::uint32_t /*options*/, std::uint32_t /*access*/,
+       Utilities::RegistryHandle* key) {
+        return Utilities::openStoredKey(environmentValue("QUILL_TEST_DRIVERS"), path, key);
+    },
+    Utilities::getStoredValue, Utilities::closeStoredKey};
+[[maybe_unused]] const bool kRegistryInUse = (Utilities::useRegistryApi(&kRegistry), true);
 
 bool plugDevice() {
     startEmpty();

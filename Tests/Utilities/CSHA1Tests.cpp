@@ -174,6 +174,11 @@ TEST(CSHA1, HashesWholeFiles) {
         EXPECT_EQ(report(hasher), digestOf("before " + content)) << length;
     }
     CSHA1 hasher;
+    folder.write("\xC3\xA4\xE4\xB8\x80\xF0\x9F\x93\xB7", "abc");
+    EXPECT_TRUE(hasher.HashFile((folder.path().wstring() + L"/\u00E4\u4E00\U0001F4F7").c_str()));
+    hasher.Final();
+    EXPECT_EQ(report(hasher), digestOf("abc"));
+    EXPECT_FALSE(hasher.HashFile((folder.path().wstring() + L"/\u00E5").c_str()));
     EXPECT_FALSE(hasher.HashFile(nullptr));
     EXPECT_FALSE(hasher.HashFile((folder.path() / "missing").wstring().c_str()));
     EXPECT_FALSE(hasher.HashFile(folder.path().wstring().c_str())) << "a folder cannot be read";

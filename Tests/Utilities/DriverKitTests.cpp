@@ -1,20 +1,20 @@
 #include "Utilities/DriverKit.h"
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
+#include <stdexcept>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "Support/TemporaryFolder.h"
-#include "Support/Throws.h"
 #include "Utilities/RegistryApi.h"
-#include "Utilities/RegistryStore.h"
+#include "Utilities/RegistryFile.h"
 
 namespace {
 
 using namespace Utilities;
-using TestSupport::expectStandard;
 using win32::LSTATUS;
 using win32::RegistryError;
 
@@ -27,6 +27,8 @@ std::string version() {
         return getZephVersion();
     } catch (const RegistryError& failure) {
         return std::to_string(failure.m_ErrorCode) + " " + failure.what();
+    } catch (const std::range_error& failure) {
+        return failure.what();
     }
 }
 
@@ -46,7 +48,7 @@ constexpr RegistryHandle kHandle = 7;
 
 LSTATUS openKey(RegistryHandle root, const char16_t* path, std::uint32_t options, std::uint32_t access,
                 RegistryHandle* key) {
-    EXPECT_EQ(root, kLocalMachine);
+    EXPECT_EQ(root, HKEY_LOCAL_MACHINE);
     EXPECT_EQ(std::u16string(path), u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\"
                                     u"{7A3D9F20-4B1C-4E8A-9C55-2D61F0B8E3A7}");
     EXPECT_EQ(options, 0U);
@@ -109,122 +111,62 @@ TEST(DriverKit, EveryStatusIsReportedAndTheKeyClosed) {
         EXPECT_EQ(registry.opened, row.open == 0 ? 2 : 0);
         EXPECT_EQ(registry.closed, registry.opened);
     }
-    registry = Registry{0, 0, 0, std::u16string({u'1', 0xD800, 0}), 6};
-    expectStandard<std::range_error>(getZephVersion, "bad conversion");
-    EXPECT_EQ(registry.closed, 1);
+    for (const std::u16string& half : {std::u16string{u'1', 0xD800}, {0xD800, u'1'}, {0xDC00, 0xD800}}) {
+        registry = Registry{0, 0, 0, half + u'\0', 6};
+        EXPECT_EQ(version(), "bad conversion");
+        EXPECT_EQ(registry.closed, 1);
+    }
     useRegistryApi(nullptr);
 }
 
-const std::string kHeader = "Windows Registry Editor Version 5.00\r\n\r\n";
-const std::string kUninstall =
-    "Microsoft\\Windows\\CurrentVersion\\Uninstall\\{7A3D9F20-4B1C-4E8A-9C55-2D61F0B8E3A7}]\r\n";
-const std::string k64BitKey = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\" + kUninstall;
-const std::string kKey = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\WOW6432Node\\" + kUninstall;
-
 std::string storePath;
 
-/// The driver kit's record is a file.
-class RegistryStoreTest : public testing::Test {
-protected:
-    RegistryStoreTest() {
-        storePath = m_Folder.file("driverkit.reg");
-        useRegistryApi(&m_Api);
-    }
-    ~RegistryStoreTest() override {
-        useRegistryApi(nullptr);
-        EXPECT_EQ(countOpenStoredKeys(), 0U);
-    }
-
-    std::string versionIn(const std::string& content) {
-        m_Folder.write("driverkit.reg", content);
-        return version();
-    }
-    std::string versionOf(const std::string& line) { return versionIn(kHeader + kKey + line + "\r\n"); }
-
-    TestSupport::TemporaryFolder m_Folder;
-
-private:
-    RegistryApi m_Api{[](RegistryHandle root, const char16_t* path, std::uint32_t /*options*/, std::uint32_t access,
-                         RegistryHandle* key) { return openStoredKey(storePath, root, path, access, key); },
-                      getStoredValue, closeStoredKey};
-};
-
-TEST_F(RegistryStoreTest, ValuesAreReadInEveryNotation) {
-    const std::string missing = "2 " + kValueNotRead;
-    const std::string wrongType = "1630 " + kValueNotRead;
-    const std::string name = "\"DisplayVersion\"=";
-    const std::vector<std::pair<std::string, std::string>> rows{
-        {name + "\"4.5.1.0\"", "4.5.1.0"},
-        {"  \"dISPLAYvERSION\"=\"1\"  ", "1"},
-        {name + "\"a \\\"b\\\" c\\\\d\"", "a \"b\" c\\d"},
-        {name + "\"\xC3\xA4\xF0\x9F\x93\xB7\"", "\xC3\xA4\xF0\x9F\x93\xB7"},
-        {name + "\"\"", ""},
-        {name + "hex(1):32,00,2E,00,30,00,00,00", "2.0"},
-        {name + "hex(1):32,00,\\\r\n  2e,00,\\\r\n  30,00", "2.0"}, // the zero is missing
-        {name + "hex(1):", ""},
-        {name + "\"1\"\r\n" + name + "\"2\"", "2"},
-        {name + "dword:00000001", wrongType},
-        {name + "hex:32,00", wrongType},
-        {name + "hex(2):32,00,00,00", wrongType},
-        {name + "hex(40):32,00,00,00", wrongType},
-        {"@=\"1\"", missing},
-        {"\"Display\"=\"1\"", missing},
-        {name + "\"1\" x", missing},
-        {name + "\"1\\", missing},
-        {name + "\"\xFF\"", missing},
-        {name + "dword:123456789", missing},
-        {name + "hex(1):3,2x", missing},
-        {name + "hex(1):32,00,\\", missing},
-        {name + "hex(1):32,00,\\\r\n\"Other\"=\"\"", missing},
-        {name + "hex(1", missing},
-        {"\"DisplayVersion", missing},
-        {"[HKEY_LOCAL_MACHINE\\Other\r\n" + name + "\"1\"", missing}, // belongs to a damaged key
-    };
-    for (const auto& [line, expected] : rows) {
-        EXPECT_EQ(versionOf(line), expected) << line;
-        EXPECT_TRUE(isZephInstalled()) << line;
-    }
-    for (const char* lone : {"00,d8,00,00", "00,d8,31,00", "00,dc,00,d8"}) {
-        m_Folder.write("driverkit.reg", kHeader + kKey + name + "hex(1):" + lone);
-        expectStandard<std::range_error>(getZephVersion, "bad conversion");
-    }
-}
-
-TEST_F(RegistryStoreTest, TheKeyIsThatOfThe32BitView) {
-    const std::string value = "\"DisplayVersion\"=\"3.1\"\n";
+TEST(DriverKit, TheRecordIsALineOfAFile) {
+    const TestSupport::TemporaryFolder folder;
+    storePath = folder.file("drivers.conf");
+    const RegistryApi api{[](RegistryHandle /*root*/, const char16_t* path, std::uint32_t /*options*/,
+                             std::uint32_t /*access*/,
+                             RegistryHandle* key) { return openStoredKey(storePath, path, key); },
+                          getStoredValue, closeStoredKey};
+    useRegistryApi(&api);
+    const std::string key = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\"
+                            "{7A3D9F20-4B1C-4E8A-9C55-2D61F0B8E3A7}\\";
+    const std::string name = key + "DisplayVersion";
     const std::string absent = "2 " + kNotOpen;
-    std::string upperCase = kKey;
-    std::transform(upperCase.begin(), upperCase.end(), upperCase.begin(),
-                   [](char c) { return static_cast<char>(std::toupper(static_cast<unsigned char>(c))); });
-    std::u16string wide;
-    for (const char character : "\xFF" + kHeader + kKey + value) {
-        wide += character == '\xFF' ? u'\xFEFF' : static_cast<char16_t>(character);
-    }
-    const std::string utf16(reinterpret_cast<const char*>(wide.data()), 2 * wide.size());
-    EXPECT_EQ(versionIn(utf16 + "x"), "3.1") << "as the platform exports it";
-    EXPECT_EQ(versionIn("\xEF\xBB\xBF" + kHeader + kKey + value), "3.1");
-    EXPECT_EQ(versionIn(kHeader + upperCase + value), "3.1");
-    EXPECT_EQ(versionIn(kHeader + k64BitKey + value), absent);
-    EXPECT_EQ(versionIn(kHeader + kKey.substr(0, kKey.size() - 3) + "\\Below]\n"), "2 " + kValueNotRead);
-    EXPECT_EQ(versionIn(kKey + value), absent) << "no export";
-    EXPECT_EQ(versionIn(""), absent);
-    EXPECT_EQ(versionIn(kHeader + kKey.substr(0, kKey.size() - 3)), absent);
-    RegistryHandle key = 0;
-    EXPECT_EQ(openStoredKey(storePath, 0, u"SOFTWARE", 0, &key), RegistryStatus::kInvalidHandle);
-    EXPECT_EQ(closeStoredKey(key), RegistryStatus::kInvalidHandle);
-}
-
-TEST_F(RegistryStoreTest, AFileThatCannotBeReadDeniesAccess) {
-    EXPECT_EQ(version(), "2 " + kNotOpen);
+    const std::string denied = "5 " + kNotOpen;
+    const std::string missing = "2 " + kValueNotRead;
+    const std::string badText = "bad conversion";
+    EXPECT_EQ(version(), absent);
     EXPECT_FALSE(isZephInstalled());
-    std::string content = kHeader + kKey + "\"DisplayVersion\"=\"1\"\n";
-    constexpr std::size_t kLimit = 1 << 20;
-    content.resize(kLimit, '\\');
-    EXPECT_EQ(versionIn(content), "1");
-    EXPECT_EQ(versionIn(content + "x"), "5 " + kNotOpen);
+    std::string large = name + "=1\n";
+    large.resize(1 << 20, '#');
+    const std::vector<std::pair<std::string, std::string>> rows{
+        {name + "=4.5.1.0", "4.5.1.0"},
+        {"# kits\r\n" + name + " = 4.5 beta \r\n", "4.5 beta"},
+        {name + "=\xC3\xA4\xF0\x9F\x93\xB7 = \"x\"\n", "\xC3\xA4\xF0\x9F\x93\xB7 = \"x\""},
+        {name + "=", ""},
+        {name + "=1\n" + name + "=2\n" + key + "Other=3", "2"},
+        {name + "=dword:00000001", "1630 " + kValueNotRead},
+        {key + "=", missing},
+        {key + "Display=1\n" + name, missing},
+        {name + "=1\xFF", badText},
+        {name + "=1\xC3", badText},
+        {name + "=1\xED\xA0\x80", badText},
+        {"", absent},
+        {name, absent},
+        {"#" + name + "=1\nWOW6432Node\\" + name + "=1", absent},
+        {large, "1"},
+        {large + "#", denied},
+    };
+    for (const auto& [content, expected] : rows) {
+        folder.write("drivers.conf", content);
+        EXPECT_EQ(version(), expected) << content.substr(0, 200);
+        EXPECT_EQ(isZephInstalled(), expected != absent && expected != denied);
+    }
     std::filesystem::remove(storePath);
     std::filesystem::create_directory(storePath);
-    EXPECT_EQ(version(), "5 " + kNotOpen);
+    EXPECT_EQ(version(), denied);
+    useRegistryApi(nullptr);
 }
 
 } // namespace

@@ -50,7 +50,7 @@ std::string cellText(const std::string& cell) {
 }
 
 std::string dump(const Json& document, int indentation) {
-    return document.dump(indentation, ' ', false, Json::error_handler_t::replace);
+    return harmlessJson(document.dump(indentation, ' ', false, Json::error_handler_t::replace));
 }
 
 /// The cells of a row under each other's columns; nothing follows the last one.

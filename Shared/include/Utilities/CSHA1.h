@@ -23,7 +23,7 @@ public:
     void Update(const unsigned char* data, unsigned int length);
     void Final();
 
-    /// Appends the bytes of a file; does not call Final().
+    /// Appends the bytes of a file, whose path is UTF-8 on disk, whatever the locale; does not call Final().
     /// @return whether the whole file was read; after a read error the bytes up to it have been appended
     bool HashFile(const wchar_t* path);
 

@@ -23,11 +23,14 @@ public:
 
 /// The version of the maker's driver kit, in UTF-8, from the record of its installation. Thread-safe.
 ///
-/// Where the platform has no registry, the record is the file /etc/quillcamera/driverkit.reg in the format in which a
-/// registry is exported.
-/// @throws win32::RegistryError "Cannot open registry key: RegOpenKeyEx failed."  it is not installed
-/// @throws win32::RegistryError "Cannot read string from registry"  the record names no version
-/// @throws std::range_error "bad conversion"  the version is not text
+/// Where the platform has no registry, the record is a line of the UTF-8 file /etc/quillcamera/drivers.conf:
+/// `SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\{7A3D9F20-4B1C-4E8A-9C55-2D61F0B8E3A7}\DisplayVersion=4.5.1.0`.
+/// @throws win32::RegistryError "Cannot open registry key: RegOpenKeyEx failed."  it is not installed (status 2), or
+/// the
+///     record cannot be read (5)
+/// @throws win32::RegistryError "Cannot read string from registry"  the record names no version (status 2), or one that
+///     is no text (1630)
+/// @throws std::range_error "bad conversion"  the version is not UTF-8
 QUILL_API std::string getZephVersion();
 
 /// Whether the driver kit is installed. Thread-safe.

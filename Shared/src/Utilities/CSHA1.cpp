@@ -5,13 +5,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 #include <iterator>
 #include <memory>
 #include <new>
 #include <utility>
 
 #include "Utilities/Sha1Compression.h"
+#include "Utilities/Utf8.h"
 
 namespace {
 
@@ -61,7 +61,8 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 File openFile(const wchar_t* path) {
     try {
-        return File(std::fopen(std::filesystem::path(path).string().c_str(), "rb"));
+        // Whatever the locale, which the path class would go by.
+        return File(std::fopen(Utilities::toUtf8<Utilities::WideConverter>(path).c_str(), "rb"));
     } catch (const std::exception&) {
         return nullptr; // a path that is no text
     }

@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "Utilities/RegistryApi.h"
-#include "Utilities/Utf16.h"
+#include "Utilities/Utf8.h"
 
 namespace {
 
@@ -22,9 +22,9 @@ class DriverKitKey {
 public:
     DriverKitKey() {
         const std::u16string path = std::u16string(kInstalledPrograms) + kProductCode;
-        const LSTATUS status = registryApi().RegOpenKeyExW(kLocalMachine, path.c_str(), 0,
-                                                           RegistryAccess::kRead | RegistryAccess::k32BitView, &m_Key);
-        if (status != RegistryStatus::kSuccess) {
+        const LSTATUS status =
+            registryApi().RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ | KEY_WOW64_32KEY, &m_Key);
+        if (status != ERROR_SUCCESS) {
             throw RegistryError("Cannot open registry key: RegOpenKeyEx failed.", status);
         }
     }
@@ -45,8 +45,8 @@ public:
 
 private:
     void query(const char16_t* name, void* data, std::uint32_t& size) const {
-        const LSTATUS status = registryApi().RegGetValueW(m_Key, u"", name, kAllowText, nullptr, data, &size);
-        if (status != RegistryStatus::kSuccess) {
+        const LSTATUS status = registryApi().RegGetValueW(m_Key, u"", name, RRF_RT_REG_SZ, nullptr, data, &size);
+        if (status != ERROR_SUCCESS) {
             throw RegistryError("Cannot read string from registry", status);
         }
     }
@@ -57,7 +57,7 @@ private:
 } // namespace
 
 std::string getZephVersion() {
-    return utf8FromUtf16(DriverKitKey().readText(kVersion));
+    return toUtf8<Utf16Converter>(DriverKitKey().readText(kVersion));
 }
 
 bool isZephInstalled() {

@@ -9,32 +9,22 @@ namespace Utilities {
 /// A root of the registry, or a key that was opened; as wide as a pointer.
 using RegistryHandle = std::uintptr_t;
 
-// The numbers are those of the platform that has a registry.
-namespace RegistryStatus {
-inline constexpr win32::LSTATUS kSuccess = 0;
-inline constexpr win32::LSTATUS kFileNotFound = 2;
-inline constexpr win32::LSTATUS kAccessDenied = 5;
-inline constexpr win32::LSTATUS kInvalidHandle = 6;
-inline constexpr win32::LSTATUS kMoreData = 234;
-inline constexpr win32::LSTATUS kUnsupportedType = 1630;
-} // namespace RegistryStatus
+// Names and numbers are those of the platform that has a registry.
+inline constexpr win32::LSTATUS ERROR_SUCCESS = 0;
+inline constexpr win32::LSTATUS ERROR_FILE_NOT_FOUND = 2;
+inline constexpr win32::LSTATUS ERROR_ACCESS_DENIED = 5;
+inline constexpr win32::LSTATUS ERROR_MORE_DATA = 234;
+inline constexpr win32::LSTATUS ERROR_UNSUPPORTED_TYPE = 1630;
 
-namespace RegistryAccess {
-inline constexpr std::uint32_t kRead = 0x20019;
-inline constexpr std::uint32_t k32BitView = 0x0200; ///< what a 32-bit program sees
-} // namespace RegistryAccess
+// What a key is opened for.
+inline constexpr std::uint32_t KEY_READ = 0x20019;
+inline constexpr std::uint32_t KEY_WOW64_32KEY = 0x0200; ///< what a 32-bit program sees
 
-/// The type of a value, and the number of the bit that allows it in a query.
-namespace RegistryType {
-inline constexpr std::uint32_t kText = 1;
-inline constexpr std::uint32_t kBinary = 3;
-inline constexpr std::uint32_t kNumber = 4;
-} // namespace RegistryType
-
-inline constexpr std::uint32_t kAllowText = 1U << RegistryType::kText;
+inline constexpr std::uint32_t REG_SZ = 1;           ///< a text
+inline constexpr std::uint32_t RRF_RT_REG_SZ = 0x02; ///< allows texts in a query
 
 /// The root of what is installed for every user: a 32-bit number, widened with its sign.
-inline constexpr auto kLocalMachine = static_cast<RegistryHandle>(static_cast<std::int32_t>(0x80000002));
+inline constexpr auto HKEY_LOCAL_MACHINE = static_cast<RegistryHandle>(static_cast<std::int32_t>(0x80000002));
 
 /// The operations of the registry that the library uses. Texts are UTF-16, sizes are bytes.
 struct RegistryApi {

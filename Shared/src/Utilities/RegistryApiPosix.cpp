@@ -1,17 +1,17 @@
 #include "Internal/TableInUse.h"
 #include "Utilities/RegistryApi.h"
-#include "Utilities/RegistryStore.h"
+#include "Utilities/RegistryFile.h"
 
 namespace Utilities {
 
 namespace {
 
-/// Where there is no registry, this file holds what the driver kit's installer would enter there.
-constexpr const char* kRegistryFile = "/etc/quillcamera/driverkit.reg";
+/// Where there is no registry, this file holds what driver kits' installers would enter there.
+constexpr const char* kRegistryFile = "/etc/quillcamera/drivers.conf";
 
 RegistryApi fileTable() {
-    return {[](RegistryHandle key, const char16_t* path, std::uint32_t /*options*/, std::uint32_t access,
-               RegistryHandle* opened) { return openStoredKey(kRegistryFile, key, path, access, opened); },
+    return {[](RegistryHandle /*root*/, const char16_t* path, std::uint32_t /*options*/, std::uint32_t /*access*/,
+               RegistryHandle* opened) { return openStoredKey(kRegistryFile, path, opened); },
             getStoredValue, closeStoredKey};
 }
 

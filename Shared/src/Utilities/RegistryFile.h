@@ -1,38 +1,25 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <string>
-#include <string_view>
-#include <vector>
+
+#include "Utilities/RegistryApi.h"
 
 namespace Utilities {
 
-/// One value: its type number and its bytes. Characters are two bytes, the low one first.
-struct RegistryValue {
-    std::uint32_t type = 0;
-    std::vector<unsigned char> data;
-};
+// The three operations of the registry over a file of lines "PATH\NAME=TEXT" in UTF-8, which is read whenever a key is
+// opened. The path is that of the key below HKEY_LOCAL_MACHINE; paths and names are compared as they are written, and
+// there is one view of them. An empty name makes a key without values. A text that begins with "dword:" stands for a
+// number, which no query for texts gives. Blanks around path, name and text do not count, nor do lines that begin with
+// "#" or have no "=". The last line of a name holds. A text that is no UTF-8 is handed out as one that is no UTF-16.
+// Thread-safe.
 
-/// The keys of a registry in its export format ("Windows Registry Editor Version 5.00"), in UTF-16 with a byte order
-/// mark or in UTF-8. Lines that are damaged are left out. Names compare without regard to ASCII case.
-class RegistryFile {
-public:
-    using Values = std::map<std::u16string, RegistryValue>;
-
-    /// What the bytes of a file hold; no keys where they are no such export.
-    static RegistryFile parse(std::string_view bytes);
-
-    /// The values of a key by name, or null; the path begins with the name of a root.
-    const Values* findKey(std::u16string_view path) const;
-    /// A value of a key, or null; the nameless value is the empty name.
-    static const RegistryValue* findValue(const Values& values, std::u16string_view name);
-
-private:
-    std::map<std::u16string, Values> m_Keys; // paths and names in lower case
-};
-
-/// A text in which the letters A to Z are small.
-std::u16string toLowerCase(std::u16string_view text);
+/// Opens a key of the local machine. A file that is missing holds no keys; one that cannot be read, is no plain file or
+/// is larger than 1 MiB denies access.
+win32::LSTATUS openStoredKey(const std::string& file, const char16_t* path, RegistryHandle* opened);
+/// A value of the key itself; the path is not looked at.
+win32::LSTATUS getStoredValue(RegistryHandle key, const char16_t* path, const char16_t* name, std::uint32_t flags,
+                              std::uint32_t* type, void* data, std::uint32_t* size);
+win32::LSTATUS closeStoredKey(RegistryHandle key);
 
 } // namespace Utilities

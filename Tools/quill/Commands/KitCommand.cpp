@@ -1,26 +1,67 @@
+#include <algorithm>
+#include <array>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include <Quill.h>
+#include <fmt/format.h>
 
 #include "Command.h"
+#include "Text.h"
 
 namespace QuillTool {
 
 namespace {
+
+constexpr int kNotFound = 2; // what a registry operation answers where a key or value is missing
+
+/// What the registry answered when it was asked for the version, and what that means.
+struct StatusWords {
+    win32::LSTATUS status;
+    std::string_view reason;
+};
+
+constexpr std::array kStatuses{
+    StatusWords{kNotFound, "its record names none"},
+    StatusWords{1630, "its record has no text in its place"},
+};
+
+std::string reasonOf(win32::LSTATUS status) {
+    const auto* words = std::find_if(kStatuses.begin(), kStatuses.end(),
+                                     [status](const StatusWords& candidate) { return candidate.status == status; });
+    return words == kStatuses.end() ? fmt::format("status {}", status) : std::string(words->reason);
+}
+
+std::string readVersion() {
+    std::string reason;
+    try {
+        return getZephVersion();
+    } catch (const win32::RegistryError& failure) {
+        if (!isZephInstalled()) {
+            throw failure.m_ErrorCode == kNotFound
+                ? ToolError(ExitCode::NotFound, "driver kit: is not installed")
+                : ToolError(ExitCode::Failed, fmt::format("driver kit: its record cannot be read, so that nobody knows "
+                                                          "whether it is installed (status {})",
+                                                          failure.m_ErrorCode));
+        }
+        reason = reasonOf(failure.m_ErrorCode);
+    } catch (const std::range_error&) {
+        reason = "it is no UTF-8";
+    }
+    throw ToolError(ExitCode::Failed, fmt::format("driver kit: its version cannot be read: {}", reason));
+}
 
 class KitCommand : public Command {
 public:
     void describe(CLI::App& parser) override { addJsonFlag(parser, m_Json); }
 
     ExitCode run(Context& context) override {
-        if (!isZephInstalled()) {
-            throw ToolError(ExitCode::NotFound, "driver kit: is not installed");
-        }
-        const std::string version = attempt("driver kit: its version cannot be read", getZephVersion);
+        const std::string version = readVersion();
         if (m_Json) {
             context.output.printJson(Json{{"version", version}});
         } else {
-            context.output.printLine(version);
+            context.output.printLine(oneLine(version));
         }
         return ExitCode::Done;
     }
@@ -33,7 +74,8 @@ private:
 
 CommandDescription kitCommand() {
     return {"kit", "Show the version of the installed driver kit",
-            "Where it is not installed, the exit code is 3.\n\n"
+            "Where it is not installed, the exit code is 3; where its record cannot be\n"
+            "read, 1.\n\n"
             "Examples:\n"
             "  quill kit\n"
             "  quill kit --json | jq -r .version\n",
