@@ -38,6 +38,11 @@ class OrvexJtagTest : public TestSupport::OrvexPropertyFixture {
 protected:
     OrvexJtagTest() { connect(color()); }
 
+    void plugAgain() {
+        SoftwareDevices::replug(m_Serial);
+        m_Camera->disconnect();
+        m_Camera->connect();
+    }
     Utilities::XsvfReport play(const Bytes& file) {
         Utilities::XsvfReport report;
         Utilities::playXsvf(*m_Camera, file, report);
@@ -98,14 +103,25 @@ TEST_F(OrvexJtagTest, AccessEndsWhateverFails) {
     const std::uint64_t calls = SoftwareDevices::boundaryCalls() - before;
     for (std::uint64_t call = 1; call < calls; ++call) { // the last one closes
         SoftwareDevices::failCall(call, 5);
-        EXPECT_EQ(play(file).opened, call != 1);
+        const Utilities::XsvfReport report = play(file);
+        EXPECT_EQ(report.opened, call != 1);
+        EXPECT_EQ(report.failedTransfers, 1U);
+        EXPECT_FALSE(report.succeeded() || report.cameraGone);
     }
     SoftwareDevices::unplugDuring(m_Serial, Operation::sdkRegisterWrite, 40);
+    EXPECT_TRUE(Utilities::playXsvf(m_Camera->getHandle(), file)); // nothing was compared
+    plugAgain();
+    Bytes wait = file;
+    wait.pop_back();
+    append(wait, {0x17, 0x01, 0x01, 0xFF, 0xFF, 0xFF, 0xFF, 0x00}); // 16 million words
+    SoftwareDevices::unplugDuring(m_Serial, Operation::sdkRegisterWrite, calls + 10);
+    const std::uint64_t start = SoftwareDevices::boundaryCalls();
     Utilities::XsvfReport report;
-    EXPECT_TRUE(Utilities::playXsvf(*m_Camera, file, report)); // nothing was compared
-    SoftwareDevices::replug(m_Serial);
-    m_Camera->disconnect();
-    m_Camera->connect();
+    EXPECT_FALSE(Utilities::playXsvf(*m_Camera, wait, report));
+    EXPECT_TRUE(report.cameraGone);
+    EXPECT_EQ(report.failedOffset, file.size() - 1);
+    EXPECT_LT(SoftwareDevices::boundaryCalls() - start, calls + 100);
+    plugAgain();
     EXPECT_TRUE(play(file).succeeded());
 }
 

@@ -210,6 +210,7 @@ TEST_F(MaintenanceTool, PlaysXsvfAndSaysWhatFailed) {
     m_Folder.write("good.xsvf", setup + std::string("\x14\x95\x11\xc3\0", 5));
     m_Folder.write("other.xsvf", setup + std::string("\x14\x95\x11\xc4\0", 5));
     m_Folder.write("cut.xsvf", setup);
+    m_Folder.write("bad.xsvf", setup + "\x14\x95\x11\xc3\x05");
     const struct {
         Words words;
         int exitCode;
@@ -224,8 +225,9 @@ TEST_F(MaintenanceTool, PlaysXsvfAndSaysWhatFailed) {
          "expected, at command 4, file offset 0xC: expected 149511c4, captured 149511c3, mask ffffffff\n"},
         {{"cut.xsvf"},
          1,
-         "quill: file 'cut.xsvf': cannot be played: an illegal command, or no command that completes the file, at "
-         "command 4, file offset 0xC"},
+         "quill: file 'cut.xsvf': cannot be played: it ends without the command that completes it, at command 4, file "
+         "offset 0xC"},
+        {{"bad.xsvf"}, 1, "cannot be played: an illegal command, at command 5, file offset 0x15"},
     };
     for (const auto& play : cases) {
         SCOPED_TRACE(play.said);
@@ -235,7 +237,18 @@ TEST_F(MaintenanceTool, PlaysXsvfAndSaysWhatFailed) {
         EXPECT_EQ(result.exitCode, play.exitCode);
         EXPECT_THAT(result.output + result.errors, HasSubstr(play.said));
     }
-    EXPECT_EQ(run({"jtag", "70001", "good.xsvf"}).exitCode, 3);
+    ChildProcess pulled = command({"jtag", "41500101", "good.xsvf", "--json"});
+    pulled.environment.emplace_back("QUILL_TEST_DEVICE=pulled");
+    const ChildResult gone = runChild(pulled);
+    EXPECT_EQ(gone.exitCode, 5);
+    EXPECT_THAT(gone.errors, EndsWith("transfers failed: 2, the first one at command 4, file offset 0xC; the camera is "
+                                      "gone\n"));
+    EXPECT_EQ(parseLines(gone.output).back().at("cameraGone"), true);
+    for (const Words& words : {Words{"jtag", "70001", "good.xsvf"}, {"jtag", "70001", "good.xsvf", "--dry-run"}}) {
+        const ChildResult refused = run(words);
+        EXPECT_EQ(refused.exitCode, 3);
+        EXPECT_THAT(refused.errors, HasSubstr("JTAG port: only that of an SDK camera can be reached"));
+    }
 }
 
 TEST_F(MaintenanceTool, CamerasComeBackInTheModeThatTheyWereToldToStartIn) {

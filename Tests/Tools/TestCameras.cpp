@@ -41,6 +41,7 @@ const std::map<std::string, void (*)()> kDevices{
      }},
     {"silent", [] { dropFrames(plug(smallDevice()), 1'000'000'000); }},
     {"worn", [] { failNext(plug(smallDevice()), Operation::sdkReadFlash, 1'000'000'000, kInternalError); }},
+    {"pulled", [] { unplugDuring(plug(defaultDevices()[0]), Operation::sdkRegisterWrite, 20); }},
     {"leaving", [] { unplugDuring(plug(smallDevice()), Operation::sdkCaptureVideoFrames, 2); }},
 };
 

@@ -1,6 +1,7 @@
 #include "Utilities/Xsvf.h"
 
 #include <deque>
+#include <limits>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
@@ -50,6 +51,8 @@ public:
     std::string words;
     std::deque<Bytes> answers; ///< of the shifts that ask, the last one for ever; none: zeros
     std::uint32_t refused = 0xFFFFFFFF;
+    std::uint64_t calls = 0;
+    std::uint64_t callsUntilPulled = std::numeric_limits<std::uint64_t>::max(); ///< which fail from then on
 
     /// Without opening, first reset and closing, which every play has.
     std::string played() const {
@@ -69,7 +72,7 @@ private:
         std::ostringstream word;
         word << std::hex << std::uppercase << value;
         self.words += word.str() + (length == 0 ? "" : ":" + hexadecimal(data, length)) + " ";
-        return value == self.refused ? 0 : 1;
+        return value == self.refused || self.isPulled() ? 0 : 1;
     }
 
     static std::uint32_t read(void* handle, std::uint8_t target, std::uint32_t value, std::uint32_t length,
@@ -82,8 +85,10 @@ private:
             self.answers.pop_front();
         }
         std::copy_n(answer.begin(), std::min<std::size_t>(length, answer.size()), buffer);
-        return 1;
+        return self.isPulled() ? 0 : 1;
     }
+
+    bool isPulled() { return calls++ >= callsUntilPulled; }
 };
 
 struct Case {
@@ -245,6 +250,43 @@ TEST(Xsvf, AccessIsClosedWhateverHappens) {
     EXPECT_FALSE(report.opened);
 }
 
+TEST(Xsvf, FailedTransfersAreToldAndThoseOfACameraThatIsGoneEndThePlay) {
+    // Repeat, size, a shift of one bit, a wait of 4096 words, complete.
+    const Bytes file = bytes("07 01 08 00000001 03 01 17 01 01 00100000 00");
+    Recorder whole;
+    XsvfReport report;
+    EXPECT_TRUE(playXsvf(whole.transport(), file, report, {}));
+    const struct {
+        std::uint64_t calls; ///< that reach the camera
+        std::uint32_t failedCommand;
+        std::size_t failedOffset;
+        std::uint64_t callsToTheEnd; ///< of the camera that is gone, closing included
+    } rows[] = {
+        {1, 0, 0, 13},               // after opening: preparation, reset
+        {17, 3, 7, 4},               // the shift, which is then not read back, and the way to idle
+        {25, 4, 9, 2},               // a word of the wait
+        {whole.calls - 1, 5, 16, 1}, // all but closing
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.calls);
+        for (const bool gone : {false, true}) {
+            Recorder recorder;
+            recorder.callsUntilPulled = row.calls;
+            EXPECT_FALSE(playXsvf(recorder.transport(), file, report, {}, [gone] { return gone; }));
+            EXPECT_EQ(report.error, XsvfError::None);
+            EXPECT_EQ(report.cameraGone, gone);
+            EXPECT_EQ(report.failedCommand, row.failedCommand);
+            EXPECT_EQ(report.failedOffset, row.failedOffset);
+            EXPECT_EQ(report.failedTransfers, recorder.calls - row.calls);
+            if (gone) {
+                EXPECT_EQ(recorder.calls, row.calls + row.callsToTheEnd);
+            } else {
+                EXPECT_EQ(recorder.words, whole.words);
+            }
+        }
+    }
+}
+
 TEST(Xsvf, WithoutADeviceAFileIsReadAndNothingWaited) {
     EXPECT_TRUE(playXsvf(nullptr, bytes("17 01 01 FFFFFFFF 08 00000008 01 FF 09 55 00 00")));
     XsvfReport report;
@@ -252,6 +294,8 @@ TEST(Xsvf, WithoutADeviceAFileIsReadAndNothingWaited) {
     EXPECT_EQ(report.error, XsvfError::TdoMismatch);
     EXPECT_TRUE(checkXsvf(bytes("08 00000008 01 FF 09 55 01 00")).succeeded());
     EXPECT_EQ(checkXsvf(bytes("08 00000008 05")).error, XsvfError::IllegalCommand);
+    EXPECT_FALSE(checkXsvf(bytes("08 00000008 05")).dataEnded);
+    EXPECT_TRUE(checkXsvf(bytes("08 00000008")).dataEnded);
 }
 
 TEST(Xsvf, OnePlayAtATimeInTheProcess) {

@@ -53,7 +53,12 @@ JtagPort::JtagPort(const JtagTransport& transport) : m_Transport(transport), m_O
 }
 
 JtagPort::~JtagPort() {
+    close();
+}
+
+void JtagPort::close() {
     if (m_Open) {
+        m_Open = false;
         control(kClose);
     }
 }
@@ -63,20 +68,18 @@ void JtagPort::clock() {
     control(kClockHigh);
 }
 
-void JtagPort::wait(std::uint32_t microseconds, const std::function<void()>& checkpoint) {
+void JtagPort::wait(std::uint32_t microseconds, const std::function<bool()>& checkpoint) {
     constexpr std::uint32_t kWordsBetweenCheckpoints = 1024;
     const JtagTransport transport = m_Transport; // which no call changes
     if (transport.handle == nullptr || microseconds == 0) {
         return;
     }
-    for (std::uint32_t fullWords = (microseconds - 1) / kMostIdlePulses; fullWords > 0;) {
-        const std::uint32_t words = std::min(fullWords, kWordsBetweenCheckpoints);
-        for (std::uint32_t count = 0; count < words; ++count) {
-            transport.registerWrite(transport.handle, kControlTarget, kIdlePulses + kMostIdlePulses - 1, 0, nullptr);
-        }
-        fullWords -= words;
-        if (words == kWordsBetweenCheckpoints) {
-            checkpoint();
+    const std::uint32_t fullWords = (microseconds - 1) / kMostIdlePulses;
+    for (std::uint32_t sent = 1; sent <= fullWords; ++sent) {
+        const bool succeeded = countUnless(transport.registerWrite(transport.handle, kControlTarget,
+                                                                   kIdlePulses + kMostIdlePulses - 1, 0, nullptr) != 0);
+        if ((!succeeded || sent % kWordsBetweenCheckpoints == 0) && !checkpoint()) {
+            return;
         }
     }
     control(kIdlePulses + (microseconds - 1) % kMostIdlePulses);
@@ -102,12 +105,12 @@ void JtagPort::transfer(std::size_t bits, const std::uint8_t* tdi, std::uint8_t*
     reverseCopy(tdi, length, bytes.data());
     const std::uint32_t value =
         static_cast<std::uint32_t>(bits) | (leave ? kLeaveShift : 0) | (tdo == nullptr ? kNoTdo : 0);
-    const bool written = m_Transport.registerWrite(m_Transport.handle, kShiftTarget, value,
-                                                   static_cast<std::uint32_t>(length), bytes.data()) != 0;
+    const bool written = countUnless(m_Transport.registerWrite(m_Transport.handle, kShiftTarget, value,
+                                                               static_cast<std::uint32_t>(length), bytes.data()) != 0);
     if (written && tdo != nullptr) {
         reverseCopy(tdo, length, bytes.data()); // what a failed read leaves
-        m_Transport.registerRead(m_Transport.handle, kShiftTarget, value & kBitCountMask,
-                                 static_cast<std::uint32_t>(length), bytes.data());
+        countUnless(m_Transport.registerRead(m_Transport.handle, kShiftTarget, value & kBitCountMask,
+                                             static_cast<std::uint32_t>(length), bytes.data()) != 0);
         reverseCopy(bytes.data(), length, tdo);
     }
 }

@@ -15,7 +15,7 @@ struct JtagTransport {
                                   std::uint8_t* buffer) = nullptr;
 };
 
-/// Open access to a JTAG port, closed again by the destructor.
+/// Open access to a JTAG port, closed again by the destructor. What fails is counted, and goes on.
 class JtagPort {
 public:
     explicit JtagPort(const JtagTransport& transport);
@@ -25,6 +25,9 @@ public:
 
     /// The camera gave access, or there is no device.
     bool isOpen() const { return m_Open; }
+    void close();
+    /// How many register operations have failed.
+    std::uint64_t failedTransfers() const { return m_FailedTransfers; }
 
     /// One pulse of TCK with TMS at a level.
     void pulse(bool tms) { pulses(tms ? 1 : 0, 1); }
@@ -32,13 +35,15 @@ public:
     void pulses(unsigned int levels, unsigned int count) {
         const JtagTransport transport = m_Transport; // which no call changes
         for (; transport.handle != nullptr && count > 0; --count, levels >>= 1) {
-            transport.registerWrite(transport.handle, kControlTarget, kPulseTmsLow | (levels & 1U), 0, nullptr);
+            const std::uint32_t word = kPulseTmsLow | (levels & 1U);
+            countUnless(transport.registerWrite(transport.handle, kControlTarget, word, 0, nullptr) != 0);
         }
     }
     /// One pulse of TCK that leaves TMS as it is.
     void clock();
-    /// One pulse of TCK in run-test/idle for each microsecond. @p checkpoint is called now and then.
-    void wait(std::uint32_t microseconds, const std::function<void()>& checkpoint);
+    /// One pulse of TCK in run-test/idle for each microsecond. @p checkpoint is called now and then, and when a pulse
+    /// failed, and says whether to go on.
+    void wait(std::uint32_t microseconds, const std::function<bool()>& checkpoint);
 
     /// Shifts @p bits bits, of which the least significant of the last byte is the first, through the register that the
     /// TAP has selected.
@@ -51,13 +56,20 @@ private:
     static constexpr std::uint8_t kControlTarget = 0x19; // of the register operations
     static constexpr std::uint32_t kPulseTmsLow = 0x400; // plus 1: high
 
+    bool countUnless(bool succeeded) {
+        if (!succeeded) {
+            ++m_FailedTransfers;
+        }
+        return succeeded;
+    }
     bool control(std::uint32_t word) {
-        return m_Transport.handle == nullptr ||
-               m_Transport.registerWrite(m_Transport.handle, kControlTarget, word, 0, nullptr) != 0;
+        return countUnless(m_Transport.handle == nullptr ||
+                           m_Transport.registerWrite(m_Transport.handle, kControlTarget, word, 0, nullptr) != 0);
     }
     void transfer(std::size_t bits, const std::uint8_t* tdi, std::uint8_t* tdo, bool leave);
 
     JtagTransport m_Transport;
+    std::uint64_t m_FailedTransfers = 0;
     bool m_Open;
 };
 

@@ -28,28 +28,31 @@ public:
 };
 
 void play(const JtagTransport& transport, const std::vector<unsigned char>& data, XsvfPlayer::Comparison comparison,
-          XsvfReport& report, const std::function<void(double)>& progress) {
+          XsvfReport& report, const std::function<void(double)>& progress, const std::function<bool()>& isCameraGone) {
     report = {};
     JtagPort port(transport);
     report.opened = port.isOpen();
+    XsvfPlayer player(data, port, comparison, report, progress, isCameraGone);
     if (report.opened) {
-        XsvfPlayer(data, port, comparison, report, progress).play();
+        player.play();
+        port.close();
     }
+    player.countFailedTransfers();
 }
 
 } // namespace
 
 bool playXsvf(const JtagTransport& transport, const std::vector<unsigned char>& data, XsvfReport& report,
-              const std::function<void(double)>& progress) {
+              const std::function<void(double)>& progress, const std::function<bool()>& isCameraGone) {
     const PlayOfThread thread;
     const MutexLock lock(s_PlayMutex);
-    play(transport, data, XsvfPlayer::Comparison::Real, report, progress);
+    play(transport, data, XsvfPlayer::Comparison::Real, report, progress, isCameraGone);
     return report.succeeded();
 }
 
 XsvfReport checkXsvf(std::vector<unsigned char> data) {
     XsvfReport report;
-    play({}, data, XsvfPlayer::Comparison::AlwaysEqual, report, {});
+    play({}, data, XsvfPlayer::Comparison::AlwaysEqual, report, {}, {});
     return report;
 }
 

@@ -6,9 +6,11 @@
 namespace Utilities {
 
 XsvfPlayer::XsvfPlayer(const std::vector<unsigned char>& data, JtagPort& port, Comparison comparison,
-                       XsvfReport& report, const std::function<void(double)>& progress)
+                       XsvfReport& report, const std::function<void(double)>& progress,
+                       const std::function<bool()>& isCameraGone)
     : m_Data(data.data()), m_Size(data.size()), m_Port(port), m_Comparison(comparison), m_Report(report),
-      m_Progress(progress), m_NextProgress(progress ? 0 : std::numeric_limits<std::size_t>::max()), m_Tap(port) {}
+      m_Progress(progress), m_IsCameraGone(isCameraGone),
+      m_NextProgress(progress ? 0 : std::numeric_limits<std::size_t>::max()), m_Tap(port) {}
 
 XsvfPlayer::Handler XsvfPlayer::handlerOf(std::uint8_t command) {
     static constexpr std::array<Handler, 0x18> kHandlers{
@@ -42,8 +44,10 @@ XsvfPlayer::Handler XsvfPlayer::handlerOf(std::uint8_t command) {
 
 void XsvfPlayer::play() {
     m_Tap.reset();
+    countFailedTransfers();
     while (!m_Ended) {
         if (m_Position == m_Size) {
+            m_Report.dataEnded = true;
             fail(XsvfError::IllegalCommand);
             return;
         }
@@ -55,7 +59,23 @@ void XsvfPlayer::play() {
             return;
         }
         (this->*handler)();
+        countFailedTransfers();
         reportProgress();
+    }
+}
+
+void XsvfPlayer::countFailedTransfers() {
+    if (m_Port.failedTransfers() == m_Report.failedTransfers) {
+        return;
+    }
+    if (m_Report.failedTransfers == 0) {
+        m_Report.failedCommand = m_Report.commandCount;
+        m_Report.failedOffset = m_Report.commandOffset;
+    }
+    m_Report.failedTransfers = m_Port.failedTransfers();
+    if (!m_Report.cameraGone && m_IsCameraGone && m_IsCameraGone()) {
+        m_Report.cameraGone = true;
+        m_Ended = true;
     }
 }
 
@@ -81,10 +101,12 @@ void XsvfPlayer::reportPosition() {
     m_Progress(static_cast<double>(m_Position) / static_cast<double>(m_Size));
 }
 
-void XsvfPlayer::reportAgain() {
+bool XsvfPlayer::reportAgain() {
+    countFailedTransfers();
     if (m_Progress) {
         reportPosition();
     }
+    return !m_Ended;
 }
 
 void XsvfPlayer::complete() {
@@ -152,12 +174,12 @@ void XsvfPlayer::setMasks() {
 
 void XsvfPlayer::shiftIncremented() {
     shiftData();
-    if (hasFailed()) {
+    if (m_Ended) {
         return;
     }
     const std::size_t dataBytes = (m_DataMask.countOnes() + 7) / 8;
     const unsigned int count = readByte();
-    for (unsigned int shifts = 0; shifts < count && !hasFailed(); ++shifts) {
+    for (unsigned int shifts = 0; shifts < count && !m_Ended; ++shifts) {
         readValue(m_NextData, dataBytes);
         nextIncrement();
         shiftComparing();
@@ -224,8 +246,10 @@ void XsvfPlayer::waitInState() {
         }
     };
     goUnlessThere(waitState);
-    if (!hasFailed()) {
+    if (!m_Ended) {
         wait(microseconds);
+    }
+    if (!m_Ended) {
         goUnlessThere(endState);
     }
 }
@@ -237,7 +261,7 @@ void XsvfPlayer::goTo(std::uint8_t state) {
 }
 
 void XsvfPlayer::wait(std::uint32_t microseconds) {
-    m_Port.wait(microseconds, [this] { reportAgain(); });
+    m_Port.wait(microseconds, [this] { return reportAgain(); });
 }
 
 /// With the file's run-test time and retries.
@@ -287,10 +311,9 @@ void XsvfPlayer::shift(const Shift& shift) {
                 runTest();
             }
         }
-        if (equal) {
+        if (equal || !reportAgain()) {
             return;
         }
-        reportAgain();
     }
     fail(shift.maximumRepeat > 0 ? XsvfError::RetriesExhausted : XsvfError::TdoMismatch);
     const std::size_t compared = shift.expected->length(); // a file may give mask or shift another length

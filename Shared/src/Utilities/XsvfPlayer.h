@@ -18,12 +18,15 @@ class XsvfPlayer {
 public:
     enum class Comparison { Real, AlwaysEqual };
 
-    /// @param data, port, report, progress outlive the player
+    /// @param data, port, report, progress, isCameraGone outlive the player
     XsvfPlayer(const std::vector<unsigned char>& data, JtagPort& port, Comparison comparison, XsvfReport& report,
-               const std::function<void(double)>& progress);
+               const std::function<void(double)>& progress, const std::function<bool()>& isCameraGone);
 
-    /// Plays to the command that completes the file, or to the first error, and fills the report.
+    /// Plays to the command that completes the file, to the first error, or to where the camera went, and fills the
+    /// report.
     void play();
+    /// Brings the report up to date with the port.
+    void countFailedTransfers();
 
 private:
     using Handler = void (XsvfPlayer::*)();
@@ -55,7 +58,8 @@ private:
     }
     void reportPosition();
     /// While the position stays, so that a play can be ended there, too.
-    void reportAgain();
+    /// @return whether the play goes on
+    bool reportAgain();
 
     // Commands.
     void complete();
@@ -93,7 +97,6 @@ private:
         m_Report.error = error;
         m_Ended = true;
     }
-    bool hasFailed() const { return m_Report.error != XsvfError::None; }
 
     const unsigned char* const m_Data;
     const std::size_t m_Size;
@@ -101,6 +104,7 @@ private:
     const Comparison m_Comparison;
     XsvfReport& m_Report;
     const std::function<void(double)>& m_Progress;
+    const std::function<bool()>& m_IsCameraGone;
 
     std::size_t m_Position = 0;
     std::size_t m_NextProgress; ///< the position at which progress is reported

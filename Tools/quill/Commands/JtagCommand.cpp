@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,14 +31,17 @@ struct ErrorWords {
 constexpr std::array kErrors{
     ErrorWords{XsvfError::TdoMismatch, "the device answered other bits than expected"},
     ErrorWords{XsvfError::RetriesExhausted, "the device went on answering other bits than expected"},
-    ErrorWords{XsvfError::IllegalCommand, "an illegal command, or no command that completes the file"},
+    ErrorWords{XsvfError::IllegalCommand, "an illegal command"},
     ErrorWords{XsvfError::IllegalState, "a TAP state that does not exist or cannot be reached"},
     ErrorWords{XsvfError::DataOverflow, "a shift of more than 7000 bytes"},
 };
 
-std::string_view reasonOf(XsvfError error) {
+std::string_view reasonOf(const XsvfReport& report) {
+    if (report.dataEnded) {
+        return "it ends without the command that completes it";
+    }
     const auto* words = std::find_if(kErrors.begin(), kErrors.end(),
-                                     [error](const ErrorWords& candidate) { return candidate.error == error; });
+                                     [&](const ErrorWords& candidate) { return candidate.error == report.error; });
     return words == kErrors.end() ? "unknown error" : words->reason;
 }
 
@@ -56,18 +60,27 @@ bool isMismatch(XsvfError error) {
     return error == XsvfError::TdoMismatch || error == XsvfError::RetriesExhausted;
 }
 
+std::string placeOf(std::uint32_t command, std::size_t offset) {
+    return fmt::format("at command {}, file offset 0x{:X}", command, offset);
+}
+
 std::string explain(const XsvfReport& report) {
-    if (!report.opened) {
-        return "it gives no access to its JTAG port";
+    std::string sentence;
+    if (report.error != XsvfError::None) {
+        sentence = fmt::format("{}, {}", reasonOf(report), placeOf(report.commandCount, report.commandOffset));
     }
-    std::string sentence = fmt::format("{}, at command {}, file offset 0x{:X}", reasonOf(report.error),
-                                       report.commandCount, report.commandOffset);
     if (isMismatch(report.error)) {
         sentence +=
             fmt::format(": expected {}, captured {}, mask {}", shownHex(report.expectedTdo),
                         shownHex(report.capturedTdo), report.tdoMask.empty() ? "all" : shownHex(report.tdoMask));
     }
-    return sentence;
+    if (!report.opened) {
+        sentence = "it gives no access to its JTAG port";
+    } else if (report.failedTransfers != 0) {
+        sentence += fmt::format("{}transfers failed: {}, the first one {}", sentence.empty() ? "" : "; ",
+                                report.failedTransfers, placeOf(report.failedCommand, report.failedOffset));
+    }
+    return report.cameraGone ? sentence + "; the camera is gone" : sentence;
 }
 
 Json toJson(const XsvfReport& report) {
@@ -78,6 +91,12 @@ Json toJson(const XsvfReport& report) {
         details["expected"] = hexOf(report.expectedTdo);
         details["captured"] = hexOf(report.capturedTdo);
         details["mask"] = hexOf(report.tdoMask);
+    }
+    if (report.failedTransfers != 0) {
+        details["failedTransfers"] = report.failedTransfers;
+        details["failedCommand"] = report.failedCommand;
+        details["failedOffset"] = report.failedOffset;
+        details["cameraGone"] = report.cameraGone;
     }
     return details;
 }
@@ -98,6 +117,11 @@ public:
             throw ToolError(ExitCode::Failed, fmt::format("file '{}': cannot be played: {}", m_File, explain(check)));
         }
         const SelectedCamera camera = context.session.connect(m_Camera);
+        if (!Utilities::canPlayXsvf(*camera)) {
+            throw ToolError(ExitCode::NotFound,
+                            camera.about(tried() + ": only that of an SDK camera can be reached; a function 'Jtag' "
+                                                   "that another camera has plays nothing"));
+        }
         if (m_DryRun) {
             tellPlan(context.output, camera, check);
         } else {
@@ -140,7 +164,8 @@ private:
         details.update(toJson(report));
         if (!report.succeeded()) {
             job.report().fail("failed", details);
-            throw ToolError(ExitCode::Failed, camera.about(fmt::format("{}: {}", tried(), explain(report))));
+            throw ToolError(report.cameraGone ? ExitCode::CameraGone : ExitCode::Failed,
+                            camera.about(fmt::format("{}: {}", tried(), explain(report))));
         }
         job.report().finish("played", fmt::format("played '{}', {} commands", m_File, report.commandCount), details);
     }
@@ -158,7 +183,8 @@ CommandDescription jtagCommand() {
             "The file is read to its end before the camera is touched. What fails is told\n"
             "with the number of the command, its place in the file and, where the device\n"
             "answered other bits than expected, the bits: expected, captured, and the mask\n"
-            "that says which of them count.\n\n"
+            "that says which of them count. Transfers that fail are counted, and a camera\n"
+            "that goes away ends the play, with exit code 5.\n\n"
             "Examples:\n"
             "  quill jtag 41500101 logic.xsvf --dry-run\n"
             "  quill jtag 41500101 logic.xsvf\n",

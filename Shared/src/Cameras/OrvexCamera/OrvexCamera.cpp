@@ -120,10 +120,14 @@ std::string OrvexCamera::getModelName() {
 }
 
 bool OrvexCamera::isCameraAlive() {
+    return isAlive(m_Handle);
+}
+
+bool OrvexCamera::isAlive(void* handle) {
     int failures = 0;
     for (int query = 0; query < kAliveQueries; ++query) {
         ORVEX_VERSION scratch{};
-        failures += orvexApi().sdkQueryVersion(m_Handle, &scratch) == 0 ? 1 : 0;
+        failures += orvexApi().sdkQueryVersion(handle, &scratch) == 0 ? 1 : 0;
     }
     return failures < kDeadFailures;
 }

@@ -31,6 +31,8 @@ public:
 
     /// The SDK's handle; null while the camera is not open. Taken anew for every call of the SDK.
     void* getHandle();
+    /// Whether the camera behind an SDK's handle answers; see isCameraAlive().
+    static bool isAlive(void* handle);
 
     /// What a connected camera on the network tells of it; see readGigE(). Takes the enumeration mutex.
     std::optional<GigEDescription> describeNetwork() QUILL_EXCLUDES(m_CameraEnumerationMutex);

@@ -12,16 +12,32 @@ namespace Utilities {
 
 using OrvexAdapter::OrvexCamera;
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes it so
+namespace {
+
+JtagTransport transportOf(void* handle) {
+    const OrvexAdapter::OrvexApi& api = OrvexAdapter::orvexApi();
+    return {handle, api.sdkRegisterWrite, api.sdkRegisterRead};
+}
+
+} // namespace
+
+// NOLINTBEGIN(performance-unnecessary-value-param): the interface takes it so
+
 bool playXsvf(void* handle, std::vector<unsigned char> data, XsvfReport& report,
               const std::function<void(double)>& progress) {
-    const OrvexAdapter::OrvexApi& api = OrvexAdapter::orvexApi();
-    return playXsvf(JtagTransport{handle, api.sdkRegisterWrite, api.sdkRegisterRead}, data, report, progress);
+    return playXsvf(transportOf(handle), data, report, progress, [handle] { return !OrvexCamera::isAlive(handle); });
 }
 
 bool playXsvf(void* handle, std::vector<unsigned char> data) {
     XsvfReport report;
-    return playXsvf(handle, std::move(data), report);
+    playXsvf(transportOf(handle), data, report, {});
+    return report.opened && report.error == XsvfError::None;
+}
+
+// NOLINTEND(performance-unnecessary-value-param)
+
+bool canPlayXsvf(const CameraInterface::Camera& camera) {
+    return dynamic_cast<const OrvexCamera*>(&camera) != nullptr;
 }
 
 bool playXsvf(CameraInterface::Camera& camera, std::vector<unsigned char> data, XsvfReport& report,
