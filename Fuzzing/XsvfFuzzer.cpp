@@ -141,6 +141,8 @@ void requireSane(const XsvfReport& report, const Bytes& file) {
     require(report.commandCount <= file.size(), "a command takes a byte at least");
     require(report.commandOffset < file.size() || (file.empty() && report.commandOffset == 0),
             "the last command lies in the file");
+    require(!report.dataEnded || report.error == XsvfError::IllegalCommand, "data that end early are such an error");
+    require(report.failedTransfers == (report.opened ? 0U : 1U), "nothing fails but what was refused");
     require(report.expectedTdo.size() == report.capturedTdo.size(), "as much is captured as was expected");
     require(report.expectedTdo.empty() || isMismatch(report.error), "bits are told after a mismatch");
     if (isMismatch(report.error)) {
@@ -155,7 +157,7 @@ void requireSane(const XsvfReport& report, const Bytes& file) {
 }
 
 bool isEqual(const XsvfReport& one, const XsvfReport& other) {
-    return one.error == other.error && one.commandCount == other.commandCount &&
+    return one.error == other.error && one.dataEnded == other.dataEnded && one.commandCount == other.commandCount &&
            one.commandOffset == other.commandOffset && one.expectedTdo == other.expectedTdo &&
            one.capturedTdo == other.capturedTdo && one.tdoMask == other.tdoMask;
 }
