@@ -33,10 +33,10 @@ struct XsvfReport {
     /// Operations on the port that the camera refused, or that did not reach it: what they should have done was not
     /// done. Opening and closing are among them.
     std::uint64_t failedTransfers = 0;
-    std::uint32_t failedCommand =
-        0;                        ///< number of the command at which the first one failed; 0: before the first command
+    /// Number of the command at which the first one failed; 0: before the first command.
+    std::uint32_t failedCommand = 0;
     std::size_t failedOffset = 0; ///< in the file, of that command
-    bool cameraGone = false;      ///< a transfer failed as the camera is gone; the play ended there
+    bool cameraGone = false;      ///< a transfer failed because the camera is gone; the play ended there
     /// Of the last comparison that failed: as long as the shift, most significant byte first, as in the file. Only the
     /// bits that the mask selects were compared; an empty mask selects all.
     std::vector<unsigned char> expectedTdo, capturedTdo, tdoMask;
@@ -56,9 +56,9 @@ struct XsvfReport {
 /// @throws KestrelException "WouldWaitForItself"  called by the progress function of another play
 QUILL_API bool playXsvf(void* handle, std::vector<unsigned char> data);
 
-/// The same, telling what happened. Ends soon after the camera is gone. The progress function is called on the calling
-/// thread with the fraction of the file that has been read, about a thousand times in all, and again and again during
-/// waits and retries; what it throws ends the play and passes through.
+/// The same, and reports what happened. Ends soon after the camera is gone. The progress function is called on the
+/// calling thread with the fraction of the file that has been read, about a thousand times in all, and again and again
+/// during waits and retries; what it throws ends the play and passes through.
 /// @return XsvfReport::succeeded()
 QUILL_API bool playXsvf(void* handle, std::vector<unsigned char> data, XsvfReport& report,
                         const std::function<void(double)>& progress = {});

@@ -1,6 +1,7 @@
 #include "Utilities/Xsvf.h"
 
 #include "Exceptions/Raise.h"
+#include "Internal/ForkedChild.h"
 #include "Utilities/Mutex.h"
 #include "Utilities/XsvfPlay.h"
 #include "Utilities/XsvfPlayer.h"
@@ -44,6 +45,7 @@ void play(const JtagTransport& transport, const std::vector<unsigned char>& data
 
 bool playXsvf(const JtagTransport& transport, const std::vector<unsigned char>& data, XsvfReport& report,
               const std::function<void(double)>& progress, const std::function<bool()>& isCameraGone) {
+    Internal::renewInEveryForkedChild<s_PlayMutex>();
     const PlayOfThread thread;
     const MutexLock lock(s_PlayMutex);
     play(transport, data, XsvfPlayer::Comparison::Real, report, progress, isCameraGone);
