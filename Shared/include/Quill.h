@@ -18,6 +18,7 @@
 #include "Imaging/Pixel.h"
 #include "Imaging/PlanarColor.h"
 #include "Imaging/Raw.h"
+#include "Internal/OrvexVersion.h"
 #include "Internal/QuillInternal.h"
 #include "Properties/BooleanProperty.h"
 #include "Properties/MemoryProperty.h"

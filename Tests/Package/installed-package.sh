@@ -24,14 +24,21 @@ if [[ -e $package/bin/quill ]]; then
 fi
 export LD_LIBRARY_PATH=$package/$libraryFolder
 
-cmake -S "$consumer" -B "$work/cmake" -G "$generator" -DCMAKE_CXX_COMPILER="$compiler" \
+# The application has a header of its own under the name of every public one, first on its include path.
+own=$work/own
+(cd "$package/include/quillcamera" && find . -name '*.h' -not -name Quill.h) | while read -r header; do
+    mkdir -p "$own/$(dirname "$header")"
+    echo '#error "The application has this one for itself."' >"$own/$header"
+done
+
+cmake -S "$consumer" -B "$work/cmake" -G "$generator" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="-I$own" \
     -DCMAKE_PREFIX_PATH="$package" >/dev/null
 cmake --build "$work/cmake" >/dev/null
 "$work/cmake/consumer"
 
 export PKG_CONFIG_PATH=$package/$libraryFolder/pkgconfig
 # shellcheck disable=SC2046 # flags are words
-"$compiler" -std=c++17 "$consumer/main.cpp" -o "$work/consumer" $(pkg-config --cflags --libs quillcamera)
+"$compiler" -std=c++17 "-I$own" "$consumer/main.cpp" -o "$work/consumer" $(pkg-config --cflags --libs quillcamera)
 "$work/consumer"
 
 # Nothing leads back to where the package was made, or shows what it was made with.

@@ -7,14 +7,14 @@
 #include <string>
 #include <vector>
 
-#include "Cameras/CameraState.h"
-#include "Exceptions/SourceLocation.h"
-#include "Export.h"
-#include "Functions/Function.h"
-#include "Imaging/Conversion.h"
-#include "Imaging/Image.h"
-#include "Properties/Property.h"
-#include "Streams/Stream.h"
+#include "../Exceptions/SourceLocation.h"
+#include "../Export.h"
+#include "../Functions/Function.h"
+#include "../Imaging/Conversion.h"
+#include "../Imaging/Image.h"
+#include "../Properties/Property.h"
+#include "../Streams/Stream.h"
+#include "CameraState.h"
 
 namespace CameraInterface {
 

@@ -3,7 +3,7 @@
 #include <exception>
 #include <string>
 
-#include "Export.h"
+#include "../Export.h"
 
 namespace KestrelExceptions {
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "Exceptions/KestrelException.h"
-#include "Export.h"
+#include "../Export.h"
+#include "KestrelException.h"
 
 namespace KestrelExceptions {
 

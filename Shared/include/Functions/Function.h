@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "Export.h"
-#include "PropertyValueEnumerations.h"
+#include "../Export.h"
+#include "../PropertyValueEnumerations.h"
 
 namespace CameraInterface {
 

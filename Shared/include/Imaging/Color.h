@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <vector>
 
-#include "Export.h"
-#include "Imaging/Image.h"
+#include "../Export.h"
+#include "Image.h"
 
 namespace Imaging {
 

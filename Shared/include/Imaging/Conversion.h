@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "Export.h"
-#include "Imaging/Image.h"
+#include "../Export.h"
+#include "Image.h"
 
 namespace Imaging {
 

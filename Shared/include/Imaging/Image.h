@@ -4,9 +4,9 @@
 #include <memory>
 #include <vector>
 
-#include "Export.h"
-#include "Imaging/ImageFormat.h"
-#include "Imaging/Pixel.h"
+#include "../Export.h"
+#include "ImageFormat.h"
+#include "Pixel.h"
 
 namespace Imaging {
 

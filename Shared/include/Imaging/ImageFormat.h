@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "Export.h"
+#include "../Export.h"
 
 namespace Imaging {
 

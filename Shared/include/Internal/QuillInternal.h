@@ -4,10 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "Export.h"
-
-/// What the camera SDK tells of a camera's versions.
-struct ORVEX_VERSION;
+#include "../Export.h"
+#include "OrvexVersion.h"
 
 /// What cameras keep in their flash for themselves, and how it is checked. For updaters that drive the camera SDK on
 /// their own. Thread-safe, as far as the SDK's handle is.
@@ -59,6 +57,7 @@ QUILL_API bool OrvexReadAfeMetadata(void* handle, std::vector<unsigned char>& da
 QUILL_API bool OrvexGetAfeTimingVersion(void* handle, std::string& version);
 
 QUILL_API bool OrvexGetFpga2Version(void* handle, unsigned short& version);
+/// Whether a camera of these versions has a second FPGA.
 QUILL_API bool isFpga2Available(const ORVEX_VERSION& version);
 
 } // namespace Orvex

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "Export.h"
-#include "Properties/Property.h"
+#include "../Export.h"
+#include "Property.h"
 
 namespace CameraInterface {
 

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "Export.h"
-#include "Streams/StreamStatistics.h"
+#include "../Export.h"
+#include "StreamStatistics.h"
 
 namespace CameraInterface {
 

@@ -5,8 +5,8 @@
 #include <memory>
 #include <vector>
 
-#include "Export.h"
-#include "Utilities/FrameCounter.h"
+#include "../Export.h"
+#include "../Utilities/FrameCounter.h"
 
 namespace CameraInterface {
 

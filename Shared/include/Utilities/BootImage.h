@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "Export.h"
+#include "../Export.h"
 
 namespace Utilities {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Export.h"
+#include "../Export.h"
 
 /// SHA-1 digests (FIPS 180) of data that is given piece by piece, or of whole files.
 ///

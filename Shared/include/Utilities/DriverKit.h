@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "Export.h"
+#include "../Export.h"
 
 namespace win32 {
 

@@ -3,8 +3,8 @@
 #include <atomic>
 #include <deque>
 
-#include "Export.h"
-#include "Utilities/Mutex.h"
+#include "../Export.h"
+#include "Mutex.h"
 
 namespace Utilities {
 

@@ -4,8 +4,8 @@
 #include <functional>
 #include <thread>
 
-#include "Export.h"
-#include "Utilities/Mutex.h"
+#include "../Export.h"
+#include "Mutex.h"
 
 namespace Utilities {
 

@@ -5,7 +5,7 @@
 #include <functional>
 #include <vector>
 
-#include "Export.h"
+#include "../Export.h"
 
 namespace CameraInterface {
 class Camera;

@@ -5,17 +5,9 @@
 
 #include <stdint.h> /* NOLINT(modernize-deprecated-headers): C as well */
 
-/* NOLINTBEGIN(modernize-use-using,*-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): C as well; the SDK's own names */
+#include "Internal/OrvexVersion.h"
 
-/** What a camera is: an array of them is filled by the enumeration. */
-typedef struct ORVEX_VERSION {
-    uint32_t firmware;
-    uint32_t fpga;
-    uint32_t api;
-    uint32_t driver;
-    uint32_t serialnumber;
-    uint32_t cameraid;
-} ORVEX_VERSION;
+/* NOLINTBEGIN(modernize-use-using,*-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): C as well; the SDK's own names */
 
 /** One delivered frame. */
 typedef struct ORVEX_IMAGE_FORMAT {

@@ -32,6 +32,15 @@ bool makesProperties() {
     return property.getValue() == "2.20" && dynamic_cast<Property&>(property).getName() == "Gamma";
 }
 
+/// What the SDK tells of a camera can be asked about with nothing but the package.
+bool knowsVersions() {
+    ORVEX_VERSION version{};
+    version.firmware = 0x100;
+    const bool without = QuillInternal::Orvex::isFpga2Available(version);
+    version.fpga = 1;
+    return !without && QuillInternal::Orvex::isFpga2Available(version);
+}
+
 } // namespace
 
 int main() {
@@ -39,8 +48,10 @@ int main() {
         const char* name;
         bool (*passes)();
     };
-    constexpr Check kChecks[] = {
-        {"exceptions", catchesExceptions}, {"conversion", convertsImages}, {"properties", makesProperties}};
+    constexpr Check kChecks[] = {{"exceptions", catchesExceptions},
+                                 {"conversion", convertsImages},
+                                 {"properties", makesProperties},
+                                 {"versions", knowsVersions}};
     int failures = 0;
     for (const Check& check : kChecks) {
         if (!check.passes()) {

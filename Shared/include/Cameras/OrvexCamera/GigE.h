@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "Export.h"
+#include "../../Export.h"
 
 namespace CameraInterface {
 class Camera;

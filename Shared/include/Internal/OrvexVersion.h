@@ -1,0 +1,18 @@
+#ifndef QUILL_ORVEX_VERSION_H
+#define QUILL_ORVEX_VERSION_H
+
+/* What the camera SDK tells of a camera. C and C++; the order of the fields is the SDK's binary format. */
+
+#include <stdint.h> /* NOLINT(modernize-deprecated-headers): C as well */
+
+/** What a camera is: an array of them is filled by the enumeration. */
+typedef struct ORVEX_VERSION { /* NOLINT(modernize-use-using): C as well */
+    uint32_t firmware;
+    uint32_t fpga;
+    uint32_t api;
+    uint32_t driver;
+    uint32_t serialnumber;
+    uint32_t cameraid;
+} ORVEX_VERSION;
+
+#endif
