@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 #include "Cameras/OrvexCamera/OrvexCamera.h"
@@ -10,6 +11,7 @@
 #include "OrvexApi/OrvexApi.h"
 #include "OrvexPropertyTable.h"
 #include "Properties/MakeConstant.h"
+#include "Properties/OrvexDeviceConstant.h"
 #include "Properties/OrvexHardwareTrigger.h"
 #include "Properties/PropertyConditional.h"
 #include "PropertyNames.h"
@@ -55,33 +57,41 @@ constexpr PropertyLink kLinks[] = {
     {kFramerate, kVideoClockSpeed, OrvexPropertyBuilder::linkBothWays},
 };
 
-/// The version record of a camera, all zero where it cannot be read.
-ORVEX_VERSION queryVersion(OrvexCamera& camera) {
+/// The version record of a camera; empty where it cannot be read.
+std::optional<ORVEX_VERSION> queryVersion(OrvexCamera& camera) {
     ORVEX_VERSION version{};
-    orvexApi().sdkQueryVersion(camera.getHandle(), &version);
-    return version;
+    return orvexApi().sdkQueryVersion(camera.getHandle(), &version) != 0 ? std::optional(version) : std::nullopt;
 }
 
-/// @return whether both are constants of this type
+/// One of the dotted version numbers in it.
+std::unique_ptr<Property> makeVersion(const std::string& name, const PROPERTY_TYPE& type, OrvexCamera& camera,
+                                      std::uint32_t ORVEX_VERSION::*number) {
+    const auto textOf = [number](const ORVEX_VERSION& version) { return Utilities::dottedBytes(version.*number, 4); };
+    const std::optional<ORVEX_VERSION> version = queryVersion(camera);
+    return std::make_unique<OrvexDeviceConstant<std::string>>(
+        name, type, version ? std::optional(textOf(*version)) : std::nullopt, textOf({}));
+}
+
 template <typename T>
-bool takeOverConstant(Property& kept, Property& made) {
-    auto* const constant = dynamic_cast<MemoryProperty<T>*>(&kept);
-    auto* const newer = dynamic_cast<MemoryProperty<T>*>(&made);
-    if (constant == nullptr || newer == nullptr || !kept.isReadOnly()) {
-        return false;
+void takeOverConstant(Property& kept, Property& made) {
+    auto* const constant = dynamic_cast<OrvexDeviceConstant<T>*>(&kept);
+    auto* const later = dynamic_cast<OrvexDeviceConstant<T>*>(&made);
+    if (constant != nullptr && later != nullptr) {
+        constant->takeOver(*later);
     }
-    *constant = *newer;
-    return true;
 }
 
-/// What a property of an earlier connection says goes on: the device is told where making the new one has changed it. A
-/// constant is what could be read this time.
-void keep(Property& kept, Property& made) {
-    if (auto* trigger = dynamic_cast<OrvexHardwareTrigger*>(&kept)) {
-        trigger->setValue(trigger->getValue());
-        return;
+/// Makes a property; one of an earlier connection that is there already stays, and takes over what the camera tells
+/// now.
+void make(const PropertyDefinition& row, OrvexPropertyBuilder::Properties& properties, OrvexCamera& camera) {
+    std::unique_ptr<Property> property = row.m_Factory(row.m_Name, row.m_Type, camera, row.m_SdkProperty);
+    const auto [entry, isNew] = properties.try_emplace(property->getName());
+    if (isNew) {
+        entry->second = std::move(property);
+    } else {
+        takeOverConstant<unsigned long>(*entry->second, *property);
+        takeOverConstant<std::string>(*entry->second, *property);
     }
-    takeOverConstant<unsigned long>(kept, made) || takeOverConstant<std::string>(kept, made);
 }
 
 } // namespace
@@ -89,18 +99,19 @@ void keep(Property& kept, Property& made) {
 void OrvexPropertyBuilder::build(Properties& properties, OrvexCamera& camera) {
     for (const PropertyDefinition& row : getPropertyTable()) {
         try {
-            std::unique_ptr<Property> property = row.m_Factory(row.m_Name, row.m_Type, camera, row.m_SdkProperty);
-            const auto [entry, isNew] = properties.try_emplace(property->getName());
-            if (isNew) {
-                entry->second = std::move(property);
-            } else {
-                keep(*entry->second, *property); // one that is there already stays
-            }
+            make(row, properties, camera);
         } catch (const KestrelException&) {
             // The camera does not have this one.
         }
     }
     linkProperties(properties);
+}
+
+void OrvexPropertyBuilder::restoreTrigger(const Properties& properties) {
+    const auto entry = properties.find(kHardwareTrigger);
+    if (entry != properties.end()) {
+        dynamic_cast<OrvexHardwareTrigger&>(*entry->second).restore();
+    }
 }
 
 void OrvexPropertyBuilder::linkProperties(Properties& properties) {
@@ -125,7 +136,9 @@ std::unique_ptr<Property> OrvexPropertyBuilder::makeSerialNumber(const std::stri
 
 std::unique_ptr<Property> OrvexPropertyBuilder::makeCameraId(const std::string& name, const PROPERTY_TYPE& type,
                                                              OrvexCamera& camera, const unsigned long& /*number*/) {
-    return makeConstant<unsigned long>(name, type, queryVersion(camera).cameraid);
+    const std::optional<ORVEX_VERSION> version = queryVersion(camera);
+    return std::make_unique<OrvexDeviceConstant<unsigned long>>(
+        name, type, version ? std::optional<unsigned long>(version->cameraid) : std::nullopt, 0);
 }
 
 std::unique_ptr<Property> OrvexPropertyBuilder::makeModelName(const std::string& name, const PROPERTY_TYPE& type,
@@ -143,19 +156,20 @@ std::unique_ptr<Property> OrvexPropertyBuilder::makeHardwareRevision(const std::
                                                                      OrvexCamera& camera,
                                                                      const unsigned long& /*number*/) {
     std::uint32_t revision = 0;
-    orvexApi().sdkGetHardwareRevision(camera.getHandle(), &revision);
-    return makeConstant<unsigned long>(name, type, revision);
+    const bool isTold = orvexApi().sdkGetHardwareRevision(camera.getHandle(), &revision) != 0;
+    return std::make_unique<OrvexDeviceConstant<unsigned long>>(
+        name, type, isTold ? std::optional<unsigned long>(revision) : std::nullopt, 0);
 }
 
 std::unique_ptr<Property> OrvexPropertyBuilder::makeDriverVersion(const std::string& name, const PROPERTY_TYPE& type,
                                                                   OrvexCamera& camera,
                                                                   const unsigned long& /*number*/) {
-    return makeConstant(name, type, Utilities::dottedBytes(queryVersion(camera).driver, 4));
+    return makeVersion(name, type, camera, &ORVEX_VERSION::driver);
 }
 
 std::unique_ptr<Property> OrvexPropertyBuilder::makeApiVersion(const std::string& name, const PROPERTY_TYPE& type,
                                                                OrvexCamera& camera, const unsigned long& /*number*/) {
-    return makeConstant(name, type, Utilities::dottedBytes(queryVersion(camera).api, 4));
+    return makeVersion(name, type, camera, &ORVEX_VERSION::api);
 }
 
 std::unique_ptr<Property> OrvexPropertyBuilder::makeConditional(const std::string& name, const PROPERTY_TYPE& type,

@@ -25,6 +25,9 @@ public:
     /// building.
     /// @param properties the camera's own map: later properties look earlier ones up in the camera
     static void build(Properties& properties, OrvexCamera& camera);
+    /// Has the hardware trigger go on as it was in an earlier connection; building has switched it off. Tells the
+    /// application where that fails, and is therefore called without a lock.
+    static void restoreTrigger(const Properties& properties);
     /// Links the pairs of which both are there.
     static void linkProperties(Properties& properties);
     static void linkBothWays(Property& a, Property& b);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
-#include <limits>
+#include <new>
 
 #include <gtest/gtest.h>
 
@@ -29,9 +29,6 @@ TEST_F(OrvexPropertyBuilderTest, ABareCameraGetsWhatNeedsNoAnswer) {
                      kHardwareRevision, kModelName, kSerialNumber, kShutter, kStreamingMode, kStrobe,
                      kStrobeFromStartExposure, kTimeout, kVendorName}));
     EXPECT_EQ(property(kFirmwareVersion).getValue() + " " + property(kFpgaVersion).getValue(), "0.1 0.0");
-    fail(Operation::sdkQueryVersion, 99);
-    connect(SoftwareDevices::bareDevice());
-    EXPECT_EQ(property(kCameraId).getValue(), "0") << "the version could not be read";
 }
 
 TEST_F(OrvexPropertyBuilderTest, WhatDependsOnAMissingPropertyIsMissingToo) {
@@ -109,13 +106,46 @@ TEST_F(OrvexPropertyBuilderTest, ASecondConnectionKeepsTheObjectsAndAddsWhatWasM
     EXPECT_TRUE(m_Camera->isPropertySupported(kExposure));
 }
 
-TEST_F(OrvexPropertyBuilderTest, AStandardExceptionEndsTheBuilding) {
+TEST_F(OrvexPropertyBuilderTest, AConstantBecomesWhatALaterConnectionTellsAndNothingElse) {
     DeviceDescription description = color();
-    description.properties.push_back({81, std::numeric_limits<float>::infinity()});
-    EXPECT_EQ(thrownBy([&] { connect(description); }), "invalid stoul argument");
-    Camera& camera = Camera::getCamera(std::to_string(description.serial));
+    description.hardwareRevision = 7;
+    const Texts names{kCameraId, kHardwareRevision, kDriverVersion, kApiVersion};
+    SoftwareDevices::failNext(description.serial, Operation::sdkQueryVersion, 99, 5);
+    SoftwareDevices::failNext(description.serial, Operation::sdkGetHardwareRevision, 1, 5);
+    connect(description);
+    const auto texts = [&] {
+        Texts all;
+        std::transform(names.begin(), names.end(), std::back_inserter(all),
+                       [&](const std::string& name) { return property(name).getValue(); });
+        return all;
+    };
+    const auto reconnect = [&] {
+        m_Camera->disconnect();
+        m_Camera->connect();
+    };
+    EXPECT_EQ(texts(), (Texts{"0", "0", "0.0.0.0", "0.0.0.0"}));
+    SoftwareDevices::clearFaults();
+    property(kCameraId).addLinkedProperty(property(kTimeout));
+    reconnect();
+    const Texts told = texts();
+    EXPECT_EQ(told[0] + " " + told[1], std::to_string(description.cameraId) + " 7");
+    EXPECT_EQ(property(kCameraId).getMaximum(), told[0]);
+    fail(Operation::sdkQueryVersion, 99);
+    fail(Operation::sdkGetHardwareRevision);
+    reconnect();
+    EXPECT_EQ(texts(), told) << "what cannot be read any more stays";
+    EXPECT_EQ(changesDuring(property(kTimeout), [&] { property(kCameraId).update(true); }), 1) << "so do links";
+}
+
+TEST_F(OrvexPropertyBuilderTest, AStandardExceptionEndsTheBuilding) {
+    OrvexAdapter::OrvexApi api = OrvexAdapter::orvexApi();
+    api.sdkGetSamplingDescription = [](void*, ORVEX_SAMPLING_DESCRIPTION*) -> std::uint32_t { throw std::bad_alloc(); };
+    use(&api);
+    EXPECT_THROW(connect(color()), std::bad_alloc);
+    Camera& camera = Camera::getCamera(std::to_string(color().serial));
     EXPECT_TRUE(camera.isPropertySupported(kHeight)) << "what was made so far stays";
-    EXPECT_FALSE(camera.isPropertySupported(kXOffset));
+    EXPECT_FALSE(camera.isPropertySupported(kPixelFormat));
+    use(nullptr);
 }
 
 } // namespace

@@ -238,6 +238,17 @@ TEST_F(OrvexPropertyTest, ARegionIsLimitedButNotRounded) {
 }
 
 TEST_F(OrvexPropertyTest, PixelFormatsAreTriedAndTheFormerOneRestored) {
+
+    m_Camera->disconnect();
+    Texts told;
+    m_Camera->registerPropertyChangeCallback([&](Property& changed) {
+        Camera::searchForNewCameras(); // no lock is held
+        told.push_back(changed.getName() + " " + changed.getValue());
+    });
+    fail(Operation::sdkSetHardwareTrigger, 2);
+    m_Camera->connect();
+    EXPECT_EQ(told, Texts{"Hardware Trigger Disabled"}) << "it could not be switched on again";
+    m_Camera->registerPropertyChangeCallback({});
     DeviceDescription description = color();
     description.pixelFormats = {6, 1, 7}; // the first is that of the start
     connect(description);

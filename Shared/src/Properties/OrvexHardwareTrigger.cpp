@@ -24,6 +24,13 @@ void OrvexHardwareTrigger::setValue(const std::string& value) {
     m_Value = on;
 }
 
+void OrvexHardwareTrigger::restore() {
+    if (m_Value && !switchTrigger(true)) {
+        m_Value = false;
+        onChange(true);
+    }
+}
+
 bool OrvexHardwareTrigger::switchTrigger(bool on) {
     return orvexApi().sdkSetHardwareTrigger(m_Camera->getHandle(), on ? 1 : 0) != 0;
 }

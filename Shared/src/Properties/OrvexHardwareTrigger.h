@@ -6,7 +6,8 @@
 
 namespace OrvexAdapter {
 
-/// Whether a signal starts each exposure. The state is what was written last.
+/// Whether a signal starts each exposure. The state is what was written last, and goes on in
+/// the next connection.
 class OrvexHardwareTrigger : public OrvexBooleanProperty {
 public:
     /// Switches the trigger off.
@@ -17,6 +18,10 @@ public:
 
     /// @throws KestrelException_Property "PropertyWriteFailure"  the state is unchanged
     void setValue(const std::string& value) override;
+
+    /// Switches the trigger on again where it was on; a new connection begins with it off. Where that fails it reads
+    /// "Disabled", and the change is told.
+    void restore();
 
 private:
     bool switchTrigger(bool on);

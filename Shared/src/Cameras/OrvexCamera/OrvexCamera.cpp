@@ -138,19 +138,22 @@ void OrvexCamera::connect() {
     }
     requireTransition(CameraState::Connected, QUILL_HERE);
     m_Stream->forceStop(); // one that was started on a suspended camera has its handle
-    const MutexLock lock(m_CameraEnumerationMutex);
-    closeHandle();
-    m_Handle = orvexApi().sdkCameraOpen(findCameraIndex());
-    if (m_Handle != nullptr) {
-        orvexApi().sdkPostOpenSetup(m_Handle, 1);
-    }
-    if (m_Handle == nullptr || isRetired() || hasOpenedAnother()) {
+    {
+        const MutexLock lock(m_CameraEnumerationMutex);
         closeHandle();
-        refuseConnection(QUILL_HERE);
+        m_Handle = orvexApi().sdkCameraOpen(findCameraIndex());
+        if (m_Handle != nullptr) {
+            orvexApi().sdkPostOpenSetup(m_Handle, 1);
+        }
+        if (m_Handle == nullptr || isRetired() || hasOpenedAnother()) {
+            closeHandle();
+            refuseConnection(QUILL_HERE);
+        }
+        buildProperties();
+        buildFunctions();
+        m_State = CameraState::Connected;
     }
-    buildProperties();
-    buildFunctions();
-    m_State = CameraState::Connected;
+    OrvexPropertyBuilder::restoreTrigger(m_Properties);
 }
 
 void OrvexCamera::disconnect() {
