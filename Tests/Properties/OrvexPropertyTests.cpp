@@ -1,5 +1,7 @@
 #include "Properties/OrvexStandardProperty.h"
 
+#include <limits>
+
 #include <gtest/gtest.h>
 
 #include "OrvexApi/OrvexApi.h"
@@ -170,6 +172,37 @@ TEST_F(OrvexPropertyTest, NumbersAreTruncatedToWhatTheTextsStandFor) {
     EXPECT_EQ(listOf(kVideoTapConfiguration), Texts{"Single"});
 }
 
+TEST_F(OrvexPropertyTest, RangesAndCountsThatCannotBeAreNotBelieved) {
+    constexpr float kInfinite = std::numeric_limits<float>::infinity();
+    constexpr float kNothing = std::numeric_limits<float>::quiet_NaN();
+    DeviceDescription description = color();
+    description.properties.push_back({106, 0, 0, 255, 0});
+    EXPECT_EQ(connect(description).getProperty(kStillClockSpeed).getValueList().size(), 256U);
+    for (const auto& [minimum, maximum] : std::vector<std::pair<float, float>>{
+             {0, 256}, {0, 1e8F}, {-1e9F, 1e9F}, {0, kInfinite}, {kNothing, 3}, {0, kNothing}, {1e30F, 1e30F}}) {
+        description.properties.back() = {106, 0, minimum, maximum, 0};
+        EXPECT_FALSE(connect(description).isPropertySupported(kStillClockSpeed)) << minimum << " " << maximum;
+    }
+    description.properties.back() = {81, kInfinite};
+    EXPECT_FALSE(connect(description).isPropertySupported(kMaximumWidth));
+    EXPECT_FALSE(m_Camera->isPropertySupported(kWidth)) << "whose limit it is";
+    static std::uint32_t count;
+    static const OrvexApi whole = orvexApi();
+    static OrvexApi api = whole;
+    api.sdkEnumAvailableFrameRates = [](void* handle, std::uint32_t slots, float* rates) {
+        return slots == 0 && count != 0 ? count : whole.sdkEnumAvailableFrameRates(handle, slots, rates);
+    };
+    use(&api);
+    count = 0xFFFFFFFF;
+    EXPECT_FALSE(connect(color()).isPropertySupported(kFramerate));
+    count = 0;
+    connect(color());
+    count = 1U << 30;
+    EXPECT_EQ(thrownBy([&] { property(kFramerate).getValueList(); }),
+              propertyFailure("PropertyReadFailure", "OrvexFramerate", kFramerate, kNotRead));
+    use(nullptr);
+}
+
 TEST_F(OrvexPropertyTest, AConstantRefusesLoudlyAndKnowsOneValue) {
     connect(color());
     put({81, 2592, 2592, 2592, 2592});
@@ -205,6 +238,17 @@ TEST_F(OrvexPropertyTest, HardwareTriggerIsSwitchedOffAndRemembersWhatWasWritten
     EXPECT_EQ(switched, (std::vector<double>{0, 1})) << "off by the constructor, then as the kept property says";
     EXPECT_EQ(property(kHardwareTrigger).getValue(), "Enabled");
     EXPECT_TRUE(SoftwareDevices::hardwareTrigger(m_Serial));
+
+    m_Camera->disconnect();
+    Texts told;
+    m_Camera->registerPropertyChangeCallback([&](Property& changed) {
+        Camera::searchForNewCameras(); // no lock is held
+        told.push_back(changed.getName() + " " + changed.getValue());
+    });
+    fail(Operation::sdkSetHardwareTrigger, 2);
+    m_Camera->connect();
+    EXPECT_EQ(told, Texts{"Hardware Trigger Disabled"}) << "it could not be switched on again";
+    m_Camera->registerPropertyChangeCallback({});
 }
 
 TEST_F(OrvexPropertyTest, ARegionIsLimitedButNotRounded) {
@@ -238,17 +282,6 @@ TEST_F(OrvexPropertyTest, ARegionIsLimitedButNotRounded) {
 }
 
 TEST_F(OrvexPropertyTest, PixelFormatsAreTriedAndTheFormerOneRestored) {
-
-    m_Camera->disconnect();
-    Texts told;
-    m_Camera->registerPropertyChangeCallback([&](Property& changed) {
-        Camera::searchForNewCameras(); // no lock is held
-        told.push_back(changed.getName() + " " + changed.getValue());
-    });
-    fail(Operation::sdkSetHardwareTrigger, 2);
-    m_Camera->connect();
-    EXPECT_EQ(told, Texts{"Hardware Trigger Disabled"}) << "it could not be switched on again";
-    m_Camera->registerPropertyChangeCallback({});
     DeviceDescription description = color();
     description.pixelFormats = {6, 1, 7}; // the first is that of the start
     connect(description);

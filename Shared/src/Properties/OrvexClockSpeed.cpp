@@ -2,15 +2,31 @@
 
 #include <cstdint>
 
+#include "Exceptions/Raise.h"
 #include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
+using namespace KestrelExceptions;
+
+namespace {
+
+/// Clock speeds are 8-bit numbers to the SDK. A range of more is no range.
+constexpr std::int64_t kMaximumSpeeds = 256;
+
+} // namespace
+
 OrvexClockSpeed::OrvexClockSpeed(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
                                  OrvexCamera& camera, const unsigned long& propertyId)
     : OrvexNumberedProperty(name, type, camera, propertyId) {
-    const std::int64_t last = truncate(readMaximum());
-    for (std::int64_t clock = truncate(readMinimum()); clock <= last; ++clock) {
+    const float minimum = readMinimum();
+    const float maximum = readMaximum();
+    const std::int64_t first = truncate(minimum);
+    const std::int64_t last = truncate(maximum);
+    if (!fitsInteger(minimum) || !fitsInteger(maximum) || last - first >= kMaximumSpeeds) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
+    }
+    for (std::int64_t clock = first; clock <= last; ++clock) {
         const auto number = static_cast<int>(clock);
         m_Enumeration.insert("Clock " + Utilities::toText(number), number);
     }

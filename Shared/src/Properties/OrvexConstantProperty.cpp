@@ -1,14 +1,20 @@
 #include "Properties/OrvexConstantProperty.h"
 
+#include "Exceptions/Raise.h"
 #include "Properties/Truncation.h"
 #include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
+using namespace KestrelExceptions;
+
 OrvexConstantProperty::OrvexConstantProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
                                              OrvexCamera& camera, const unsigned long& propertyId)
     : OrvexFixedProperty(name, type, camera, propertyId) {
     const float value = readValue();
+    if (!fitsInteger(value)) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
+    }
     m_Enumeration.insert(Utilities::toSixDecimals(value), truncate(value));
     m_ValueList = m_Enumeration.getList();
 }

@@ -10,6 +10,7 @@ namespace OrvexAdapter {
 /// text.
 class OrvexConstantProperty : public OrvexFixedProperty {
 public:
+    /// @throws KestrelException_Property "PropertyUnsupported"  also for a value that is no number of 32 bits
     OrvexConstantProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,
                           const unsigned long& propertyId);
 

@@ -19,11 +19,15 @@ namespace {
 
 constexpr std::uint32_t kVideoClockSpeed = 126;
 
+/// More rates than anybody chooses from. A count beyond is no count.
+constexpr std::uint32_t kMaximumRates = 1024;
+
 } // namespace
 
 OrvexFramerate::OrvexFramerate(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera)
     : Property(name, type), m_Camera(&camera) {
-    if (countRates() == 0) {
+    const std::uint32_t count = countRates();
+    if (count == 0 || count > kMaximumRates) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
     }
 }
@@ -64,10 +68,11 @@ bool OrvexFramerate::isDiscrete() {
 }
 
 std::vector<std::string> OrvexFramerate::getValueList() {
-    std::vector<float> rates(countRates());
+    const std::uint32_t count = countRates();
+    std::vector<float> rates(count <= kMaximumRates ? count : 0);
     const std::uint32_t available = orvexApi().sdkEnumAvailableFrameRates(
         m_Camera->getHandle(), static_cast<std::uint32_t>(rates.size()), rates.data());
-    if (available == 0) {
+    if (available == 0 || count > kMaximumRates) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyReadFailure, getName());
     }
     rates.resize(std::min<std::size_t>(rates.size(), available));
@@ -108,7 +113,7 @@ std::string OrvexFramerate::findValueInList(std::string text) {
     return *entry;
 }
 
-unsigned int OrvexFramerate::countRates() {
+std::uint32_t OrvexFramerate::countRates() {
     return orvexApi().sdkEnumAvailableFrameRates(m_Camera->getHandle(), 0, nullptr);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,7 @@ class OrvexCamera;
 /// the camera; a failed read throws KestrelException_Property "PropertyReadFailure".
 class OrvexFramerate : public CameraInterface::Property {
 public:
-    /// @throws KestrelException_Property "PropertyUnsupported"  the camera offers no rates
+    /// @throws KestrelException_Property "PropertyUnsupported"  the camera offers no rates, or more than can be
     OrvexFramerate(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);
 
     using Property::operator=;
@@ -42,7 +43,7 @@ public:
     virtual std::string findValueInList(std::string text);
 
 private:
-    unsigned int countRates();
+    std::uint32_t countRates();
     unsigned int defaultClockSteps();
 
     OrvexCamera* m_Camera; // owns this property

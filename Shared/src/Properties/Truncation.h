@@ -5,10 +5,14 @@
 
 namespace OrvexAdapter {
 
+/// Whether 32 bits hold a float without its fraction; false for what is no number.
+inline bool fitsInteger(float value) {
+    return value >= -2147483648.0F && value < 2147483648.0F;
+}
+
 /// A float without its fraction; the lowest number for what 32 bits cannot hold.
 inline std::int32_t truncate(float value) {
-    const bool fits = value >= -2147483648.0F && value < 2147483648.0F;
-    return fits ? static_cast<std::int32_t>(value) : std::numeric_limits<std::int32_t>::min();
+    return fitsInteger(value) ? static_cast<std::int32_t>(value) : std::numeric_limits<std::int32_t>::min();
 }
 
 } // namespace OrvexAdapter

@@ -30,6 +30,9 @@ constexpr unsigned int kEnumeratedInterfaces[] = {2};
 constexpr int kAliveQueries = 3;
 constexpr int kDeadFailures = 2;
 
+/// More cameras than any interface of a computer has. A count beyond is no count.
+constexpr std::uint32_t kMaximumCameras = 1024;
+
 } // namespace
 
 Utilities::Mutex OrvexCamera::m_CameraEnumerationMutex;
@@ -204,12 +207,16 @@ void OrvexCamera::buildFunctions() {
 }
 
 unsigned int OrvexCamera::getNumCameras() {
-    unsigned int index = 1;
-    while (void* handle = orvexApi().sdkCameraOpen(index)) {
+    unsigned int count = 0;
+    while (count < kMaximumCameras) {
+        void* handle = orvexApi().sdkCameraOpen(count + 1);
+        if (handle == nullptr) {
+            break;
+        }
         orvexApi().sdkCameraClose(handle);
-        ++index;
+        ++count;
     }
-    return index - 1;
+    return count;
 }
 
 unsigned int OrvexCamera::EnumCameras(ORVEX_VERSION* versions, unsigned int count) {
@@ -229,6 +236,9 @@ std::vector<ORVEX_VERSION> OrvexCamera::getConnectedCameras() {
     const auto announced = static_cast<std::uint32_t>(std::max(orvexApi().sdkNumCameras(), 0));
     if (announced == 0) {
         return {};
+    }
+    if (announced > kMaximumCameras) {
+        raise<KestrelException>(QUILL_HERE, Errors::kCameraEnumeration);
     }
     std::vector<ORVEX_VERSION> versions(announced, ORVEX_VERSION{});
     const auto filled = std::max(orvexApi().sdkEnumCameras(versions.data(), announced), 0);

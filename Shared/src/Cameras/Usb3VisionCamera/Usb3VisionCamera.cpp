@@ -28,6 +28,9 @@ namespace {
 constexpr int kAliveAttempts = 3;
 constexpr int kDeadFailures = 2;
 
+/// More cameras than any computer has. A count beyond is no count.
+constexpr std::uint32_t kMaximumCameras = 1024;
+
 struct PropertyDefinition {
     const char* name;
     PROPERTY_TYPE type;
@@ -93,6 +96,9 @@ std::vector<std::unique_ptr<Camera>> Usb3VisionCamera::getListOfCameras() {
     const std::uint32_t announced = tarnuLibrary().TarnuNumCameras();
     if (announced == 0) {
         return {};
+    }
+    if (announced > kMaximumCameras) {
+        raise<KestrelException>(QUILL_HERE, Errors::kCameraEnumeration);
     }
     std::vector<Usb3VisionCameraRecord> records(announced, Usb3VisionCameraRecord{});
     if (tarnuLibrary().TarnuEnumCameras(records.data(), announced) != announced) {
