@@ -1,6 +1,5 @@
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 
-#include <algorithm>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -51,9 +50,38 @@ TEST_F(OrvexCameraTest, EveryDeviceIsListedUnderItsUnsignedSerialNumber) {
     SoftwareDevices::plug(withSerial(1, 0xFFFF));
     EXPECT_EQ(Camera::searchForNewCameras(), 2U);
     EXPECT_EQ(Camera::getCamerasList(), (std::map<std::string, std::string>{{"1", ""}, {"4294967295", "Model 1CE"}}));
-    // A bus that announces more than it fills is no enumeration.
+    // A bus that announces more than it fills is no enumeration, and one that announces what cannot be is not asked.
+    Camera::unitialisedWorkpace();
     SoftwareDevices::failNext(SoftwareDevices::kNoDevice, Operation::sdkEnumCameras, 1, 1);
     EXPECT_EQ(Camera::searchForNewCameras(), 0U);
+    OrvexApi api = orvexApi();
+    api.sdkNumCameras = [] { return 1000000; };
+    api.sdkEnumCameras = [](ORVEX_VERSION*, std::uint32_t) -> std::int32_t {
+        ADD_FAILURE();
+        return 0;
+    };
+    useOrvexApi(&api);
+    EXPECT_EQ(Camera::searchForNewCameras(), 0U);
+    useOrvexApi(nullptr);
+}
+
+TEST_F(OrvexCameraTest, AHandleIsClosedOnceAndTheCameraIsConnectedUntilThen) {
+    static const OrvexApi whole = orvexApi();
+    static Camera* closing = nullptr;
+    static std::vector<CameraState> states;
+    OrvexApi api = whole;
+    api.sdkCameraClose = [](void*) -> std::uint32_t {
+        states.push_back(closing->getState());
+        return 0;
+    };
+    Camera& camera = open(mono());
+    closing = &camera;
+    useOrvexApi(&api);
+    camera.disconnect();
+    camera.suspend();
+    camera.connect();
+    EXPECT_EQ(states, (std::vector<CameraState>{CameraState::Connected, CameraState::Suspended}));
+    useOrvexApi(nullptr);
 }
 
 TEST_F(OrvexCameraTest, StatesChangeByTheirRules) {

@@ -34,12 +34,14 @@ const char* const kConnection = "Failed to connect to camera.";
 /// A bus with USB3 Vision cameras, all of which have one flash.
 struct Bus {
     std::vector<Usb3VisionCameraRecord> cameras;
-    std::optional<std::uint32_t> filled; ///< what the enumeration answers, if not the number of cameras
+    std::optional<std::uint32_t> announced; ///< how many cameras it says there are, if not their number
+    std::optional<std::uint32_t> filled;    ///< what the enumeration answers, if not the number of cameras
     int enumerations = 0;
     int opened = 0;
     int open = 0; ///< handles that are open now
     bool refuseOpen = false;
     bool refuseClose = false;
+    std::vector<CameraState> closings; ///< in which state the camera was
     Usb3VisionInfo info{};
     std::vector<unsigned char> file;
     std::deque<bool> reads; ///< whether the next reads of the flash succeed; the later ones do
@@ -73,7 +75,9 @@ std::uint32_t readFlash(void* /*handle*/, std::uint8_t* buffer, std::uint32_t ad
 
 TarnuLibrary busLibrary() {
     TarnuLibrary library;
-    library.TarnuNumCameras = [] { return static_cast<std::uint32_t>(bus.cameras.size()); };
+    library.TarnuNumCameras = [] {
+        return bus.announced.value_or(static_cast<std::uint32_t>(bus.cameras.size()));
+    };
     library.TarnuEnumCameras = [](Usb3VisionCameraRecord* records, std::uint32_t count) {
         ++bus.enumerations;
         std::copy_n(bus.cameras.begin(), std::min<std::size_t>(count, bus.cameras.size()), records);
@@ -92,6 +96,9 @@ TarnuLibrary busLibrary() {
         return &bus;
     };
     library.TarnuCloseCamera = [](void* /*handle*/) -> std::uint32_t {
+        if (Camera::getCamerasList().count("42") != 0) {
+            bus.closings.push_back(Camera::getCamera("42").getState());
+        }
         if (bus.refuseClose) {
             return 0;
         }
@@ -177,6 +184,22 @@ TEST_F(Usb3VisionCameraTest, EveryRecordIsACamera) {
         expectFailure<KestrelException>([] { Usb3VisionCamera::getListOfCameras(); }, "CameraEnumeration ",
                                         "Failed to enumerate cameras.");
     }
+    bus.announced = 0xFFFFFFFF;
+    const int enumerations = bus.enumerations;
+    expectFailure<KestrelException>([] { Usb3VisionCamera::getListOfCameras(); }, "CameraEnumeration ",
+                                    "Failed to enumerate cameras.");
+    EXPECT_EQ(bus.enumerations, enumerations) << "there cannot be so many";
+}
+
+TEST_F(Usb3VisionCameraTest, ACameraIsOpenedByTheRecordThatItHasNow) {
+    Camera& camera = find();
+    bus.cameras = {record("Y", 41), record("Y", 42)}; // replugged with another name before a check could see it gone
+    camera.connect();
+    EXPECT_TRUE(camera.isConnected());
+    camera.disconnect();
+    bus.cameras.pop_back();
+    bus.announced = 0xFFFFFFFF;
+    expectFailure<KestrelException_Camera>([&] { camera.connect(); }, "CameraConnection", kConnection);
 }
 
 TEST_F(Usb3VisionCameraTest, StatesChangeByTheirRules) {
@@ -191,7 +214,13 @@ TEST_F(Usb3VisionCameraTest, StatesChangeByTheirRules) {
     bus.refuseClose = true;
     camera.disconnect();
     EXPECT_TRUE(camera.isConnected()) << "a close that fails leaves the camera as it was";
+    EXPECT_EQ(bus.closings, std::vector<CameraState>{CameraState::Connected}) << "and as it was meanwhile";
+    camera.suspend();
+    camera.connect();
+    EXPECT_EQ(bus.closings.size(), 2U) << "each handle is closed once";
+    EXPECT_EQ(std::exchange(bus.open, 1), 2) << "what is not closed is left open";
     bus.refuseClose = false;
+    bus.opened = 1;
     camera.suspend();
     EXPECT_EQ(camera.getState(), CameraState::Suspended);
     expectFailure<KestrelException_CameraState>([&] { camera.disconnect(); }, "CameraState",

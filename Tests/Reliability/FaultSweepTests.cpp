@@ -293,6 +293,7 @@ protected:
     /// Does the action while something fails.
     void disturbed() {
         ++m_Faults;
+        SoftwareDevices::startLog();
         try {
             GetParam().action();
         } catch (const KestrelExceptions::KestrelException& failure) {
@@ -300,6 +301,10 @@ protected:
         } catch (const std::exception& failure) {
             expectAllowed(failure.what());
         }
+        const std::vector<SoftwareDevices::CallRecord> calls = SoftwareDevices::takeLog();
+        m_CloseFailed |= std::any_of(calls.begin(), calls.end(), [](const SoftwareDevices::CallRecord& call) {
+            return call.operation == SoftwareDevices::Operation::sdkCameraClose && !call.succeeded;
+        });
         SoftwareDevices::clearFaults();
     }
 
@@ -312,7 +317,7 @@ protected:
         awaitReboot();
         if (Camera::getCamerasList().count(kSerialNumber) != 0) {
             const CameraState state = camera().getState();
-            if (state != CameraState::Suspended) { // which is open, or could not be resumed
+            if (state != CameraState::Suspended && !m_CloseFailed) { // suspended: open, or could not be resumed
                 EXPECT_EQ(state == CameraState::Connected, SoftwareDevices::isOpen(kSerial));
             }
             EXPECT_TRUE(camera().isStreaming() || !SoftwareDevices::isStreaming(kSerial));
@@ -330,6 +335,7 @@ protected:
     std::uint64_t m_Calls = std::numeric_limits<std::uint64_t>::max();
     int m_Faults = 0;
     bool m_IsUnplugged = false;
+    bool m_CloseFailed = false;
 };
 
 std::string nameOf(const ::testing::TestParamInfo<Scenario>& info) {
@@ -352,7 +358,12 @@ TEST_P(FaultSweep, AFailureIsToldAndLeavesNothingBehind) {
             }
         }
         Camera::unitialisedWorkpace();
-        EXPECT_FALSE(SoftwareDevices::isOpen(kSerial));
+        if (m_CloseFailed) { // and is not tried again: the device may have kept the handle, until it leaves the bus
+            SoftwareDevices::unplug(kSerial);
+            m_CloseFailed = false;
+        } else {
+            EXPECT_FALSE(SoftwareDevices::isOpen(kSerial));
+        }
         ready();
     }
 }

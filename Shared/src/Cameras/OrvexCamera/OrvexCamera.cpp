@@ -55,8 +55,8 @@ OrvexCamera::~OrvexCamera() {
         OrvexCamera::disconnect();
     } catch (const std::exception&) {
         // A suspended camera refuses to be disconnected, but must not stay open.
+        closeHandle();
     }
-    closeHandle();
 }
 
 std::vector<std::unique_ptr<Camera>> OrvexCamera::getListOfCameras() {
@@ -123,7 +123,9 @@ std::string OrvexCamera::getModelName() {
 }
 
 bool OrvexCamera::isCameraAlive() {
-    return isAlive(m_Handle);
+    void* const handle = m_Handle;
+    // One that is being closed at this moment falls silent too.
+    return isAlive(handle) || m_Closing || m_Handle != handle;
 }
 
 bool OrvexCamera::isAlive(void* handle) {
@@ -144,11 +146,8 @@ void OrvexCamera::connect() {
     {
         const MutexLock lock(m_CameraEnumerationMutex);
         closeHandle();
-        m_Handle = orvexApi().sdkCameraOpen(findCameraIndex());
-        if (m_Handle != nullptr) {
-            orvexApi().sdkPostOpenSetup(m_Handle, 1);
-        }
-        if (m_Handle == nullptr || isRetired() || hasOpenedAnother()) {
+        openHandle();
+        if (m_Handle == nullptr || isRetired()) {
             closeHandle();
             refuseConnection(QUILL_HERE);
         }
@@ -167,13 +166,12 @@ void OrvexCamera::disconnect() {
     if (isStreaming()) {
         stopStream();
     }
-    // First the state: the watchdog takes a connected camera that does not answer for one that is gone.
-    m_State = CameraState::Disconnected;
+    m_Closing = true;
     if (orvexApi().sdkCameraClose(m_Handle) != 0) {
         m_Handle = nullptr;
-    } else {
-        m_State = CameraState::Connected;
+        m_State = CameraState::Disconnected;
     }
+    m_Closing = false;
 }
 
 void OrvexCamera::suspend() {
@@ -186,8 +184,23 @@ void OrvexCamera::suspend() {
 
 void OrvexCamera::closeHandle() {
     if (void* handle = m_Handle.exchange(nullptr)) {
-        if (orvexApi().sdkCameraClose(handle) == 0) {
-            orvexApi().sdkCameraClose(handle); // once more: nobody has the handle from now on
+        orvexApi().sdkCameraClose(handle);
+    }
+}
+
+void OrvexCamera::openHandle() {
+    for (int search = 0; search < kSearches; ++search) {
+        const unsigned int index = findCameraIndex();
+        m_Handle = orvexApi().sdkCameraOpen(index);
+        if (m_Handle != nullptr) {
+            orvexApi().sdkPostOpenSetup(m_Handle, 1);
+            if (!hasOpenedAnother()) {
+                return;
+            }
+            closeHandle();
+        }
+        if (findCameraIndex() == index) {
+            return; // it does not open
         }
     }
 }

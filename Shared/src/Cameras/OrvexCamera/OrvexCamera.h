@@ -59,12 +59,16 @@ private:
     static unsigned int EnumCameras(ORVEX_VERSION* versions, unsigned int count);
     static std::vector<ORVEX_VERSION> getConnectedCameras();
     unsigned int findCameraIndex();
+    /// Opens this camera, even if its index moves meanwhile, because another one comes or goes. The handle stays null
+    /// where it cannot be opened.
+    void openHandle();
     /// The settings of this camera, even if its index moves meanwhile, because another one comes or goes.
     /// @throws KestrelException "GigEError"  it does not tell them
     /// @throws KestrelException "CameraEnumeration "  the index never stays
     void readNetworkSettings(CGigE& settings);
+    /// Closes the handle, once: one that the SDK does not close may be another camera's by the next call.
     void closeHandle();
-    /// Whether the indices moved between the search for the camera and its opening, because another one came or went.
+    /// Whether the open handle is certainly another camera's.
     bool hasOpenedAnother();
     bool cameraCanHandleConversion(const std::unique_ptr<Imaging::Image>& image, Imaging::IMAGE_FORMAT format);
     std::unique_ptr<Imaging::Image> convertImageUsingCamera(const std::unique_ptr<Imaging::Image>& image,
@@ -74,7 +78,11 @@ private:
     /// Nothing that is called under it takes it again.
     static Utilities::Mutex m_CameraEnumerationMutex;
 
-    std::atomic<void*> m_Handle{nullptr}; // read by the watchdog
+    /// How often a camera is looked for while the indices keep moving.
+    static constexpr int kSearches = 5;
+
+    std::atomic<void*> m_Handle{nullptr}; // read by the watchdog, as is the next one
+    std::atomic<bool> m_Closing{false};   // disconnect() closes the handle at this moment
     ORVEX_VERSION m_Version;
     CGigE m_GigE;
     unsigned int m_Interface;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <exception>
 #include <iterator>
 #include <stdexcept>
@@ -86,13 +87,21 @@ Usb3VisionCamera::~Usb3VisionCamera() {
         Usb3VisionCamera::disconnect();
     } catch (const std::exception&) {
         // A suspended camera refuses to be disconnected, but must not stay open.
+        closeHandle();
     }
-    closeHandle();
 }
 
 std::vector<std::unique_ptr<Camera>> Usb3VisionCamera::getListOfCameras() {
     Internal::renewInEveryForkedChild<m_CameraEnumerationMutex>();
     const MutexLock lock(m_CameraEnumerationMutex);
+    std::vector<std::unique_ptr<Camera>> cameras;
+    for (const Usb3VisionCameraRecord& record : enumerate()) {
+        cameras.push_back(std::make_unique<Usb3VisionCamera>(record));
+    }
+    return cameras;
+}
+
+std::vector<Usb3VisionCameraRecord> Usb3VisionCamera::enumerate() {
     const std::uint32_t announced = tarnuLibrary().TarnuNumCameras();
     if (announced == 0) {
         return {};
@@ -104,12 +113,7 @@ std::vector<std::unique_ptr<Camera>> Usb3VisionCamera::getListOfCameras() {
     if (tarnuLibrary().TarnuEnumCameras(records.data(), announced) != announced) {
         raise<KestrelException>(QUILL_HERE, Errors::kCameraEnumeration);
     }
-    std::vector<std::unique_ptr<Camera>> cameras;
-    cameras.reserve(records.size());
-    for (const Usb3VisionCameraRecord& record : records) {
-        cameras.push_back(std::make_unique<Usb3VisionCamera>(record));
-    }
-    return cameras;
+    return records;
 }
 
 void* Usb3VisionCamera::getHandle() {
@@ -133,6 +137,7 @@ std::string Usb3VisionCamera::getModelName() {
 }
 
 bool Usb3VisionCamera::isCameraAlive() {
+    void* const handle = m_Handle;
     int failures = 0;
     for (int attempt = 0; attempt < kAliveAttempts; ++attempt) {
         try {
@@ -142,7 +147,8 @@ bool Usb3VisionCamera::isCameraAlive() {
             ++failures;
         }
     }
-    return failures < kDeadFailures;
+    // One that is being closed at this moment falls silent too.
+    return failures < kDeadFailures || m_Closing || m_Handle != handle;
 }
 
 void Usb3VisionCamera::connect() {
@@ -152,7 +158,7 @@ void Usb3VisionCamera::connect() {
     requireTransition(CameraState::Connected, QUILL_HERE);
     const MutexLock lock(m_CameraEnumerationMutex);
     closeHandle();
-    m_Handle = tarnuLibrary().TarnuOpenCamera(&m_CameraRecord);
+    openHandle();
     if (m_Handle == nullptr || isRetired()) {
         closeHandle();
         refuseConnection(QUILL_HERE);
@@ -167,13 +173,12 @@ void Usb3VisionCamera::disconnect() {
         return;
     }
     requireTransition(CameraState::Disconnected, QUILL_HERE);
-    // First the state: the watchdog takes a connected camera that does not answer for one that is gone.
-    m_State = CameraState::Disconnected;
+    m_Closing = true;
     if (tarnuLibrary().TarnuCloseCamera(m_Handle) != 0) {
         m_Handle = nullptr;
-    } else {
-        m_State = CameraState::Connected;
+        m_State = CameraState::Disconnected;
     }
+    m_Closing = false;
 }
 
 void Usb3VisionCamera::suspend() {
@@ -204,11 +209,28 @@ Property& Usb3VisionCamera::findProperty(std::string name) { // NOLINT(performan
     return getProperty(name);
 }
 
+void Usb3VisionCamera::openHandle() {
+    m_Handle = tarnuLibrary().TarnuOpenCamera(&m_CameraRecord);
+    if (m_Handle != nullptr) {
+        return;
+    }
+    try {
+        for (const Usb3VisionCameraRecord& record : enumerate()) {
+            if (record.serialNumber == m_CameraRecord.serialNumber &&
+                std::memcmp(&record, &m_CameraRecord, sizeof(record)) != 0) {
+                m_CameraRecord = record;
+                m_Handle = tarnuLibrary().TarnuOpenCamera(&m_CameraRecord);
+                return;
+            }
+        }
+    } catch (const KestrelException&) {
+        // It does not open: that is what there is to tell.
+    }
+}
+
 void Usb3VisionCamera::closeHandle() {
     if (void* handle = m_Handle.exchange(nullptr)) {
-        if (tarnuLibrary().TarnuCloseCamera(handle) == 0) {
-            tarnuLibrary().TarnuCloseCamera(handle); // once more: nobody has the handle from now on
-        }
+        tarnuLibrary().TarnuCloseCamera(handle);
     }
 }
 

@@ -46,12 +46,18 @@ protected:
     void buildFunctions() override;
 
 private:
+    static std::vector<Usb3VisionCameraRecord> enumerate();
+    /// Opens the camera, also where it is enumerated with another record now. The handle stays null where it cannot be
+    /// opened.
+    void openHandle();
+    /// Closes the handle, once: one that the library does not close may be another camera's by the next call.
     void closeHandle();
 
     /// Serialises enumeration, which the watchdogs run, with opening. Nothing that is called under it takes it again.
     static Utilities::Mutex m_CameraEnumerationMutex;
 
-    std::atomic<void*> m_Handle{nullptr}; // read by the watchdog
+    std::atomic<void*> m_Handle{nullptr}; // read by the watchdog, as is the next one
+    std::atomic<bool> m_Closing{false};   // disconnect() closes the handle at this moment
     Usb3VisionCameraRecord m_CameraRecord;
     std::string m_SerialNumber;
     std::string m_ModelName;
