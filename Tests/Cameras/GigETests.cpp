@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <fstream>
+#include <functional>
 #include <map>
 #include <optional>
 #include <utility>
@@ -72,12 +74,21 @@ TEST_F(GigETest, ACameraThatSaysItIsOnTheNetworkDescribesIt) {
     auto& camera = open(description);
     const std::optional<GigEDescription> network = readGigE(camera);
     ASSERT_TRUE(network);
-    EXPECT_EQ(network->settings.GetCamMacAddress(), "00:A:1B:3:4:F5");
-    EXPECT_EQ(network->settings.GetHostIPAddress(), "192.168.1.2");
-    EXPECT_EQ(std::count(network->statistics.begin(), network->statistics.end(), '\n'), 32);
+    EXPECT_EQ(network->settings.value().GetCamMacAddress(), "00:A:1B:3:4:F5");
+    EXPECT_EQ(network->settings.value().GetHostIPAddress(), "192.168.1.2");
+    const std::string report = network->statistics.value();
+    EXPECT_EQ(std::count(report.begin(), report.end(), '\n'), 32);
+    EXPECT_FALSE(network->failure);
+    // One part that is not told is all that is missing.
     SoftwareDevices::failNext(description.serial, SoftwareDevices::Operation::sdkGetStreamStats, 1, 7);
-    EXPECT_EQ(thrownBy([&] { readGigE(camera); }),
+    const GigEDescription uncounted = readGigE(camera).value();
+    EXPECT_TRUE(uncounted.settings && !uncounted.statistics);
+    EXPECT_EQ(thrownBy([&] { std::rethrow_exception(uncounted.failure); }),
               failure("camera error #7, could not get GigE statistics from camera."));
+    SoftwareDevices::failNext(description.serial, SoftwareDevices::Operation::sdkGetEthernetInfo, 1, 7);
+    SoftwareDevices::failNext(description.serial, SoftwareDevices::Operation::sdkGetHardwareInterface, 1, 7);
+    const GigEDescription unaddressed = readGigE(camera).value();
+    EXPECT_TRUE(!unaddressed.settings && unaddressed.statistics && unaddressed.failure);
     camera.disconnect();
     EXPECT_FALSE(readGigE(camera));
     EXPECT_FALSE(readGigE(open(SoftwareDevices::defaultDevices()[1]))) << "on USB";
@@ -111,6 +122,23 @@ TEST_F(GigETest, TheSettingsAreThoseOfTheCameraEvenIfAnotherOneLeavesMeanwhile) 
     useOrvexApi(nullptr);
 }
 
+TEST_F(GigETest, AFailureNamesTheLineThatThrowsIt) {
+    static const OrvexApi failing;
+    useOrvexApi(&failing);
+    for (const auto& operation :
+         std::vector<std::function<void()>>{[&] { m_GigE.GetEthernetInfo(1); }, [&] { m_GigE.SetEthernetInfo(1); },
+                                            [&] { m_GigE.GetGigeCamStats(nullptr); }}) {
+        const std::string where = TestSupport::expectThrown<KestrelExceptions::KestrelException>(operation).where();
+        std::ifstream header(QUILL_TEST_SOURCE_FOLDER "/Shared/include/Cameras/OrvexCamera/GigE.h");
+        std::string line;
+        for (int number = std::stoi(where.substr(where.find('#') + 1)); number > 0; --number) {
+            std::getline(header, line);
+        }
+        EXPECT_NE(line.find("raise(__LINE__"), std::string::npos) << where << line;
+    }
+    useOrvexApi(nullptr);
+}
+
 TEST_F(GigETest, ParsesTexts) {
     for (const auto& [text, address] : std::map<std::string, std::string>{{"10.0.0.2", "10.0.0.2"},
                                                                           {"10.0.2", "0.10.0.2"},
@@ -128,6 +156,7 @@ TEST_F(GigETest, ParsesTexts) {
     EXPECT_THROW(m_GigE.SetHostIpAddress("9.9.9.9.9"), std::invalid_argument);
     EXPECT_THROW(m_GigE.SetHostMacAddress("9:9:9:9:9:9:9"), std::invalid_argument);
     EXPECT_THROW(m_GigE.SetHostMacAddress("9:x"), std::invalid_argument);
+    EXPECT_THROW(m_GigE.SetHostMacAddress("9:100000000"), std::out_of_range);
     EXPECT_EQ(m_GigE.GetHostIPAddress(), "1.2.3.4");
     EXPECT_EQ(m_GigE.GetHostMacAddress(), "FF:10:1B:3:4:F5");
 }
@@ -153,6 +182,8 @@ TEST_F(GigETest, ReportsTheCounters) {
                       "Unexpedted resend: 110\nBabble errors: 105\nOther Errors: 106\nShort Errors: 103\n"
                       "Xact Errors: 104\n");
     api = OrvexApi();
+    EXPECT_THROW(m_GigE.GetGigeCamStats(nullptr), KestrelExceptions::KestrelException);
+    EXPECT_EQ(m_GigE.GetGigeCamStatsString(), report) << "the last statistics are there still";
     api.sdkGetLastErrorForCamera = [](void*) -> std::uint32_t { return 4000000000U; };
     EXPECT_EQ(thrownBy([&] { m_GigE.GetGigeCamStatsToString(nullptr); }),
               failure("camera error #4000000000, could not get GigE statistics from camera."));

@@ -31,14 +31,16 @@ DeviceDescription smallDevice() {
     return device;
 }
 
+std::uint32_t plugGige() {
+    DeviceDescription device = gigeDevice();
+    device.interfaceNumber = 2; // where cameras are looked for
+    return plug(device);
+}
+
 /// By what the environment calls it.
 const std::map<std::string, void (*)()> kDevices{
-    {"gige",
-     [] {
-         DeviceDescription device = gigeDevice();
-         device.interfaceNumber = 2; // where cameras are looked for
-         plug(device);
-     }},
+    {"gige", [] { plugGige(); }},
+    {"uncounted", [] { failNext(plugGige(), Operation::sdkGetStreamStats, 1'000'000'000, kInternalError); }},
     {"silent", [] { dropFrames(plug(smallDevice()), 1'000'000'000); }},
     {"worn", [] { failNext(plug(smallDevice()), Operation::sdkReadFlash, 1'000'000'000, kInternalError); }},
     {"pulled", [] { unplugDuring(plug(defaultDevices()[0]), Operation::sdkRegisterWrite, 20); }},

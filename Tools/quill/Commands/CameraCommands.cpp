@@ -1,4 +1,5 @@
 #include <array>
+#include <exception>
 #include <map>
 #include <optional>
 #include <string>
@@ -121,7 +122,11 @@ public:
             context.output.printJson(m_Document);
         } else {
             context.output.printTable(m_Table);
-            context.output.print(m_Network ? m_Network->statistics : "");
+            context.output.print(m_Network ? m_Network->statistics.value_or("") : "");
+        }
+        if (m_Network && m_Network->failure) {
+            camera.attempt("its network cannot be described in full",
+                           [this] { std::rethrow_exception(m_Network->failure); });
         }
         return ExitCode::Done;
     }
@@ -131,19 +136,23 @@ private:
         if (!m_Network) {
             return;
         }
-        Json& network = m_Document["network"];
-        for (const NetworkAddress& address : kNetworkAddresses) {
-            network[address.owner][address.key] = (m_Network->settings.*address.text)();
+        Json& network = m_Document["network"] = Json::object();
+        if (m_Network->settings) {
+            for (const NetworkAddress& address : kNetworkAddresses) {
+                network[address.owner][address.key] = (*m_Network->settings.*address.text)();
+            }
         }
-        network["statistics"] = m_Network->statistics;
+        if (m_Network->statistics) {
+            network["statistics"] = *m_Network->statistics;
+        }
     }
 
     void addNetworkToTable() {
-        if (!m_Network) {
+        if (!m_Network || !m_Network->settings) {
             return;
         }
         for (const NetworkAddress& address : kNetworkAddresses) {
-            m_Table.rows.push_back({address.title, (m_Network->settings.*address.text)()});
+            m_Table.rows.push_back({address.title, (*m_Network->settings.*address.text)()});
         }
     }
 
@@ -165,7 +174,8 @@ std::vector<CommandDescription> cameraCommands() {
          "  quill list --json | jq -r '.cameras[].serialNumber'\n",
          makeCommand<ListCommand>},
         {"info", "Describe a camera",
-         "Of a GigE camera also the addresses, on both ends, and the counters of its stream.\n\n"
+         "Of a GigE camera also the addresses, on both ends, and the counters of its stream. Ends with 1 where the\n"
+         "camera does not tell one of the two.\n\n"
          "Examples:\n"
          "  quill info 90001\n"
          "  quill info 90001 --json | jq -r '.information[\"Firmware Version\"]'\n",

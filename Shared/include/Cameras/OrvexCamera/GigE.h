@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <string>
 
@@ -39,10 +40,18 @@ class QUILL_API CGigE {
 public:
     /// Reads the settings of camera and host.
     /// @throws KestrelException "GigEError"
-    void GetEthernetInfo(int index);
+    void GetEthernetInfo(int index) {
+        if (!readEthernetInfo(index)) {
+            raise(__LINE__, "could not read ethernet information from camera index #" + std::to_string(index));
+        }
+    }
     /// Writes the camera's three addresses.
     /// @throws KestrelException "GigEError"  the camera keeps its settings
-    void SetEthernetInfo(int index);
+    void SetEthernetInfo(int index) {
+        if (!writeEthernetInfo(index)) {
+            raise(__LINE__, "could not update camera ethernet setting for camera index #" + std::to_string(index));
+        }
+    }
 
     // Addresses as four decimal numbers joined by ".".
     std::string GetCamIPAddress() const;
@@ -68,19 +77,33 @@ public:
     void SetHostGatewayAddress(const std::string& text);
 
     // Each hexadecimal piece between ":" gives, with its low 8 bits, the next byte from the first on. More than six
-    // pieces, or one that is no number, are refused with std::invalid_argument, and nothing is changed.
+    // pieces, or one that is no number, are refused with std::invalid_argument, a piece wider than 32 bits with
+    // std::out_of_range; nothing is changed then.
     void SetCamMacAddress(const std::string& text);
     void SetHostMacAddress(const std::string& text);
 
     /// Reads the counters of an open camera's stream.
-    /// @throws KestrelException "GigEError"
-    _ORVEX_STREAM_STATS GetGigeCamStats(void* handle);
+    /// @throws KestrelException "GigEError"  the counters are what the SDK left, as a rule the last ones
+    _ORVEX_STREAM_STATS GetGigeCamStats(void* handle) {
+        if (!readStatistics(handle)) {
+            raise(__LINE__, "camera error #" + std::to_string(getLastError(handle)) +
+                                ", could not get GigE statistics from camera.");
+        }
+        return m_StreamStats;
+    }
     /// A report of the counters as last read, one to a line.
     std::string GetGigeCamStatsString();
     /// Reads the counters and reports them; throws like GetGigeCamStats().
     std::string GetGigeCamStatsToString(void* handle);
 
 private:
+    // The failures are told here, so that they name this file and its lines.
+    [[noreturn]] static void raise(int line, const std::string& description);
+    bool readEthernetInfo(int index);
+    bool writeEthernetInfo(int index);
+    bool readStatistics(void* handle);
+    static std::uint32_t getLastError(void* handle);
+
     static unsigned long GetIpFromString(const std::string& text);
     static std::string IpString(const unsigned long& address);
     static void SetMacFromString(unsigned char* mac, const std::string& text);
@@ -89,14 +112,14 @@ private:
     _ORVEX_STREAM_STATS m_StreamStats;
 };
 
-/// What a GigE camera tells of its network.
+/// What a GigE camera tells of its network. What it does not tell is empty.
 struct GigEDescription {
-    CGigE settings;
-    std::string statistics; ///< the report of the stream's counters
+    std::optional<CGigE> settings;
+    std::optional<std::string> statistics; ///< the report of the stream's counters
+    std::exception_ptr failure;            ///< why something is missing, a KestrelException; null where nothing is
 };
 
 /// Asks a connected GigE camera for its network settings and counters; empty for every other camera.
-/// @throws KestrelException  the camera does not tell them
 QUILL_API std::optional<GigEDescription> readGigE(CameraInterface::Camera& camera);
 
 } // namespace OrvexAdapter

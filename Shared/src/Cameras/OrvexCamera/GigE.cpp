@@ -67,11 +67,6 @@ constexpr ReportLine kReportLines[] = {
 };
 static_assert(std::size(kReportLines) == 31);
 
-[[noreturn]] void raiseGigEError(int line, const std::string& description) {
-    // Named by the header, where applications know these operations from.
-    throw KestrelException::create("GigEError", "Shared/include/Cameras/OrvexCamera/GigE.h", line, description);
-}
-
 std::string hexadecimal(unsigned byte) {
     std::array<char, 8> digits{};
     const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), byte, 16);
@@ -90,19 +85,21 @@ std::string macText(const unsigned char* mac) {
 
 } // namespace
 
-void CGigE::GetEthernetInfo(int index) {
-    if (orvexApi().sdkGetEthernetInfo(index, m_Ethernet.cameraMac, m_Ethernet.cameraAddresses, m_Ethernet.hostMac,
-                                      m_Ethernet.hostAddresses) == 0) {
-        raiseGigEError(__LINE__, "could not read ethernet information from camera index #" + Utilities::toText(index));
-    }
+void CGigE::raise(int line, const std::string& description) {
+    throw KestrelException::create("GigEError", "Shared/include/Cameras/OrvexCamera/GigE.h", line, description);
 }
 
-void CGigE::SetEthernetInfo(int index) {
+bool CGigE::readEthernetInfo(int index) {
+    return orvexApi().sdkGetEthernetInfo(index, m_Ethernet.cameraMac, m_Ethernet.cameraAddresses, m_Ethernet.hostMac,
+                                         m_Ethernet.hostAddresses) != 0;
+}
+
+bool CGigE::writeEthernetInfo(int index) {
     if (orvexApi().sdkSetEthernetInfo(index, m_Ethernet.cameraAddresses) == 0) {
-        raiseGigEError(__LINE__,
-                       "could not update camera ethernet setting for camera index #" + Utilities::toText(index));
+        return false;
     }
     orvexApi().sdkNumCameras(); // makes the SDK look for the camera at its new address
+    return true;
 }
 
 std::string CGigE::GetCamIPAddress() const {
@@ -169,17 +166,17 @@ void CGigE::SetHostMacAddress(const std::string& text) {
     SetMacFromString(m_Ethernet.hostMac, text);
 }
 
-_ORVEX_STREAM_STATS CGigE::GetGigeCamStats(void* handle) {
+bool CGigE::readStatistics(void* handle) {
+    // The boundary's record. It starts as the last statistics, which a read that fails may leave as they are.
     ::_ORVEX_STREAM_STATS statistics{};
+    std::copy(std::begin(m_StreamStats.counters), std::end(m_StreamStats.counters), statistics.counters);
     const bool read = orvexApi().sdkGetStreamStats(handle, kGigeCounters, &statistics, sizeof(statistics)) != 0;
     std::copy(std::begin(statistics.counters), std::end(statistics.counters), m_StreamStats.counters);
-    if (!read) {
-        raiseGigEError(__LINE__,
-                       "camera error #" +
-                           Utilities::toText(static_cast<unsigned long>(orvexApi().sdkGetLastErrorForCamera(handle))) +
-                           ", could not get GigE statistics from camera.");
-    }
-    return m_StreamStats;
+    return read;
+}
+
+std::uint32_t CGigE::getLastError(void* handle) {
+    return orvexApi().sdkGetLastErrorForCamera(handle);
 }
 
 std::string CGigE::GetGigeCamStatsString() {

@@ -62,6 +62,7 @@ private:
     /// Opens this camera, even if its index moves meanwhile, because another one comes or goes. The handle stays null
     /// where it cannot be opened.
     void openHandle();
+    bool isOnNetwork();
     /// The settings of this camera, even if its index moves meanwhile, because another one comes or goes.
     /// @throws KestrelException "GigEError"  it does not tell them
     /// @throws KestrelException "CameraEnumeration "  the index never stays

@@ -3,6 +3,8 @@
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "OrvexApi/OrvexApi.h"
+#include "Properties/OrvexEnumerations.h"
+#include "PropertyNames.h"
 
 namespace OrvexAdapter {
 
@@ -11,26 +13,47 @@ using Utilities::MutexLock;
 
 namespace {
 
-/// How often the settings are read while the indices keep moving.
-constexpr int kReadings = 5;
+/// Reads a part of a description. The others are worth having without it.
+template <typename Read>
+void readPart(GigEDescription& description, Read read) {
+    try {
+        read();
+    } catch (const KestrelException&) {
+        if (!description.failure) {
+            description.failure = std::current_exception();
+        }
+    }
+}
 
 } // namespace
 
+bool OrvexCamera::isOnNetwork() {
+    try {
+        // As it was read when the camera was connected: one more read is one more that may fail.
+        const std::string interface = getProperty(CameraInterface::PropertyNames::kHardwareInterface).getValue();
+        return HardwareInterfaces().toValue(interface) == static_cast<int>(kGigEInterface);
+    } catch (const KestrelException&) {
+        return false;
+    }
+}
+
 std::optional<GigEDescription> OrvexCamera::describeNetwork() {
     const MutexLock lock(m_CameraEnumerationMutex);
-    std::uint32_t interface = 0;
-    if (!isConnected() || orvexApi().sdkGetHardwareInterface(m_Handle, &interface) == 0 ||
-        interface != kGigEInterface) {
+    if (!isConnected() || !isOnNetwork()) {
         return std::nullopt;
     }
     GigEDescription description;
-    readNetworkSettings(description.settings);
-    description.statistics = description.settings.GetGigeCamStatsToString(m_Handle);
+    readPart(description, [&] {
+        CGigE settings;
+        readNetworkSettings(settings);
+        description.settings = settings;
+    });
+    readPart(description, [&] { description.statistics = CGigE().GetGigeCamStatsToString(m_Handle); });
     return description;
 }
 
 void OrvexCamera::readNetworkSettings(CGigE& settings) {
-    for (int reading = 0; reading < kReadings; ++reading) {
+    for (int reading = 0; reading < kSearches; ++reading) {
         const unsigned int index = findCameraIndex();
         std::exception_ptr failure;
         try {
