@@ -3,6 +3,39 @@
 namespace CameraInterface::PropertyNames {
 
 // The names under which cameras list their properties. Which of them a camera has, it says itself.
+//
+// What Property::setValue() does with a text, by kind. A camera that does not answer, or refuses, is told by
+// KestrelException_Property: "PropertyReadFailure", "PropertyRangeReadFailure", "PropertyErrorUnknown" (whether the
+// property can be written) or "PropertyWriteFailure".
+//
+// Properties of the SDK's cameras:
+// - Numbers of the camera (all that is not named below): limited to the range. A text that is no number throws
+//   std::invalid_argument or std::out_of_range. A difference of less than 1.2e-7 writes nothing. Ignored while it
+//   cannot be written.
+// - Names of the camera (correction matrix, demosaic method, flipping, clock speeds, tap configurations, trigger mode):
+//   another text throws KestrelException "PropertyValueConversion". Ignored while it cannot be written, which a tap
+//   configuration cannot while the camera is streaming.
+// - Switches of the camera (auto exposure, tap corrections, fan): another text than "Enabled" or "Disabled" throws
+//   KestrelException_InvalidArgument "ArgumentUnhandled". The fan is ignored while it cannot be written, the others
+//   throw "PropertyWriteFailure".
+// - Region (width, height, offsets): limited to the range, but not to a multiple of "Unit Width" or "Unit Height". A
+//   text that is no unsigned number of 32 bits throws std::invalid_argument or std::out_of_range; "-1" is the largest.
+// - Frame rate: the first one whose text contains the text; none throws std::invalid_argument. A running stream is
+//   stopped and started again, which throws what Camera::stopStream() and Camera::startStream() throw.
+// - Sampling description, pixel format, shutter and streaming mode are kept in memory: another text throws
+//   KestrelException "PropertyValueConversion". The streaming mode is ignored while the camera is streaming.
+// - Timeout is kept in memory: not limited; a text that is no number stores 0.
+// - Buffer last frame, strobe, strobe from start exposure: another text than "Enabled" or "Disabled" throws
+//   KestrelException "PropertyValueConversion"; so do the next three.
+// - Hardware trigger: goes on in the next connection. Where it cannot be switched on again then, it reads "Disabled",
+//   and the property-change callback tells it.
+// - Power mode ("USB", "Y-Cable"): a refusal is KestrelException_Property "PropertyUnknown".
+// - USB3 Vision mode, also of cameras in that mode: ignored while it cannot be written.
+// - Exposure to speed, of which there is a video and a still one: as the property that they stand for.
+// - Maximum and unit sizes: "PropertyReadOnly" where the camera would let them be written, else ignored.
+// - What describes the camera (versions, serial number, colour format, endianness and so on) ignores every text.
+//
+// Properties of simulated cameras take every text as it is, and ignore it where they are read-only.
 
 inline constexpr const char* kAutoExposureMaximum = "Auto Exposure Maximum";
 inline constexpr const char* kAutoExposureTarget = "Auto Exposure Target";

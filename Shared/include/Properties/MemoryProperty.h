@@ -35,7 +35,8 @@ public:
     std::vector<std::string> getValueList() override;
 
     /// Ignores the present text and every write to a property that cannot be written now. A continuous value is not
-    /// checked against the limits; a text that is no number stores 0, an empty one keeps the value.
+    /// checked against the limits, and no text is refused: the first word counts, one that does not begin with a number
+    /// stores 0, one out of the range of T the nearest limit of T, an empty text keeps the value.
     /// @throws KestrelException "PropertyValueConversion"  not one of the texts of a discrete property; nothing is
     /// changed
     void setValue(const std::string& value) override;

@@ -21,7 +21,8 @@ public:
     Property& operator=(const Property&) = default;
     virtual ~Property();
 
-    /// Writes the default value; a property that cannot be written keeps its value.
+    /// Writes the default value; a property that cannot be written keeps its value. Throws what getDefault() and
+    /// setValue() throw.
     virtual void resetToDefault();
     /// Tells that the value may have changed without a write through this property.
     /// @param notifyLinked whether the linked partners are told as well
@@ -39,8 +40,21 @@ public:
     virtual bool isDiscrete() = 0;
     /// The allowed values of a discrete property; empty for a continuous one.
     virtual std::vector<std::string> getValueList() = 0;
-    /// Writes a value, tells the linked partners and runs the on-change callback on this thread.
-    /// In-memory properties ignore a write that is not possible; ask isReadOnly() and isAvailableForWriting() first.
+    /// Writes a value, tells the linked partners and runs the on-change callback on this thread. What either of them
+    /// throws passes.
+    ///
+    /// What a text does depends on the kind of property, and PropertyNames.h says of which kind each is:
+    /// - A number of the camera, and a region, is limited to the range: getValue() tells what was written. A number in
+    ///   memory is not.
+    /// - A discrete property takes one of getValueList(), which is never corrected; a frame rate may be a part of one.
+    /// - A write that is not possible (isReadOnly(), isAvailableForWriting()) is ignored without a word by most.
+    /// @throws std::invalid_argument, std::out_of_range  a text that is no number, or none of the frame rates: standard
+    ///     exceptions, outside the family of KestrelException
+    /// @throws KestrelException "PropertyValueConversion"  not one of the texts of a discrete property
+    /// @throws KestrelException_InvalidArgument "ArgumentUnhandled"  the same of a switch of the camera
+    /// @throws KestrelException_Property "PropertyWriteFailure", "PropertyReadFailure", "PropertyRangeReadFailure",
+    ///     "PropertyErrorUnknown", "PropertyUnknown"  the camera does not answer, or refuses
+    /// @throws KestrelException_Property "PropertyReadOnly"  a constant that the camera would let be written
     virtual void setValue(const std::string& value) = 0;
 
     std::string getName() const;
@@ -48,7 +62,7 @@ public:
 
     /// Reads the value.
     operator std::string();
-    /// Writes the value.
+    /// Writes the value; see setValue().
     void operator=(const std::string& value); // NOLINT(misc-unconventional-assign-operator): assigns to the camera
 
     /// Makes @p other refresh whenever this property changes. One way; a partner of the same name stays.

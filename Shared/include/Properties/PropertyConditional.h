@@ -29,6 +29,7 @@ public:
     bool isAvailableForWriting() override;
     bool isDiscrete() override;
     std::vector<std::string> getValueList() override;
+    /// Throws what the deciding property's getValue() and the chosen one's setValue() throw.
     void setValue(const std::string& value) override;
 
 private:
