@@ -23,7 +23,7 @@ template <typename T>
 class PropertyValueEnumeration {
 public:
     PropertyValueEnumeration() = default;
-    explicit PropertyValueEnumeration(const std::map<std::string, T>& values) : m_Values(values) {}
+    PropertyValueEnumeration(const std::map<std::string, T>& values) : m_Values(values) {}
 
     /// Adds a pair. A text that is there already keeps its value.
     void insert(const std::string& text, const T& value) { m_Values.emplace(text, value); }

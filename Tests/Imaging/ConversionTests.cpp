@@ -355,7 +355,9 @@ TEST(Conversion, TheListNamesEveryPairOnce) {
             EXPECT_EQ(conversionExists(from, to), from != to && !isBayer(to));
         }
     }
-    EXPECT_FALSE(conversionExists(static_cast<F>(256), F::RGB));
+    const auto beyond = static_cast<F>(256 + static_cast<int>(F::RGB)); // of which a key holds the low byte
+    EXPECT_TRUE(conversionExists(F::MONO, beyond));
+    EXPECT_THROW(convertImage(patternImage(3, 3, 8, F::MONO, true), beyond), std::runtime_error);
     EXPECT_FALSE(findFormat("rgb").has_value());
 }
 

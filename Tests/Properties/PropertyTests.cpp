@@ -54,7 +54,7 @@ TEST(PropertyValueEnumeration, ConvertsBothWaysAndNamesWhatItCannot) {
     const auto failure =
         expectFailure<KestrelException>([&] { values.toValue("A"); }, "PropertyValueConversion", kNoText);
     EXPECT_NE(std::string(failure.where()).find("[Shared/include/PropertyValueEnumerations.h]"), std::string::npos);
-    const PropertyValueEnumeration<double> exact({{"0.3", 0.3}});
+    const PropertyValueEnumeration<double> exact = std::map<std::string, double>{{"0.3", 0.3}};
     expectFailure<KestrelException>([&] { exact.toString(0.1 + 0.2); }, "PropertyValueConversion", kNoValue);
 }
 
@@ -137,6 +137,9 @@ TEST(MemoryProperty, ReportsEachWriteThatIsMade) {
     property.unregisterOnChangeCallback();
     property.setValue("5");
     EXPECT_EQ(listener.names.size(), 2U);
+    auto infinite = continuous(PROPERTY_TYPE::Float, -std::numeric_limits<double>::infinity());
+    infinite.setValue("-inf");
+    EXPECT_EQ(infinite.getValue(), "-inf") << "the present text, too, though none is read as infinity";
 }
 
 TEST(MemoryProperty, ReadOnlyIgnoresWritesAndResets) {

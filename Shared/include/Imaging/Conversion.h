@@ -13,7 +13,8 @@ namespace Imaging {
 /// "BAYER_RGGB_TO_BGR".
 QUILL_API std::map<unsigned short, std::string> getAvailableConversions();
 
-/// Whether the pair is one of getAvailableConversions(). False for a format and itself.
+/// Whether the key of the pair, which holds the low byte of each number, is in getAvailableConversions(). False for a
+/// format and itself.
 QUILL_API bool conversionExists(IMAGE_FORMAT from, IMAGE_FORMAT to);
 
 /// A new image in another format; to its own format, a copy. Width, height, depth and byte order stay.

@@ -12,8 +12,12 @@ namespace Imaging {
 
 namespace {
 
+/// A key holds the low byte of each format.
+constexpr unsigned kKeyMask = 0xFF;
+
 unsigned short conversionKey(IMAGE_FORMAT from, IMAGE_FORMAT to) {
-    return static_cast<unsigned short>((static_cast<unsigned>(from) & 0xFF) * 256 + (static_cast<unsigned>(to) & 0xFF));
+    return static_cast<unsigned short>((static_cast<unsigned>(from) & kKeyMask) * 256 +
+                                       (static_cast<unsigned>(to) & kKeyMask));
 }
 
 /// The OpenCV depth of an image's samples.
@@ -26,6 +30,12 @@ int sampleDepth(const Image& image) {
         CV_Error(cv::Error::StsUnsupportedFormat, "An image without bits per sample has no element type.");
     }
     return bytes == 1 ? CV_8U : CV_16U;
+}
+
+bool canConvert(IMAGE_FORMAT from, IMAGE_FORMAT to) {
+    const FormatDescription* source = findDescription(from);
+    const FormatDescription* target = findDescription(to);
+    return source != nullptr && target != nullptr && source != target && target->layout != Layout::Mosaic;
 }
 
 int matrixDimension(unsigned pixels) {
@@ -43,7 +53,7 @@ std::map<unsigned short, std::string> getAvailableConversions() {
         for (std::size_t to = 0; to < kFormats.size(); ++to) {
             const auto source = static_cast<IMAGE_FORMAT>(from);
             const auto target = static_cast<IMAGE_FORMAT>(to);
-            if (conversionExists(source, target)) {
+            if (canConvert(source, target)) {
                 conversions.emplace(conversionKey(source, target),
                                     std::string(kFormats[from].name) + "_TO_" + kFormats[to].name);
             }
@@ -53,9 +63,10 @@ std::map<unsigned short, std::string> getAvailableConversions() {
 }
 
 bool conversionExists(IMAGE_FORMAT from, IMAGE_FORMAT to) {
-    const FormatDescription* source = findDescription(from);
-    const FormatDescription* target = findDescription(to);
-    return source != nullptr && target != nullptr && source != target && target->layout != Layout::Mosaic;
+    const auto keyed = [](IMAGE_FORMAT format) {
+        return static_cast<IMAGE_FORMAT>(static_cast<unsigned>(format) & kKeyMask);
+    };
+    return canConvert(keyed(from), keyed(to));
 }
 
 std::unique_ptr<Image> convertImage(const std::unique_ptr<Image>& image, IMAGE_FORMAT format) {
@@ -63,7 +74,7 @@ std::unique_ptr<Image> convertImage(const std::unique_ptr<Image>& image, IMAGE_F
         return cloneImage(image);
     }
     const int depth = sampleDepth(*image);
-    if (!conversionExists(image->getFormat(), format)) {
+    if (!canConvert(image->getFormat(), format)) {
         throw std::runtime_error("Conversion between selected formats is not possible.");
     }
     const FormatDescription& from = describe(image->getFormat());

@@ -10,11 +10,11 @@ namespace CameraInterface {
 
 namespace {
 
-/// False where the texts of two values certainly differ; making a text takes longer than reading one.
+/// False where a text that was read as @p a is certainly not that of @p b; making a text takes longer than reading one.
 template <typename T>
 bool mayHaveOneText(const T& a, const T& b) {
     if constexpr (std::is_floating_point_v<T>) {
-        return !(std::abs(a - b) > 0.01); // two decimals
+        return !std::isfinite(b) || !(std::abs(a - b) > 0.01); // "inf" is not read as one; two decimals
     } else {
         return true;
     }
