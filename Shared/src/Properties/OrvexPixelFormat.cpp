@@ -4,7 +4,6 @@
 #include <cstdint>
 
 #include "Exceptions/Raise.h"
-#include "Properties/OrvexEnumerations.h"
 #include "Properties/OrvexFrameFormat.h"
 
 namespace OrvexAdapter {
@@ -22,22 +21,24 @@ OrvexPixelFormat::OrvexPixelFormat(const std::string& name, const CameraInterfac
                                    OrvexCamera& camera)
     : MemoryProperty<unsigned long>(name, type, kLargestCode, kSmallestCode, 0, false, true, {}), m_Camera(&camera) {
     const FrameFormat present = readFrameFormat(*m_Camera, *this, QUILL_HERE);
-    m_Value = present.format.pixelFormat;
-    m_Default = m_Value;
+    m_Format = present.format;
+    m_FrameRate = present.rate;
+    m_CurrentPixelFormat = m_Format.pixelFormat;
+    m_Value = m_CurrentPixelFormat;
+    m_Default = m_CurrentPixelFormat;
 
-    const PixelFormats candidates;
-    for (const std::string& text : candidates.getList()) {
-        const unsigned long code = candidates.toValue(text);
-        FrameFormat trial = present;
+    for (const std::string& text : m_Candidates.getList()) {
+        const unsigned long code = m_Candidates.toValue(text);
+        FrameFormat trial{m_Format, m_FrameRate};
         trial.format.pixelFormat = static_cast<std::uint32_t>(code);
         // The camera has its present format, whether the trial failed or not.
-        if (writeFrameFormat(*m_Camera, trial) || code == m_Value) {
+        if (writeFrameFormat(*m_Camera, trial) || code == m_CurrentPixelFormat) {
             m_ValueEnumeration.insert(text, code);
             m_Minimum = std::min(m_Minimum, code);
             m_Maximum = std::max(m_Maximum, code);
         }
     }
-    if (!writeFrameFormat(*m_Camera, present)) {
+    if (!writeFrameFormat(*m_Camera, {m_Format, m_FrameRate})) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyWriteFailure, getName());
     }
 }

@@ -2,7 +2,9 @@
 
 #include <string>
 
+#include "OrvexApi/OrvexRecords.h"
 #include "Properties/MemoryProperty.h"
+#include "Properties/OrvexEnumerations.h"
 
 namespace OrvexAdapter {
 
@@ -20,6 +22,11 @@ public:
 
 private:
     OrvexCamera* m_Camera; // owns this property
+    // What the camera had when the property was made.
+    ORVEX_FRAME_FORMAT m_Format{};
+    float m_FrameRate = 0;
+    unsigned long m_CurrentPixelFormat = 0;
+    PixelFormats m_Candidates;
 };
 
 } // namespace OrvexAdapter

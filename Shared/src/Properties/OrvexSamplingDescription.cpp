@@ -42,15 +42,15 @@ std::vector<std::string> samplingTexts(const char* label, const std::uint8_t (&f
 OrvexSamplingDescription::OrvexSamplingDescription(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
                                                    OrvexCamera& camera)
     : MemoryProperty<std::string>(name, type, "", "", "", false, true, {}), m_Camera(&camera) {
-    ORVEX_SAMPLING_DESCRIPTION sampling{};
-    if (orvexApi().sdkGetSamplingDescription(m_Camera->getHandle(), &sampling) == 0) {
+    if (orvexApi().sdkGetSamplingDescription(m_Camera->getHandle(), &m_Description) == 0) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
     }
-    const bool equalFactors = (sampling.flags & kEqualFactors) != 0;
+    const bool equalFactors = (m_Description.flags & kEqualFactors) != 0;
     std::vector<std::string> texts{kNone};
     for (const auto& kind :
-         {samplingTexts("Binning", sampling.binningFactors, sampling.binningCount, equalFactors),
-          samplingTexts("Subsampling", sampling.subsamplingFactors, sampling.subsamplingCount, equalFactors)}) {
+         {samplingTexts("Binning", m_Description.binningFactors, m_Description.binningCount, equalFactors),
+          samplingTexts("Subsampling", m_Description.subsamplingFactors, m_Description.subsamplingCount,
+                        equalFactors)}) {
         texts.insert(texts.end(), kind.begin(), kind.end());
     }
     for (const std::string& text : texts) {

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "OrvexApi/OrvexRecords.h"
 #include "Properties/MemoryProperty.h"
 
 namespace OrvexAdapter {
@@ -18,6 +19,7 @@ public:
 
 private:
     OrvexCamera* m_Camera; // owns this property
+    ORVEX_SAMPLING_DESCRIPTION m_Description{};
 };
 
 } // namespace OrvexAdapter

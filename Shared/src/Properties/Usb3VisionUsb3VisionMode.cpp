@@ -1,5 +1,7 @@
 #include "Properties/Usb3VisionUsb3VisionMode.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -55,7 +57,12 @@ bool Usb3VisionUsb3VisionMode::hasValidFile() {
         tarnuLibrary().TarnuFlashRead(m_Camera->getHandle(), file.data(), kUsb3VisionFileAddress, info.fileSize) == 0) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyReadFailure, getName());
     }
-    return isUsb3VisionFileValid(file, info);
+    m_Hasher.Reset();
+    m_Hasher.Update(file.data(), info.fileSize);
+    m_Hasher.Final();
+    std::array<unsigned char, sizeof(info.fileHash)> hash{};
+    m_Hasher.GetHash(hash.data());
+    return std::equal(hash.begin(), hash.end(), info.fileHash);
 }
 
 } // namespace Usb3VisionAdapter

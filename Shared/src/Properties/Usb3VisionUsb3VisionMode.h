@@ -4,6 +4,7 @@
 
 #include "Internal/QuillInternal.h"
 #include "Properties/BooleanProperty.h"
+#include "Utilities/CSHA1.h"
 
 namespace Usb3VisionAdapter {
 
@@ -32,6 +33,7 @@ private:
     bool hasValidFile();
 
     Usb3VisionCamera* m_Camera; // owns this property
+    CSHA1 m_Hasher;
 };
 
 } // namespace Usb3VisionAdapter
