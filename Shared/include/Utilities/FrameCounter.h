@@ -18,13 +18,14 @@ public:
 
     /// Counts one frame, now.
     void incrementFrameCount();
-    /// The frames of the last interval divided by the time from the oldest of them to now, in 1/s.
+    /// The frames of the last interval divided by the time from the oldest of them to now, in 1/s. Of more than 65,536
+    /// frames the last 65,536 are used.
     double getFramesPerSecond();
     /// All frames counted since construction. It only grows.
     unsigned long long getFrameCount() const;
     /// Forgets the times of the frames counted so far.
     void resetFrameCount();
-    /// The averaging interval in seconds, 1 at first. Frames that an interval left out do not come back when it grows.
+    /// The averaging interval in seconds, 1 at first; one that is not positive, or no number, has no frames. Frames that an interval left out do not come back when it grows.
     void setDesiredIntervalTime(double seconds);
     double getDesiredIntervalTime();
 

@@ -1,7 +1,7 @@
 #include "Imaging/Workers.h"
 
 #include <algorithm>
-#include <system_error>
+#include <exception>
 
 #include <opencv2/core.hpp>
 
@@ -102,7 +102,7 @@ void Workers::startThreadsLocked(int wanted) {
         while (!m_Closed && static_cast<int>(m_Threads.size()) < std::min(wanted, m_Most)) {
             m_Threads.emplace_back(&Workers::runThread, this);
         }
-    } catch (const std::system_error&) { // no more can be had now
+    } catch (const std::exception&) { // no more can be had now
     }
 }
 

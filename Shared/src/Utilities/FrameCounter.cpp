@@ -53,7 +53,7 @@ double FrameCounter::getDesiredIntervalTime() {
 
 void FrameCounter::dropOldFrames(double now) {
     const double interval = m_DesiredIntervalTime;
-    while (!m_FrameTimes.empty() && now - m_FrameTimes.front() >= interval) {
+    while (!m_FrameTimes.empty() && !(interval > now - m_FrameTimes.front())) {
         m_FrameTimes.pop_front();
     }
 }
