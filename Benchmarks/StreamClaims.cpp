@@ -164,7 +164,6 @@ Variant bareConditionVariable() {
 
 Variant frameHandover() {
     const auto handover = std::make_shared<FrameHandover>();
-    handover->open();
     return producedWakeUps(
         [handover] {
             while (!handover->isRequested()) {
@@ -172,9 +171,9 @@ Variant frameHandover() {
             handover->deliver(std::vector<unsigned char>(1));
         },
         [handover] {
-            std::vector<unsigned char> frame;
-            handover->take(Clock::now() + std::chrono::seconds(5), frame);
-            benchmark::DoNotOptimize(frame.data());
+            FrameHandover::Request request(*handover);
+            request.wait(std::chrono::seconds(5));
+            benchmark::DoNotOptimize(request.takeImageData().data());
         });
 }
 
@@ -211,6 +210,7 @@ public:
         presentFormat().width = width;
         presentFormat().height = height;
         presentFormat().pixelFormat = twoBytes ? 1 : 0;
+        presentFormat().imageSize = static_cast<std::uint32_t>(frameBytes());
     }
     std::size_t frameBytes() const {
         return std::size_t{presentFormat().width} * presentFormat().height * (presentFormat().pixelFormat + 1);

@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "OrvexApi/OrvexApi.h"
 #include "Support/Event.h"
 #include "Support/FakeCamera.h"
+#include "Support/OrvexApiChange.h"
 #include "Support/SoftwareDeviceFixture.h"
 
 namespace {
@@ -14,6 +14,7 @@ namespace {
 using namespace CameraInterface;
 using OrvexAdapter::OrvexApi;
 using TestSupport::Event;
+using TestSupport::OrvexApiChange;
 
 /// Something of the application's, or of a stream, that is under way when it is told to stop.
 struct Running {
@@ -101,26 +102,16 @@ TEST_F(CallbackBarrier, WhatACallbackOwnsMayUseTheLibraryWhenItIsDestroyed) {
 
 class StreamBarrier : public TestSupport::SoftwareDeviceFixture {
 protected:
-    StreamBarrier() {
-        s_Original = OrvexAdapter::orvexApi();
-        m_Api = s_Original;
-        m_Api.sdkCaptureVideoFrames = [](void* handle, std::uint32_t count, std::uint8_t* buffer) {
-            const std::uint32_t captured = s_Original.sdkCaptureVideoFrames(handle, count, buffer);
-            if (Running* const running = s_Running.exchange(nullptr)) {
-                (*running)();
-            }
-            return captured;
-        };
-        OrvexAdapter::useOrvexApi(&m_Api);
-    }
-    ~StreamBarrier() override {
-        Camera::unitialisedWorkpace();
-        OrvexAdapter::useOrvexApi(nullptr);
+    static std::uint32_t capture(void* handle, std::uint32_t count, std::uint8_t* buffer) {
+        const std::uint32_t captured = OrvexApiChange::original().sdkCaptureVideoFrames(handle, count, buffer);
+        if (Running* const running = s_Running.exchange(nullptr)) {
+            (*running)();
+        }
+        return captured;
     }
 
-    inline static OrvexApi s_Original;
     inline static std::atomic<Running*> s_Running{nullptr}; ///< in the next capture
-    OrvexApi m_Api;
+    OrvexApiChange m_Change{[](OrvexApi& api) { api.sdkCaptureVideoFrames = capture; }};
 };
 
 TEST_F(StreamBarrier, WhatEndsAStreamWaitsForTheCaptureThatIsUnderWay) {

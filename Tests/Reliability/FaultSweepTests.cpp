@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
-#include "Exceptions/KestrelException.h"
+#include "Exceptions/KestrelExceptions.h"
 #include "Support/Event.h"
 #include "Support/Images.h"
 #include "Support/ListMaintenance.h"
@@ -162,6 +162,29 @@ const std::vector<Scenario>& scenarios() {
              camera().stopStream();
          },
          kReading + kStreaming},
+        {"IncompleteFrames",
+         [] {
+             SoftwareDevices::truncateFrames(kSerial, 2, 100);
+             takeImage("Video");
+         },
+         kReading + kStreaming},
+        {"FailedStopAndClose",
+         [] {
+             camera().getProperty("Streaming Mode").setValue("Still");
+             camera().startStream();
+             for (const auto operation :
+                  {SoftwareDevices::Operation::sdkDisableStillMode, SoftwareDevices::Operation::sdkRemoveStillCallback,
+                   SoftwareDevices::Operation::sdkCameraClose}) {
+                 SoftwareDevices::failNext(kSerial, operation, 1, SoftwareDevices::kInternalError);
+             }
+             try {
+                 camera().disconnect();
+             } catch (const KestrelExceptions::KestrelException_Stream&) { // which was to be seen
+             }
+             camera().disconnect();
+             camera().connect();
+         },
+         kConnecting + kReading + kStreaming},
         {"Convert",
          [] {
              using Imaging::IMAGE_FORMAT;

@@ -8,10 +8,11 @@
 
 #include <gtest/gtest.h>
 
+#include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/KestrelExceptions.h"
-#include "OrvexApi/OrvexApi.h"
 #include "Streams/StreamSettings.h"
 #include "Support/Event.h"
+#include "Support/OrvexApiChange.h"
 #include "Support/SoftwareDeviceFixture.h"
 #include "Support/Throws.h"
 
@@ -180,7 +181,7 @@ TEST_F(OrvexStreamTest, SettingsComeFromThePropertiesOfTheMoment) {
     set(camera, "Still Exposure", "12.5");
     set(camera, "Pixel Format", "16");
     set(camera, "Width", "640");
-    ORVEX_SNAPSHOT settings = buildStreamSettings(camera);
+    ORVEX_SNAPSHOT settings = buildStreamSettings(camera, QUILL_HERE);
     EXPECT_EQ(settings.strobeFlags, 0xA0000000U);
     EXPECT_EQ(settings.exposure, 12.5F);
     EXPECT_EQ(settings.format.width, 640U);
@@ -190,17 +191,96 @@ TEST_F(OrvexStreamTest, SettingsComeFromThePropertiesOfTheMoment) {
         {"None (1x1)", 1, 1, 0}, {"Binning (2x2)", 2, 2, 1}, {"Subsampling (2x2)", 2, 2, 0}};
     for (const auto& [text, x, y, flags] : samplings) {
         set(camera, "Sampling Description", text);
-        settings = buildStreamSettings(camera);
+        settings = buildStreamSettings(camera, QUILL_HERE);
         EXPECT_EQ(std::tuple(settings.format.samplingX, settings.format.samplingY, settings.format.flagsX),
                   std::tuple(x, y, flags))
             << text;
     }
-    const ORVEX_SNAPSHOT grey = buildStreamSettings(open(mono()));
+    const ORVEX_SNAPSHOT grey = buildStreamSettings(open(mono()), QUILL_HERE);
     EXPECT_EQ(std::tuple(grey.gainRed, grey.gainBlue, grey.gainGreen1, grey.gainGreen2),
               std::tuple(1.0F, 1.0F, 1.0F, 1.0F));
     Camera& bare = open(SoftwareDevices::bareDevice());
-    expectFailure<KestrelException>([&] { bare.startStream(); }, "InvalidStreamSettings",
-                                    "Stream settings are invalid.");
+    EXPECT_EQ(TestSupport::thrownBy([&] { bare.startStream(); }),
+              "InvalidStreamSettings[Shared/src/Streams/OrvexStream.cpp]Stream settings are invalid.");
+}
+
+TEST_F(OrvexStreamTest, AnIncompleteFrameIsCountedAndNeverBecomesAnImage) {
+    DeviceDescription description = color();
+    description.noise = 0;
+    Camera& camera = open(description);
+    SoftwareDevices::presentScene(description.serial, {1, 1, {250, 200, 150}});
+    SoftwareDevices::setAsFastAsAsked(description.serial, true);
+    setRegion(camera, 8, 2);
+    const StreamStatistics& statistics = camera.getStreamStatistics();
+    for (const char* mode : {"Video", "Still"}) {
+        set(camera, "Streaming Mode", mode);
+        for (const char* pixelFormat : {"8", "16", "24", "32", "48"}) {
+            set(camera, "Pixel Format", pixelFormat);
+            const std::vector<unsigned char> whole = camera.getImage()->getData();
+            for (std::uint32_t bytes = 0; bytes < whole.size(); ++bytes) {
+                const unsigned long long before = statistics.getIncompleteFrameCount();
+                SoftwareDevices::truncateFrames(description.serial, 2, bytes);
+                ASSERT_EQ(camera.getImage()->getData(), whole) << mode << " " << pixelFormat << ", " << bytes;
+                ASSERT_EQ(statistics.getIncompleteFrameCount(), before + 2) << bytes;
+            }
+        }
+    }
+    setRegion(camera, 512, 512); // large enough to be pooled
+    SoftwareDevices::truncateFrames(description.serial, 1'000'000'000, 512);
+    set(camera, "Timeout", "20");
+    expectFailure<KestrelException_Stream>([&] { camera.getImage(); }, "StreamTimeout", "No frame arrived in time.");
+}
+
+TEST_F(OrvexStreamTest, AWaitIsAsLongAsTheTimeoutSaysAndTheFrameTakes) {
+    DeviceDescription slow = color();
+    slow.frameRates = {0.15F};
+    Camera& camera = open(slow);
+    setRegion(camera, 64, 48);
+    set(camera, "Still Exposure", "50");
+    set(camera, "Streaming Mode", "Still");
+    for (const char* timeout : {"-0.5", "1e13"}) {
+        set(camera, "Timeout", timeout);
+        EXPECT_EQ(camera.getImage()->getWidth(), 64U) << timeout;
+    }
+    ORVEX_SNAPSHOT settings = buildStreamSettings(camera, QUILL_HERE);
+    settings.timeout = 0.9F;
+    EXPECT_EQ(CaptureRun(StreamMode::Still, nullptr, settings, {}, {}).timeout(), toWaitingTime(0.9F));
+    EXPECT_GT(toWaitingTime(0.9F), std::chrono::microseconds(899));
+    EXPECT_GT(toWaitingTime(1e30), std::chrono::hours(24 * 365));
+    set(camera, "Still Exposure Delay", "900");
+    EXPECT_EQ(getFrameTime(camera, StreamMode::Still), std::chrono::milliseconds(950));
+    EXPECT_GT(getFrameTime(camera, StreamMode::Video), std::chrono::milliseconds(6666 + 10));
+}
+
+TEST_F(OrvexStreamTest, AFrameThatNoMemoryHoldsIsRefusedBeforeTheDeviceIsAsked) {
+    DeviceDescription vast = mono();
+    vast.sensorWidth = vast.sensorHeight = 0x80000000;
+    Camera& camera = open(vast);
+    set(camera, "Pixel Format", "16");
+    const std::uint64_t calls = SoftwareDevices::calls(Operation::sdkAddStreamingCallback);
+    expectFailure<KestrelException_Stream>([&] { camera.startStream(); }, "StartStream",
+                                           "There is not enough memory for a frame.");
+    EXPECT_EQ(SoftwareDevices::calls(Operation::sdkAddStreamingCallback), calls);
+}
+
+TEST_F(OrvexStreamTest, SeveralThreadsMayWaitForFrames) {
+    Camera& camera = open(mono());
+    SoftwareDevices::setAsFastAsAsked(mono().serial, true);
+    setRegion(camera, 64, 48);
+    OrvexStream stream(dynamic_cast<OrvexCamera&>(camera));
+    stream.startStream();
+    std::vector<std::future<void>> waiters;
+    for (int thread = 0; thread < 3; ++thread) {
+        waiters.push_back(std::async(std::launch::async, [&] {
+            for (int frame = 0; frame < 50; ++frame) {
+                EXPECT_EQ(stream.getImageData().size(), 64U * 48U);
+            }
+        }));
+    }
+    for (auto& waiter : waiters) {
+        EXPECT_NO_THROW(waiter.get());
+    }
+    EXPECT_EQ(stream.getStreamStatistics().getFrameCount(STREAM_TYPE::Delivered), 150U);
 }
 
 TEST_F(OrvexStreamTest, CountsWhatTheCameraDeliversAndWhatIsHandedOut) {
@@ -211,9 +291,10 @@ TEST_F(OrvexStreamTest, CountsWhatTheCameraDeliversAndWhatIsHandedOut) {
     statistics.setDesiredIntervalTime(STREAM_TYPE::Delivered, 1000);
     statistics.setDesiredIntervalTime(STREAM_TYPE::Received, 1000);
     camera.startStream();
-    for (int frame = 0; frame < 3; ++frame) {
+    const auto deadline = std::chrono::steady_clock::now() + TestSupport::kLongEnough;
+    do { // the device announces on a thread of its own
         camera.getImage();
-    }
+    } while (statistics.getFrameCount(STREAM_TYPE::Received) == 0 && std::chrono::steady_clock::now() < deadline);
     camera.stopStream();
     EXPECT_GT(statistics.getFramesPerSecond(STREAM_TYPE::Delivered), 0);
     EXPECT_GT(statistics.getFramesPerSecond(STREAM_TYPE::Received), 0);
@@ -223,25 +304,7 @@ TEST_F(OrvexStreamTest, CountsWhatTheCameraDeliversAndWhatIsHandedOut) {
 /// Notes the buffers that the device is given.
 class BufferSpy {
 public:
-    BufferSpy() {
-        s_Original = orvexApi();
-        s_Buffers.clear();
-        m_Api = s_Original;
-        m_Api.sdkCaptureVideoFrames = [](void* handle, std::uint32_t count, std::uint8_t* buffer) {
-            {
-                const std::lock_guard lock(s_Mutex);
-                s_Buffers.insert(buffer);
-            }
-            return s_Original.sdkCaptureVideoFrames(handle, count, buffer);
-        };
-        useOrvexApi(&m_Api);
-    }
-    BufferSpy(const BufferSpy&) = delete;
-    BufferSpy& operator=(const BufferSpy&) = delete;
-    ~BufferSpy() {
-        Camera::unitialisedWorkpace(); // no camera may call through the table any more
-        useOrvexApi(nullptr);
-    }
+    BufferSpy() { s_Buffers.clear(); }
 
     static std::set<const unsigned char*> buffers() {
         const std::lock_guard lock(s_Mutex);
@@ -249,10 +312,17 @@ public:
     }
 
 private:
-    OrvexApi m_Api;
-    static inline OrvexApi s_Original;
+    static std::uint32_t capture(void* handle, std::uint32_t count, std::uint8_t* buffer) {
+        {
+            const std::lock_guard lock(s_Mutex);
+            s_Buffers.insert(buffer);
+        }
+        return TestSupport::OrvexApiChange::original().sdkCaptureVideoFrames(handle, count, buffer);
+    }
+
     static inline std::mutex s_Mutex; // guards the buffers
     static inline std::set<const unsigned char*> s_Buffers;
+    TestSupport::OrvexApiChange m_Change{[](OrvexApi& api) { api.sdkCaptureVideoFrames = capture; }};
 };
 
 TEST_F(OrvexStreamTest, FramesAreMovedToTheCallerInAHandfulOfBuffers) {

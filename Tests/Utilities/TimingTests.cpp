@@ -1,4 +1,6 @@
+#include <limits>
 #include <thread>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -61,6 +63,11 @@ TEST(FrameCounter, DividesByTheTimeSinceTheOldestFrame) {
     counter.setDesiredIntervalTime(1000.0);
     EXPECT_EQ(counter.getFramesPerSecond(), 0.0) << "and do not come back";
     counter.incrementFrameCount();
+    counter.setDesiredIntervalTime(std::numeric_limits<double>::quiet_NaN());
+    pass(1);
+    EXPECT_EQ(counter.getFramesPerSecond(), 0.0) << "no age is below an interval that is no number";
+    counter.setDesiredIntervalTime(1000.0);
+    counter.incrementFrameCount();
     counter.resetFrameCount();
     EXPECT_EQ(counter.getFramesPerSecond(), 0.0);
 }
@@ -83,6 +90,11 @@ TEST(StreamStatistics, CopiesShareTheirCountersOnly) {
     EXPECT_EQ(source.getDesiredIntervalTime(STREAM_TYPE::Reserved), 1.0);
     EXPECT_EQ(source.getCaptureTime(), 0.25);
     EXPECT_EQ(source.getImageDataTransferTime(), 0.0);
+    copy.incrementIncompleteFrameCount();
+    StreamStatistics& itself = source;
+    source = std::move(itself);
+    EXPECT_EQ(source.getIncompleteFrameCount(), 1U);
+    EXPECT_EQ(source.getFrameCount(STREAM_TYPE::Delivered), 1U);
 }
 
 } // namespace

@@ -93,7 +93,9 @@ public:
     virtual StreamStatistics& getStreamStatistics();
 
     /// The next image; where the stream does not run, it is started for this one image and stopped again. Always ends:
-    /// with the image, or after the property "Timeout" (milliseconds; at -1 after 5 s and the exposure).
+    /// with the image, or after the property "Timeout" (milliseconds; when it is negative after 5 s and the frame's own
+    /// time: in video exposure and frame period, in still mode exposure and exposure delay). A frame of which not all
+    /// bytes arrive never becomes an image; it is counted, and the wait goes on.
     /// @throws KestrelException_Stream "StreamTimeout", "StreamStopped"; what startStream() and stopStream() throw
     /// @throws KestrelException_Property  a property that describes the image cannot be read
     /// @throws std::runtime_error "Method not implemented."  a camera in USB3 Vision mode

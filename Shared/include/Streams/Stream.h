@@ -34,7 +34,8 @@ public:
     virtual StreamMode getStreamType() = 0;
     /// Chooses the mode of the next start.
     virtual void setStreamType(StreamMode mode) = 0;
-    /// Waits for the next frame and hands over its bytes; the stream keeps no copy. One caller at a time.
+    /// Waits for the next frame and hands over its bytes; the stream keeps no copy. Thread-safe: callers are served one
+    /// after another, each with a frame of its own, in the order in which they came.
     virtual std::vector<unsigned char> getImageData() = 0;
     /// The geometry of the frames that getImageData() returns.
     virtual FrameGeometry getImageFormat() = 0;

@@ -19,7 +19,7 @@ enum class STREAM_TYPE : std::uint8_t {
 
 /// Frame rates and the last capture and transfer times of a stream. Thread-safe.
 ///
-/// A copy shares its frame counters with its source; the two times are copied by value.
+/// A copy shares its counters with its source; the two times are copied by value.
 class QUILL_API StreamStatistics {
 public:
     StreamStatistics();
@@ -33,8 +33,13 @@ public:
     void incrementFrameCount(STREAM_TYPE type);
     /// The rate of a counter, in frames per second.
     double getFramesPerSecond(STREAM_TYPE type);
-    /// All frames that a counter has counted. What was received and not delivered, nobody asked for in time.
+    /// All frames that a counter has counted. What was received and not delivered, nobody asked for in time, or it was
+    /// incomplete.
     unsigned long long getFrameCount(STREAM_TYPE type);
+    /// Frames of which not all bytes arrived, or which the camera describes wrongly: they were received, and dropped.
+    unsigned long long getIncompleteFrameCount() const;
+    /// Counts one of these.
+    void incrementIncompleteFrameCount();
     /// The averaging interval of a counter, in seconds; 1 at first.
     double getDesiredIntervalTime(STREAM_TYPE type);
     void setDesiredIntervalTime(STREAM_TYPE type, double seconds);
@@ -50,6 +55,7 @@ private:
     Utilities::FrameCounter& counter(STREAM_TYPE type);
 
     std::vector<std::shared_ptr<Utilities::FrameCounter>> m_FrameCounters; // by STREAM_TYPE
+    std::shared_ptr<std::atomic<unsigned long long>> m_IncompleteFrames;
     std::atomic<double> m_CaptureTime{0};
     std::atomic<double> m_ImageDataTransferTime{0};
 };

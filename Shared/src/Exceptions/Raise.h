@@ -37,10 +37,12 @@ inline constexpr ErrorKind kInvalidStreamSettings{"InvalidStreamSettings", "Stre
 inline constexpr ErrorKind kRegisterStreamCallback{"RegisterStreamCallback", "Unable to register streaming callback."};
 inline constexpr ErrorKind kRemoveStreamCallback{"RemoveStreamCallback", "Unable to remove streaming callback."};
 inline constexpr ErrorKind kStartStream{"StartStream", "Unable to start stream."};
+inline constexpr ErrorKind kStreamMemory{"StartStream", "There is not enough memory for a frame."};
 inline constexpr ErrorKind kStopStream{"StopStream", "Unable to stop stream."};
 inline constexpr ErrorKind kStreamTimeout{"StreamTimeout", "No frame arrived in time."};
 inline constexpr ErrorKind kStreamStopped{"StreamStopped", "The stream does not run, or was stopped."};
 inline constexpr ErrorKind kStreamEnded{"StreamStopped", "The camera's capture ended before a frame arrived."};
+inline constexpr ErrorKind kStreamOutOfMemory{"StreamStopped", "There was not enough memory for the next frame."};
 inline constexpr ErrorKind kStreamCameraGone{"StreamStopped", "The camera is gone."};
 inline constexpr ErrorKind kStreamUnsupported{"StreamUnsupported", "The camera has no stream."};
 inline constexpr ErrorKind kWouldWaitForItself{

@@ -21,4 +21,8 @@ private:
 /// The folder that this library itself was loaded from.
 std::string getLibraryFolder();
 
+/// From now on this library stays loaded until the process ends, whoever unloads it. Without effect once it is being
+/// unloaded.
+void keepThisLibraryLoaded();
+
 } // namespace Internal

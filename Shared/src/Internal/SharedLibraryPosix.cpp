@@ -11,4 +11,11 @@ void* SharedLibrary::find(const char* name) const {
     return m_Library == nullptr ? nullptr : dlsym(m_Library, name);
 }
 
+void keepThisLibraryLoaded() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<const void*>(&keepThisLibraryLoaded), &info) != 0 && info.dli_fname != nullptr) {
+        dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+    }
+}
+
 } // namespace Internal

@@ -1,57 +1,76 @@
 #include "Streams/FrameHandover.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace OrvexAdapter {
 
 using Utilities::MutexLock;
+using Clock = std::chrono::steady_clock;
 
-void FrameHandover::open() {
-    const MutexLock lock(m_Mutex);
-    m_Open = true;
-    m_Ready = false;
-    m_Requested = false;
+FrameHandover::Request::Request(FrameHandover& handover) : m_Handover(handover) {
+    m_Handover.requestFrame(*this);
+}
+
+FrameHandover::Request::~Request() {
+    m_Handover.dropRequest(*this);
+}
+
+FrameHandover::Outcome FrameHandover::Request::wait(std::chrono::nanoseconds bound) {
+    FrameHandover& handover = m_Handover;
+    MutexLock lock(handover.m_RequestMutex);
+    const auto isAnswered = [&]() QUILL_REQUIRES(handover.m_RequestMutex) { return m_FrameReady || !handover.m_Open; };
+    // While others are given frames the camera delivers: the time begins anew, and the line goes on.
+    const auto deadline = [&]() QUILL_REQUIRES(handover.m_RequestMutex) {
+        return std::max(m_Begin, handover.m_LastDelivery) + bound;
+    };
+    while (!isAnswered() && Clock::now() < deadline()) {
+        lock.waitUntil(handover.m_Answered, deadline(), isAnswered);
+    }
+    if (m_FrameReady) {
+        return Outcome::Frame;
+    }
+    return handover.m_Open ? Outcome::TimedOut : handover.m_Why;
 }
 
 void FrameHandover::close(Outcome why) {
     {
-        const MutexLock lock(m_Mutex);
+        const MutexLock lock(m_RequestMutex);
         if (!m_Open) {
-            return; // the first reason counts
+            return;
         }
         m_Open = false;
         m_Why = why;
-        m_Requested = false;
     }
-    m_Condition.notify_all();
+    m_Answered.notify_all();
 }
 
 void FrameHandover::deliver(std::vector<unsigned char>&& frame) {
     {
-        const MutexLock lock(m_Mutex);
-        if (!m_Requested) {
+        const MutexLock lock(m_RequestMutex);
+        if (m_Requests.empty()) {
             return;
         }
-        m_Requested = false;
-        m_ImageData = std::move(frame);
-        m_Ready = true;
+        Request& longest = *m_Requests.front();
+        m_Requests.erase(m_Requests.begin());
+        m_FrameRequested = !m_Requests.empty();
+        longest.m_ImageData = std::move(frame);
+        longest.m_FrameReady = true;
+        m_LastDelivery = Clock::now();
     }
-    m_Condition.notify_all();
+    m_Answered.notify_all();
 }
 
-FrameHandover::Outcome FrameHandover::take(std::chrono::steady_clock::time_point deadline,
-                                           std::vector<unsigned char>& frame) {
-    MutexLock lock(m_Mutex);
-    m_Requested = true;
-    m_Ready = false;
-    lock.waitUntil(m_Condition, deadline, [this]() QUILL_REQUIRES(m_Mutex) { return m_Ready || !m_Open; });
-    if (m_Ready) {
-        m_Ready = false;
-        frame = std::move(m_ImageData);
-        return Outcome::Frame;
-    }
-    m_Requested = false;
-    return m_Open ? Outcome::TimedOut : m_Why;
+void FrameHandover::requestFrame(Request& request) {
+    const MutexLock lock(m_RequestMutex);
+    m_Requests.push_back(&request);
+    m_FrameRequested = true;
+}
+
+void FrameHandover::dropRequest(Request& request) {
+    const MutexLock lock(m_RequestMutex);
+    m_Requests.erase(std::remove(m_Requests.begin(), m_Requests.end(), &request), m_Requests.end());
+    m_FrameRequested = !m_Requests.empty();
 }
 
 } // namespace OrvexAdapter

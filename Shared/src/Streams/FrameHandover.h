@@ -3,39 +3,62 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <utility>
 #include <vector>
 
 #include "Utilities/Mutex.h"
 
 namespace OrvexAdapter {
 
-/// Hands frames from the worker of a stream to the one caller that waits. A frame is moved, never copied, and never
-/// older than the request for it. Thread-safe.
+/// Hands the frames of one run from its worker to those who wait, one after another in the order in which they came. A
+/// frame is moved, never copied, and never older than the request for it. Thread-safe.
 class FrameHandover {
 public:
-    enum class Outcome { Frame, TimedOut, Stopped, CaptureEnded };
+    enum class Outcome { Frame, TimedOut, Stopped, CaptureEnded, OutOfMemory };
 
-    /// A run begins: requests are going to be served.
-    void open();
-    /// The run is over: whoever waits, or comes later, is told why.
+    /// One caller's place in the line: begins with construction, is given up with destruction. Used by one thread.
+    class Request {
+    public:
+        explicit Request(FrameHandover& handover);
+        Request(const Request&) = delete;
+        Request& operator=(const Request&) = delete;
+        ~Request();
+
+        /// Waits for a frame whose capture completes after the request was made. A frame that is there comes before
+        /// every other outcome. After TimedOut the place is kept: the wait may be taken up again with a longer bound.
+        /// @param bound from the request, or from the last frame that somebody else was given
+        Outcome wait(std::chrono::nanoseconds bound);
+        /// The frame, after Outcome::Frame.
+        std::vector<unsigned char> takeImageData() { return std::move(m_ImageData); }
+
+    private:
+        friend class FrameHandover;
+
+        FrameHandover& m_Handover;
+        const std::chrono::steady_clock::time_point m_Begin = std::chrono::steady_clock::now();
+        bool m_FrameReady = false;              // guarded by the mutex of the hand-over
+        std::vector<unsigned char> m_ImageData; // written before m_FrameReady is set, read after it was seen
+    };
+
+    /// The run is over: whoever waits, or comes later, is told why. The first reason counts.
     void close(Outcome why);
 
     /// Whether somebody waits; asked by the worker for every frame, without the lock.
-    bool isRequested() const { return m_Requested; }
-    /// Gives a frame to whoever waits. Does nothing if the request was dropped meanwhile.
+    bool isRequested() const { return m_FrameRequested; }
+    /// Gives a frame to whoever waits longest. Does nothing if nobody does any more.
     void deliver(std::vector<unsigned char>&& frame);
-    /// Asks for the next frame whose capture completes from now on and waits for it. A frame that is there comes before
-    /// every other outcome.
-    Outcome take(std::chrono::steady_clock::time_point deadline, std::vector<unsigned char>& frame);
 
 private:
-    Utilities::Mutex m_Mutex; // guards what follows
-    std::condition_variable m_Condition;
-    std::atomic<bool> m_Requested{false}; // written under the mutex
-    bool m_Ready QUILL_GUARDED_BY(m_Mutex) = false;
-    bool m_Open QUILL_GUARDED_BY(m_Mutex) = false;
-    Outcome m_Why QUILL_GUARDED_BY(m_Mutex) = Outcome::Stopped; // while not open
-    std::vector<unsigned char> m_ImageData QUILL_GUARDED_BY(m_Mutex);
+    void requestFrame(Request& request);
+    void dropRequest(Request& request);
+
+    Utilities::Mutex m_RequestMutex; // guards what follows, and what the requests are answered
+    std::condition_variable m_Answered;
+    std::atomic<bool> m_FrameRequested{false};                         // written under the mutex
+    std::vector<Request*> m_Requests QUILL_GUARDED_BY(m_RequestMutex); // not yet answered, in the order of coming
+    std::chrono::steady_clock::time_point m_LastDelivery QUILL_GUARDED_BY(m_RequestMutex){};
+    bool m_Open QUILL_GUARDED_BY(m_RequestMutex) = true;
+    Outcome m_Why QUILL_GUARDED_BY(m_RequestMutex) = Outcome::Stopped; // while not open
 };
 
 } // namespace OrvexAdapter

@@ -6,13 +6,8 @@
 
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
-#include "Imaging/BufferPool.h"
-#include "OrvexApi/OrvexApi.h"
-#include "Properties/OrvexEnumerations.h"
 #include "PropertyNames.h"
 #include "Streams/StreamSettings.h"
-#include "Utilities/Stopwatch.h"
-#include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
@@ -22,89 +17,25 @@ using Utilities::MutexLock;
 
 namespace {
 
-constexpr std::int32_t kNoCallback = -1;
 constexpr std::uint32_t kInvalidFormatError = 9;
-constexpr std::uint32_t kCaptureEndedError = 14;
 constexpr std::chrono::milliseconds kDefaultTimeout{5000};
+/// For the worker of a device that refuses to cancel and to stop.
+constexpr std::chrono::milliseconds kEndingPatience{2000};
 
 const char* const kVideoText = "Video";
 const char* const kStillText = "Still";
 
-/// A device that reports a larger frame than it was asked for is not believed. One that reports a pixel format which is
-/// none is left to getImageFormat().
-bool fits(const ORVEX_IMAGE_FORMAT& format, std::size_t bufferSize) {
-    try {
-        return getFrameSize(format.width, format.height, format.pixelFormat) <= bufferSize;
-    } catch (const KestrelException&) {
-        return true;
-    }
-}
-
-/// What the SDK calls the same in both modes, but for the operation.
-struct ModeOperations {
-    const char* word;
-    std::int32_t (*OrvexApi::*addCallback)(void* handle, ORVEX_FRAME_CALLBACK callback, void* context);
-    std::uint32_t (*OrvexApi::*removeCallback)(void* handle, std::int32_t id);
-    std::uint32_t (*start)(const OrvexApi& api, void* handle, ORVEX_SNAPSHOT& settings);
-    std::uint32_t (*stop)(const OrvexApi& api, void* handle);
-    std::uint32_t (*OrvexApi::*cancelCapture)(void* handle);
-    std::uint32_t (*capture)(const OrvexApi& api, void* handle, std::uint8_t* buffer);
-    std::uint32_t (*OrvexApi::*getImageFormat)(void* handle, ORVEX_IMAGE_FORMAT* format);
-};
-
-std::uint32_t startVideo(const OrvexApi& api, void* handle, ORVEX_SNAPSHOT& settings) {
-    ORVEX_FRAME_FORMAT present{};
-    float frameRate = 0;
-    const bool started = api.sdkGetFormat(handle, &present, &frameRate) != 0 &&
-                         api.sdkSetFormat(handle, &settings.format, frameRate) != 0 &&
-                         api.sdkStreamVideoControl(handle, 1, 0) != 0;
-    return started ? 1 : 0;
-}
-
-std::uint32_t startStill(const OrvexApi& api, void* handle, ORVEX_SNAPSHOT& settings) {
-    const std::uint32_t started = api.sdkEnableStillMode(handle, &settings);
-    if (started == 0 && api.sdkGetLastErrorForCamera(handle) == kInvalidFormatError) {
-        raise<KestrelException>(QUILL_HERE, Errors::kInvalidStreamFormat);
-    }
-    return started;
-}
-
-constexpr ModeOperations kVideoOperations{
-    "video",
-    &OrvexApi::sdkAddStreamingCallback,
-    &OrvexApi::sdkRemoveStreamingCallback,
-    startVideo,
-    [](const OrvexApi& api, void* handle) { return api.sdkStreamVideoControl(handle, 0, 0); },
-    &OrvexApi::sdkCancelVideoCapture,
-    [](const OrvexApi& api, void* handle, std::uint8_t* buffer) {
-        return api.sdkCaptureVideoFrames(handle, 1, buffer);
-    },
-    &OrvexApi::sdkGetVideoImageFormat,
-};
-
-constexpr ModeOperations kStillOperations{
-    "still",
-    &OrvexApi::sdkAddStillCallback,
-    &OrvexApi::sdkRemoveStillCallback,
-    startStill,
-    [](const OrvexApi& api, void* handle) { return api.sdkDisableStillMode(handle); },
-    &OrvexApi::sdkCancelStillCapture,
-    [](const OrvexApi& api, void* handle, std::uint8_t* buffer) { return api.sdkCaptureStillFrame(handle, buffer); },
-    &OrvexApi::sdkGetStillImageFormat,
-};
-
-const ModeOperations& operationsOf(StreamMode mode) {
-    return mode == StreamMode::Video ? kVideoOperations : kStillOperations;
-}
-
 } // namespace
 
-OrvexStream::OrvexStream(OrvexCamera& camera) : m_Camera(&camera), m_ImageFormat{} {
-    m_ImageFormat.size = sizeof m_ImageFormat;
-}
+OrvexStream::OrvexStream(OrvexCamera& camera) : m_Camera(&camera), m_Statistics(std::make_shared<StreamStatistics>()) {}
 
 OrvexStream::~OrvexStream() {
     OrvexStream::forceStop();
+    const MutexLock lock(m_ControlMutex);
+    // The camera has closed its handle meanwhile, which may have brought the worker back.
+    if (m_LetGo && !m_LetGo->joinWithin(kEndingPatience)) {
+        m_LetGo->detach();
+    }
 }
 
 bool OrvexStream::isStreaming() {
@@ -116,36 +47,74 @@ void OrvexStream::startStream() {
     if (m_Streaming) {
         return;
     }
-    m_Snapshot = buildStreamSettings(*m_Camera);
-    m_Mode = getStreamType();
-    startCapture();
-    startWorker();
+    m_Snapshot = buildStreamSettings(*m_Camera, QUILL_HERE);
+    m_FrameFormat = m_Snapshot.format;
+    const std::shared_ptr<CaptureRun> run = makeRun(getStreamType());
+    clearLeftOver(run->handle());
+    startCapture(*run);
+    startWorker(run);
 }
 
-void OrvexStream::startCapture() {
-    const OrvexApi& api = orvexApi();
-    const ModeOperations& mode = operationsOf(m_Mode);
-    void* const handle = m_Camera->getHandle();
-    std::int32_t& callbackId = callbackIdOf(m_Mode);
-    if (callbackId != kNoCallback) {
-        (api.*mode.removeCallback)(handle, callbackId); // left behind by a start that failed
+std::shared_ptr<CaptureRun> OrvexStream::makeRun(StreamMode mode) {
+    ORVEX_IMAGE_FORMAT lastFormat{};
+    lastFormat.size = sizeof lastFormat;
+    if (const std::shared_ptr<CaptureRun> last = currentRun()) {
+        lastFormat = last->imageFormat();
     }
-    callbackId = (api.*mode.addCallback)(handle, frameCallback, this);
-    if (callbackId == kNoCallback) {
+    try {
+        return std::make_shared<CaptureRun>(mode, m_Camera->getHandle(), m_Snapshot, m_Statistics, lastFormat);
+    } catch (const std::exception&) {
+        raise<KestrelException_Stream>(QUILL_HERE, Errors::kStreamMemory, operationsOf(mode).word);
+    }
+}
+
+void OrvexStream::clearLeftOver(void* handle) {
+    if (m_Running && m_Running->second == handle) {
+        endCapture(m_Running->first, handle);
+    }
+    m_Running.reset();
+    for (const StreamMode mode : {StreamMode::Video, StreamMode::Still}) {
+        callbackIdOf(mode).remove(operationsOf(mode), handle);
+    }
+}
+
+void OrvexStream::startCapture(const CaptureRun& run) {
+    const ModeOperations& mode = operationsOf(run.mode());
+    if (!callbackIdOf(run.mode()).add(mode, run.handle(), m_Statistics)) {
         raise<KestrelException>(QUILL_HERE, Errors::kRegisterStreamCallback);
     }
-    if (mode.start(api, handle, m_Snapshot) == 0) {
+    const bool started = run.mode() == StreamMode::Video ? startVideo(run.handle()) : startStill(run.handle());
+    if (!started) {
         raise<KestrelException_Stream>(QUILL_HERE, Errors::kStartStream, mode.word);
     }
+    m_Running.emplace(run.mode(), run.handle());
 }
 
-void OrvexStream::startWorker() {
-    m_StopRequested = false;
-    m_TimeoutMs = m_Snapshot.timeout;
-    m_Handover.open();
-    m_Thread =
-        std::thread(&OrvexStream::captureLoop, this, m_Mode.load(),
-                    getFrameSize(m_Snapshot.format.width, m_Snapshot.format.height, m_Snapshot.format.pixelFormat));
+bool OrvexStream::startVideo(void* handle) {
+    const OrvexApi& api = orvexApi();
+    ORVEX_FRAME_FORMAT present{};
+    float frameRate = 0;
+    return api.sdkGetFormat(handle, &present, &frameRate) != 0 &&
+           api.sdkSetFormat(handle, &m_FrameFormat, frameRate) != 0 && api.sdkStreamVideoControl(handle, 1, 0) != 0;
+}
+
+bool OrvexStream::startStill(void* handle) {
+    const bool started = orvexApi().sdkEnableStillMode(handle, &m_Snapshot) != 0;
+    if (!started && orvexApi().sdkGetLastErrorForCamera(handle) == kInvalidFormatError) {
+        raise<KestrelException>(QUILL_HERE, Errors::kInvalidStreamFormat);
+    }
+    return started;
+}
+
+void OrvexStream::startWorker(const std::shared_ptr<CaptureRun>& run) {
+    try {
+        run->start();
+    } catch (const std::exception&) { // no thread can be had
+        endCapture(run->mode(), run->handle());
+        raise<KestrelException_Stream>(QUILL_HERE, Errors::kStartStream, operationsOf(run->mode()).word);
+    }
+    const MutexLock lock(m_RunMutex);
+    m_Run = run;
     m_Streaming = true;
 }
 
@@ -154,33 +123,17 @@ void OrvexStream::stopStream() {
     if (!m_Streaming) {
         return;
     }
-    m_StopRequested = true;
-    stopCapture();
-    joinWorker();
-}
-
-void OrvexStream::stopCapture() {
-    const OrvexApi& api = orvexApi();
-    const ModeOperations& mode = operationsOf(m_Mode);
-    void* const handle = m_Camera->getHandle();
-    std::int32_t& callbackId = callbackIdOf(m_Mode);
-    (api.*mode.cancelCapture)(handle);
-    if (mode.stop(api, handle) == 0) {
-        raise<KestrelException_Stream>(QUILL_HERE, Errors::kStopStream, mode.word);
+    const std::shared_ptr<CaptureRun> run = currentRun();
+    run->requestStop();
+    const Ending ending = endCapture(run->mode(), run->handle());
+    if (!ending.stopped) {
+        raise<KestrelException_Stream>(QUILL_HERE, Errors::kStopStream, operationsOf(run->mode()).word);
     }
-    if ((api.*mode.removeCallback)(handle, callbackId) == 0) {
+    if (!ending.removed) {
         raise<KestrelException>(QUILL_HERE, Errors::kRemoveStreamCallback);
     }
-    callbackId = kNoCallback;
-}
-
-std::int32_t& OrvexStream::callbackIdOf(StreamMode mode) {
-    return mode == StreamMode::Video ? m_VideoCallbackId : m_StillCallbackId;
-}
-
-void OrvexStream::joinWorker() {
-    m_Handover.close(FrameHandover::Outcome::Stopped);
-    m_Thread.join();
+    run->handover().close(FrameHandover::Outcome::Stopped);
+    run->join();
     m_Streaming = false;
 }
 
@@ -189,13 +142,43 @@ void OrvexStream::forceStop() noexcept {
     if (!m_Streaming) {
         return;
     }
-    m_StopRequested = true;
-    try {
-        stopCapture();
-    } catch (const KestrelException&) {
-        // The capture is cancelled and the worker told to end; that is enough.
+    const std::shared_ptr<CaptureRun> run = currentRun();
+    run->requestStop();
+    const Ending ending = endCapture(run->mode(), run->handle());
+    run->handover().close(FrameHandover::Outcome::Stopped);
+    if (ending.released) {
+        run->join();
+    } else if (!run->joinWithin(kEndingPatience)) {
+        letGo(run);
     }
-    joinWorker();
+    m_Streaming = false;
+}
+
+OrvexStream::Ending OrvexStream::endCapture(StreamMode mode, void* handle) {
+    const OrvexApi& api = orvexApi();
+    const ModeOperations& operations = operationsOf(mode);
+    const bool cancelled = (api.*operations.cancelCapture)(handle) != 0;
+    const bool stopped = operations.stop(api, handle) != 0;
+    if (stopped) {
+        m_Running.reset();
+    }
+    return {cancelled || stopped, stopped, callbackIdOf(mode).remove(operations, handle)};
+}
+
+void OrvexStream::letGo(const std::shared_ptr<CaptureRun>& run) {
+    if (m_LetGo) {
+        m_LetGo->detach();
+    }
+    m_LetGo = run;
+}
+
+FrameCallbackId& OrvexStream::callbackIdOf(StreamMode mode) {
+    return mode == StreamMode::Video ? m_VideoCallbackId : m_StillCallbackId;
+}
+
+std::shared_ptr<CaptureRun> OrvexStream::currentRun() {
+    const MutexLock lock(m_RunMutex);
+    return m_Run;
 }
 
 StreamMode OrvexStream::getStreamType() {
@@ -214,108 +197,59 @@ void OrvexStream::setStreamType(StreamMode mode) {
 }
 
 std::vector<unsigned char> OrvexStream::getImageData() {
-    const auto begin = std::chrono::steady_clock::now();
-    const std::chrono::milliseconds timeout(static_cast<std::int64_t>(m_TimeoutMs.load()));
-    std::chrono::milliseconds bound = timeout.count() < 0 ? kDefaultTimeout : timeout;
-    std::vector<unsigned char> frame;
-    FrameHandover::Outcome outcome = m_Handover.take(begin + bound, frame);
-    if (timeout.count() < 0) {
-        // A long exposure still gets its frame, and may have been lengthened during the wait.
-        while (outcome == FrameHandover::Outcome::TimedOut && kDefaultTimeout + exposureTime() > bound) {
-            bound = kDefaultTimeout + exposureTime();
-            outcome = m_Handover.take(begin + bound, frame);
-        }
+    const std::shared_ptr<CaptureRun> run = currentRun();
+    if (!run) {
+        raiseWithoutFrame(StreamMode::Video, FrameHandover::Outcome::Stopped);
     }
+    FrameHandover::Request request(run->handover());
+    const FrameHandover::Outcome outcome = waitForFrame(*run, request);
     if (outcome != FrameHandover::Outcome::Frame) {
-        raiseWithoutFrame(outcome);
+        raiseWithoutFrame(run->mode(), outcome);
     }
-    m_Statistics.incrementFrameCount(STREAM_TYPE::Delivered);
-    return frame;
+    m_Statistics->incrementFrameCount(STREAM_TYPE::Delivered);
+    return request.takeImageData();
 }
 
-std::chrono::milliseconds OrvexStream::exposureTime() {
-    double exposureMs = 0;
-    try {
-        const char* name = m_Mode == StreamMode::Video ? PropertyNames::kVideoExposure : PropertyNames::kStillExposure;
-        Utilities::extractFirstWord(m_Camera->getProperty(name).getValue(), exposureMs);
-    } catch (const std::exception&) {
-        // A camera whose exposure cannot be read is given the default bound alone.
+FrameHandover::Outcome OrvexStream::waitForFrame(const CaptureRun& run, FrameHandover::Request& request) {
+    if (const auto timeout = run.timeout()) {
+        return request.wait(*timeout);
     }
-    return std::chrono::milliseconds(static_cast<std::int64_t>(exposureMs));
+    std::chrono::nanoseconds bound = kDefaultTimeout;
+    FrameHandover::Outcome outcome = request.wait(bound);
+    // A frame that takes long is still waited for, and may have been given more time meanwhile.
+    while (outcome == FrameHandover::Outcome::TimedOut &&
+           kDefaultTimeout + getFrameTime(*m_Camera, run.mode()) > bound) {
+        bound = kDefaultTimeout + getFrameTime(*m_Camera, run.mode());
+        outcome = request.wait(bound);
+    }
+    return outcome;
 }
 
-void OrvexStream::raiseWithoutFrame(FrameHandover::Outcome outcome) {
-    const char* const word = operationsOf(m_Mode).word;
+void OrvexStream::raiseWithoutFrame(StreamMode mode, FrameHandover::Outcome outcome) {
+    const char* const word = operationsOf(mode).word;
     if (m_Camera->isRetired()) {
         raise<KestrelException_Stream>(QUILL_HERE, Errors::kStreamCameraGone, word);
     }
-    if (outcome == FrameHandover::Outcome::TimedOut) {
+    switch (outcome) {
+    case FrameHandover::Outcome::TimedOut:
         raise<KestrelException_Stream>(QUILL_HERE, Errors::kStreamTimeout, word);
+    case FrameHandover::Outcome::CaptureEnded:
+        raise<KestrelException_Stream>(QUILL_HERE, Errors::kStreamEnded, word);
+    case FrameHandover::Outcome::OutOfMemory:
+        raise<KestrelException_Stream>(QUILL_HERE, Errors::kStreamOutOfMemory, word);
+    default:
+        raise<KestrelException_Stream>(QUILL_HERE, Errors::kStreamStopped, word);
     }
-    raise<KestrelException_Stream>(
-        QUILL_HERE, outcome == FrameHandover::Outcome::CaptureEnded ? Errors::kStreamEnded : Errors::kStreamStopped,
-        word);
 }
 
 FrameGeometry OrvexStream::getImageFormat() {
-    ORVEX_IMAGE_FORMAT format{};
-    {
-        const MutexLock lock(m_ImageFormatMutex);
-        format = m_ImageFormat;
-    }
+    const std::shared_ptr<CaptureRun> run = currentRun();
+    const ORVEX_IMAGE_FORMAT format = run ? run->imageFormat() : ORVEX_IMAGE_FORMAT{};
     return {format.height, format.width, getBitsPerPixel(format.pixelFormat)};
 }
 
 StreamStatistics& OrvexStream::getStreamStatistics() {
-    return m_Statistics;
-}
-
-void OrvexStream::frameCallback(void* context, std::uint32_t /*unused1*/, std::uint32_t /*unused2*/) {
-    static_cast<OrvexStream*>(context)->m_Statistics.incrementFrameCount(STREAM_TYPE::Received);
-}
-
-void OrvexStream::captureLoop(StreamMode mode, std::size_t frameBufferSize) {
-    Utilities::Stopwatch stopwatch;
-    std::vector<unsigned char> buffer;
-    auto why = FrameHandover::Outcome::Stopped;
-    while (!m_StopRequested) {
-        stopwatch.reset();
-        if (buffer.size() != frameBufferSize) {
-            buffer = Imaging::BufferPool::instance().take(frameBufferSize);
-        }
-        stopwatch.start();
-        const bool captured = captureFrame(mode, buffer);
-        stopwatch.stop();
-        if (captured) {
-            m_Statistics.setCaptureTime(stopwatch.delta());
-            if (m_Handover.isRequested()) {
-                deliverFrame(buffer);
-            }
-        } else if (orvexApi().sdkGetLastErrorForCamera(m_Camera->getHandle()) == kCaptureEndedError) {
-            // A stop cancels the capture too, after it has asked for the end.
-            why = m_StopRequested.exchange(true) ? why : FrameHandover::Outcome::CaptureEnded;
-        }
-    }
-    m_Handover.close(why);
-    Imaging::BufferPool::instance().giveBack(std::move(buffer));
-}
-
-bool OrvexStream::captureFrame(StreamMode streamMode, std::vector<unsigned char>& buffer) {
-    const OrvexApi& api = orvexApi();
-    const ModeOperations& mode = operationsOf(streamMode);
-    void* const handle = m_Camera->getHandle();
-    const bool captured = mode.capture(api, handle, buffer.data()) != 0;
-    const MutexLock lock(m_ImageFormatMutex);
-    const bool described = (api.*mode.getImageFormat)(handle, &m_ImageFormat) != 0;
-    return captured && described && fits(m_ImageFormat, buffer.size());
-}
-
-void OrvexStream::deliverFrame(std::vector<unsigned char>& frame) {
-    Utilities::Stopwatch stopwatch;
-    stopwatch.start();
-    m_Handover.deliver(std::move(frame));
-    stopwatch.stop();
-    m_Statistics.setImageDataTransferTime(stopwatch.delta());
+    return *m_Statistics;
 }
 
 } // namespace OrvexAdapter

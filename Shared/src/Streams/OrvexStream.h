@@ -2,12 +2,14 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdint>
-#include <thread>
+#include <memory>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "OrvexApi/OrvexRecords.h"
-#include "Streams/FrameHandover.h"
+#include "Streams/CaptureRun.h"
+#include "Streams/FrameCallbackId.h"
 #include "Streams/Stream.h"
 #include "Utilities/Mutex.h"
 
@@ -15,11 +17,11 @@ namespace OrvexAdapter {
 
 class OrvexCamera;
 
-/// The stream of an SDK camera: a worker thread captures frame after frame and hands over the ones that somebody waits
-/// for.
+/// The stream of an SDK camera: starts and stops the runs, whose frames it hands out.
 ///
 /// The mode and the settings of a run are read from the camera's properties when it starts. getImageData() waits for as
-/// long as the run's "Timeout" says (milliseconds); at -1 for 5 seconds and the exposure.
+/// long as the run's "Timeout" says (milliseconds); when that is negative for 5 seconds and the frame's own time: in
+/// video exposure and frame period, in still mode exposure and exposure delay.
 class OrvexStream : public CameraInterface::Stream {
 public:
     explicit OrvexStream(OrvexCamera& camera);
@@ -38,36 +40,42 @@ public:
     CameraInterface::StreamStatistics& getStreamStatistics() override;
 
 private:
-    static void frameCallback(void* context, std::uint32_t unused1, std::uint32_t unused2);
+    /// What the device answered when it was told to end.
+    struct Ending {
+        bool released; // a capture that is under way comes back
+        bool stopped;
+        bool removed;
+    };
 
-    void startCapture() QUILL_REQUIRES(m_ControlMutex);
-    void startWorker() QUILL_REQUIRES(m_ControlMutex);
-    void stopCapture() QUILL_REQUIRES(m_ControlMutex);
-    void joinWorker() QUILL_REQUIRES(m_ControlMutex);
-    std::int32_t& callbackIdOf(CameraInterface::StreamMode mode) QUILL_REQUIRES(m_ControlMutex);
-    void captureLoop(CameraInterface::StreamMode mode, std::size_t frameBufferSize);
-    bool captureFrame(CameraInterface::StreamMode streamMode, std::vector<unsigned char>& buffer);
-    void deliverFrame(std::vector<unsigned char>& frame);
-    std::chrono::milliseconds exposureTime();
-    [[noreturn]] void raiseWithoutFrame(FrameHandover::Outcome outcome);
+    std::shared_ptr<CaptureRun> makeRun(CameraInterface::StreamMode mode) QUILL_REQUIRES(m_ControlMutex);
+    void clearLeftOver(void* handle) QUILL_REQUIRES(m_ControlMutex);
+    void startCapture(const CaptureRun& run) QUILL_REQUIRES(m_ControlMutex);
+    bool startVideo(void* handle) QUILL_REQUIRES(m_ControlMutex);
+    bool startStill(void* handle) QUILL_REQUIRES(m_ControlMutex);
+    void startWorker(const std::shared_ptr<CaptureRun>& run) QUILL_REQUIRES(m_ControlMutex);
+    Ending endCapture(CameraInterface::StreamMode mode, void* handle) QUILL_REQUIRES(m_ControlMutex);
+    void letGo(const std::shared_ptr<CaptureRun>& run) QUILL_REQUIRES(m_ControlMutex);
+    FrameCallbackId& callbackIdOf(CameraInterface::StreamMode mode) QUILL_REQUIRES(m_ControlMutex);
+    std::shared_ptr<CaptureRun> currentRun() QUILL_EXCLUDES(m_RunMutex);
+    FrameHandover::Outcome waitForFrame(const CaptureRun& run, FrameHandover::Request& request);
+    [[noreturn]] void raiseWithoutFrame(CameraInterface::StreamMode mode, FrameHandover::Outcome outcome);
 
     OrvexCamera* m_Camera; // owns the stream
-    CameraInterface::StreamStatistics m_Statistics;
-    FrameHandover m_Handover;
-    std::atomic<bool> m_Streaming{false}; // a worker is there
-    std::atomic<bool> m_StopRequested{false};
-    std::atomic<float> m_TimeoutMs{-1.0F};                                               // of the present run
-    std::atomic<CameraInterface::StreamMode> m_Mode{CameraInterface::StreamMode::Video}; // of the present run
+    const std::shared_ptr<CameraInterface::StreamStatistics> m_Statistics;
+    std::atomic<bool> m_Streaming{false}; // a worker is there that was not joined
 
-    Utilities::Mutex m_ImageFormatMutex; // guards the format
-    ORVEX_IMAGE_FORMAT m_ImageFormat QUILL_GUARDED_BY(m_ImageFormatMutex);
+    Utilities::Mutex m_RunMutex;                                    // guards the pointer
+    std::shared_ptr<CaptureRun> m_Run QUILL_GUARDED_BY(m_RunMutex); // the present one, or the last
 
     Utilities::Mutex
         m_ControlMutex; // serialises start and stop and guards what follows; held while the worker is joined
     ORVEX_SNAPSHOT m_Snapshot QUILL_GUARDED_BY(m_ControlMutex){};
-    std::int32_t m_VideoCallbackId QUILL_GUARDED_BY(m_ControlMutex) = -1;
-    std::int32_t m_StillCallbackId QUILL_GUARDED_BY(m_ControlMutex) = -1;
-    std::thread m_Thread QUILL_GUARDED_BY(m_ControlMutex);
+    ORVEX_FRAME_FORMAT m_FrameFormat QUILL_GUARDED_BY(m_ControlMutex){};
+    FrameCallbackId m_VideoCallbackId QUILL_GUARDED_BY(m_ControlMutex);
+    FrameCallbackId m_StillCallbackId QUILL_GUARDED_BY(m_ControlMutex);
+    /// What the device was started in and never stopped, with the handle.
+    std::optional<std::pair<CameraInterface::StreamMode, void*>> m_Running QUILL_GUARDED_BY(m_ControlMutex);
+    std::shared_ptr<CaptureRun> m_LetGo QUILL_GUARDED_BY(m_ControlMutex); // its worker did not end in time
 };
 
 } // namespace OrvexAdapter

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <limits>
 #include <string>
 
 #include "Exceptions/Raise.h"
@@ -61,6 +62,14 @@ std::uint16_t parseFactor(const std::string& text, char before, char after) {
     raise<KestrelException>(QUILL_HERE, Errors::kInvalidStreamFormat);
 }
 
+std::uint16_t parseHorizontalFactor(const std::string& text) {
+    return parseFactor(text, '(', 'x');
+}
+
+std::uint16_t parseVerticalFactor(const std::string& text) {
+    return parseFactor(text, 'x', ')');
+}
+
 ORVEX_FRAME_FORMAT buildFrameFormat(const SettingsReader& settings) {
     ORVEX_FRAME_FORMAT format{};
     format.height = settings.pixels(PropertyNames::kHeight);
@@ -68,8 +77,8 @@ ORVEX_FRAME_FORMAT buildFrameFormat(const SettingsReader& settings) {
     format.xOffset = settings.pixels(PropertyNames::kXOffset);
     format.yOffset = settings.pixels(PropertyNames::kYOffset);
     const std::string sampling = settings.text(PropertyNames::kSamplingDescription);
-    format.samplingX = parseFactor(sampling, '(', 'x');
-    format.samplingY = parseFactor(sampling, 'x', ')');
+    format.samplingX = parseHorizontalFactor(sampling);
+    format.samplingY = parseVerticalFactor(sampling);
     format.flagsX = format.flagsY = sampling.find("Binning") == std::string::npos ? 0 : 1;
     format.pixelFormat = static_cast<std::uint32_t>(PixelFormats().toValue(settings.text(PropertyNames::kPixelFormat)));
     return format;
@@ -108,12 +117,38 @@ ORVEX_SNAPSHOT readSnapshot(const SettingsReader& settings) {
 
 } // namespace
 
-ORVEX_SNAPSHOT buildStreamSettings(Camera& camera) {
+ORVEX_SNAPSHOT buildStreamSettings(Camera& camera, const SourceLocation& here) {
     try {
         return readSnapshot(SettingsReader(camera));
     } catch (const std::exception&) {
-        raise<KestrelException>(QUILL_HERE, Errors::kInvalidStreamSettings);
+        raise<KestrelException>(here, Errors::kInvalidStreamSettings);
     }
+}
+
+std::chrono::nanoseconds getFrameTime(Camera& camera, StreamMode mode) {
+    const auto number = [&camera](const char* name) -> double {
+        try {
+            return SettingsReader(camera).number(name);
+        } catch (const std::exception&) {
+            return 0;
+        }
+    };
+    if (mode == StreamMode::Still) {
+        return toWaitingTime(number(PropertyNames::kStillExposure) + number(PropertyNames::kStillExposureDelay));
+    }
+    const double framesPerSecond = number(PropertyNames::kFramerate);
+    const double periodMs = framesPerSecond > 0 ? 1000 / framesPerSecond : 0;
+    return toWaitingTime(number(PropertyNames::kVideoExposure) + periodMs);
+}
+
+std::chrono::nanoseconds toWaitingTime(double milliseconds) {
+    using Milliseconds = std::chrono::duration<double, std::milli>;
+    constexpr std::chrono::hours kLongest{24 * 365 * 100};
+    if (!(milliseconds > 0)) {
+        return {};
+    }
+    const Milliseconds time(milliseconds);
+    return time < kLongest ? std::chrono::duration_cast<std::chrono::nanoseconds>(time) : kLongest;
 }
 
 std::uint32_t getBitsPerPixel(std::uint32_t pixelFormat) {
@@ -124,7 +159,10 @@ std::uint32_t getBitsPerPixel(std::uint32_t pixelFormat) {
 }
 
 std::size_t getFrameSize(std::uint32_t width, std::uint32_t height, std::uint32_t pixelFormat) {
-    return std::size_t{width} * height * (getBitsPerPixel(pixelFormat) / 8);
+    constexpr std::size_t kLargest = std::numeric_limits<std::size_t>::max();
+    const std::size_t pixels = std::size_t{width} * height;
+    const std::size_t bytesPerPixel = getBitsPerPixel(pixelFormat) / 8;
+    return pixels > kLargest / bytesPerPixel ? kLargest : pixels * bytesPerPixel;
 }
 
 } // namespace OrvexAdapter

@@ -6,24 +6,28 @@ namespace CameraInterface {
 
 StreamStatistics::StreamStatistics()
     : m_FrameCounters{std::make_shared<Utilities::FrameCounter>(), std::make_shared<Utilities::FrameCounter>(),
-                      std::make_shared<Utilities::FrameCounter>()} {}
+                      std::make_shared<Utilities::FrameCounter>()},
+      m_IncompleteFrames(std::make_shared<std::atomic<unsigned long long>>(0)) {}
 
 StreamStatistics::StreamStatistics(const StreamStatistics& other)
-    : m_FrameCounters(other.m_FrameCounters), m_CaptureTime(other.m_CaptureTime.load()),
-      m_ImageDataTransferTime(other.m_ImageDataTransferTime.load()) {}
+    : m_FrameCounters(other.m_FrameCounters), m_IncompleteFrames(other.m_IncompleteFrames),
+      m_CaptureTime(other.m_CaptureTime.load()), m_ImageDataTransferTime(other.m_ImageDataTransferTime.load()) {}
 
 StreamStatistics::StreamStatistics(StreamStatistics&& other) noexcept
-    : m_FrameCounters(std::move(other.m_FrameCounters)), m_CaptureTime(other.m_CaptureTime.load()),
-      m_ImageDataTransferTime(other.m_ImageDataTransferTime.load()) {}
+    : m_FrameCounters(std::move(other.m_FrameCounters)), m_IncompleteFrames(std::move(other.m_IncompleteFrames)),
+      m_CaptureTime(other.m_CaptureTime.load()), m_ImageDataTransferTime(other.m_ImageDataTransferTime.load()) {}
 
 StreamStatistics& StreamStatistics::operator=(const StreamStatistics& other) {
     return *this = StreamStatistics(other);
 }
 
 StreamStatistics& StreamStatistics::operator=(StreamStatistics&& other) noexcept {
-    m_FrameCounters = std::move(other.m_FrameCounters);
-    m_CaptureTime = other.m_CaptureTime.load();
-    m_ImageDataTransferTime = other.m_ImageDataTransferTime.load();
+    if (this != &other) {
+        m_FrameCounters = std::move(other.m_FrameCounters);
+        m_IncompleteFrames = std::move(other.m_IncompleteFrames);
+        m_CaptureTime = other.m_CaptureTime.load();
+        m_ImageDataTransferTime = other.m_ImageDataTransferTime.load();
+    }
     return *this;
 }
 
@@ -39,6 +43,14 @@ double StreamStatistics::getFramesPerSecond(STREAM_TYPE type) {
 
 unsigned long long StreamStatistics::getFrameCount(STREAM_TYPE type) {
     return counter(type).getFrameCount();
+}
+
+unsigned long long StreamStatistics::getIncompleteFrameCount() const {
+    return *m_IncompleteFrames;
+}
+
+void StreamStatistics::incrementIncompleteFrameCount() {
+    ++*m_IncompleteFrames;
 }
 
 double StreamStatistics::getDesiredIntervalTime(STREAM_TYPE type) {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -12,6 +13,7 @@
 
 #include <Quill.h>
 #include <SoftwareDevices.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -62,12 +64,12 @@ struct SlowToGo {
     }
 };
 
-Camera& open() {
+Camera& open(std::uint32_t width = 64, std::uint32_t height = 48) {
     SoftwareDevices::startEmpty();
     SoftwareDevices::DeviceDescription device = SoftwareDevices::defaultDevices()[1];
     device.serial = kSerial;
-    device.sensorWidth = 64;
-    device.sensorHeight = 48;
+    device.sensorWidth = width;
+    device.sensorHeight = height;
     SoftwareDevices::plug(device);
     SoftwareDevices::setAsFastAsAsked(kSerial, true);
     Camera::initialiseWorkspace();
@@ -164,6 +166,43 @@ void atOnce() {
     std::quick_exit(EXIT_SUCCESS);
 }
 
+/// Whether this is what an action fails with.
+template <typename Action>
+bool failsBecause(const std::string& sentence, Action action) {
+    try {
+        action();
+    } catch (const KestrelExceptions::KestrelException_Stream& failure) {
+        return failure.why() == "An error with the video stream occured. " + sentence;
+    }
+    return false;
+}
+
+/// A stream that runs out of memory says so, and runs again when there is some.
+void underAMemoryLimit() {
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // these need all the addresses that there are
+    Camera& camera = open(2560, 1920);
+    camera.startStream();
+    camera.getImage();
+    rlim_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const rlimit limit{pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + (40U << 20), RLIM_INFINITY};
+    setrlimit(RLIMIT_AS, &limit);
+    std::vector<std::unique_ptr<Imaging::Image>> images;
+    const bool isTold = failsBecause("There was not enough memory for the next frame.", [&] {
+        while (true) {
+            images.push_back(camera.getImage());
+        }
+    });
+    camera.stopStream();
+    const bool isRefused = failsBecause("There is not enough memory for a frame.", [&camera] { camera.startStream(); });
+    images.clear();
+    camera.getImage();
+    if (!isTold || !isRefused) {
+        std::exit(EXIT_FAILURE);
+    }
+#endif
+}
+
 struct Case {
     const char* name;
     void (*run)();
@@ -178,6 +217,7 @@ constexpr Case kCases[] = {
     {"AtOnce", atOnce},
     {"WithACallbackThatComesBack", withACallbackThatComesBack},
     {"InForkedChildren", inForkedChildren},
+    {"UnderAMemoryLimit", underAMemoryLimit},
 };
 
 } // namespace

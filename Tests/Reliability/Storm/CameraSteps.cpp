@@ -1,7 +1,10 @@
 #include "Reliability/Storm/CameraSteps.h"
 
+#include <array>
 #include <string>
 #include <vector>
+
+#include <SoftwareDevices.h>
 
 namespace Storm {
 
@@ -50,9 +53,23 @@ void write(Camera& camera, Random& random) {
     camera.registerPropertyChangeCallback({});
 }
 
+/// Cuts frames, and lets the device refuse to end.
+void disturb(Camera& camera, Random& random) {
+    using SoftwareDevices::Operation;
+    constexpr std::array<Operation, 4> kEndings{Operation::sdkStreamVideoControl, Operation::sdkDisableStillMode,
+                                                Operation::sdkRemoveStreamingCallback,
+                                                Operation::sdkRemoveStillCallback};
+    const auto serial = static_cast<std::uint32_t>(std::stoul(camera.getSerialNumber()));
+    SoftwareDevices::truncateFrames(serial, 2, 100);
+    SoftwareDevices::failNext(serial, kEndings[below(random, kEndings.size())], 1, SoftwareDevices::kInternalError);
+}
+
 void stream(Camera& camera, Random& random) {
     camera.connect();
     camera.getProperty("Timeout").setValue("200");
+    if (below(random, 4) == 0) {
+        disturb(camera, random);
+    }
     camera.getProperty("Streaming Mode").setValue(below(random, 2) == 0 ? "Video" : "Still");
     if (below(random, 2) == 0) {
         camera.startStream();

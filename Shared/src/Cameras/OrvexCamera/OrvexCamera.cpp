@@ -91,20 +91,38 @@ std::unique_ptr<Imaging::Image> OrvexCamera::getImage() {
     if (!wasStreaming) {
         startStream();
     }
+    Imaging::IMAGE_FORMAT layout{};
+    std::vector<unsigned char> data;
+    FrameGeometry geometry;
     try {
-        const Imaging::IMAGE_FORMAT layout =
-            getImageFormatFromColorFormat(getProperty(PropertyNames::kColorFormat).getValue(), QUILL_HERE);
-        std::vector<unsigned char> data = m_Stream->getImageData();
-        const FrameGeometry geometry = m_Stream->getImageFormat();
-        if (!wasStreaming) {
-            stopStream();
-        }
-        const bool littleEndian = Endianness().toValue(getProperty(PropertyNames::kEndianness).getValue());
-        return Imaging::createImage(geometry.width, geometry.height, std::move(data), geometry.bitsPerPixel,
-                                    littleEndian, layout);
+        layout = getImageFormatFromColorFormat(getProperty(PropertyNames::kColorFormat).getValue(), QUILL_HERE);
+        data = m_Stream->getImageData();
+        geometry = m_Stream->getImageFormat();
     } catch (...) {
         if (!wasStreaming) {
-            m_Stream->forceStop(); // a run around one image ends with it
+            try {
+                stopRunAroundImage();
+            } catch (const KestrelException&) {
+                // Why there is no image counts more.
+            }
+        }
+        throw;
+    }
+    if (!wasStreaming) {
+        stopRunAroundImage();
+    }
+    const bool littleEndian = Endianness().toValue(getProperty(PropertyNames::kEndianness).getValue());
+    return Imaging::createImage(geometry.width, geometry.height, std::move(data), geometry.bitsPerPixel, littleEndian,
+                                layout);
+}
+
+void OrvexCamera::stopRunAroundImage() {
+    try {
+        stopStream();
+    } catch (const KestrelException&) {
+        // The stream of a camera that answers goes on, so that the application may try again.
+        if (!isCameraAlive()) {
+            m_Stream->forceStop();
         }
         throw;
     }

@@ -63,6 +63,7 @@ private:
     /// where it cannot be opened.
     void openHandle();
     bool isOnNetwork();
+    void stopRunAroundImage();
     /// The settings of this camera, even if its index moves meanwhile, because another one comes or goes.
     /// @throws KestrelException "GigEError"  it does not tell them
     /// @throws KestrelException "CameraEnumeration "  the index never stays

@@ -1,0 +1,170 @@
+#include <atomic>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include "Exceptions/KestrelExceptions.h"
+#include "Support/Event.h"
+#include "Support/OrvexApiChange.h"
+#include "Support/ProcessFigures.h"
+#include "Support/SoftwareDeviceFixture.h"
+#include "Support/Throws.h"
+
+namespace {
+
+using namespace CameraInterface;
+using KestrelExceptions::KestrelException_Stream;
+using OrvexAdapter::OrvexApi;
+using SoftwareDevices::Operation;
+using TestSupport::expectFailure;
+using TestSupport::OrvexApiChange;
+
+constexpr std::uint32_t kSerial = 7;
+constexpr int kAlways = 1'000'000'000;
+
+struct Mode {
+    const char* name;
+    Operation remove;
+};
+
+constexpr Mode kModes[] = {{"Video", Operation::sdkRemoveStreamingCallback},
+                           {"Still", Operation::sdkRemoveStillCallback}};
+
+void fail(Operation operation) {
+    SoftwareDevices::failNext(kSerial, operation, kAlways, SoftwareDevices::kInternalError);
+}
+
+template <typename Condition>
+bool comesTrue(Condition condition) {
+    const auto deadline = std::chrono::steady_clock::now() + TestSupport::kLongEnough;
+    while (!condition() && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::yield();
+    }
+    return condition();
+}
+
+/// Lets the process start no thread.
+class NoThreads {
+public:
+    NoThreads() {
+        pthread_getattr_default_np(&m_Default);
+        pthread_attr_t impossible = m_Default;
+        pthread_attr_setstacksize(&impossible, std::size_t{1} << 47);
+        pthread_setattr_default_np(&impossible);
+    }
+    NoThreads(const NoThreads&) = delete;
+    NoThreads& operator=(const NoThreads&) = delete;
+    ~NoThreads() { pthread_setattr_default_np(&m_Default); }
+
+private:
+    pthread_attr_t m_Default{};
+};
+
+class StreamEnding : public TestSupport::SoftwareDeviceFixture {
+protected:
+    /// Connects a new device.
+    static Camera& openIn(const char* mode) {
+        s_FailingStops = 0;
+        SoftwareDevices::startEmpty();
+        Camera::unitialisedWorkpace();
+        SoftwareDevices::DeviceDescription description = SoftwareDevices::defaultDevices()[1];
+        description.serial = kSerial;
+        description.sensorWidth = 64;
+        description.sensorHeight = 48;
+        Camera& camera = open(description);
+        SoftwareDevices::setAsFastAsAsked(kSerial, true);
+        set(camera, "Streaming Mode", mode);
+        return camera;
+    }
+
+    inline static std::atomic<int> s_FailingStops{0};        ///< so many fail from now on
+    inline static ORVEX_FRAME_CALLBACK s_Callback = nullptr; ///< as it was registered last
+    inline static void* s_Context = nullptr;
+
+private:
+    static bool stopFails() { return s_FailingStops > 0 && s_FailingStops-- > 0; }
+    static void changeApi(OrvexApi& api) {
+        api.sdkStreamVideoControl = [](void* handle, std::uint32_t command, std::uint32_t zero) {
+            const bool fails = command == 0 && stopFails();
+            return fails ? 0 : OrvexApiChange::original().sdkStreamVideoControl(handle, command, zero);
+        };
+        api.sdkDisableStillMode = [](void* handle) {
+            return stopFails() ? 0 : OrvexApiChange::original().sdkDisableStillMode(handle);
+        };
+        api.sdkAddStreamingCallback = [](void* handle, ORVEX_FRAME_CALLBACK callback, void* context) {
+            s_Callback = callback;
+            s_Context = context;
+            return OrvexApiChange::original().sdkAddStreamingCallback(handle, callback, context);
+        };
+    }
+
+    OrvexApiChange m_Change{changeApi};
+};
+
+TEST_F(StreamEnding, AFailedStopAroundAnImageStaysVisibleAndCanBeTriedAgain) {
+    for (const Mode& mode : kModes) {
+        Camera& camera = openIn(mode.name);
+        s_FailingStops = 1;
+        expectFailure<KestrelException_Stream>([&] { camera.getImage(); }, "StopStream", "Unable to stop stream.");
+        EXPECT_TRUE(camera.isStreaming() && SoftwareDevices::isStreaming(kSerial));
+        camera.stopStream();
+        EXPECT_FALSE(camera.isStreaming() || SoftwareDevices::isStreaming(kSerial));
+        EXPECT_EQ(camera.getImage()->getWidth(), 64U);
+    }
+}
+
+TEST_F(StreamEnding, WithoutAThreadTheDeviceIsStoppedAndTheNextStartClearsWhatIsLeft) {
+    for (const Mode& mode : kModes) {
+        Camera& camera = openIn(mode.name);
+        camera.getImage(); // the device has its own thread from now on
+        for (const bool stopFails : {false, true}) {
+            s_FailingStops = stopFails ? 1 : 0;
+            {
+                const NoThreads noThreads;
+                expectFailure<KestrelException_Stream>([&] { camera.startStream(); }, "StartStream",
+                                                       "Unable to start stream.");
+            }
+            EXPECT_FALSE(camera.isStreaming());
+            EXPECT_EQ(SoftwareDevices::isStreaming(kSerial), stopFails);
+            EXPECT_EQ(camera.getImage()->getWidth(), 64U);
+            EXPECT_FALSE(SoftwareDevices::isStreaming(kSerial));
+        }
+    }
+}
+
+TEST_F(StreamEnding, EveryStepIsTriedAndTheSdkMayCallWhatItKeeps) {
+    for (const Mode& mode : kModes) {
+        openIn(mode.name).startStream();
+        s_FailingStops = kAlways;
+        fail(mode.remove);
+        fail(Operation::sdkCameraClose);
+        const std::uint64_t removals = SoftwareDevices::calls(mode.remove);
+        Camera::unitialisedWorkpace();
+        EXPECT_GT(SoftwareDevices::calls(mode.remove), removals);
+        EXPECT_TRUE(SoftwareDevices::isStreaming(kSerial));
+    }
+    s_Callback(s_Context, 0, 0);
+}
+
+TEST_F(StreamEnding, IsBoundedWhenTheDeviceKeepsACapture) {
+    const std::size_t threads = TestSupport::threadsOfProcess();
+    Camera& camera = openIn("Still");
+    set(camera, "Hardware Trigger", "Enabled");
+    set(camera, "Timeout", "60000");
+    SoftwareDevices::startLog();
+    const std::uint64_t captures = SoftwareDevices::calls(Operation::sdkCaptureStillFrame);
+    camera.startStream();
+    EXPECT_TRUE(comesTrue([&] { return SoftwareDevices::calls(Operation::sdkCaptureStillFrame) > captures; }));
+    s_FailingStops = kAlways;
+    fail(Operation::sdkCancelStillCapture);
+    fail(Operation::sdkCameraClose);
+    Camera::unitialisedWorkpace();
+    for (const SoftwareDevices::CallRecord& call : SoftwareDevices::takeLog()) {
+        EXPECT_NE(call.operation, Operation::sdkCaptureStillFrame) << "it was waited for";
+    }
+    SoftwareDevices::startEmpty();
+    EXPECT_TRUE(comesTrue([&] { return TestSupport::threadsOfProcess() <= threads; })) << "the worker ends by itself";
+}
+
+} // namespace
