@@ -253,13 +253,15 @@ TEST_F(OrvexStreamTest, AWaitIsAsLongAsTheTimeoutSaysAndTheFrameTakes) {
 }
 
 TEST_F(OrvexStreamTest, AFrameThatNoMemoryHoldsIsRefusedBeforeTheDeviceIsAsked) {
-    DeviceDescription vast = mono();
+    DeviceDescription vast = color();
     vast.sensorWidth = vast.sensorHeight = 0x80000000;
     Camera& camera = open(vast);
-    set(camera, "Pixel Format", "16");
     const std::uint64_t calls = SoftwareDevices::calls(Operation::sdkAddStreamingCallback);
-    expectFailure<KestrelException_Stream>([&] { camera.startStream(); }, "StartStream",
-                                           "There is not enough memory for a frame.");
+    for (const char* pixelFormat : {"16", "32"}) { // 2^63 bytes, and 2^64
+        set(camera, "Pixel Format", pixelFormat);
+        expectFailure<KestrelException_Stream>([&] { camera.startStream(); }, "StartStream",
+                                               "There is not enough memory for a frame.");
+    }
     EXPECT_EQ(SoftwareDevices::calls(Operation::sdkAddStreamingCallback), calls);
 }
 
