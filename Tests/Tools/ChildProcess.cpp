@@ -84,6 +84,16 @@ pid_t spawn(const ChildProcess& child, const Channel& output, const Channel& err
 
 } // namespace
 
+bool canOpenTerminal() {
+    std::array<int, 2> ends{};
+    if (openpty(&ends[0], &ends[1], nullptr, nullptr, nullptr) != 0) {
+        return false;
+    }
+    close(ends[0]);
+    close(ends[1]);
+    return true;
+}
+
 ChildResult runChild(const ChildProcess& child) {
     Channel output(child.onTerminal);
     Channel errors(false);

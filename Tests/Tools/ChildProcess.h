@@ -30,6 +30,9 @@ struct ChildResult {
     std::string errors;
 };
 
+/// Whether a child can have a terminal: there are none where /dev/pts is not mounted.
+bool canOpenTerminal();
+
 /// Runs a program to its end. One that takes longer than a minute is killed.
 ChildResult runChild(const ChildProcess& child);
 
