@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "Exceptions/KestrelException.h"
 #include "Properties/MemoryProperty.h"
 #include "Streams/Stream.h"
 
@@ -112,7 +113,7 @@ CameraAdapter FakeBus::adapter() {
 std::vector<std::unique_ptr<Camera>> FakeBus::enumerate() {
     ++m_Enumerations;
     if (m_Fail) {
-        throw std::runtime_error("The bus does not answer.");
+        throw KestrelExceptions::KestrelException::create("Bus", "Bus.cpp", 1, "The bus does not answer.");
     }
     const std::lock_guard lock(m_Mutex);
     std::vector<std::unique_ptr<Camera>> cameras;

@@ -83,7 +83,8 @@ public:
     /// @throws KestrelException "InvalidStreamFormat", "RegisterStreamCallback"
     /// @throws KestrelException_Stream "StartStream"  the camera refuses
     virtual void startStream();
-    /// Stops delivery; a barrier: no frame is captured any more when it returns.
+    /// Stops delivery; a barrier: no frame is captured any more when it returns. May be called beside a getImage() that
+    /// waits, which then ends with "StreamStopped".
     /// @throws KestrelException "StreamUnsupported"  the camera has no stream
     /// @throws KestrelException_Stream "StopStream", KestrelException "RemoveStreamCallback"  the camera refuses; the
     ///     stream counts as running

@@ -24,7 +24,9 @@ public:
 
     virtual unsigned getWidth() const;
     virtual unsigned getHeight() const;
-    /// Significant bits per sample: 8, 10, 12 or 16.
+    /// Significant bits per sample: 8, 10, 12 or 16. An image whose colour the camera computed itself, as its property
+    /// "Pixel Format" says, has the bits of a pixel here and the format of the sensor; what its bytes are, createImage()
+    /// makes an image of: at 24 BGR of depth 8, at 32 BGRA of depth 8 with an opaque alpha, at 48 BGR of depth 16.
     virtual unsigned getBitDepth() const;
     /// Bytes that one sample takes: the bit depth in whole bytes.
     virtual unsigned getBytesPerChannel() const;

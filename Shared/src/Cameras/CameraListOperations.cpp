@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <typeindex>
 #include <unordered_map>
 #include <unordered_set>
@@ -154,6 +155,10 @@ std::vector<std::unique_ptr<Camera>> Camera::getListOfCameras() {
         try {
             std::vector<std::unique_ptr<Camera>> found = adapter.m_GetListOfCameras();
             std::move(found.begin(), found.end(), std::back_inserter(cameras));
+        } catch (const KestrelException& failure) {
+            failures.emplace(adapter.m_Name, shortened(failure.why()));
+        } catch (const std::bad_alloc&) {
+            failures.emplace(adapter.m_Name, "Out of memory.");
         } catch (const std::exception& failure) {
             failures.emplace(adapter.m_Name, shortened(failure.what()));
         } catch (...) {
