@@ -19,7 +19,8 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using namespace TestSupport;
 
-/// A camera with all flash functions, one whose flash can be erased but not written, and one without functions.
+/// A camera with all flash functions, one whose flash can be erased but not written, one without functions,
+/// and one that has what a camera in USB3 Vision mode has.
 constexpr const char* kFlashCameras = R"({"Cameras": [
   {"Identification": {"Model Name": "Whole", "Serial Number": "70001"}, "Properties": [], "Functions": [
     {"Name": "Erase Flash", "Parameters": [], "Return Format": []},
@@ -32,7 +33,11 @@ constexpr const char* kFlashCameras = R"({"Cameras": [
   {"Identification": {"Model Name": "Erasable", "Serial Number": "70002"}, "Properties": [], "Functions": [
     {"Name": "Erase Flash", "Parameters": [], "Return Format": []},
     {"Name": "Read Flash", "Parameters": [], "Return Format": []}]},
-  {"Identification": {"Model Name": "Bare", "Serial Number": "80001"}, "Properties": [], "Functions": []}]})";
+  {"Identification": {"Model Name": "Bare", "Serial Number": "80001"}, "Properties": [], "Functions": []},
+  {"Identification": {"Model Name": "Lookalike", "Serial Number": "80002"}, "Properties": [
+    {"Name": "USB3 Vision Mode", "Type": "Boolean", "Minimum": "Disabled", "Maximum": "Enabled", "Default": "Disabled",
+     "ReadOnly": false, "AvailableForWriting": true, "Discrete": true, "ValueList": ["Disabled", "Enabled"]}],
+   "Functions": [{"Name": "Reboot", "Parameters": [], "Return Format": []}]}]})";
 
 /// Two sections, 0x28 bytes with header and end.
 const std::string kImage("CY\x1c\xb0"
@@ -81,6 +86,13 @@ TEST_F(MaintenanceTool, RefusesBeforeTheCameraIsTouched) {
          "0xFFFFF1..0x1000001 cannot be erased: the flash ends at 0x1000000"},
         {"flash write 70001 0 table.bin --chunk 0", 2, "--chunk"},
         {"flash write 70001 -1 table.bin", 2, "ADDRESS"},
+        {"flash write 70001 '' table.bin", 2, "ADDRESS"},
+        {"flash erase 70001 '' 256", 2, "ADDRESS"},
+        {"flash erase 70001 0 '16 '", 2, "LENGTH"},
+        {"flash erase 70001 99999999999999999999 16", 2, "ADDRESS"},
+        {"flash erase '' 0 256", 2, "SERIAL"},
+        {"firmware write 70001 image --address ''", 2, "--address"},
+        {"perform 70001 'Write Flash' '' x", 2, "Address takes a whole number"},
         {"flash write 70002 0 table.bin", 3, "cannot be written: function 'Write Flash': Function not supported."},
         {"flash erase 70001 0 0", 2, "LENGTH"},
         {"firmware write 70001 cut", 1, "file 'cut': is no boot image, or not all of one: Invalid image file."},
@@ -90,13 +102,14 @@ TEST_F(MaintenanceTool, RefusesBeforeTheCameraIsTouched) {
         {"flash", 2, "flash: a command is missing; try 'quill flash --help'"},
         {"flash burn", 2, "unknown command 'flash burn'; try 'quill flash --help'"},
         {"reboot 80001", 3, "camera 80001: it cannot be restarted: Function not supported."},
+        {"usb3vision on 80002", 1, "cannot be switched on: it is a simulated camera"},
         {"usb3vision on 70001", 3, "property 'USB3 Vision Mode': cannot be read: Property is not supported."},
     };
     for (const auto& refused : cases) {
         SCOPED_TRACE(refused.words);
         const ChildResult result =
-            runScript("flash write 70001 0 image --quiet\nperform 70001 'Write Flash' 100 hex:4f4b\n" + refused.words +
-                      "\nflash compare 70001 0 image --quiet\nflash read 70001 99 4\n");
+            runScript("flash write 70001 0 image --quiet\nperform 70001 'Write Flash' 0100 hex:4f4b\n" + refused.words +
+                      "\nflash compare 70001 0 image --quiet\nflash read 70001 099 4\n");
         EXPECT_EQ(result.exitCode, refused.exitCode);
         EXPECT_THAT(result.errors, HasSubstr(std::string("quill: line 3: ")));
         EXPECT_THAT(result.errors, HasSubstr(refused.said));
@@ -193,6 +206,9 @@ TEST_F(MaintenanceTool, GoesOnWhenNobodyReadsItsProgress) {
 }
 
 TEST_F(MaintenanceTool, DrawsABarOnATerminal) {
+    if (!canOpenTerminal()) {
+        GTEST_SKIP() << "No pseudo-terminal can be opened here.";
+    }
     ChildProcess write = command({"-c", R"("$0" flash write 70001 0 table.bin 2>&1)", QUILL_UNDER_TEST});
     write.program = "sh";
     write.onTerminal = true;
@@ -258,7 +274,10 @@ TEST_F(MaintenanceTool, CamerasComeBackInTheModeThatTheyWereToldToStartIn) {
                                          "usb3vision status 41500101\n"
                                          "flash read 41500101 0 4\n"
                                          "usb3vision off 41500101 --reboot\n"
-                                         "usb3vision status 41500101\n",
+                                         "usb3vision status 41500101\n"
+                                         "usb3vision on 41500101\n"
+                                         "perform 41500101 'Update Flash' 0x1B8000 hex:ffff\n"
+                                         "usb3vision on 41500101\n",
                                          withDevices({"shell"}));
     const std::string left = "camera 41500101: left the list\n";
     EXPECT_EQ(result.exitCode, 1);
@@ -278,13 +297,19 @@ TEST_F(MaintenanceTool, CamerasComeBackInTheModeThatTheyWereToldToStartIn) {
                                  "quill: line 5: camera 41500101: 0x0..0x4 cannot be read: function 'Read Flash': "
                                  "Function not supported.\n"
                                  "quill: line 6: " +
-                                 left + "quill: line 6: camera 41500101: is back as an SDK camera\n");
+                                 left +
+                                 "quill: line 6: camera 41500101: is back as an SDK camera\n"
+                                 "quill: line 8: camera 41500101: a reboot makes it effective\n"
+                                 "quill: line 10: camera 41500101: USB3 Vision Mode cannot be switched on: its flash "
+                                 "holds no valid USB3 Vision file\n");
     EXPECT_EQ(result.output, "USB3 Vision Mode = Enabled\n"
                              "MODE     WRITABILITY  AT PRESENT\n"
                              "Enabled  writable     a USB3 Vision camera\n"
                              "USB3 Vision Mode = Disabled\n"
                              "MODE      WRITABILITY  AT PRESENT\n"
-                             "Disabled  writable     an SDK camera\n");
+                             "Disabled  writable     an SDK camera\n"
+                             "USB3 Vision Mode = Enabled\n");
+    EXPECT_THAT(run({"usb3vision", "status", "80002"}).output, HasSubstr("a simulated camera"));
 }
 
 TEST_F(MaintenanceTool, TellsAWaitThatIsInVainFromACameraThatStays) {

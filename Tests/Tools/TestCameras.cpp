@@ -41,6 +41,18 @@ std::uint32_t plugGige() {
 const std::map<std::string, void (*)()> kDevices{
     {"gige", [] { plugGige(); }},
     {"uncounted", [] { failNext(plugGige(), Operation::sdkGetStreamStats, 1'000'000'000, kInternalError); }},
+    {"orange",
+     [] {
+         DeviceDescription device = defaultDevices()[0];
+         device.noise = 0;
+         presentScene(plug(device), {2, 2, {250, 150, 50, 250, 150, 50, 250, 150, 50, 250, 150, 50}});
+     }},
+    {"slow",
+     [] {
+         DeviceDescription device = smallDevice();
+         device.frameRates = {0.7F};
+         plug(device);
+     }},
     {"silent", [] { dropFrames(plug(smallDevice()), 1'000'000'000); }},
     {"worn", [] { failNext(plug(smallDevice()), Operation::sdkReadFlash, 1'000'000'000, kInternalError); }},
     {"pulled", [] { unplugDuring(plug(defaultDevices()[0]), Operation::sdkRegisterWrite, 20); }},

@@ -6,6 +6,9 @@
 #include <fmt/format.h>
 #include <poll.h>
 
+#include "CameraKind.h"
+#include "Numbers.h"
+
 namespace QuillTool {
 
 using CameraInterface::Camera;
@@ -24,18 +27,13 @@ bool isListed(const std::string& serialNumber) {
 
 void ReturnOptions::describe(CLI::App& parser) {
     parser.add_flag("--no-wait", noWait, "Do not wait until the camera is back");
-    parser.add_option("--timeout", timeoutSeconds, "Seconds to wait until the camera is back")
-        ->capture_default_str()
-        ->check(CLI::Range(1U, 3600U));
+    describeTimeout(parser);
 }
 
-bool isUsb3VisionCamera(const SelectedCamera& camera) {
-    return camera.attempt("its functions cannot be listed",
-                          [&] { return camera->getSupportedFunctions() == std::vector<std::string>{"Reboot"}; });
-}
-
-const char* kindOf(bool usb3Vision) {
-    return usb3Vision ? "a USB3 Vision camera" : "an SDK camera";
+CLI::Option* ReturnOptions::describeTimeout(CLI::App& parser) {
+    constexpr unsigned kLongest = 3600;
+    return addNumber(parser, "--timeout", timeoutSeconds, "Seconds to wait until the camera is back", 1, kLongest)
+        ->capture_default_str();
 }
 
 CameraReturn::CameraReturn(Context& context, const SelectedCamera& camera, const ReturnOptions& options)
@@ -53,8 +51,7 @@ bool CameraReturn::await() {
         throw ToolError(ExitCode::TimedOut, m_Camera.about(fmt::format(
                                                 "left the list and did not come back within {} s", m_Timeout.count())));
     }
-    const bool usb3Vision = isUsb3VisionCamera(m_Context.session.connect(serialNumber));
-    tell(fmt::format("is back as {}", kindOf(usb3Vision)));
+    tell(fmt::format("is back as {}", nameOf(kindOf(*m_Context.session.connect(serialNumber)))));
     return true;
 }
 

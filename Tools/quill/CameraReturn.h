@@ -17,12 +17,9 @@ struct ReturnOptions {
     bool quiet = false;
 
     void describe(CLI::App& parser);
+    /// The time alone.
+    CLI::Option* describeTimeout(CLI::App& parser);
 };
-
-/// A camera in USB3 Vision mode offers its restart, and neither images nor flash.
-bool isUsb3VisionCamera(const SelectedCamera& camera);
-/// "an SDK camera": what a camera with flash is, or "a USB3 Vision camera".
-const char* kindOf(bool usb3Vision);
 
 /// Waits for a camera that restarts: it leaves the list and comes back, maybe as one of another kind. Made before the
 /// camera is told to restart, so that nothing is missed; the library's own watching finds out.

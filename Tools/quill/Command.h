@@ -52,6 +52,9 @@ std::unique_ptr<Command> makeCommand() {
     return std::make_unique<Class>();
 }
 
+/// Refuses an empty text, such as a variable of the shell that is not set leaves.
+CLI::Validator notEmpty();
+
 /// The arguments that several commands share.
 void addCameraArgument(CLI::App& parser, std::string& selector);
 void addFileArgument(CLI::App& parser, std::string& path, const std::string& what);

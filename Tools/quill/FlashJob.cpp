@@ -8,6 +8,8 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
+#include "Numbers.h"
+
 namespace QuillTool {
 
 using Utilities::Programmer;
@@ -49,9 +51,7 @@ std::string FlashRange::text() const {
 }
 
 void FlashOptions::describeReading(CLI::App& parser) {
-    parser.add_option("--chunk", chunkSize, "Bytes to move at a time")
-        ->capture_default_str()
-        ->check(CLI::Range(1U, kFlashEnd));
+    addNumber(parser, "--chunk", chunkSize, "Bytes to move at a time", 1, kFlashEnd)->capture_default_str();
     progress.describe(parser);
 }
 
@@ -62,9 +62,8 @@ void FlashOptions::describeWriting(CLI::App& parser) {
 }
 
 void FlashOptions::describeMaximumSize(CLI::App& parser) {
-    parser.add_option("--maximum-size", maximumSize, "Refuse a file of more bytes")
-        ->capture_default_str()
-        ->check(CLI::Range(1U, kFlashEnd));
+    addNumber(parser, "--maximum-size", maximumSize, "Refuse a file of more bytes", 1, kFlashEnd)
+        ->capture_default_str();
 }
 
 FlashJob::FlashJob(Context& context, const SelectedCamera& camera, const FlashRange& range, const FlashOptions& options,

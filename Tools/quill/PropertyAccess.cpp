@@ -1,11 +1,13 @@
 #include "PropertyAccess.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
+#include <limits>
 #include <optional>
 
 #include <fmt/format.h>
+
+#include "Numbers.h"
+#include "Region.h"
 
 namespace QuillTool {
 
@@ -14,50 +16,41 @@ using CameraInterface::PROPERTY_TYPE;
 
 namespace {
 
-/// A whole text that is a finite number, and one without a fraction where the type wants that.
-std::optional<double> parseNumber(const std::string& text, PROPERTY_TYPE type) {
-    const char* end = text.data() + text.size();
-    const auto parse = [&](auto value) -> std::optional<double> {
-        const auto [rest, error] = std::from_chars(text.data(), end, value);
-        return error == std::errc{} && rest == end ? std::optional<double>(static_cast<double>(value)) : std::nullopt;
-    };
-    const std::optional<double> number = type == PROPERTY_TYPE::Integer ? parse(0LL) : parse(0.0);
-    return number && std::isfinite(*number) ? number : std::nullopt;
+NumberKind numberKindOf(PROPERTY_TYPE type) {
+    return type == PROPERTY_TYPE::Integer ? NumberKind::Whole : NumberKind::Real;
 }
 
 /// Writes one value into one property.
 class PropertyWriter {
 public:
-    PropertyWriter(Output& output, const SelectedCamera& camera, const std::string& name, const std::string& value)
-        : m_Output(output), m_Camera(camera), m_Name(name), m_Value(value) {}
+    PropertyWriter(const SelectedCamera& camera, const std::string& name, const std::string& value)
+        : m_Camera(camera), m_Name(name), m_Value(value) {}
 
-    PropertyReading write() const {
+    WrittenProperty write() const {
         const PropertyReading before = readProperty(m_Camera, m_Name, tried());
         requireWritable(before);
         const std::string value = allowedValue(before);
         m_Camera.attempt(fmt::format("property '{}': cannot be {}", m_Name, tried()),
                          [&] { m_Camera->getProperty(m_Name).setValue(value); });
-        PropertyReading after = readProperty(m_Camera, m_Name);
-        requireStored(after);
-        return after;
+        const PropertyReading after = readProperty(m_Camera, m_Name);
+        return {after, isSameValue(after.value, after) ? "" : difference(before, after)};
     }
 
 private:
     std::string tried() const { return fmt::format("set to '{}'", m_Value); }
 
-    [[noreturn]] void refuse(const std::string& reason) const {
-        throw ToolError(ExitCode::Failed,
-                        m_Camera.about(fmt::format("property '{}': cannot be {}: {}", m_Name, tried(), reason)));
+    [[noreturn]] void refuse(const std::string& reason, ExitCode code = ExitCode::Failed) const {
+        throw ToolError(code, m_Camera.about(fmt::format("property '{}': cannot be {}: {}", m_Name, tried(), reason)));
     }
 
     // Cameras ignore what they cannot take, or take what they should not: the refusal is the tool's.
 
     void requireWritable(const PropertyReading& property) const {
         if (property.readOnly) {
-            refuse("it is read-only");
+            refuse(fmt::format("it is read-only and stays '{}'", property.value));
         }
         if (!property.availableForWriting) {
-            refuse("it cannot be written now");
+            refuse(fmt::format("it cannot be written now and stays '{}'", property.value));
         }
     }
 
@@ -73,10 +66,7 @@ private:
             }
             return *choice;
         }
-        if (property.isNumber()) {
-            requireInRange(property);
-        }
-        return m_Value;
+        return property.isNumber() ? allowedNumber(property) : m_Value;
     }
 
     /// Whether a text of the property means the given value: 14 is 14.000000.
@@ -84,37 +74,48 @@ private:
         if (text == m_Value) {
             return true;
         }
-        const std::optional<double> number = property.isNumber() ? parseNumber(m_Value, property.type) : std::nullopt;
-        return number && parseNumber(text, property.type) == number;
+        const std::optional<double> number =
+            property.isNumber() ? parseNumber(m_Value, numberKindOf(property.type)) : std::nullopt;
+        return number && parseNumber(text, numberKindOf(property.type)) == number;
     }
 
-    void requireInRange(const PropertyReading& property) const {
-        const std::optional<double> value = parseNumber(m_Value, property.type);
-        if (!value) {
-            refuse(property.type == PROPERTY_TYPE::Integer ? "it takes a decimal integer"
-                                                           : "it takes a decimal number");
+    std::string allowedNumber(const PropertyReading& property) const {
+        const std::optional<std::string> text = decimalText(m_Value, numberKindOf(property.type));
+        if (!text) {
+            refuse(fmt::format("it takes a {}number, decimal or hexadecimal as 0x...",
+                               property.type == PROPERTY_TYPE::Integer ? "whole " : ""),
+                   ExitCode::Usage);
         }
+        const std::optional<double> value = parseNumber(*text, numberKindOf(property.type));
         // A limit that is no number limits nothing.
-        const std::optional<double> minimum = parseNumber(property.minimum, PROPERTY_TYPE::Float);
-        const std::optional<double> maximum = parseNumber(property.maximum, PROPERTY_TYPE::Float);
+        const std::optional<double> minimum = parseNumber(property.minimum, NumberKind::Real);
+        const std::optional<double> maximum = parseNumber(property.maximum, NumberKind::Real);
         if ((minimum && *value < *minimum) || (maximum && *value > *maximum)) {
             refuse("the range is " + property.allowed());
         }
+        requireMultiple(property, *text);
+        return *text;
     }
 
-    void requireStored(const PropertyReading& property) const {
-        if (isSameValue(property.value, property)) {
+    void requireMultiple(const PropertyReading& property, const std::string& text) const {
+        const std::optional<std::uint64_t> unit = unitOf(m_Camera, m_Name);
+        const std::optional<std::uint64_t> value = parseWholeNumber(text);
+        if (!unit || !value) {
             return;
         }
-        const std::string sentence = m_Camera.about(
-            fmt::format("property '{}': was set to '{}' and reads '{}'", m_Name, m_Value, property.value));
-        if (property.type != PROPERTY_TYPE::Float) {
-            throw ToolError(ExitCode::Difference, sentence);
+        const std::string trouble =
+            unitTrouble(*unit, *value, parseWholeNumber(property.minimum).value_or(0),
+                        parseWholeNumber(property.maximum).value_or(std::numeric_limits<std::uint64_t>::max()));
+        if (!trouble.empty()) {
+            refuse(trouble);
         }
-        m_Output.warn(sentence); // cameras round to the steps that they have
     }
 
-    Output& m_Output;
+    std::string difference(const PropertyReading& before, const PropertyReading& after) const {
+        return m_Camera.about(fmt::format("property '{}': was set to '{}' and {} '{}'", m_Name, m_Value,
+                                          after.value == before.value ? "stays" : "is now", after.value));
+    }
+
     const SelectedCamera& m_Camera;
     const std::string& m_Name;
     const std::string& m_Value;
@@ -158,9 +159,22 @@ PropertyReading readProperty(const SelectedCamera& camera, const std::string& na
     });
 }
 
-PropertyReading writeProperty(Output& output, const SelectedCamera& camera, const std::string& name,
-                              const std::string& value) {
-    return PropertyWriter(output, camera, name, value).write();
+void WrittenProperty::requireAsAsked(Output& output) const {
+    if (difference.empty()) {
+        return;
+    }
+    if (reading.type != PROPERTY_TYPE::Float) {
+        throw ToolError(ExitCode::Difference, difference);
+    }
+    output.warn(difference); // cameras round to the steps that they have
+}
+
+WrittenProperty writeProperty(const SelectedCamera& camera, const std::string& name, const std::string& value) {
+    return PropertyWriter(camera, name, value).write();
+}
+
+void writeProperty(Output& output, const SelectedCamera& camera, const std::string& name, const std::string& value) {
+    writeProperty(camera, name, value).requireAsAsked(output);
 }
 
 void writeProperties(Output& output, const SelectedCamera& camera, const std::vector<std::string>& assignments) {

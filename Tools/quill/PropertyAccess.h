@@ -34,11 +34,23 @@ struct PropertyReading {
 /// @throws ToolError
 PropertyReading readProperty(const SelectedCamera& camera, const std::string& name, const std::string& tried = "read");
 
-/// Writes a property and reads it back. What the property cannot take is refused before anything is written; a number
-/// that the camera rounds is warned of.
-/// @throws ToolError  also where something else reads back
-PropertyReading writeProperty(Output& output, const SelectedCamera& camera, const std::string& name,
-                              const std::string& value);
+/// A property after it was written.
+struct WrittenProperty {
+    PropertyReading reading;
+    std::string difference; ///< says that the value is another than was asked for; empty where it is not
+
+    /// Warns of a number that the camera rounded.
+    /// @throws ToolError  of any other difference
+    void requireAsAsked(Output& output) const;
+};
+
+/// Writes a property and reads it back. What the property cannot take is refused before anything is written.
+/// @throws ToolError
+WrittenProperty writeProperty(const SelectedCamera& camera, const std::string& name, const std::string& value);
+
+/// The same for somebody to whom only a difference matters.
+/// @throws ToolError
+void writeProperty(Output& output, const SelectedCamera& camera, const std::string& name, const std::string& value);
 
 /// Writes properties given as NAME=VALUE, in their order.
 /// @throws ToolError

@@ -57,7 +57,7 @@ std::map<std::string, std::string> Session::listCameras() {
     const std::map<std::string, std::string> failures = Camera::getEnumerationFailures();
     for (const auto& [adapter, reason] : failures) {
         if (m_ReportedFailures.count(adapter) == 0) {
-            m_Output.warn(fmt::format("{}: cannot be looked for: {}", adapter, reason));
+            m_Output.warn(fmt::format("{}: cannot be looked for: {}", adapter, readable(reason)));
         }
     }
     m_ReportedFailures = failures;

@@ -1,11 +1,12 @@
 #include "StreamRun.h"
 
 #include "PropertyAccess.h"
+#include "Region.h"
 
 namespace QuillTool {
 
 RunningStream::RunningStream(const SelectedCamera& camera) : m_Camera(camera) {
-    m_Camera.attempt("it cannot stream", [&] { m_Camera->startStream(); });
+    attemptStart(m_Camera, "it cannot stream", [&] { m_Camera->startStream(); });
 }
 
 RunningStream::~RunningStream() {

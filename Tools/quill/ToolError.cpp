@@ -39,15 +39,40 @@ ExitCode codeOf(const std::exception& failure) {
     return row == kFailureCodes.end() ? ExitCode::Failed : row->code;
 }
 
+/// A part of programmers' words, and what they mean to a person.
+struct Translation {
+    std::string_view part;
+    std::string_view sentence;
+};
+
+constexpr std::array kTranslations{
+    Translation{"argument out of range", "a number is too large or too small"},
+    Translation{"invalid sto", "a text is no number"}, // stoi, stoul, stof, stod
+    Translation{"Method not implemented.", "The camera cannot do this."},
+};
+
 } // namespace
 
+std::string readable(std::string_view reason) {
+    constexpr std::string_view kParser = "[json.exception.";
+    if (reason.substr(0, kParser.size()) == kParser) {
+        const std::size_t end = reason.find("] ");
+        reason.remove_prefix(end == std::string_view::npos ? 0 : end + 2);
+    }
+    const auto* row = std::find_if(kTranslations.begin(), kTranslations.end(), [&](const Translation& candidate) {
+        return reason.find(candidate.part) != std::string_view::npos;
+    });
+    return std::string(row == kTranslations.end() ? reason : row->sentence);
+}
+
 std::string reasonOf(const std::exception& failure) {
-    if (dynamic_cast<const std::bad_alloc*>(&failure) != nullptr) {
+    if (dynamic_cast<const std::bad_alloc*>(&failure) != nullptr ||
+        dynamic_cast<const std::length_error*>(&failure) != nullptr) {
         return "out of memory";
     }
     const auto* known = dynamic_cast<const KestrelException*>(&failure);
     if (known == nullptr) {
-        return failure.what();
+        return readable(failure.what());
     }
     const std::string reason = known->why();
     const std::size_t subjectEnd = reason.find(kSubjectEnd);

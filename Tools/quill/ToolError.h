@@ -3,6 +3,7 @@
 #include <exception>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace QuillTool {
@@ -29,6 +30,9 @@ public:
 private:
     ExitCode m_Code;
 };
+
+/// A reason in the words of a person where it is in those of a parser or a conversion.
+std::string readable(std::string_view reason);
 
 /// Why an operation of the library failed, without the subject and the place that the exception names too.
 std::string reasonOf(const std::exception& failure);

@@ -5,8 +5,11 @@
 #include <string>
 
 #include <Quill.h>
+#include <fmt/format.h>
 
+#include "CameraKind.h"
 #include "Command.h"
+#include "ComputedColor.h"
 
 namespace QuillTool {
 
@@ -37,7 +40,7 @@ public:
         if (m_Json) {
             Json failures = Json::array();
             for (const auto& [adapter, reason] : Camera::getEnumerationFailures()) {
-                failures.push_back({{"adapter", adapter}, {"reason", reason}});
+                failures.push_back({{"adapter", adapter}, {"reason", readable(reason)}});
             }
             context.output.printJson(Json{{"cameras", cameras}, {"failures", failures}});
         } else {
@@ -96,6 +99,10 @@ public:
             const std::size_t properties = camera->getSupportedProperties().size();
             const std::size_t functions = camera->getSupportedFunctions().size();
             const std::map<std::string, std::string> information = camera->getCameraInfo();
+            const CameraKind kind = kindOf(*camera);
+            if (kind == CameraKind::Sdk) {
+                m_Pixels = findDeliveredLayout(*camera);
+            }
             if (m_Json) {
                 m_Document = {{"serialNumber", camera.serialNumber()},
                               {"modelName", model},
@@ -103,6 +110,10 @@ public:
                               {"properties", properties},
                               {"functions", functions},
                               {"information", information}};
+                if (m_Pixels) {
+                    m_Document["pixels"] = {{"format", Imaging::getFormatName(m_Pixels->format)},
+                                            {"bitDepth", m_Pixels->bitDepth}};
+                }
                 addNetworkToDocument();
                 return;
             }
@@ -111,6 +122,12 @@ public:
                             {"State", state},
                             {"Properties", std::to_string(properties)},
                             {"Functions", std::to_string(functions)}};
+            if (m_Pixels) {
+                m_Table.rows.push_back({"Image", fmt::format("{}, {} bits", Imaging::getFormatName(m_Pixels->format),
+                                                             m_Pixels->bitDepth)});
+            } else if (kind == CameraKind::Simulated) {
+                m_Table.rows.push_back({"Image", kPlaceholder});
+            }
             for (const auto& [name, value] : information) {
                 if (name != "Serial Number" && name != "Model Name") {
                     m_Table.rows.push_back({name, value});
@@ -159,6 +176,7 @@ private:
     std::string m_Camera;
     bool m_Json = false;
     std::optional<GigEDescription> m_Network; // of a GigE camera
+    std::optional<PixelLayout> m_Pixels;      // of an SDK camera
     Json m_Document;
     Table m_Table{{"WHAT", "VALUE"}, {}};
 };

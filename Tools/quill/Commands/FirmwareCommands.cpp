@@ -10,6 +10,7 @@
 #include "CameraReturn.h"
 #include "Command.h"
 #include "FlashJob.h"
+#include "Numbers.h"
 
 namespace QuillTool {
 
@@ -85,7 +86,7 @@ public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
         addFileArgument(parser, m_File, "The boot image");
-        parser.add_option("--address", m_Address, "Where in flash it begins")->capture_default_str();
+        addNumber(parser, "--address", m_Address, "Where in flash it begins", 0, kFlashEnd - 1)->capture_default_str();
         m_Options.describeMaximumSize(parser);
         m_Options.describeWriting(parser);
     }

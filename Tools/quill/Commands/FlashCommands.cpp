@@ -7,6 +7,7 @@
 #include "Bytes.h"
 #include "Command.h"
 #include "FlashJob.h"
+#include "Numbers.h"
 
 namespace QuillTool {
 
@@ -19,13 +20,11 @@ constexpr unsigned char kErased = 0xFF;
 constexpr unsigned kLargestByte = 0xFF;
 
 void addAddressArgument(CLI::App& parser, unsigned& address) {
-    parser.add_option("ADDRESS", address, "First byte; decimal, or hexadecimal as 0x...")->required();
+    addNumber(parser, "ADDRESS", address, "First byte; decimal, or hexadecimal as 0x...", 0, kFlashEnd - 1)->required();
 }
 
 void addLengthArgument(CLI::App& parser, std::size_t& length) {
-    parser.add_option("LENGTH", length, "Bytes; decimal, or hexadecimal as 0x...")
-        ->required()
-        ->check(CLI::Range(1U, kFlashEnd));
+    addNumber(parser, "LENGTH", length, "Bytes; decimal, or hexadecimal as 0x...", 1, kFlashEnd)->required();
 }
 
 /// Changes the flash and reads it back, or only tells the plan.
@@ -48,7 +47,7 @@ public:
         addCameraArgument(parser, m_Camera);
         addAddressArgument(parser, m_Range.address);
         addLengthArgument(parser, m_Range.length);
-        parser.add_option("-o,--output", m_Output, "File for the bytes");
+        parser.add_option("-o,--output", m_Output, "File for the bytes")->check(notEmpty());
         m_Options.describeReading(parser);
     }
 
@@ -155,10 +154,9 @@ class FlashStatusCommand : public Command {
 public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
-        parser.add_option("ADDRESS", m_Address, "Which status; decimal, or hexadecimal as 0x...")
-            ->capture_default_str()
-            ->check(CLI::Range(0U, kFlashEnd - 1));
-        m_Set = parser.add_option("--set", m_Status, "Byte to write first")->check(CLI::Range(0U, kLargestByte));
+        addNumber(parser, "ADDRESS", m_Address, "Which status; decimal, or hexadecimal as 0x...", 0, kFlashEnd - 1)
+            ->capture_default_str();
+        m_Set = addNumber(parser, "--set", m_Status, "Byte to write first", 0, kLargestByte);
         addJsonFlag(parser, m_Json);
     }
 

@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <Quill.h>
@@ -7,6 +9,7 @@
 
 #include "Bytes.h"
 #include "Command.h"
+#include "Numbers.h"
 
 namespace QuillTool {
 
@@ -97,7 +100,7 @@ public:
         addCameraArgument(parser, m_Camera);
         parser.add_option("NAME", m_Name, "Name of the function")->required();
         parser.add_option("ARG", m_Arguments, "Text or number, @FILE, hex:BYTES or text:TEXT");
-        parser.add_option("-o,--output", m_Output, "File for the bytes of the result");
+        parser.add_option("-o,--output", m_Output, "File for the bytes of the result")->check(notEmpty());
         addJsonFlag(parser, m_Json);
     }
 
@@ -108,7 +111,7 @@ public:
             return std::pair(function.getParameters(), function.getReturnFormat());
         });
         requireArguments(camera, parameters);
-        std::vector<std::string> values = readArguments(camera);
+        std::vector<std::string> values = readArguments(camera, parameters);
         const std::vector<std::string> results =
             camera.attempt(trouble(), [&] { return camera->perform(m_Name, values); });
         if (!m_Output.empty()) {
@@ -149,14 +152,37 @@ private:
         }
     }
 
-    std::vector<std::string> readArguments(const SelectedCamera& camera) const {
+    std::vector<std::string> readArguments(const SelectedCamera& camera,
+                                           const std::vector<ParameterDescriptor>& parameters) const {
         try {
             std::vector<std::string> values;
-            std::transform(m_Arguments.begin(), m_Arguments.end(), std::back_inserter(values), readArgument);
+            std::transform(m_Arguments.begin(), m_Arguments.end(), parameters.begin(), std::back_inserter(values),
+                           readValue);
             return values;
         } catch (const ToolError& failure) {
             throw ToolError(failure.code(), camera.about(fmt::format("{}: {}", trouble(), failure.what())));
         }
+    }
+
+    /// Functions would take 010 for eight, and a text without a number for an error of the camera's.
+    static std::string readValue(const std::string& argument, const ParameterDescriptor& parameter) {
+        std::string value = readArgument(argument);
+        const bool whole = parameter.m_Type == PARAMETER_TYPE::Integer;
+        if (!whole && parameter.m_Type != PARAMETER_TYPE::Float) {
+            return value;
+        }
+        std::optional<std::string> number = decimalText(value, whole ? NumberKind::Whole : NumberKind::Real);
+        if (!number) {
+            throw ToolError(ExitCode::Usage, fmt::format("{} takes a {}number, decimal or hexadecimal as 0x...",
+                                                         parameter.m_Label, whole ? "whole " : ""));
+        }
+        constexpr double kLeast = -0x80000000L;
+        constexpr double kMost = 0xFFFFFFFFL;
+        const double size = parseNumber(*number, NumberKind::Real).value_or(0);
+        if (whole && (size < kLeast || size > kMost)) {
+            throw ToolError(ExitCode::Usage, fmt::format("{} takes a number of 32 bits", parameter.m_Label));
+        }
+        return *std::move(number);
     }
 
     static ParameterDescriptor descriptorOf(const std::vector<ParameterDescriptor>& returnFormat, std::size_t index) {
@@ -207,11 +233,10 @@ std::vector<CommandDescription> functionCommands() {
          "  quill functions 90001 --json | jq '.functions[] | {name, parameters}'\n",
          makeCommand<FunctionsCommand>},
         {"perform", "Perform a function",
-         "Arguments are passed on as they are; numbers may be decimal, hexadecimal (0x...)\n"
-         "or octal (0...). Bytes come from a file (@FILE) or from hexadecimal digits\n"
-         "(hex:...); text:... is what follows it, whatever that starts with. Texts among\n"
-         "the results are bytes: they are dumped, written to a file with -o, or given in\n"
-         "hexadecimal with --json.\n\n"
+         "Numbers are decimal, or hexadecimal as 0x.... Bytes come from a file (@FILE) or\n"
+         "from hexadecimal digits (hex:...); text:... is what follows it, whatever that\n"
+         "starts with. Texts among the results are bytes: they are dumped, written to a\n"
+         "file with -o, or given in hexadecimal with --json.\n\n"
          "Examples:\n"
          "  quill perform 90001 \"Read Flash\" 0x1000 64\n"
          "  quill perform 90001 \"Read Flash\" 0 4096 -o flash.bin\n"

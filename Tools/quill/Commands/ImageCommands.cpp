@@ -7,8 +7,11 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
+#include "CameraKind.h"
 #include "Command.h"
 #include "ImageFiles/ImageFile.h"
+#include "ImageSource.h"
+#include "Numbers.h"
 #include "StreamRun.h"
 #include "Text.h"
 
@@ -77,7 +80,9 @@ struct Destination {
     bool json = false;
 
     void describe(CLI::App& parser) {
-        parser.add_option("-o,--output", path, "File: .png, .pgm, .ppm, .pam or .raw (bare bytes)")->required();
+        parser.add_option("-o,--output", path, "File: .png, .pgm, .ppm, .pam or .raw (bare bytes)")
+            ->required()
+            ->check(notEmpty());
         addJsonFlag(parser, json);
     }
     void requireWritable() const {
@@ -102,9 +107,8 @@ public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
         m_Destination.describe(parser);
-        parser.add_option("--format", m_Format, "Convert the images to this format first");
-        parser.add_option("--count", m_Count, "Number of images; more than one are numbered: NAME-1.EXT")
-            ->check(CLI::Range(1U, 1'000'000U));
+        parser.add_option("--format", m_Format, "Convert the images to this format first")->check(notEmpty());
+        addNumber(parser, "--count", m_Count, "Number of images; more than one are numbered: NAME-1.EXT", 1, 1'000'000);
         m_Run.describe(parser);
     }
 
@@ -115,13 +119,18 @@ public:
         }
         m_Destination.requireWritable();
         const SelectedCamera camera = context.session.connect(m_Camera);
+        requireImages(context.output, camera);
         m_Run.prepare(context.output, camera);
         std::optional<RunningStream> running;
         if (m_Count > 1) {
             running.emplace(camera);
         }
-        for (unsigned number = 1; number <= m_Count && !context.interrupt.requested(); ++number) {
-            const std::unique_ptr<Image> image = capture(camera, format);
+        ImageSource source(context.interrupt, camera);
+        for (unsigned number = 1; number <= m_Count; ++number) {
+            const std::unique_ptr<Image> image = converted(camera, source.next(), format);
+            if (!image) {
+                break;
+            }
             m_Destination.write(context.output, image, m_Count > 1 ? number : 0);
         }
         if (running) {
@@ -131,9 +140,25 @@ public:
     }
 
 private:
-    static std::unique_ptr<Image> capture(const SelectedCamera& camera, const std::optional<IMAGE_FORMAT>& format) {
-        std::unique_ptr<Image> image = camera.attempt("no image can be captured", [&] { return camera->getImage(); });
-        if (format && *format != image->getFormat()) {
+    /// Tells of images that show nothing.
+    /// @throws ToolError  the camera gives none
+    static void requireImages(Output& output, const SelectedCamera& camera) {
+        switch (kindOf(*camera)) {
+        case CameraKind::Sdk:
+            return;
+        case CameraKind::Simulated:
+            output.warn(
+                camera.about(fmt::format("is {}: its image is {}", nameOf(CameraKind::Simulated), kPlaceholder)));
+            return;
+        case CameraKind::Usb3Vision:
+            throw ToolError(ExitCode::Failed, camera.about(fmt::format("no image can be captured: it is {}",
+                                                                       nameOf(CameraKind::Usb3Vision))));
+        }
+    }
+
+    static std::unique_ptr<Image> converted(const SelectedCamera& camera, std::unique_ptr<Image> image,
+                                            const std::optional<IMAGE_FORMAT>& format) {
+        if (image && format && *format != image->getFormat()) {
             requireConversion(camera.about("its image"), image->getFormat(), *format);
             image =
                 camera.attempt("its image cannot be converted", [&] { return camera->convertImage(image, *format); });
@@ -151,21 +176,20 @@ private:
 class ConvertCommand : public Command {
 public:
     void describe(CLI::App& parser) override {
-        parser.add_option("IN", m_Source, "PNG or PNM file; any other with --from")->required();
+        parser.add_option("IN", m_Source, "PNG or PNM file; any other with --from")->required()->check(notEmpty());
         m_Destination.describe(parser);
-        parser.add_option("--to", m_To, "Format of the result; the input's if not given");
+        parser.add_option("--to", m_To, "Format of the result; the input's if not given")->check(notEmpty());
         CLI::Option* from = parser.add_option("--from", m_From, "Format of the bare bytes of a raw frame");
-        CLI::Option* width = parser.add_option("--width", m_Width, "Pixels in a row of the raw frame");
-        CLI::Option* height = parser.add_option("--height", m_Height, "Rows of the raw frame");
-        CLI::Option* bits = parser.add_option("--bits", m_Bits, "Bits of a sample: 8 (if not given), 10, 12 or 16");
+        CLI::Option* width = addNumber(parser, "--width", m_Width, "Pixels in a row of the raw frame", 1);
+        CLI::Option* height = addNumber(parser, "--height", m_Height, "Rows of the raw frame", 1);
+        CLI::Option* bits =
+            addNumber(parser, "--bits", m_Bits, "Bits of a sample: 8 (if not given), 10, 12 or 16", 8, 16);
         CLI::Option* bigEndian =
             parser.add_flag("--big-endian", m_BigEndian, "Samples of two bytes have the larger byte first");
-        from->needs(width)->needs(height);
+        from->needs(width)->needs(height)->check(notEmpty());
         for (CLI::Option* option : {width, height, bits, bigEndian}) {
             option->needs(from);
         }
-        width->check(CLI::PositiveNumber);
-        height->check(CLI::PositiveNumber);
         bits->check(CLI::IsMember({8, 10, 12, 16}));
     }
 
@@ -231,12 +255,13 @@ std::vector<CommandDescription> imageCommands() {
     return {
         {"capture", "Take an image and write it to a file",
          "With --count the camera streams while the images are taken. --set writes\n"
-         "properties first, as 'quill set' does.\n\n"
+         "properties first, as 'quill set' does. A simulated camera sees nothing: its image\n"
+         "is a placeholder.\n\n"
          "Examples:\n"
-         "  quill capture 90001 -o frame.png\n"
+         "  quill capture 41500101 -o frame.png\n"
          "  quill capture 41500101 -o frame.png --format RGB --set \"Video Exposure=20\"\n"
          "  quill capture 41500101 -o frame.pgm --count 10 --still\n"
-         "  quill capture 90001 -o frame.ppm --format RGB\n",
+         "  quill capture 41500101 -o frame.ppm --set \"Pixel Format=24\"\n",
          makeCommand<CaptureCommand>},
         {"convert", "Convert an image file, or a raw frame, to another format",
          "'quill conversions' lists what can be converted to what. A raw frame is bare\n"

@@ -124,12 +124,13 @@ public:
 
     ExitCode run(Context& context) override {
         const SelectedCamera camera = context.session.connect(m_Camera);
-        const PropertyReading after = writeProperty(context.output, camera, m_Name, m_Value);
+        const WrittenProperty written = writeProperty(camera, m_Name, m_Value);
         if (m_Json) {
-            context.output.printJson(toJson(camera, {after}));
+            context.output.printJson(toJson(camera, {written.reading}));
         } else {
-            context.output.printLine(fmt::format("{} = {}", after.name, after.value));
+            context.output.printLine(fmt::format("{} = {}", written.reading.name, written.reading.value));
         }
+        written.requireAsAsked(context.output);
         return ExitCode::Done;
     }
 
@@ -158,10 +159,12 @@ std::vector<CommandDescription> propertyCommands() {
          "  quill get 90001 Gamma \"Video Exposure\" \"Video Gain\"\n",
          makeCommand<GetCommand>},
         {"set", "Write a property and read it back",
-         "A value that is not among the choices or outside of the range is refused before\n"
-         "anything is written. A value that starts with '-' and is no number is given\n"
-         "after '--'. What reads back differently ends with 6; a Float that the camera\n"
-         "rounds is only warned of.\n\n"
+         "A value that is not among the choices, outside of the range or between two steps\n"
+         "of the image's size is refused before anything is written. Numbers are decimal,\n"
+         "or hexadecimal as 0x.... A value that starts with '-' and is no number is given\n"
+         "after '--'. The value that the property then has is printed; where it is another\n"
+         "than was asked for, the exit code is 6. A Float that the camera rounds is only\n"
+         "warned of.\n\n"
          "Examples:\n"
          "  quill set 90001 \"Video Exposure\" 12.5\n"
          "  quill set 90001 Shutter Rolling\n",

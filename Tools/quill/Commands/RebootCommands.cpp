@@ -1,9 +1,12 @@
+#include <cstring>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <Quill.h>
 #include <fmt/format.h>
 
+#include "CameraKind.h"
 #include "CameraReturn.h"
 #include "Command.h"
 #include "PropertyAccess.h"
@@ -21,6 +24,37 @@ bool reboot(Context& context, const SelectedCamera& camera, const std::string& m
     std::vector<std::string> parameters{mode};
     camera.attempt("it cannot be restarted", [&] { camera->perform("Reboot", parameters); });
     return !options.noWait && back.await();
+}
+
+constexpr const char* kReadFlash = "Read Flash";
+constexpr const char* kNoValidFile = "its flash holds no valid USB3 Vision file";
+
+std::string readFlash(const SelectedCamera& camera, std::uint32_t address, std::size_t length) {
+    std::vector<std::string> parameters{std::to_string(address), std::to_string(length)};
+    const std::vector<std::string> results =
+        camera.attempt("its USB3 Vision file cannot be read", [&] { return camera->perform(kReadFlash, parameters); });
+    return results.empty() ? "" : results.front();
+}
+
+/// Whether an SDK camera has what it needs to start in USB3 Vision mode. The property tells it only as long as the mode
+/// is off.
+bool hasValidFile(const SelectedCamera& camera) {
+    QuillInternal::Usb3VisionInfo info{};
+    const std::string block = readFlash(camera, QuillInternal::kUsb3VisionInfoAddress, sizeof info);
+    if (block.size() != sizeof info) {
+        return false;
+    }
+    std::memcpy(&info, block.data(), sizeof info);
+    if (!QuillInternal::isUsb3VisionInfoValid(info)) {
+        return false;
+    }
+    const std::string file = readFlash(camera, QuillInternal::kUsb3VisionFileAddress, info.fileSize);
+    return QuillInternal::isUsb3VisionFileValid({file.begin(), file.end()}, info);
+}
+
+/// A camera that is to start in USB3 Vision mode and lacks what it needs for it: it starts as an SDK camera.
+bool cannotStart(const SelectedCamera& camera, CameraKind kind, const PropertyReading& mode) {
+    return kind == CameraKind::Sdk && mode.value == "Enabled" && !hasValidFile(camera);
 }
 
 class RebootCommand : public Command {
@@ -50,17 +84,14 @@ public:
         addCameraArgument(parser, m_Camera);
         CLI::Option* now =
             parser.add_flag("--reboot", m_Reboot, "Restart the camera, and wait until it is back in its mode");
-        parser.add_option("--timeout", m_Return.timeoutSeconds, "Seconds to wait until the camera is back")
-            ->capture_default_str()
-            ->check(CLI::Range(1U, 3600U))
-            ->needs(now);
+        m_Return.describeTimeout(parser)->needs(now);
     }
 
     ExitCode run(Context& context) override {
         const SelectedCamera camera = context.session.connect(m_Camera);
         const PropertyReading before = readProperty(camera, kModeProperty);
+        requirePossible(camera, before);
         if (before.value != wanted()) {
-            requireAvailable(camera, before);
             writeProperty(context.output, camera, kModeProperty, wanted());
         }
         context.output.printLine(fmt::format("{} = {}", kModeProperty, wanted()));
@@ -72,25 +103,30 @@ public:
         if (!reboot(context, camera, "Firmware", m_Return)) {
             throw ToolError(ExitCode::TimedOut, camera.about("did not restart, so that its mode is not effective"));
         }
-        requireMode(camera, isUsb3VisionCamera(context.session.connect(camera.serialNumber())));
+        requireKind(camera, kindOf(*context.session.connect(camera.serialNumber())));
         return ExitCode::Done;
     }
 
 private:
     const char* wanted() const { return m_On ? "Enabled" : "Disabled"; }
 
-    void requireAvailable(const SelectedCamera& camera, const PropertyReading& mode) const {
-        if (!mode.availableForWriting) {
-            throw ToolError(ExitCode::Failed, camera.about(fmt::format("{} cannot be switched {}: its flash holds no "
-                                                                       "valid USB3 Vision file",
-                                                                       mode.name, m_On ? "on" : "off")));
+    void requirePossible(const SelectedCamera& camera, const PropertyReading& mode) const {
+        const CameraKind kind = kindOf(*camera);
+        const char* const reason = kind == CameraKind::Simulated ? "it is a simulated camera, and stays one"
+                                   : !mode.availableForWriting || (m_On && cannotStart(camera, kind, mode))
+                                       ? kNoValidFile
+                                       : nullptr;
+        if (reason != nullptr) {
+            throw ToolError(ExitCode::Failed, camera.about(fmt::format("{} cannot be switched {}: {}", mode.name,
+                                                                       m_On ? "on" : "off", reason)));
         }
     }
 
-    void requireMode(const SelectedCamera& camera, bool isOn) const {
-        if (isOn != m_On) {
-            throw ToolError(ExitCode::Difference,
-                            camera.about(fmt::format("was to come back as {} and is {}", kindOf(m_On), kindOf(isOn))));
+    void requireKind(const SelectedCamera& camera, CameraKind kind) const {
+        const CameraKind expected = m_On ? CameraKind::Usb3Vision : CameraKind::Sdk;
+        if (kind != expected) {
+            throw ToolError(ExitCode::Difference, camera.about(fmt::format("was to come back as {} and is {}",
+                                                                           nameOf(expected), nameOf(kind))));
         }
     }
 
@@ -115,15 +151,18 @@ public:
     ExitCode run(Context& context) override {
         const SelectedCamera camera = context.session.connect(m_Camera);
         const PropertyReading mode = readProperty(camera, kModeProperty);
-        const bool isOn = isUsb3VisionCamera(camera);
+        const CameraKind kind = kindOf(*camera);
+        if (cannotStart(camera, kind, mode)) {
+            context.output.warn(camera.about(fmt::format("{}: it starts as an SDK camera", kNoValidFile)));
+        }
         if (m_Json) {
             context.output.printJson(Json{{"camera", camera.serialNumber()},
                                           {"mode", mode.value},
                                           {"availableForWriting", mode.availableForWriting},
-                                          {"isUsb3VisionCamera", isOn}});
+                                          {"isUsb3VisionCamera", kind == CameraKind::Usb3Vision}});
         } else {
             context.output.printTable(
-                {{"MODE", "WRITABILITY", "AT PRESENT"}, {{mode.value, mode.writability(), kindOf(isOn)}}});
+                {{"MODE", "WRITABILITY", "AT PRESENT"}, {{mode.value, mode.writability(), nameOf(kind)}}});
         }
         return ExitCode::Done;
     }

@@ -1,10 +1,13 @@
 #include <chrono>
 #include <string>
+#include <utility>
 
 #include <Quill.h>
 #include <fmt/format.h>
 
 #include "Command.h"
+#include "ImageSource.h"
+#include "Numbers.h"
 #include "StreamRun.h"
 
 namespace QuillTool {
@@ -21,8 +24,8 @@ class StreamCommand : public Command {
 public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
-        parser.add_option("--seconds", m_Seconds, "End after this time; without it, when interrupted")
-            ->check(CLI::Range(1U, 1'000'000'000U));
+        addNumber(parser, "--seconds", m_Seconds, "End after this time; without it, when interrupted", 1,
+                  1'000'000'000);
         m_Run.describe(parser);
         addJsonFlag(parser, m_Json);
     }
@@ -33,32 +36,61 @@ public:
         RunningStream running(camera);
         if (!m_Json) {
             context.output.printLine("DELIVERED/s  RECEIVED/s  CAPTURE ms  TRANSFER ms  NOT TAKEN");
+            context.output.flush();
         }
         StreamStatistics* const statistics =
             camera.attempt("its statistics cannot be read", [&] { return &camera->getStreamStatistics(); });
+        ImageSource source(context.interrupt, camera);
         const Clock::time_point begin = Clock::now();
-        for (unsigned second = 1; (m_Seconds == 0 || second <= m_Seconds) && !context.interrupt.requested(); ++second) {
-            takeFrames(context, camera, begin + std::chrono::seconds(second));
-            tell(context.output, *statistics);
+        const Counts first = countsOf(*statistics, begin);
+        Counts last = first;
+        for (unsigned long long second = 1; m_Seconds == 0 || second <= m_Seconds;) {
+            if (!takeFrames(source, begin + std::chrono::seconds(second))) {
+                break;
+            }
+            const Counts now = countsOf(*statistics, Clock::now());
+            tell(context.output, *statistics, first, std::exchange(last, now), now);
+            // The next line is about half a second at least, however late this one comes.
+            second =
+                static_cast<unsigned long long>(std::chrono::round<std::chrono::seconds>(now.time - begin).count()) + 1;
         }
         running.stop();
         return context.interrupt.requested() ? ExitCode::Interrupted : ExitCode::Done;
     }
 
 private:
-    static void takeFrames(const Context& context, const SelectedCamera& camera, Clock::time_point end) {
-        while (Clock::now() < end && !context.interrupt.requested()) {
-            camera.attempt("no image can be taken", [&] { camera->getImage(); });
-        }
+    /// Frames counted up to a time.
+    struct Counts {
+        unsigned long long delivered;
+        unsigned long long received;
+        Clock::time_point time;
+    };
+
+    static Counts countsOf(StreamStatistics& statistics, Clock::time_point time) {
+        return {statistics.getFrameCount(STREAM_TYPE::Delivered), statistics.getFrameCount(STREAM_TYPE::Received),
+                time};
     }
 
-    void tell(Output& output, StreamStatistics& statistics) {
-        const double delivered = statistics.getFramesPerSecond(STREAM_TYPE::Delivered);
-        const double received = statistics.getFramesPerSecond(STREAM_TYPE::Received);
+    /// @return false after an interrupt
+    static bool takeFrames(ImageSource& source, Clock::time_point end) {
+        while (Clock::now() < end) {
+            if (!source.next()) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    /// @param first  at the beginning of the run: a session may have had others
+    void tell(Output& output, StreamStatistics& statistics, const Counts& first, const Counts& last,
+              const Counts& now) const {
+        const double seconds = std::chrono::duration<double>(now.time - last.time).count();
+        const double delivered = static_cast<double>(now.delivered - last.delivered) / seconds;
+        const double received = static_cast<double>(now.received - last.received) / seconds;
         const double captureMs = statistics.getCaptureTime() * kMillisecondsPerSecond;
         const double transferMs = statistics.getImageDataTransferTime() * kMillisecondsPerSecond;
-        const unsigned long long all = statistics.getFrameCount(STREAM_TYPE::Received);
-        const unsigned long long taken = statistics.getFrameCount(STREAM_TYPE::Delivered);
+        const unsigned long long all = now.received - first.received;
+        const unsigned long long taken = now.delivered - first.delivered;
         const unsigned long long notTaken = all > taken ? all - taken : 0;
         if (m_Json) {
             output.printJsonLine(Json{{"deliveredPerSecond", delivered},
@@ -83,10 +115,11 @@ private:
 
 CommandDescription streamCommand() {
     return {"stream", "Stream from a camera and tell its frame rates once a second",
-            "One line, or one JSON object, a second: frames handed out and frames that the\n"
-            "camera delivered, each per second; how long the last capture and the last\n"
-            "hand-over took; and how many of all frames nobody took in time. Ends with 130\n"
-            "when interrupted.\n\n"
+            "One line, or one JSON object, a second, or after the next frame where that takes\n"
+            "longer: frames handed out and frames that the camera delivered since the line\n"
+            "before, each per second; how long the last capture and the last hand-over took;\n"
+            "and how many of all frames of the run nobody took in time. Ends with 130 when\n"
+            "interrupted.\n\n"
             "Examples:\n"
             "  quill stream 41500101\n"
             "  quill stream 41500101 --seconds 10 --set \"Video Exposure=5\" --json\n",

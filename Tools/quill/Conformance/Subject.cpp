@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "CameraKind.h"
+
 namespace QuillTool::Conformance {
 
 using CameraInterface::Camera;
@@ -33,15 +35,6 @@ constexpr std::array kStreamProperties{
 /// All of them take parameters. They are called with none, and the first to read sixteen bytes.
 constexpr std::array kFunctions{"Read Flash",        "Reboot",       "Write Flash", "Erase Flash",
                                 "Read Flash Status", "Update Flash", "Write Ram"};
-
-bool hasStream(Camera& camera) {
-    try {
-        camera.getStreamStatistics();
-        return true;
-    } catch (const KestrelExceptions::KestrelException&) {
-        return false;
-    }
-}
 
 } // namespace
 
@@ -83,14 +76,17 @@ void Subject::renew() {
 }
 
 Kind Subject::findKind() const {
-    if (hasStream(*m_Camera)) {
-        const bool canStream = std::all_of(kStreamProperties.begin(), kStreamProperties.end(),
-                                           [this](const char* name) { return m_Camera->isPropertySupported(name); });
-        return canStream ? Kind::Sdk : Kind::SdkWithoutStream;
+    switch (kindOf(*m_Camera)) {
+    case CameraKind::Simulated:
+        return Kind::Simulated;
+    case CameraKind::Usb3Vision:
+        return Kind::Usb3Vision;
+    case CameraKind::Sdk:
+        break;
     }
-    const bool offersRestartOnly = m_Camera->getSupportedFunctions() == std::vector<std::string>{"Reboot"};
-    return offersRestartOnly && m_Camera->isPropertySupported(PropertyNames::kUsb3VisionMode) ? Kind::Usb3Vision
-                                                                                              : Kind::Simulated;
+    const bool canStream = std::all_of(kStreamProperties.begin(), kStreamProperties.end(),
+                                       [this](const char* name) { return m_Camera->isPropertySupported(name); });
+    return canStream ? Kind::Sdk : Kind::SdkWithoutStream;
 }
 
 std::string Subject::findProperty() const {

@@ -29,7 +29,7 @@ struct Source {
 };
 
 /// What the first chunks of a file say.
-struct Header {
+struct PngHeader {
     std::uint64_t width = 0;
     std::uint64_t height = 0;
     std::uint64_t rowBytes = 0;
@@ -98,7 +98,7 @@ int colorType(unsigned samples) {
 
 std::unique_ptr<Imaging::Image> readPng(const std::vector<unsigned char>& bytes) {
     Source source{bytes.data(), bytes.size()};
-    Header header;
+    PngHeader header;
     PngHandle handle(PngHandle::Use::Reading);
     handle.run([&](png_structp png, png_infop info) {
         png_set_read_fn(png, &source, &readBytes);
