@@ -322,15 +322,6 @@ TEST_F(Tool, TellsRatesBelowOneFrameASecond) {
     EXPECT_NE(output, "");
 }
 
-TEST_F(Tool, AWaitForAnImageEndsWhenInterrupted) {
-    ChildProcess stream = command({"stream", "41500102", "--set", "Timeout=50000"});
-    stream.environment.emplace_back("QUILL_TEST_DEVICE=silent");
-    stream.reactions = {{"DELIVERED", [](pid_t process) { kill(process, SIGINT); }}};
-    const ChildResult result = runChild(stream);
-    EXPECT_EQ(result.exitCode, 130);
-    EXPECT_EQ(result.errors, "");
-}
-
 TEST_F(Tool, LeavesNoHalfWrittenFile) {
     const std::string png = m_Folder.file("frame.png");
     ASSERT_EQ(run({"capture", "90001", "-o", png}).exitCode, 0);
