@@ -262,7 +262,7 @@ TEST_F(Tool, SaysHowACameraOfTheSdkFares) {
         {"silent",
          {"capture", "41500102", "-o", image, "--set", "X Offset=8"},
          1,
-         {"Unable to start stream. 'X Offset' 8 and 'Width' 1280 reach beyond the sensor, which ends at 1280\n"}},
+         {"Unable to start stream. 'X Offset' 8 and 'Width' 64 reach beyond the sensor, which ends at 64\n"}},
         {"leaving",
          {"capture", "41500102", "-o", image, "--count", "1000"},
          5,
