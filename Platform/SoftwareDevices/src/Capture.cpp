@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 #include "Faults.h"
 #include "FrameGeometry.h"
@@ -244,7 +245,11 @@ void Capture::announceLocked(Lock& lock) {
     for (const FrameKind kind : {FrameKind::Video, FrameKind::Still}) {
         for (; run(kind).unannounced > 0 && !m_Closed; --run(kind).unannounced) {
             lock.unlock();
-            m_Callbacks.run(kind);
+            try {
+                m_Callbacks.run(kind);
+            } catch (const std::bad_alloc&) {
+                // This frame goes unannounced.
+            }
             lock.lock();
         }
     }

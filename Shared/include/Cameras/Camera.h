@@ -81,7 +81,7 @@ public:
     /// @throws KestrelException "StreamUnsupported"  the camera has no stream
     /// @throws KestrelException "InvalidStreamSettings"  properties that a stream needs cannot be read
     /// @throws KestrelException "InvalidStreamFormat", "RegisterStreamCallback"
-    /// @throws KestrelException_Stream "StartStream"  the camera refuses
+    /// @throws KestrelException_Stream "StartStream"  the camera refuses, or memory or a thread is not to be had
     virtual void startStream();
     /// Stops delivery; a barrier: no frame is captured any more when it returns. May be called beside a getImage() that
     /// waits, which then ends with "StreamStopped".

@@ -95,6 +95,7 @@ void CaptureRun::runThread() noexcept {
         // There is no memory for the next frame; nothing else throws.
     }
     m_Handover.close(why);
+    BufferPool::instance().giveBack(std::move(m_Buffer)); // the run may be kept for long
     const MutexLock lock(m_StateMutex);
     m_Ended = true;
     m_StateChanged.notify_all();
@@ -106,9 +107,10 @@ FrameHandover::Outcome CaptureRun::captureLoop() {
     Utilities::Stopwatch stopwatch;
     while (true) {
         stopwatch.reset();
-        if (m_Buffer.size() != m_FrameBufferSize) {
+        if (m_Buffer.capacity() < m_FrameBufferSize) {
             m_Buffer = BufferPool::instance().take(m_FrameBufferSize);
         }
+        m_Buffer.resize(m_FrameBufferSize);
         if (!beginCapture()) {
             return FrameHandover::Outcome::Stopped;
         }
