@@ -20,19 +20,19 @@ using SoftwareDevices::Operation;
 using TestSupport::expectFailure;
 using TestSupport::OrvexApiChange;
 
-constexpr std::uint32_t kSerial = 7;
-constexpr int kAlways = 1'000'000'000;
+constexpr std::uint32_t kStubbornDevice = 7;
+constexpr int kEveryTime = 1'000'000'000;
 
-struct Mode {
+struct EndingMode {
     const char* name;
     Operation remove;
 };
 
-constexpr Mode kModes[] = {{"Video", Operation::sdkRemoveStreamingCallback},
-                           {"Still", Operation::sdkRemoveStillCallback}};
+constexpr EndingMode kEndingModes[] = {{"Video", Operation::sdkRemoveStreamingCallback},
+                                       {"Still", Operation::sdkRemoveStillCallback}};
 
-void fail(Operation operation) {
-    SoftwareDevices::failNext(kSerial, operation, kAlways, SoftwareDevices::kInternalError);
+void failEveryTime(Operation operation) {
+    SoftwareDevices::failNext(kStubbornDevice, operation, kEveryTime, SoftwareDevices::kInternalError);
 }
 
 template <typename Condition>
@@ -69,11 +69,11 @@ protected:
         SoftwareDevices::startEmpty();
         Camera::unitialisedWorkpace();
         SoftwareDevices::DeviceDescription description = SoftwareDevices::defaultDevices()[1];
-        description.serial = kSerial;
+        description.serial = kStubbornDevice;
         description.sensorWidth = 64;
         description.sensorHeight = 48;
         Camera& camera = open(description);
-        SoftwareDevices::setAsFastAsAsked(kSerial, true);
+        SoftwareDevices::setAsFastAsAsked(kStubbornDevice, true);
         set(camera, "Streaming Mode", mode);
         return camera;
     }
@@ -103,19 +103,19 @@ private:
 };
 
 TEST_F(StreamEnding, AFailedStopAroundAnImageStaysVisibleAndCanBeTriedAgain) {
-    for (const Mode& mode : kModes) {
+    for (const EndingMode& mode : kEndingModes) {
         Camera& camera = openIn(mode.name);
         s_FailingStops = 1;
         expectFailure<KestrelException_Stream>([&] { camera.getImage(); }, "StopStream", "Unable to stop stream.");
-        EXPECT_TRUE(camera.isStreaming() && SoftwareDevices::isStreaming(kSerial));
+        EXPECT_TRUE(camera.isStreaming() && SoftwareDevices::isStreaming(kStubbornDevice));
         camera.stopStream();
-        EXPECT_FALSE(camera.isStreaming() || SoftwareDevices::isStreaming(kSerial));
+        EXPECT_FALSE(camera.isStreaming() || SoftwareDevices::isStreaming(kStubbornDevice));
         EXPECT_EQ(camera.getImage()->getWidth(), 64U);
     }
 }
 
 TEST_F(StreamEnding, WithoutAThreadTheDeviceIsStoppedAndTheNextStartClearsWhatIsLeft) {
-    for (const Mode& mode : kModes) {
+    for (const EndingMode& mode : kEndingModes) {
         Camera& camera = openIn(mode.name);
         camera.getImage(); // the device has its own thread from now on
         for (const bool stopFails : {false, true}) {
@@ -126,23 +126,23 @@ TEST_F(StreamEnding, WithoutAThreadTheDeviceIsStoppedAndTheNextStartClearsWhatIs
                                                        "Unable to start stream.");
             }
             EXPECT_FALSE(camera.isStreaming());
-            EXPECT_EQ(SoftwareDevices::isStreaming(kSerial), stopFails);
+            EXPECT_EQ(SoftwareDevices::isStreaming(kStubbornDevice), stopFails);
             EXPECT_EQ(camera.getImage()->getWidth(), 64U);
-            EXPECT_FALSE(SoftwareDevices::isStreaming(kSerial));
+            EXPECT_FALSE(SoftwareDevices::isStreaming(kStubbornDevice));
         }
     }
 }
 
 TEST_F(StreamEnding, EveryStepIsTriedAndTheSdkMayCallWhatItKeeps) {
-    for (const Mode& mode : kModes) {
+    for (const EndingMode& mode : kEndingModes) {
         openIn(mode.name).startStream();
-        s_FailingStops = kAlways;
-        fail(mode.remove);
-        fail(Operation::sdkCameraClose);
+        s_FailingStops = kEveryTime;
+        failEveryTime(mode.remove);
+        failEveryTime(Operation::sdkCameraClose);
         const std::uint64_t removals = SoftwareDevices::calls(mode.remove);
         Camera::unitialisedWorkpace();
         EXPECT_GT(SoftwareDevices::calls(mode.remove), removals);
-        EXPECT_TRUE(SoftwareDevices::isStreaming(kSerial));
+        EXPECT_TRUE(SoftwareDevices::isStreaming(kStubbornDevice));
     }
     s_Callback(s_Context, 0, 0);
 }
@@ -156,9 +156,9 @@ TEST_F(StreamEnding, IsBoundedWhenTheDeviceKeepsACapture) {
     const std::uint64_t captures = SoftwareDevices::calls(Operation::sdkCaptureStillFrame);
     camera.startStream();
     EXPECT_TRUE(comesTrue([&] { return SoftwareDevices::calls(Operation::sdkCaptureStillFrame) > captures; }));
-    s_FailingStops = kAlways;
-    fail(Operation::sdkCancelStillCapture);
-    fail(Operation::sdkCameraClose);
+    s_FailingStops = kEveryTime;
+    failEveryTime(Operation::sdkCancelStillCapture);
+    failEveryTime(Operation::sdkCameraClose);
     Camera::unitialisedWorkpace();
     for (const SoftwareDevices::CallRecord& call : SoftwareDevices::takeLog()) {
         EXPECT_NE(call.operation, Operation::sdkCaptureStillFrame) << "it was waited for";

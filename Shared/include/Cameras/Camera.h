@@ -53,7 +53,7 @@ public:
     /// @throws std::system_error  no thread can be had; called again, it starts what does not run yet
     static void initialiseWorkspace();
     /// Clears both callbacks, stops watching and destroys all cameras. When it returns, none of the library's threads
-    /// runs.
+    /// runs, but for one that a device keeps in a capture although it was told to cancel, to stop and to close.
     static void unitialisedWorkpace();
     /// The model name of every listed camera, by serial number. A camera whose name cannot be read is left out.
     static std::map<std::string, std::string> getCamerasList();
