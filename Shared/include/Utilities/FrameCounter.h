@@ -25,7 +25,8 @@ public:
     unsigned long long getFrameCount() const;
     /// Forgets the times of the frames counted so far.
     void resetFrameCount();
-    /// The averaging interval in seconds, 1 at first; one that is not positive, or no number, has no frames. Frames that an interval left out do not come back when it grows.
+    /// The averaging interval in seconds, 1 at first; one that is not positive, or no number, has no frames. Frames
+    /// that an interval left out do not come back when it grows.
     void setDesiredIntervalTime(double seconds);
     double getDesiredIntervalTime();
 
