@@ -19,6 +19,7 @@
 namespace CameraInterface {
 
 class CameraList;
+class PresentCameras;
 
 /// A camera, whatever reaches it, and the process-wide list of cameras.
 ///
@@ -175,6 +176,17 @@ protected:
     [[noreturn]] void refuseConnection(const KestrelExceptions::SourceLocation& here);
     /// Whether the camera has left the list: it will not come back under this object.
     bool isRetired() const;
+    /// Kept while a connected camera is closed: the watching thread does not take its silence for a loss.
+    class Closing {
+    public:
+        explicit Closing(Camera& camera) : m_Camera(camera) { ++camera.m_ClosingSteps; }
+        Closing(const Closing&) = delete;
+        Closing& operator=(const Closing&) = delete;
+        ~Closing() { ++m_Camera.m_ClosingSteps; }
+
+    private:
+        Camera& m_Camera;
+    };
     /// Hands the property-change callback to every property. Called after building them.
     void updatePropertyChangeCallback();
 
@@ -193,6 +205,7 @@ private:
     static void removeCameraFromList(const std::string& serialNumber);
     static void removeAllCamerasFromList();
     static int removeInactiveCamerasFromList();
+    static bool hasVanished(Camera& camera, const std::string& serialNumber, const PresentCameras& present);
     static void removeWatchdogs();
     static bool callbackWatchdogNewConnect();
     static bool callbackWatchdogDisconnect();
@@ -203,6 +216,7 @@ private:
     /// Makes a suspended camera that could not be resumed disconnected.
     void endFailedResumption();
 
+    std::atomic<unsigned int> m_ClosingSteps{0}; // odd while the camera is being closed
     std::atomic<bool> m_Retired{false};          // set once, when the camera leaves the list
     std::atomic<bool> m_ResumptionFailed{false}; // the last connect() of a suspended camera
 };

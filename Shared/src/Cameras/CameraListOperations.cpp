@@ -16,16 +16,6 @@ namespace CameraInterface {
 
 using namespace KestrelExceptions;
 
-namespace {
-
-CameraWorkspace& workspace() {
-    return CameraWorkspace::instance();
-}
-
-CameraList& list() {
-    return workspace().cameras();
-}
-
 /// The cameras of an enumeration: of each kind, which is its class, the serial numbers. A camera that restarts as
 /// another kind keeps its number and is another camera.
 class PresentCameras {
@@ -52,20 +42,14 @@ private:
     bool m_Complete = true;
 };
 
-bool hasVanished(Camera& camera, const std::string& serialNumber, const PresentCameras& present) {
-    switch (camera.getState()) {
-    case CameraState::Connected:
-        if (camera.isCameraAlive()) {
-            return false;
-        }
-        // It falls silent too when the application closes it at this moment.
-        return camera.isConnected() ? !camera.isCameraAlive() : hasVanished(camera, serialNumber, present);
-    case CameraState::Disconnected:
-        return present.lack(camera, serialNumber);
-    case CameraState::Suspended:
-        return false;
-    }
-    return false;
+namespace {
+
+CameraWorkspace& workspace() {
+    return CameraWorkspace::instance();
+}
+
+CameraList& list() {
+    return workspace().cameras();
 }
 
 /// A reason may quote the file that it is about, however long that is.
@@ -179,6 +163,24 @@ void Camera::removeCameraFromList(const std::string& serialNumber) {
 
 void Camera::removeAllCamerasFromList() {
     list().clear();
+}
+
+bool Camera::hasVanished(Camera& camera, const std::string& serialNumber, const PresentCameras& present) {
+    switch (camera.getState()) {
+    case CameraState::Connected: {
+        const unsigned int steps = camera.m_ClosingSteps;
+        if (camera.isCameraAlive()) {
+            return false;
+        }
+        const bool wasClosed = steps % 2 != 0 || steps != camera.m_ClosingSteps;
+        return !wasClosed || present.lack(camera, serialNumber);
+    }
+    case CameraState::Disconnected:
+        return present.lack(camera, serialNumber);
+    case CameraState::Suspended:
+        return false;
+    }
+    return false;
 }
 
 int Camera::removeInactiveCamerasFromList() {

@@ -141,9 +141,7 @@ std::string OrvexCamera::getModelName() {
 }
 
 bool OrvexCamera::isCameraAlive() {
-    void* const handle = m_Handle;
-    // One that is being closed at this moment falls silent too.
-    return isAlive(handle) || m_Closing || m_Handle != handle;
+    return isAlive(m_Handle);
 }
 
 bool OrvexCamera::isAlive(void* handle) {
@@ -184,12 +182,11 @@ void OrvexCamera::disconnect() {
     if (isStreaming()) {
         stopStream();
     }
-    m_Closing = true;
+    const Closing closing(*this);
     if (orvexApi().sdkCameraClose(m_Handle) != 0) {
         m_Handle = nullptr;
         m_State = CameraState::Disconnected;
     }
-    m_Closing = false;
 }
 
 void OrvexCamera::suspend() {

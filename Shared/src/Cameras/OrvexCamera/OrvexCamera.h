@@ -84,7 +84,6 @@ private:
     static constexpr int kSearches = 5;
 
     std::atomic<void*> m_Handle{nullptr}; // read by the watchdog, as is the next one
-    std::atomic<bool> m_Closing{false};   // disconnect() closes the handle at this moment
     ORVEX_VERSION m_Version;
     CGigE m_GigE;
     unsigned int m_Interface;

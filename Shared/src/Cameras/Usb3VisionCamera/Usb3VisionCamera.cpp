@@ -137,7 +137,6 @@ std::string Usb3VisionCamera::getModelName() {
 }
 
 bool Usb3VisionCamera::isCameraAlive() {
-    void* const handle = m_Handle;
     int failures = 0;
     for (int attempt = 0; attempt < kAliveAttempts; ++attempt) {
         try {
@@ -147,8 +146,7 @@ bool Usb3VisionCamera::isCameraAlive() {
             ++failures;
         }
     }
-    // One that is being closed at this moment falls silent too.
-    return failures < kDeadFailures || m_Closing || m_Handle != handle;
+    return failures < kDeadFailures;
 }
 
 void Usb3VisionCamera::connect() {
@@ -173,12 +171,11 @@ void Usb3VisionCamera::disconnect() {
         return;
     }
     requireTransition(CameraState::Disconnected, QUILL_HERE);
-    m_Closing = true;
+    const Closing closing(*this);
     if (tarnuLibrary().TarnuCloseCamera(m_Handle) != 0) {
         m_Handle = nullptr;
         m_State = CameraState::Disconnected;
     }
-    m_Closing = false;
 }
 
 void Usb3VisionCamera::suspend() {

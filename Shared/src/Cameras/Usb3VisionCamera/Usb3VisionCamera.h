@@ -57,7 +57,6 @@ private:
     static Utilities::Mutex m_CameraEnumerationMutex;
 
     std::atomic<void*> m_Handle{nullptr}; // read by the watchdog, as is the next one
-    std::atomic<bool> m_Closing{false};   // disconnect() closes the handle at this moment
     Usb3VisionCameraRecord m_CameraRecord;
     std::string m_SerialNumber;
     std::string m_ModelName;
