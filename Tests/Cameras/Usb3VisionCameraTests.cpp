@@ -75,9 +75,7 @@ std::uint32_t readFlash(void* /*handle*/, std::uint8_t* buffer, std::uint32_t ad
 
 TarnuLibrary busLibrary() {
     TarnuLibrary library;
-    library.TarnuNumCameras = [] {
-        return bus.announced.value_or(static_cast<std::uint32_t>(bus.cameras.size()));
-    };
+    library.TarnuNumCameras = [] { return bus.announced.value_or(static_cast<std::uint32_t>(bus.cameras.size())); };
     library.TarnuEnumCameras = [](Usb3VisionCameraRecord* records, std::uint32_t count) {
         ++bus.enumerations;
         std::copy_n(bus.cameras.begin(), std::min<std::size_t>(count, bus.cameras.size()), records);
