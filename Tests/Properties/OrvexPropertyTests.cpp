@@ -183,9 +183,13 @@ TEST_F(OrvexPropertyTest, RangesAndCountsThatCannotBeAreNotBelieved) {
         description.properties.back() = {106, 0, minimum, maximum, 0};
         EXPECT_FALSE(connect(description).isPropertySupported(kStillClockSpeed)) << minimum << " " << maximum;
     }
-    description.properties.back() = {81, kInfinite};
-    EXPECT_FALSE(connect(description).isPropertySupported(kMaximumWidth));
-    EXPECT_FALSE(m_Camera->isPropertySupported(kWidth)) << "whose limit it is";
+    for (const float size : {kInfinite, kNothing, 4294967296.0F, -4294967296.0F}) {
+        description.properties.back() = {81, size};
+        EXPECT_FALSE(connect(description).isPropertySupported(kMaximumWidth)) << size;
+        EXPECT_FALSE(m_Camera->isPropertySupported(kWidth)) << "whose limit it is";
+    }
+    description.properties.back() = {81, 4294967040.0F}; // the largest below 2^32
+    EXPECT_EQ(connect(description).getProperty(kWidth).getMaximum(), "4294967040");
     static std::uint32_t count;
     static const OrvexApi whole = orvexApi();
     static OrvexApi api = whole;

@@ -8,11 +8,20 @@ namespace OrvexAdapter {
 
 using namespace KestrelExceptions;
 
+namespace {
+
+/// Whether others can read the text as a number of 32 bits, signed or not.
+bool hasNumber(float value) {
+    return fitsInteger(value) || (value > 0 && value < 4294967296.0F);
+}
+
+} // namespace
+
 OrvexConstantProperty::OrvexConstantProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
                                              OrvexCamera& camera, const unsigned long& propertyId)
     : OrvexFixedProperty(name, type, camera, propertyId) {
     const float value = readValue();
-    if (!fitsInteger(value)) {
+    if (!hasNumber(value)) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
     }
     m_Enumeration.insert(Utilities::toSixDecimals(value), truncate(value));
