@@ -5,7 +5,6 @@
 #include <cmath>
 #include <functional>
 #include <future>
-#include <map>
 #include <thread>
 
 #include "Support/Event.h"
@@ -46,77 +45,6 @@ struct SoftwareCapture : FlatDeviceFixture {
         return settings;
     }
 };
-
-// Every pixel of the scene has a value of its own, so that a misplaced sample shows.
-TEST_F(SoftwareCapture, EachSampleIsWhereTheRegionTheSamplingAndTheFilterPutIt) {
-    Scene scene{24, 16, {}};
-    for (int i = 0; i < 24 * 16 * 3; ++i) {
-        scene.rgb.push_back(static_cast<std::uint8_t>(i * 89 % 251));
-    }
-    const auto sceneAt = [&](std::uint32_t x, std::uint32_t y, int color) {
-        return scene.rgb[(y * 24 + x) * 3 + color] / 255.0;
-    };
-    const std::map<ColorFormat, std::array<int, 4>> colors{{ColorFormat::RGGB, {0, 1, 1, 2}},
-                                                           {ColorFormat::GRBG, {1, 0, 2, 1}},
-                                                           {ColorFormat::GBRG, {1, 2, 0, 1}},
-                                                           {ColorFormat::BGGR, {2, 1, 1, 0}}};
-    const struct {
-        std::uint32_t depth;
-        bool bigEndian;
-        ORVEX_FRAME_FORMAT format;
-    } cases[] = {{12, false, {0, 0, 24, 16, 0, 1, 0, 1, 0}},
-                 {12, false, {2, 4, 20, 12, 1, 1, 0, 1, 0}},
-                 {10, true, {4, 0, 16, 16, 1, 2, 1, 2, 1}},
-                 {8, true, {0, 2, 24, 12, 1, 4, 0, 2, 0}},
-                 {12, false, {0, 0, 24, 12, 0, 3, 1, 2, 0}}};
-    for (const auto& [colorFormat, cell] : colors) {
-        for (const auto& [depth, bigEndian, format] : cases) {
-            open(smallDevice(colorFormat, depth, bigEndian));
-            presentScene(kSerial, scene);
-            const Bytes frame = capture(format);
-            const std::uint32_t width = format.width / format.samplingX & ~1u;
-            const std::uint32_t height = format.height / format.samplingY & ~1u;
-            ASSERT_EQ(frame.size(), width * height * (format.pixelFormat + 1));
-            for (std::uint32_t y = 0; y < height; ++y) {
-                for (std::uint32_t x = 0; x < width; ++x) {
-                    double sum = 0;
-                    const std::uint32_t across = format.flagsX ? format.samplingX : 1;
-                    const std::uint32_t down = format.flagsY ? format.samplingY : 1;
-                    for (std::uint32_t j = 0; j < down; ++j) {
-                        for (std::uint32_t i = 0; i < across; ++i) {
-                            sum += sceneAt(format.xOffset + x / 2 * 2 * format.samplingX + x % 2 + 2 * i,
-                                           format.yOffset + y / 2 * 2 * format.samplingY + y % 2 + 2 * j,
-                                           cell[y % 2 * 2 + x % 2]);
-                        }
-                    }
-                    const std::uint8_t* at = &frame[(y * width + x) * (format.pixelFormat + 1)];
-                    const int sample = format.pixelFormat == 0 ? at[0] << (depth - 8)
-                                       : bigEndian             ? at[0] << 8 | at[1]
-                                                               : at[1] << 8 | at[0];
-                    const double tolerance = format.pixelFormat == 0 ? 1 << (depth - 8) : 1;
-                    ASSERT_NEAR(sample, sum / (across * down) * ((1 << depth) - 1), tolerance)
-                        << x << " " << y << " depth " << depth;
-                }
-            }
-        }
-    }
-}
-
-TEST_F(SoftwareCapture, BrightnessGrowsWithExposureAndGainUntilItSaturates) {
-    open(smallDevice(ColorFormat::MONO));
-    presentScene(kSerial, {1, 1, {100, 100, 100}});
-    const double full = 4095 * 100 / 255.0;
-    const struct {
-        float exposure, gain;
-        double sample;
-    } cases[] = {{5, 1, full / 2},  {10, 1, full}, {2, 8, full * 1.6},
-                 {20, 1, full * 2}, {30, 1, 4095}, {1000, 8, 4095}};
-    for (const auto& [exposure, gain, sample] : cases) {
-        ASSERT_TRUE(sdkSetProperty(handle, 20, exposure, 0) && sdkSetProperty(handle, kGain, gain, 0));
-        const Bytes frame = capture({0, 0, 24, 16, 1, 1, 0, 1, 0});
-        EXPECT_NEAR(frame[1] << 8 | frame[0], sample, 1) << exposure << " ms, gain " << gain;
-    }
-}
 
 TEST_F(SoftwareCapture, NoiseDiffersFromFrameToFrameAndRepeatsWithItsSeed) {
     DeviceDescription device = smallDevice(ColorFormat::RGGB);
@@ -278,34 +206,6 @@ TEST_F(SoftwareCapture, FramesAreLostAndCutAsPlanned) {
     _ORVEX_STREAM_STATS statistics{};
     ASSERT_TRUE(sdkGetStreamStats(handle, 1, &statistics, sizeof statistics));
     EXPECT_EQ(Bytes(statistics.counters, statistics.counters + 7), (Bytes{1, 3, 3, 0, 0, 0, 1}));
-}
-
-TEST_F(SoftwareCapture, PluggingStormEndsEveryCall) {
-    open(smallDevice(ColorFormat::RGGB));
-    std::atomic<int> users{2};
-    const auto use = [&] {
-        Bytes frame(24 * 16);
-        for (int rounds = 0; rounds < 100;) {
-            void* mine = sdkCameraOpen(1);
-            Listener listener{[] {}};
-            const std::int32_t id = sdkAddStreamingCallback(mine, onFrame, &listener);
-            for (int i = 0; i < 3 && sdkStreamVideoControl(mine, 1, 0); ++i) {
-                sdkCaptureVideoFrames(mine, 1, frame.data());
-            }
-            sdkRemoveStreamingCallback(mine, id);
-            rounds += static_cast<int>(sdkCameraClose(mine));
-        }
-        --users;
-    };
-    std::thread threads[] = {std::thread(use), std::thread(use)};
-    while (users > 0) {
-        unplug(kSerial);
-        replug(kSerial);
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_TRUE(sdkCameraOpen(1));
 }
 
 } // namespace

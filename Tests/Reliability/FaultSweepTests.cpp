@@ -219,6 +219,17 @@ const std::vector<Scenario>& scenarios() {
              rebootWithUsb3VisionMode("Disabled");
          },
          kRebooting + kReading + kWriting + Words{"Failed to reboot camera in the desired mode."}},
+        {"ModeChangeWhileClosed",
+         [] {
+             camera().getProperty("USB3 Vision Mode").setValue("Enabled");
+             std::vector<std::string> mode{"Firmware"};
+             camera().perform("Reboot", mode);
+             camera().disconnect();
+             awaitReboot();
+             camera().connect();
+             rebootWithUsb3VisionMode("Disabled");
+         },
+         kRebooting + kReading + kWriting + Words{"Failed to reboot camera in the desired mode."}},
         {"SuspendAndResume",
          [] {
              camera().suspend();
