@@ -5,13 +5,13 @@
 #include <thread>
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include "Cameras/CameraList.h"
 #include "Exceptions/KestrelExceptions.h"
 #include "Support/CameraListFixture.h"
 #include "Support/Event.h"
 #include "Support/FakeCamera.h"
+#include "Support/NoThreads.h"
 #include "Support/Throws.h"
 
 namespace {
@@ -56,21 +56,15 @@ TEST_F(CameraListTest, IsEmptyOutsideTheWorkspace) {
 }
 
 TEST_F(CameraListTest, WatchingStartsOnceThreadsCanBeHad) {
-    // No address space holds a stack of this size.
-    constexpr std::size_t kTooLarge = std::size_t{1} << 47;
-    pthread_attr_t usual;
-    pthread_attr_t without;
-    pthread_getattr_default_np(&usual);
-    pthread_attr_init(&without);
-    pthread_attr_setstacksize(&without, kTooLarge);
     for (const bool isFirstStart : {true, false}) {
         if (!isFirstStart) {
             Camera::initialiseWorkspace();
         }
-        pthread_setattr_default_np(&without);
-        EXPECT_THROW(isFirstStart ? Camera::initialiseWorkspace() : Camera::registerDisconnectCallback({}),
-                     std::system_error);
-        pthread_setattr_default_np(&usual);
+        {
+            const TestSupport::NoThreads none;
+            EXPECT_THROW(isFirstStart ? Camera::initialiseWorkspace() : Camera::registerDisconnectCallback({}),
+                         std::system_error);
+        }
         m_Bus.plug("1");
         Camera::initialiseWorkspace();
         m_Bus.unplug("1");
