@@ -94,6 +94,7 @@ struct NumberedFrames {
             format->size = sizeof(ORVEX_IMAGE_FORMAT);
             format->width = kWidth;
             format->height = kHeight;
+            format->imageSize = kWidth * kHeight;
             return std::uint32_t{1};
         };
     }
@@ -149,6 +150,7 @@ double memoryOfLargeImage() {
             format->size = sizeof(ORVEX_IMAGE_FORMAT);
             format->width = kWidth;
             format->height = kHeight;
+            format->imageSize = kWidth * kHeight;
             return std::uint32_t{1};
         };
     };

@@ -74,11 +74,17 @@ void JtagPort::wait(std::uint32_t microseconds, const std::function<bool()>& che
     if (transport.handle == nullptr || microseconds == 0) {
         return;
     }
-    const std::uint32_t fullWords = (microseconds - 1) / kMostIdlePulses;
-    for (std::uint32_t sent = 1; sent <= fullWords; ++sent) {
-        const bool succeeded = countUnless(transport.registerWrite(transport.handle, kControlTarget,
-                                                                   kIdlePulses + kMostIdlePulses - 1, 0, nullptr) != 0);
-        if ((!succeeded || sent % kWordsBetweenCheckpoints == 0) && !checkpoint()) {
+    for (std::uint32_t fullWords = (microseconds - 1) / kMostIdlePulses; fullWords > 0;) {
+        const std::uint32_t words = std::min(fullWords, kWordsBetweenCheckpoints);
+        for (std::uint32_t count = 0; count < words; ++count) {
+            const bool succeeded = transport.registerWrite(transport.handle, kControlTarget,
+                                                           kIdlePulses + kMostIdlePulses - 1, 0, nullptr) != 0;
+            if (!countUnless(succeeded) && !checkpoint()) {
+                return;
+            }
+        }
+        fullWords -= words;
+        if (words == kWordsBetweenCheckpoints && !checkpoint()) {
             return;
         }
     }
