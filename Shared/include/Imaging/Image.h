@@ -24,9 +24,10 @@ public:
 
     virtual unsigned getWidth() const;
     virtual unsigned getHeight() const;
-    /// Significant bits per sample: 8, 10, 12 or 16. An image whose colour the camera computed itself, as its property
-    /// "Pixel Format" says, has the bits of a pixel here and the format of the sensor; what its bytes are, createImage()
-    /// makes an image of: at 24 BGR of depth 8, at 32 BGRA of depth 8 with an opaque alpha, at 48 BGR of depth 16.
+    /// Significant bits per sample: 8, 10, 12 or 16. An image whose colour the camera computed itself (its property
+    /// "Pixel Format" is "24", "32" or "48") has the format of the sensor, and here the bits of a pixel. Its bytes are
+    /// BGR of depth 8 (24), BGRA of depth 8 with an opaque alpha (32) or BGR of depth 16 (48); createImage() makes an
+    /// image of them.
     virtual unsigned getBitDepth() const;
     /// Bytes that one sample takes: the bit depth in whole bytes.
     virtual unsigned getBytesPerChannel() const;
