@@ -166,9 +166,9 @@ void Camera::removeAllCamerasFromList() {
 }
 
 bool Camera::hasVanished(Camera& camera, const std::string& serialNumber, const PresentCameras& present) {
+    const unsigned int steps = camera.m_ClosingSteps; // before the state: a closing in between shows
     switch (camera.getState()) {
     case CameraState::Connected: {
-        const unsigned int steps = camera.m_ClosingSteps;
         if (camera.isCameraAlive()) {
             return false;
         }
