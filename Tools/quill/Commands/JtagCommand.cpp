@@ -49,7 +49,7 @@ std::string hexOf(const Bytes& bytes) {
     return toHex(std::string(bytes.begin(), bytes.end()));
 }
 
-/// Long values are cut: the beginning tells enough to a person.
+/// Long values are cut: the beginning is enough for a person.
 std::string shownHex(const Bytes& bytes) {
     constexpr std::size_t kLongest = 32;
     const std::string digits = hexOf(bytes);
@@ -64,23 +64,32 @@ std::string placeOf(std::uint32_t command, std::size_t offset) {
     return fmt::format("at command {}, file offset 0x{:X}", command, offset);
 }
 
+std::string explainError(const XsvfReport& report) {
+    const std::string sentence =
+        fmt::format("{}, {}", reasonOf(report), placeOf(report.commandCount, report.commandOffset));
+    return isMismatch(report.error)
+               ? fmt::format("{}: expected {}, captured {}, mask {}", sentence, shownHex(report.expectedTdo),
+                             shownHex(report.capturedTdo), report.tdoMask.empty() ? "all" : shownHex(report.tdoMask))
+               : sentence;
+}
+
 std::string explain(const XsvfReport& report) {
-    std::string sentence;
-    if (report.error != XsvfError::None) {
-        sentence = fmt::format("{}, {}", reasonOf(report), placeOf(report.commandCount, report.commandOffset));
-    }
-    if (isMismatch(report.error)) {
-        sentence +=
-            fmt::format(": expected {}, captured {}, mask {}", shownHex(report.expectedTdo),
-                        shownHex(report.capturedTdo), report.tdoMask.empty() ? "all" : shownHex(report.tdoMask));
-    }
+    std::vector<std::string> parts;
     if (!report.opened) {
-        sentence = "it gives no access to its JTAG port";
-    } else if (report.failedTransfers != 0) {
-        sentence += fmt::format("{}transfers failed: {}, the first one {}", sentence.empty() ? "" : "; ",
-                                report.failedTransfers, placeOf(report.failedCommand, report.failedOffset));
+        parts.emplace_back("it gives no access to its JTAG port");
+    } else {
+        if (report.error != XsvfError::None) {
+            parts.push_back(explainError(report));
+        }
+        if (report.failedTransfers != 0) {
+            parts.push_back(fmt::format("transfers failed: {}, the first one {}", report.failedTransfers,
+                                        placeOf(report.failedCommand, report.failedOffset)));
+        }
     }
-    return report.cameraGone ? sentence + "; the camera is gone" : sentence;
+    if (report.cameraGone) {
+        parts.emplace_back("the camera is gone");
+    }
+    return fmt::format("{}", fmt::join(parts, "; "));
 }
 
 Json toJson(const XsvfReport& report) {
@@ -123,7 +132,7 @@ public:
                                                    "that another camera has plays nothing"));
         }
         if (m_DryRun) {
-            tellPlan(context.output, camera, check);
+            printPlan(context.output, camera, check);
         } else {
             play(context, camera, data);
         }
@@ -133,7 +142,7 @@ public:
 private:
     std::string tried() const { return fmt::format("'{}' cannot be played into its JTAG port", m_File); }
 
-    void tellPlan(Output& output, const SelectedCamera& camera, const XsvfReport& check) const {
+    void printPlan(Output& output, const SelectedCamera& camera, const XsvfReport& check) const {
         if (m_Progress.json) {
             Json plan{{"result", "dry run"}, {"camera", camera.serialNumber()}};
             plan.update(toJson(check));
@@ -180,11 +189,11 @@ private:
 
 CommandDescription jtagCommand() {
     return {"jtag", "Play an XSVF file into a camera's JTAG port",
-            "The file is read to its end before the camera is touched. What fails is told\n"
-            "with the number of the command, its place in the file and, where the device\n"
-            "answered other bits than expected, the bits: expected, captured, and the mask\n"
-            "that says which of them count. Transfers that fail are counted, and a camera\n"
-            "that goes away ends the play, with exit code 5.\n\n"
+            "The file is read to its end before the camera is touched. A failure is\n"
+            "reported with the number of the command, its place in the file and, where the\n"
+            "device answered other bits than expected, the expected bits, the captured\n"
+            "bits and the mask of those that count. Transfers that fail are counted, and a\n"
+            "camera that goes away ends the play, with exit code 5.\n\n"
             "Examples:\n"
             "  quill jtag 41500101 logic.xsvf --dry-run\n"
             "  quill jtag 41500101 logic.xsvf\n",

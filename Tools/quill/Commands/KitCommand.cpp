@@ -14,7 +14,9 @@ namespace QuillTool {
 
 namespace {
 
-constexpr int kNotFound = 2; // what a registry operation answers where a key or value is missing
+// The codes of the registry.
+constexpr int kNotFound = 2;           // ERROR_FILE_NOT_FOUND: a key or value is missing
+constexpr int kUnsupportedType = 1630; // ERROR_UNSUPPORTED_TYPE
 
 /// What the registry answered when it was asked for the version, and what that means.
 struct StatusWords {
@@ -24,7 +26,7 @@ struct StatusWords {
 
 constexpr std::array kStatuses{
     StatusWords{kNotFound, "its record names none"},
-    StatusWords{1630, "its record has no text in its place"},
+    StatusWords{kUnsupportedType, "its record has no text in its place"},
 };
 
 std::string reasonOf(win32::LSTATUS status) {
