@@ -2,9 +2,10 @@
 
 namespace CameraInterface::PropertyNames {
 
-// The names under which cameras list their properties. Which of them a camera has, it says itself.
+// The names under which cameras list their properties. Camera::getSupportedProperties() lists those that a
+// camera has.
 //
-// What Property::setValue() does with a text, by kind. A camera that does not answer, or refuses, is told by
+// What Property::setValue() does with a text, by kind. A camera that does not answer, or refuses, causes a
 // KestrelException_Property: "PropertyReadFailure", "PropertyRangeReadFailure", "PropertyErrorUnknown" (whether the
 // property can be written) or "PropertyWriteFailure".
 //
@@ -28,7 +29,7 @@ namespace CameraInterface::PropertyNames {
 // - Buffer last frame, strobe, strobe from start exposure: another text than "Enabled" or "Disabled" throws
 //   KestrelException "PropertyValueConversion"; so do the next three.
 // - Hardware trigger: goes on in the next connection. Where it cannot be switched on again then, it reads "Disabled",
-//   and the property-change callback tells it.
+//   and the property-change callback runs.
 // - Power mode ("USB", "Y-Cable"): a refusal is KestrelException_Property "PropertyUnknown".
 // - USB3 Vision mode, also of cameras in that mode: ignored while it cannot be written.
 // - Exposure to speed, of which there is a video and a still one: as the property that they stand for.

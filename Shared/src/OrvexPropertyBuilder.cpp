@@ -81,8 +81,8 @@ void takeOverConstant(Property& kept, Property& made) {
     }
 }
 
-/// Makes a property; one of an earlier connection that is there already stays, and takes over what the camera tells
-/// now.
+/// Makes a property; one of an earlier connection that is there already stays, and takes over what the camera
+/// reports now.
 void make(const PropertyDefinition& row, OrvexPropertyBuilder::Properties& properties, OrvexCamera& camera) {
     std::unique_ptr<Property> property = row.m_Factory(row.m_Name, row.m_Type, camera, row.m_SdkProperty);
     const auto [entry, isNew] = properties.try_emplace(property->getName());
@@ -156,9 +156,9 @@ std::unique_ptr<Property> OrvexPropertyBuilder::makeHardwareRevision(const std::
                                                                      OrvexCamera& camera,
                                                                      const unsigned long& /*number*/) {
     std::uint32_t revision = 0;
-    const bool isTold = orvexApi().sdkGetHardwareRevision(camera.getHandle(), &revision) != 0;
+    const bool wasRead = orvexApi().sdkGetHardwareRevision(camera.getHandle(), &revision) != 0;
     return std::make_unique<OrvexDeviceConstant<unsigned long>>(
-        name, type, isTold ? std::optional<unsigned long>(revision) : std::nullopt, 0);
+        name, type, wasRead ? std::optional<unsigned long>(revision) : std::nullopt, 0);
 }
 
 std::unique_ptr<Property> OrvexPropertyBuilder::makeDriverVersion(const std::string& name, const PROPERTY_TYPE& type,

@@ -7,8 +7,8 @@ namespace QuillTool {
 /// What reaches a camera.
 enum class CameraKind { Sdk, Usb3Vision, Simulated };
 
-/// Asks a connected camera. Where it has no stream, an image tells a simulated camera, which gives its placeholder at
-/// once, from one in USB3 Vision mode, which gives none.
+/// Asks a connected camera. Of those without a stream, a simulated camera gives its placeholder image at once; one in
+/// USB3 Vision mode gives none.
 CameraKind kindOf(CameraInterface::Camera& camera);
 
 /// "an SDK camera"

@@ -20,7 +20,7 @@ std::optional<PixelLayout> findComputedColor(unsigned bitsPerPixel);
 /// other image as it is.
 std::unique_ptr<Imaging::Image> withComputedColor(std::unique_ptr<Imaging::Image> image);
 
-/// The layout of the images that an SDK camera delivers as it is set up; nothing where it does not tell.
+/// The layout of the images that an SDK camera delivers as it is set up; nothing where it cannot be read.
 std::optional<PixelLayout> findDeliveredLayout(CameraInterface::Camera& camera);
 
 } // namespace QuillTool

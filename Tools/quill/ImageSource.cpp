@@ -47,7 +47,7 @@ void ImageSource::stopWhenInterrupted() {
         try {
             m_Camera->stopStream();
         } catch (const std::exception&) {
-            // Whoever waits for the image is told by the camera, sooner or later.
+            // The wait for the image ends by itself, with the camera's own reason.
         }
         poll(waiting.data(), 1, kRepetitionMs);
     }

@@ -20,7 +20,7 @@ public:
     ImageSource& operator=(const ImageSource&) = delete;
     ~ImageSource();
 
-    /// The next image; null after an interrupt. Colour that the camera computed itself is told as such.
+    /// The next image; null after an interrupt. Colour that the camera computed itself is declared as such.
     /// @throws ToolError
     std::unique_ptr<Imaging::Image> next();
 

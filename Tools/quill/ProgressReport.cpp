@@ -22,7 +22,7 @@ constexpr std::chrono::milliseconds kRedrawPeriod{100};
 } // namespace
 
 void ProgressOptions::describe(CLI::App& parser) {
-    CLI::Option* quietly = parser.add_flag("--quiet", quiet, "No progress; errors are told nevertheless");
+    CLI::Option* quietly = parser.add_flag("--quiet", quiet, "No progress; errors are printed nevertheless");
     parser.add_flag("--json", json, "Progress and result as JSON objects, one a line, on standard output")
         ->excludes(quietly);
 }

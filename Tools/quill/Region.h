@@ -9,8 +9,8 @@
 
 namespace QuillTool {
 
-/// What an edge of the image, such as "Width", must be a multiple of; nothing for any other property, or where the
-/// camera does not tell.
+/// What an edge of the image, such as "Width", must be a multiple of; nothing for any other property, or where it
+/// cannot be read.
 std::optional<std::uint64_t> unitOf(const SelectedCamera& camera, const std::string& property);
 
 /// "it takes multiples of 8; the nearest are 96 and 104", of those from @p least to @p most; empty where @p value is

@@ -24,11 +24,11 @@ class PresentCameras;
 /// A camera, whatever reaches it, and the process-wide list of cameras.
 ///
 /// The static operations are thread-safe. initialiseWorkspace() fills the list and starts two threads that keep it: one
-/// drops cameras that went away, every 500 ms, one adds cameras that arrived, every 5000 ms; each tells the application
-/// through its callback. Inside such a callback the list is up to date and may be used; initialiseWorkspace(),
-/// unitialisedWorkpace() and the two registrations are refused there with a KestrelException "WouldWaitForItself",
-/// because they wait for the callback's own thread. A callback must not wait for another thread that makes one of these
-/// calls.
+/// drops cameras that went away, every 500 ms, one adds cameras that arrived, every 5000 ms; each reports to the
+/// application through its callback. Inside such a callback the list is up to date and may be used;
+/// initialiseWorkspace(), unitialisedWorkpace() and the two registrations are refused there with a KestrelException
+/// "WouldWaitForItself", because they wait for the callback's own thread. A callback must not wait for another thread
+/// that makes one of these calls.
 ///
 /// A reference from getCamera() stays usable until unitialisedWorkpace(). A camera that leaves the list earlier is
 /// retired: its stream is stopped, connecting it is refused with "CameraConnection", and its other operations answer
@@ -54,7 +54,7 @@ public:
     /// @throws std::system_error  no thread can be had; called again, it starts what does not run yet
     static void initialiseWorkspace();
     /// Clears both callbacks, stops watching and destroys all cameras. When it returns, none of the library's threads
-    /// runs, but for one that a device keeps in a capture although it was told to cancel, to stop and to close.
+    /// runs, except one that a device keeps in a capture although it was asked to cancel, to stop and to close.
     static void unitialisedWorkpace();
     /// The model name of every listed camera, by serial number. A camera whose name cannot be read is left out.
     static std::map<std::string, std::string> getCamerasList();

@@ -1,7 +1,7 @@
 #ifndef QUILL_ORVEX_VERSION_H
 #define QUILL_ORVEX_VERSION_H
 
-/* What the camera SDK tells of a camera. C and C++; the order of the fields is the SDK's binary format. */
+/* The version record of a camera in the SDK. C and C++; the order of the fields is the SDK's binary format. */
 
 #include <stdint.h> /* NOLINT(modernize-deprecated-headers): C as well */
 

@@ -25,7 +25,7 @@ public:
     /// setValue() throw.
     virtual void resetToDefault();
     /// Tells that the value may have changed without a write through this property.
-    /// @param notifyLinked whether the linked partners are told as well
+    /// @param notifyLinked whether to notify the linked partners as well
     virtual void update(bool notifyLinked);
     /// The limits of the value, as text.
     virtual std::string getMinimum() = 0;
@@ -40,11 +40,12 @@ public:
     virtual bool isDiscrete() = 0;
     /// The allowed values of a discrete property; empty for a continuous one.
     virtual std::vector<std::string> getValueList() = 0;
-    /// Writes a value, tells the linked partners and runs the on-change callback on this thread. What either of them
-    /// throws passes.
+    /// Writes a value, notifies the linked partners and runs the on-change callback on this thread. Exceptions of
+    /// both pass.
     ///
     /// What a text does depends on the kind of property, and PropertyNames.h says of which kind each is:
-    /// - A number of the camera, and a region, is limited to the range: getValue() tells what was written. A number in
+    /// - A number of the camera, and a region, is limited to the range: getValue() returns what was written. A number
+    /// in
     ///   memory is not.
     /// - A discrete property takes one of getValueList(), which is never corrected; a frame rate may be a part of one.
     /// - A write that is not possible (isReadOnly(), isAvailableForWriting()) is ignored without a word by most.

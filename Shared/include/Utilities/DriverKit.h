@@ -25,11 +25,10 @@ public:
 ///
 /// Where the platform has no registry, the record is a line of the UTF-8 file /etc/quillcamera/drivers.conf:
 /// `SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\{7A3D9F20-4B1C-4E8A-9C55-2D61F0B8E3A7}\DisplayVersion=4.5.1.0`.
-/// @throws win32::RegistryError "Cannot open registry key: RegOpenKeyEx failed."  it is not installed (status 2), or
-/// its
-///     record cannot be read (5)
-/// @throws win32::RegistryError "Cannot read string from registry"  the record names no version (status 2), or one that
-///     is no text (1630)
+/// @throws win32::RegistryError "Cannot open registry key: RegOpenKeyEx failed."  with status 2 where it is not
+///     installed, with 5 where its record cannot be read
+/// @throws win32::RegistryError "Cannot read string from registry"  with status 2 where the record names no version,
+///     with 1630 where that is no text
 /// @throws std::range_error "bad conversion"  the version is not UTF-8
 QUILL_API std::string getZephVersion();
 

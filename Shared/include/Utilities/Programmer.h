@@ -30,7 +30,7 @@ public:
     /// Every byte with bit 7 as bit 0, bit 6 as bit 1 and so on.
     static std::vector<unsigned char> flipBitOrder(std::vector<unsigned char> data);
 
-    /// Plays an XSVF file into the camera's JTAG port. Whether it succeeded is not told: see playXsvf().
+    /// Plays an XSVF file into the camera's JTAG port. Does not report whether it succeeded: see playXsvf().
     static void jtagXsvf(CameraInterface::Camera& camera, std::vector<unsigned char> data);
 
     /// @throws KestrelException_Function "FunctionExecution"  the camera answered nothing

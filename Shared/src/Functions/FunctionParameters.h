@@ -20,7 +20,7 @@ void requireParameters(const std::vector<std::string>& parameters, std::size_t c
 /// @throws KestrelException_Function "FunctionExecution"
 void requireExecution(bool succeeded, const std::string& name, const KestrelExceptions::SourceLocation& here);
 
-/// How many bytes of data an operation of the SDK is told; it counts with 32 bits.
+/// The length of data as the SDK counts it, in 32 bits.
 /// @throws KestrelException_Function "FunctionExecution"  2^32 or more
 std::uint32_t requireLength(std::size_t length, const std::string& name, const KestrelExceptions::SourceLocation& here);
 

@@ -20,7 +20,7 @@ public:
     void setValue(const std::string& value) override;
 
     /// Switches the trigger on again where it was on; a new connection begins with it off. Where that fails it reads
-    /// "Disabled", and the change is told.
+    /// "Disabled", and the change callback runs.
     void restore();
 
 private:

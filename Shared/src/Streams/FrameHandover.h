@@ -40,7 +40,7 @@ public:
         std::vector<unsigned char> m_ImageData; // written before m_FrameReady is set, read after it was seen
     };
 
-    /// The run is over: whoever waits, or comes later, is told why. The first reason counts.
+    /// Ends the run: waiters, present and later ones, get the reason. The first one counts.
     void close(Outcome why);
 
     /// Whether somebody waits; asked by the worker for every frame, without the lock.

@@ -40,7 +40,7 @@ public:
     CameraInterface::StreamStatistics& getStreamStatistics() override;
 
 private:
-    /// What the device answered when it was told to end.
+    /// Which steps of ending a run the device confirmed.
     struct Ending {
         bool released; // a capture that is under way comes back
         bool stopped;

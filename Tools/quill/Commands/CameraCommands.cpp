@@ -193,7 +193,7 @@ std::vector<CommandDescription> cameraCommands() {
          makeCommand<ListCommand>},
         {"info", "Describe a camera",
          "Of a GigE camera also the addresses, on both ends, and the counters of its stream. Ends with 1 where the\n"
-         "camera does not tell one of the two.\n\n"
+         "camera does not report one of the two.\n\n"
          "Examples:\n"
          "  quill info 90001\n"
          "  quill info 90001 --json | jq -r '.information[\"Firmware Version\"]'\n",

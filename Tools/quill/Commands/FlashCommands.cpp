@@ -27,7 +27,7 @@ void addLengthArgument(CLI::App& parser, std::size_t& length) {
     addNumber(parser, "LENGTH", length, "Bytes; decimal, or hexadecimal as 0x...", 1, kFlashEnd)->required();
 }
 
-/// Changes the flash and reads it back, or only tells the plan.
+/// Changes the flash and reads it back, or only prints the plan.
 template <typename Work, typename Verify>
 void change(FlashJob& job, const FlashOptions& options, Work work, Verify verify) {
     if (options.dryRun) {
@@ -201,8 +201,8 @@ CommandDescription flashCommands() {
     return {"flash",
             "Read, write, compare and erase a camera's flash",
             "The flash ends at 0x1000000. What is written or erased is read back; the first\n"
-            "address that differs is told, with exit code 6. Where work fails or is\n"
-            "interrupted, the stage, the address and the state of the flash are told.\n"
+            "address that differs is reported, with exit code 6. Work that fails or is\n"
+            "interrupted reports stage, address and the state of the flash.\n"
             "Progress goes to standard error: a bar on a terminal, a line every ten percent\n"
             "elsewhere.\n",
             nullptr,

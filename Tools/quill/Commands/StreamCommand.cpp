@@ -49,7 +49,7 @@ public:
                 break;
             }
             const Counts now = countsOf(*statistics, Clock::now());
-            tell(context.output, *statistics, first, std::exchange(last, now), now);
+            printRates(context.output, *statistics, first, std::exchange(last, now), now);
             // The next line is about half a second at least, however late this one comes.
             second =
                 static_cast<unsigned long long>(std::chrono::round<std::chrono::seconds>(now.time - begin).count()) + 1;
@@ -82,8 +82,8 @@ private:
     }
 
     /// @param first  at the beginning of the run: a session may have had others
-    void tell(Output& output, StreamStatistics& statistics, const Counts& first, const Counts& last,
-              const Counts& now) const {
+    void printRates(Output& output, StreamStatistics& statistics, const Counts& first, const Counts& last,
+                    const Counts& now) const {
         const double seconds = std::chrono::duration<double>(now.time - last.time).count();
         const double delivered = static_cast<double>(now.delivered - last.delivered) / seconds;
         const double received = static_cast<double>(now.received - last.received) / seconds;
@@ -114,7 +114,7 @@ private:
 } // namespace
 
 CommandDescription streamCommand() {
-    return {"stream", "Stream from a camera and tell its frame rates once a second",
+    return {"stream", "Stream from a camera and print its frame rates once a second",
             "One line, or one JSON object, a second, or after the next frame where that takes\n"
             "longer: frames handed out and frames that the camera delivered since the line\n"
             "before, each per second; how long the last capture and the last hand-over took;\n"

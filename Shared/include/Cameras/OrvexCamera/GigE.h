@@ -97,7 +97,7 @@ public:
     std::string GetGigeCamStatsToString(void* handle);
 
 private:
-    // The failures are told here, so that they name this file and its lines.
+    // Failures are raised in this header, so that they name this file and its lines.
     [[noreturn]] static void raise(int line, const std::string& description);
     bool readEthernetInfo(int index);
     bool writeEthernetInfo(int index);
@@ -112,7 +112,7 @@ private:
     _ORVEX_STREAM_STATS m_StreamStats;
 };
 
-/// What a GigE camera tells of its network. What it does not tell is empty.
+/// The network settings and counters of a GigE camera. What cannot be read is empty.
 struct GigEDescription {
     std::optional<CGigE> settings;
     std::optional<std::string> statistics; ///< the report of the stream's counters

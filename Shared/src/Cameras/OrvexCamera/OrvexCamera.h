@@ -65,7 +65,7 @@ private:
     bool isOnNetwork();
     void stopRunAroundImage();
     /// The settings of this camera, even if its index moves meanwhile, because another one comes or goes.
-    /// @throws KestrelException "GigEError"  it does not tell them
+    /// @throws KestrelException "GigEError"  they cannot be read
     /// @throws KestrelException "CameraEnumeration "  the index never stays
     void readNetworkSettings(CGigE& settings);
     /// Closes the handle, once: one that the SDK does not close may be another camera's by the next call.
@@ -83,7 +83,7 @@ private:
     /// How often a camera is looked for while the indices keep moving.
     static constexpr int kSearches = 5;
 
-    std::atomic<void*> m_Handle{nullptr}; // read by the watchdog, as is the next one
+    std::atomic<void*> m_Handle{nullptr}; // read by the watchdog
     ORVEX_VERSION m_Version;
     CGigE m_GigE;
     unsigned int m_Interface;

@@ -221,7 +221,7 @@ void Usb3VisionCamera::openHandle() {
             }
         }
     } catch (const KestrelException&) {
-        // It does not open: that is what there is to tell.
+        // The caller reports that the camera does not open.
     }
 }
 

@@ -56,7 +56,7 @@ private:
     /// Serialises enumeration, which the watchdogs run, with opening. Nothing that is called under it takes it again.
     static Utilities::Mutex m_CameraEnumerationMutex;
 
-    std::atomic<void*> m_Handle{nullptr}; // read by the watchdog, as is the next one
+    std::atomic<void*> m_Handle{nullptr}; // read by the watchdog
     Usb3VisionCameraRecord m_CameraRecord;
     std::string m_SerialNumber;
     std::string m_ModelName;
