@@ -1,4 +1,5 @@
-// Boot images: an address, a chunk size, the number of the camera call that fails (0: none), and the image.
+// Boot images: an address, a chunk size, the number of what fails (0: nothing), which is a call of the camera in one
+// run and a report of progress in another, and the image.
 
 #include <memory>
 #include <stdexcept>
@@ -21,7 +22,9 @@ struct CallFailed {};
 /// A camera whose flash lies around one address, and which notes what is loaded into its RAM.
 class MemoryCamera : public Camera {
 public:
-    MemoryCamera(std::uint32_t address, std::size_t size) : m_Address(address), m_Flash(size, kNotErased) {
+    /// @param image of which the flash holds the header, over another body
+    MemoryCamera(std::uint32_t address, const Bytes& image) : m_Address(address), m_Flash(image.size(), kNotErased) {
+        std::copy_n(image.begin(), std::min<std::size_t>(image.size(), 4), m_Flash.begin());
         MemoryCamera::buildFunctions();
     }
 
@@ -105,23 +108,34 @@ private:
     unsigned int m_CallsToFailure = 0;
 };
 
-/// Progress that goes on.
-std::function<void(double)> progress() {
-    return [last = 0.0](double fraction) mutable {
+/// Progress that goes on; the report of a number, counted from 1, is refused (0: none).
+std::function<void(double)> progress(unsigned int failingReport = 0) {
+    return [last = 0.0, failingReport](double fraction) mutable {
         require(fraction >= last && fraction <= 1, "progress goes on and ends at 1 at most");
         last = fraction;
+        if (failingReport > 0 && --failingReport == 0) {
+            throw CallFailed{};
+        }
     };
+}
+
+/// Four bytes, the least significant one first.
+std::uint64_t wordAt(const Bytes& data, std::size_t position) {
+    return data[position] | data[position + 1] << 8 | data[position + 2] << 16 |
+           std::uint64_t{data[position + 3]} << 24;
 }
 
 void checkSections(const BootImage& image, Bytes data) {
     std::size_t position = 4;
     for (const BootImageSection& section : image.sections) {
-        require(section.offset == position + 8 && section.length > 0 && section.length % 4 == 0 &&
-                    section.length <= data.size() - section.offset,
+        require(section.offset == position + 8 && section.length > 0 && section.length <= data.size() - section.offset,
                 "a section follows the one before it and lies within the data");
+        require(section.length == 4 * wordAt(data, position) && section.address == wordAt(data, position + 4),
+                "a section has the length and the address that are written before it");
         position = section.offset + section.length;
     }
     require(image.size == position + 8 && image.size <= data.size(), "the image ends within the data");
+    require(wordAt(data, position) == 0 && image.entryAddress == wordAt(data, position + 4), "with where it starts");
     data.resize(image.size);
     require(readBootImage(data).size == image.size, "what follows the image is not looked at");
     data.pop_back();
@@ -129,7 +143,7 @@ void checkSections(const BootImage& image, Bytes data) {
 }
 
 void checkRam(const BootImage& image, const Bytes& data) {
-    MemoryCamera camera(0, 0);
+    MemoryCamera camera(0, {});
     Programmer::writeFirmwareToRam(camera, data, progress());
     auto write = camera.ramWrites().begin();
     for (const BootImageSection& section : image.sections) {
@@ -148,30 +162,35 @@ void checkRam(const BootImage& image, const Bytes& data) {
             "the program is started at last");
 }
 
-void checkFlash(const Bytes& data, std::uint32_t address, unsigned int chunkSize, unsigned int failingCall) {
-    MemoryCamera camera(address, data.size());
+/// Over a former image of the same header. The numbers of the camera's call and of the report that fail; 0: none does.
+void checkFlash(const Bytes& data, std::uint32_t address, unsigned int chunkSize, unsigned int failingCall,
+                unsigned int failingReport) {
+    MemoryCamera camera(address, data);
     const Bytes before = camera.flash();
-    const auto room = static_cast<unsigned int>(data.size());
-    const auto update = [&] { Programmer::writeFirmwareToFlash(camera, data, address, room, chunkSize, progress()); };
+    const auto update = [&] {
+        Programmer::writeFirmwareToFlash(camera, data, address, static_cast<unsigned int>(data.size()), chunkSize,
+                                         progress(failingReport));
+    };
+    const bool isWritable = data.size() >= 4 && data[0] == 'C' && data[1] == 'Y' && data[3] == 0xB0 && chunkSize != 0;
     camera.failCall(failingCall);
-    const bool hasHeader = data.size() >= 4 && data[0] == 'C' && data[1] == 'Y' && data[3] == 0xB0;
     if (isRefused<std::invalid_argument, CallFailed>(update)) {
-        require(!hasHeader || chunkSize == 0 || failingCall != 0, "an image is only refused for a reason");
-        require(!std::equal(data.begin(), data.begin() + std::min<std::ptrdiff_t>(room, 4), camera.flash().begin()) ||
-                    !hasHeader,
-                "an interrupted update leaves no header");
-        require(failingCall > 1 || camera.flash() == before, "what is refused changes nothing");
-        if (!hasHeader || chunkSize == 0) {
+        require(!isWritable || failingCall + failingReport != 0, "an image is only refused for a reason");
+        const bool isErased = isWritable && failingCall != 1;
+        require(camera.flash() == before ||
+                    (isErased && !std::equal(data.begin(), data.begin() + 4, camera.flash().begin())),
+                "what is refused changes nothing, an interrupted update leaves no header");
+        if (!isWritable) {
             return;
         }
         camera.failCall(0);
+        failingReport = 0;
         update();
     }
-    require(hasHeader && camera.flash() == data, "the flash holds the image");
+    require(isWritable && camera.flash() == data, "the flash holds the image");
     camera.failCall(0);
     require(Programmer::compareFlash(camera, data, address, chunkSize, progress()), "and compares equal");
     Bytes other = data;
-    other[failingCall % other.size()] ^= 1;
+    other[(failingCall + failingReport) % other.size()] ^= 1;
     require(!Programmer::compareFlash(camera, other, address, chunkSize, progress()), "another image does not");
 }
 
@@ -181,11 +200,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     Input input(bytes, size);
     const std::uint32_t address = input.word();
     const unsigned int chunkSize = input.byte();
-    const unsigned int failingCall = input.byte();
+    const unsigned int failing = input.byte();
     const Bytes data = input.rest();
     BootImage image;
     if (isRefused<std::invalid_argument>([&] { image = readBootImage(data); })) {
-        MemoryCamera camera(0, 0);
+        MemoryCamera camera(0, {});
         require(isRefused<std::invalid_argument>([&] { Programmer::writeFirmwareToRam(camera, data, {}); }) &&
                     camera.ramWrites().empty(),
                 "what is no image is not loaded");
@@ -193,6 +212,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         checkSections(image, data);
         checkRam(image, data);
     }
-    checkFlash(data, address, chunkSize, failingCall);
+    checkFlash(data, address, chunkSize, failing, 0);
+    checkFlash(data, address, chunkSize, 0, failing);
     return 0;
 }

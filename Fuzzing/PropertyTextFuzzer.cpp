@@ -5,10 +5,12 @@
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
+#include <iomanip>
 #include <locale>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
+#include <typeinfo>
 
 #include "Exceptions/KestrelException.h"
 #include "Properties/BooleanProperty.h"
@@ -66,21 +68,23 @@ private:
     std::locale m_Former;
 };
 
-/// What a conversion gives: its number, or what it says where it refuses the text.
+/// What a conversion gives: its number, or the type and the text of its exception where it refuses the text.
 template <typename Number>
 struct Outcome {
     std::optional<Number> number;
     std::string refusal;
 };
 
+std::string described(const std::logic_error& refusal) {
+    return std::string(typeid(refusal).name()) + ": " + refusal.what();
+}
+
 template <typename Number, typename Convert>
 Outcome<Number> outcomeOf(const Convert& convert) {
     try {
         return {convert(), ""};
-    } catch (const std::invalid_argument& refusal) {
-        return {std::nullopt, refusal.what()};
-    } catch (const std::out_of_range& refusal) {
-        return {std::nullopt, refusal.what()};
+    } catch (const std::logic_error& refusal) {
+        return {std::nullopt, described(refusal)};
     }
 }
 
@@ -102,6 +106,7 @@ struct Reading {
     Outcome<unsigned long> decimal, hexadecimal, automatic;
     Outcome<double> real;
     Outcome<float> single;
+    std::string sixDecimals; ///< of the latter
     int intWord;
     unsigned long unsignedWord;
     double realWord;
@@ -112,8 +117,9 @@ struct Reading {
     bool operator==(const Reading& other) const {
         return integer == other.integer && decimal == other.decimal && hexadecimal == other.hexadecimal &&
                automatic == other.automatic && real == other.real && single == other.single &&
-               intWord == other.intWord && unsignedWord == other.unsignedWord && realWord == other.realWord &&
-               boolWord == other.boolWord && textWord == other.textWord && properties == other.properties;
+               sixDecimals == other.sixDecimals && intWord == other.intWord && unsignedWord == other.unsignedWord &&
+               realWord == other.realWord && boolWord == other.boolWord && textWord == other.textWord &&
+               properties == other.properties;
     }
 };
 
@@ -164,12 +170,14 @@ std::vector<std::string> writeProperties(const std::string& text) {
 
 Reading read(const std::string& text) {
     using namespace Utilities;
+    const auto single = outcomeOf<float>([&] { return parseFloat(text); });
     return {outcomeOf<int>([&] { return parseInteger(text); }),
             outcomeOf<unsigned long>([&] { return parseUnsigned(text); }),
             outcomeOf<unsigned long>([&] { return parseUnsigned(text, 16); }),
             outcomeOf<unsigned long>([&] { return parseUnsigned(text, kAutomaticBase); }),
             outcomeOf<double>([&] { return parseDouble(text); }),
-            outcomeOf<float>([&] { return parseFloat(text); }),
+            single,
+            toSixDecimals(single.number.value_or(0)),
             firstWord(text, 7),
             firstWord(text, 7UL),
             firstWord(text, 7.0),
@@ -195,9 +203,9 @@ Outcome<Number> standard(const char* name, const Convert& convert) {
     try {
         return {convert(), ""};
     } catch (const std::invalid_argument&) {
-        return {std::nullopt, std::string("invalid ") + name + " argument"};
+        return {std::nullopt, described(std::invalid_argument(std::string("invalid ") + name + " argument"))};
     } catch (const std::out_of_range&) {
-        return {std::nullopt, std::string(name) + " argument out of range"};
+        return {std::nullopt, described(std::out_of_range(std::string(name) + " argument out of range"))};
     }
 }
 
@@ -228,6 +236,14 @@ Outcome<Number> standardReal(const char* name, const std::string& text, Number (
     });
 }
 
+/// A number as the standard library writes it with so many decimals.
+std::string decimals(int count, double number) {
+    std::ostringstream stream;
+    stream.imbue(std::locale::classic());
+    stream << std::fixed << std::setprecision(count) << number;
+    return stream.str();
+}
+
 /// Under the C locale, for which the standard conversions and the library's are the same.
 void compareWithStandard(const std::string& text, const Reading& reading) {
     require(reading.integer == standard<int>("stoi", [&] { return std::stoi(text, nullptr, 0); }), "as stoi");
@@ -236,11 +252,17 @@ void compareWithStandard(const std::string& text, const Reading& reading) {
     require(reading.automatic == standardUnsigned(text, 0), "as stoul with automatic base");
     require(reading.real == standardReal("stod", text, std::strtod), "as stod");
     require(reading.single == standardReal("stof", text, std::strtof), "as stof");
+    require(reading.sixDecimals == decimals(6, reading.single.number.value_or(0)), "as a stream writes it");
     require(reading.intWord == streamed(text, 7), "as a stream reads an int");
     require(reading.unsignedWord == streamed(text, 7U), "as a stream reads an unsigned int");
     require(reading.boolWord == streamed(text, true), "as a stream reads a bool");
     require(reading.realWord == streamed(text, 7.0), "as a stream reads a double");
     require(reading.textWord == streamed(text, std::string("7")), "as a stream reads a word");
+    const std::vector<std::string> continuous(reading.properties.begin(), reading.properties.begin() + 5);
+    const std::vector<std::string> expected{std::to_string(streamed(text, 5U)), std::to_string(streamed(text, 5)),
+                                            decimals(2, streamed(text, 0.5)), std::to_string(streamed(text, false)),
+                                            streamed(text, std::string("word"))};
+    require(continuous == expected, "a property holds what a stream reads, and writes it with two decimals");
 }
 
 void checkFormatting(const Reading& reading) {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <random>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -29,49 +29,19 @@ std::wstring digestOf(const std::string& data) {
     return report(hasher);
 }
 
-// Examples of FIPS 180-2, appendix A, and of NIST's secure hashing example values.
+// Examples of FIPS 180-2, appendix A, and of NIST's secure hashing example values. The longest message whose length
+// fits into its last block has the digest of coreutils' sha1sum.
 TEST(CSHA1, GivesThePublishedDigests) {
-    EXPECT_EQ(digestOf(""), L"DA39A3EE5E6B4B0D3255BFEF95601890AFD80709");
-    EXPECT_EQ(digestOf("abc"), L"A9993E364706816ABA3E25717850C26C9CD0D89D");
-    EXPECT_EQ(digestOf("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"),
-              L"84983E441C3BD26EBAAE4AA1F95129E5E54670F1");
-    EXPECT_EQ(digestOf(std::string(1000000, 'a')), L"34AA973CD4C4DAA4F61EEB2BDBAD27316534016F");
-}
-
-std::string bytesOf(const std::string& hexadecimal) {
-    std::string bytes;
-    for (std::size_t place = 0; place < hexadecimal.size(); place += 2) {
-        bytes += static_cast<char>(std::stoi(hexadecimal.substr(place, 2), nullptr, 16));
-    }
-    return bytes;
-}
-
-// Of NIST's validation programme (CAVP, byte-oriented): short messages, and the first checkpoint of the Monte Carlo
-// test.
-TEST(CSHA1, GivesTheDigestsOfTheValidationProgramme) {
-    const std::pair<const char*, const wchar_t*> messages[] = {
-        {"36", L"C1DFD96EEA8CC2B62785275BCA38AC261256E278"},
-        {"195A", L"0A1C2D555BBE431AD6288AF5A54F93E0449C9232"},
-        {"DF4BD2", L"BF36ED5D74727DFD5D7854EC6B1D49468D8EE8AA"},
-        {"549E959E", L"B78BAE6D14338FFCCFD5D5B5674A275F6EF9C717"},
-        {"45927E32DDF801CAF35E18E7B5078B7F5435278212EC6BB99DF884F49B327C6486FEAE46BA187DC1CC9145121E1492E6B06E9007394D"
-         "C33B7748F86AC3207CFE",
-         L"A70CFBFE7563DD0E665C7C6715A96A8D756950C0"},
+    const std::pair<std::string, const wchar_t*> messages[] = {
+        {"", L"DA39A3EE5E6B4B0D3255BFEF95601890AFD80709"},
+        {"abc", L"A9993E364706816ABA3E25717850C26C9CD0D89D"},
+        {"abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq", L"84983E441C3BD26EBAAE4AA1F95129E5E54670F1"},
+        {std::string(55, 'a'), L"C1C8BBDC22796E28C0E15163D20899B65621D65A"},
+        {std::string(1000000, 'a'), L"34AA973CD4C4DAA4F61EEB2BDBAD27316534016F"},
     };
     for (const auto& [message, digest] : messages) {
-        EXPECT_EQ(digestOf(bytesOf(message)), digest);
+        EXPECT_EQ(digestOf(message), digest) << message.size() << " bytes";
     }
-    std::array<std::string, 3> chain;
-    chain.fill(bytesOf("DD4DF644EAF3D85BACE2B21ACCAA22B28821F5CD"));
-    for (int step = 0; step < 1000; ++step) {
-        CSHA1 hasher;
-        update(hasher, chain[0] + chain[1] + chain[2]);
-        hasher.Final();
-        std::string digest(20, '\0');
-        hasher.GetHash(reinterpret_cast<unsigned char*>(digest.data()));
-        chain = {chain[1], chain[2], digest};
-    }
-    EXPECT_EQ(chain[2], bytesOf("11F5C38B4479D4AD55CB69FADF62DE0B036D5163"));
 }
 
 TEST(CSHA1, PiecesOfAnySizeGiveTheSameDigest) {
@@ -104,15 +74,6 @@ TEST(CSHA1, InstructionsCompressAsPortableCodeDoes) {
         byInstructions(state.data(), blocks.data(), count);
         EXPECT_EQ(state, expected) << count << " blocks";
     }
-}
-
-// The published digest of "abc" by the portable code alone, whatever this processor has.
-TEST(CSHA1, PortableCodeGivesThePublishedDigest) {
-    std::array<unsigned char, 64> block{'a', 'b', 'c', 0x80};
-    block.back() = 24; // bits
-    std::array<unsigned, 5> state{0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0xC3D2E1F0};
-    Utilities::compressSha1Portably(state.data(), block.data(), 1);
-    EXPECT_EQ(state, (std::array<unsigned, 5>{0xA9993E36, 0x4706816A, 0xBA3E2571, 0x7850C26C, 0x9CD0D89D}));
 }
 
 TEST(CSHA1, CountsBeyondTheFirstWordOfBits) {
@@ -153,9 +114,10 @@ TEST(CSHA1, ReportsInThreeForms) {
     wchar_t buffer[80];
     EXPECT_TRUE(hasher.ReportHash(buffer, CSHA1::REPORT_HEX_COMPACT));
     EXPECT_EQ(std::wstring(buffer), report(hasher));
-    unsigned char digest[20] = {};
-    EXPECT_TRUE(hasher.GetHash(digest));
-    EXPECT_EQ(digest[19], 0x9D);
+    std::array<unsigned char, 20> digest{};
+    EXPECT_TRUE(hasher.GetHash(digest.data()));
+    EXPECT_EQ(digest, (std::array<unsigned char, 20>{169, 153, 62,  54, 71,  6,   129, 106, 186, 62,
+                                                     37,  113, 120, 80, 194, 108, 156, 208, 216, 157}));
     EXPECT_FALSE(hasher.GetHash(nullptr));
     EXPECT_FALSE(hasher.ReportHash(nullptr, CSHA1::REPORT_DECIMAL));
     std::wstring kept = L"kept";

@@ -8,7 +8,6 @@
 #include "Exceptions/KestrelExceptions.h"
 #include "Support/OrvexPropertyFixture.h"
 #include "Support/Throws.h"
-#include "Utilities/BootImage.h"
 
 namespace {
 
@@ -118,88 +117,23 @@ TEST_F(ProgrammerTest, ComparisonEndsAtTheFirstDifferentChunk) {
     EXPECT_TRUE(callsDuring([&] { EXPECT_TRUE(Programmer::compareFlash(*m_Camera, {}, 0, 0, {})); }).empty());
 }
 
-/// Whether the flash holds a valid header over something else than the whole image.
-bool isTrap(const Bytes& flash, const Bytes& image) {
-    return std::equal(flash.begin(), flash.begin() + 4, image.begin()) && flash != image;
-}
-
-TEST_F(ProgrammerTest, AnInterruptedUpdateNeverLeavesAValidHeaderOverAnIncompleteBody) {
-    const Bytes image = bootImage({500});
-    const auto update = [&](std::function<void(double)> progress) {
-        Programmer::writeFirmwareToFlash(*m_Camera, image, kAddress, kRoom, 128, std::move(progress));
-    };
-    SoftwareDevices::writeFlash(m_Serial, kAddress, bootImage({499, 0})); // the former firmware
-    const std::size_t calls = callsDuring([&] { update({}); }).size();
-    for (std::size_t call = 1; call <= calls; ++call) {
-        SoftwareDevices::failCall(call, 5);
-        EXPECT_THROW(update({}), KestrelException_Function) << call;
-        EXPECT_FALSE(isTrap(flash(image.size()), image) && call > 1) << call;
-        int reports = 0;
-        const auto stop = [&](double) {
-            if (++reports == static_cast<int>(call)) {
-                throw std::runtime_error("stop");
-            }
-        };
-        if (call <= calls - 2) { // erasing and the header report nothing
-            expectStandard<std::runtime_error>([&] { update(stop); }, "stop");
-            EXPECT_FALSE(isTrap(flash(image.size()), image)) << call;
-        }
-    }
-    update({}); // the camera is usable after all that
-    EXPECT_TRUE(Programmer::compareFlash(*m_Camera, image, kAddress, 4096, {}));
-    for (const std::uint32_t call : {1U, 2U, 7U}) {
-        SoftwareDevices::unplugDuring(m_Serial, Operation::sdkWriteFlash, call);
-        EXPECT_THROW(update({}), KestrelException_Function);
-        SoftwareDevices::replug(m_Serial);
-        EXPECT_FALSE(isTrap(flash(image.size()), image)) << call;
-        m_Camera->disconnect();
-        m_Camera->connect();
-    }
-}
-
 TEST_F(ProgrammerTest, WhatCannotBeWrittenLeavesTheCameraUntouched) {
     Camera& camera = *m_Camera;
     const Bytes image = bootImage({1});
-    Bytes truncated = image;
-    truncated.pop_back();
-    Bytes reachingFar = image;
-    reachingFar[7] = 0x40; // 2^30 words and one, which are 4 in 32 bits
-    const struct {
-        const char* text;
-        std::function<void()> action;
-    } rows[] = {
-        {"No data provided.", [&] { Programmer::writeBufferToFlash(camera, {}, 0, 0, 0, {}); }},
-        {"Data provided is too large.",
-         [&] {
-             Programmer::writeBufferToFlash(camera, {1, 2}, 0, 1, 0, {});
-         }},
-        {"Chunk size cannot be 0.", [&] { Programmer::writeBufferToFlash(camera, {1}, 0, 1, 0, {}); }},
-        {"No data provided.", [&] { Programmer::writeFirmwareToFlash(camera, {}, 0, 0, 0, {}); }},
-        {"Data provided is too large.",
-         [&] {
-             Programmer::writeFirmwareToFlash(camera, {1, 2}, 0, 1, 0, {});
-         }},
-        {"Invalid image file.",
-         [&] {
-             Programmer::writeFirmwareToFlash(camera, {'C', 'Y', 0}, 0, 9, 0, {});
-         }},
-        {"Invalid image file.",
-         [&] {
-             Programmer::writeFirmwareToFlash(camera, {'C', 'Y', 0, 0xB1}, 0, 9, 0, {});
-         }},
+    const Bytes none;
+    const std::pair<const char*, std::function<void()>> rows[] = {
+        {"No data provided.", [&] { Programmer::writeBufferToFlash(camera, none, 0, 0, 0, {}); }},
+        {"Data provided is too large.", [&] { Programmer::writeBufferToFlash(camera, image, 0, 23, 0, {}); }},
+        {"Chunk size cannot be 0.", [&] { Programmer::writeBufferToFlash(camera, image, 0, 99, 0, {}); }},
+        {"No data provided.", [&] { Programmer::writeFirmwareToFlash(camera, none, 0, 0, 0, {}); }},
+        {"Data provided is too large.", [&] { Programmer::writeFirmwareToFlash(camera, image, 0, 23, 0, {}); }},
         {"Chunk size cannot be 0.", [&] { Programmer::writeFirmwareToFlash(camera, image, 0, 99, 0, {}); }},
-        {"Chunk size cannot be 0.", [&] { Programmer::compareFlash(camera, {1}, 0, 0, {}); }},
-        {"No data provided.", [&] { Programmer::writeFirmwareToRam(camera, {}, {}); }},
-        {"Invalid image file.",
-         [&] {
-             Programmer::writeFirmwareToRam(camera, {'X', 'Y', 0, 0xB0}, {});
-         }},
-        {"Invalid image file.", [&] { Programmer::writeFirmwareToRam(camera, truncated, {}); }},
-        {"Invalid image file.", [&] { Programmer::writeFirmwareToRam(camera, reachingFar, {}); }},
+        {"Chunk size cannot be 0.", [&] { Programmer::compareFlash(camera, image, 0, 0, {}); }},
+        {"No data provided.", [&] { Programmer::writeFirmwareToRam(camera, none, {}); }},
     };
     const Calls calls = callsDuring([&] {
-        for (const auto& row : rows) {
-            expectStandard<std::invalid_argument>(row.action, row.text);
+        for (const auto& [text, action] : rows) {
+            expectStandard<std::invalid_argument>(action, text);
         }
     });
     EXPECT_TRUE(calls.empty());
@@ -228,17 +162,6 @@ TEST_F(ProgrammerTest, StatusAndBitOrder) {
     Programmer::writeFlashStatus(*m_Camera, 0, 0x8C);
     EXPECT_EQ(Programmer::readFlashStatus(*m_Camera, 0), 0x8C);
     EXPECT_EQ(Programmer::flipBitOrder({0x01, 0x12, 0xF0, 0xFF}), (Bytes{0x80, 0x48, 0x0F, 0xFF}));
-}
-
-TEST_F(ProgrammerTest, AnImageIsTakenApart) {
-    const Bytes bytes = bootImage({2, 1});
-    const Utilities::BootImage image = Utilities::readBootImage(bytes);
-    ASSERT_EQ(image.sections.size(), 2U);
-    EXPECT_EQ(image.sections[1].address, 0x108U);
-    EXPECT_EQ(image.sections[1].offset, 28U);
-    EXPECT_EQ(image.sections[1].length, 4U);
-    EXPECT_EQ(image.entryAddress, 0x40001234U);
-    EXPECT_EQ(image.size, bytes.size());
 }
 
 } // namespace
