@@ -12,12 +12,14 @@
 
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "OrvexApi/OrvexApi.h"
+#include "Support/OrvexApiChange.h"
 #include "Support/SoftwareDeviceFixture.h"
 #include "Support/Throws.h"
 
 namespace {
 
 using namespace OrvexAdapter;
+using TestSupport::OrvexApiChange;
 using TestSupport::thrownBy;
 
 /// A camera on the network, found under the index 1.
@@ -105,21 +107,19 @@ TEST_F(GigETest, TheSettingsAreThoseOfTheCameraEvenIfAnotherOneLeavesMeanwhile) 
     SoftwareDevices::plug(third);
     std::array<ORVEX_VERSION, 3> versions{};
     ASSERT_EQ(orvexApi().sdkEnumCameras(versions.data(), 3), 3);
-    static const OrvexApi whole = orvexApi();
     static std::uint32_t leaving;
     leaving = m_Serial;
-    OrvexApi api = whole;
-    api.sdkGetEthernetInfo = [](std::int32_t index, std::uint8_t* cameraMac, std::uint32_t* camera,
-                                std::uint8_t* hostMac, std::uint32_t* host) {
-        if (leaving != 0) {
-            SoftwareDevices::unplug(std::exchange(leaving, 0)); // the first one: the others move up
-        }
-        return whole.sdkGetEthernetInfo(index, cameraMac, camera, hostMac, host);
-    };
-    useOrvexApi(&api);
+    const OrvexApiChange change([](OrvexApi& api) {
+        api.sdkGetEthernetInfo = [](std::int32_t index, std::uint8_t* cameraMac, std::uint32_t* camera,
+                                    std::uint8_t* hostMac, std::uint32_t* host) {
+            if (leaving != 0) {
+                SoftwareDevices::unplug(std::exchange(leaving, 0)); // the first one: the others move up
+            }
+            return OrvexApiChange::original().sdkGetEthernetInfo(index, cameraMac, camera, hostMac, host);
+        };
+    });
     EXPECT_EQ(OrvexCamera(versions[1], 4).getSerialNumber(), "01:2:3:4:5:6") << "else the third one's";
     EXPECT_EQ(OrvexCamera(versions[2], 4).getSerialNumber(), "06:5:4:3:2:1");
-    useOrvexApi(nullptr);
 }
 
 TEST_F(GigETest, AFailureNamesTheLineThatThrowsIt) {

@@ -1,24 +1,18 @@
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 
-#include <thread>
-
 #include <gtest/gtest.h>
 
-#include "Exceptions/KestrelExceptions.h"
 #include "OrvexApi/OrvexApi.h"
-#include "Support/Event.h"
 #include "Support/SoftwareDeviceFixture.h"
 #include "Support/Throws.h"
 
 namespace {
 
 using namespace CameraInterface;
-using namespace KestrelExceptions;
 using namespace OrvexAdapter;
 using Imaging::IMAGE_FORMAT;
 using SoftwareDevices::DeviceDescription;
 using SoftwareDevices::Operation;
-using TestSupport::expectFailure;
 using TestSupport::expectStandard;
 
 class OrvexCameraTest : public TestSupport::SoftwareDeviceFixture {
@@ -63,114 +57,6 @@ TEST_F(OrvexCameraTest, EveryDeviceIsListedUnderItsUnsignedSerialNumber) {
     useOrvexApi(&api);
     EXPECT_EQ(Camera::searchForNewCameras(), 0U);
     useOrvexApi(nullptr);
-}
-
-TEST_F(OrvexCameraTest, AHandleIsClosedOnceAndTheCameraIsConnectedUntilThen) {
-    static const OrvexApi whole = orvexApi();
-    static Camera* closing = nullptr;
-    static std::vector<CameraState> states;
-    OrvexApi api = whole;
-    api.sdkCameraClose = [](void*) -> std::uint32_t {
-        states.push_back(closing->getState());
-        return 0;
-    };
-    Camera& camera = open(mono());
-    closing = &camera;
-    useOrvexApi(&api);
-    camera.disconnect();
-    camera.suspend();
-    camera.connect();
-    EXPECT_EQ(states, (std::vector<CameraState>{CameraState::Connected, CameraState::Suspended}));
-    useOrvexApi(nullptr);
-}
-
-TEST_F(OrvexCameraTest, StatesChangeByTheirRules) {
-    Camera& camera = open(mono());
-    const std::uint32_t serial = mono().serial;
-    camera.connect();
-    EXPECT_TRUE(SoftwareDevices::isOpen(serial));
-    camera.suspend();
-    EXPECT_TRUE(SoftwareDevices::isOpen(serial)) << "a suspended camera stays open";
-    expectFailure<KestrelException_CameraState>([&] { camera.disconnect(); }, "CameraState",
-                                                TestSupport::kTransitionRefused);
-    expectFailure<KestrelException_CameraState>([&] { camera.suspend(); }, "CameraState",
-                                                TestSupport::kTransitionRefused);
-    Property& kept = camera.getProperty("Video Exposure");
-    camera.connect();
-    EXPECT_EQ(&camera.getProperty("Video Exposure"), &kept);
-    EXPECT_FALSE(kept.getValue().empty()) << "works on the reopened handle";
-    SoftwareDevices::failNext(serial, Operation::sdkCameraClose, 1, 1);
-    camera.disconnect();
-    EXPECT_TRUE(camera.isConnected()) << "a close that fails leaves the camera as it was";
-    camera.disconnect();
-    camera.disconnect();
-    EXPECT_FALSE(SoftwareDevices::isOpen(serial));
-    expectFailure<KestrelException_CameraState>([&] { camera.suspend(); }, "CameraState",
-                                                TestSupport::kTransitionRefused);
-    camera.connect();
-    camera.suspend();
-    Camera::unitialisedWorkpace();
-    EXPECT_FALSE(SoftwareDevices::isOpen(serial)) << "destroyed while suspended, it closes its handle";
-}
-
-TEST_F(OrvexCameraTest, AConnectThatFailsChangesNothing) {
-    Camera& camera = open(mono());
-    camera.disconnect();
-    SoftwareDevices::failNext(SoftwareDevices::kNoDevice, Operation::sdkCameraOpen, 1, 1);
-    SoftwareDevices::failNext(mono().serial, Operation::sdkCameraOpen, 1, 1);
-    expectFailure<KestrelException_Camera>([&] { camera.connect(); }, "CameraConnection",
-                                           "Failed to connect to camera.");
-    EXPECT_EQ(camera.getState(), CameraState::Disconnected);
-    SoftwareDevices::clearFaults();
-    camera.connect();
-    camera.disconnect();
-    SoftwareDevices::unplug(mono().serial);
-    expectFailure<KestrelException_Camera>([&] { camera.connect(); }, "CameraConnection",
-                                           "Failed to connect to camera.");
-}
-
-TEST_F(OrvexCameraTest, OneStrayFailureDoesNotMakeACameraDead) {
-    Camera& camera = open(mono());
-    SoftwareDevices::failNext(mono().serial, Operation::sdkQueryVersion, 1, 1);
-    EXPECT_TRUE(camera.isCameraAlive());
-    SoftwareDevices::failNext(mono().serial, Operation::sdkQueryVersion, 2, 1);
-    EXPECT_FALSE(camera.isCameraAlive());
-}
-
-TEST_F(OrvexCameraTest, ACameraThatIsUnpluggedIsDroppedAndItsStreamEnds) {
-    TestSupport::Event gone;
-    TestSupport::Event waiting;
-    Camera::registerDisconnectCallback([&](const std::string&, const std::string&) { gone.raise(); });
-    Camera::initialiseWorkspace();
-    Camera& camera = open(mono());
-    setRegion(camera, 64, 48);
-    camera.startStream();
-    std::thread reader([&] {
-        try {
-            while (true) {
-                camera.getImage();
-                waiting.raise();
-            }
-        } catch (const KestrelException&) {
-            waiting.raise();
-        }
-    });
-    ASSERT_TRUE(waiting.wait(3));
-    SoftwareDevices::unplug(mono().serial);
-    ASSERT_TRUE(gone.wait());
-    reader.join();
-    Camera::registerDisconnectCallback({});
-    EXPECT_FALSE(camera.isStreaming());
-    EXPECT_THROW(camera.getImage(), KestrelException);
-    EXPECT_THROW(camera.getProperty("Video Exposure").getValue(), KestrelException_Property);
-    expectFailure<KestrelException_Camera>([&] { camera.connect(); }, "CameraConnection",
-                                           "Failed to connect to camera.");
-    SoftwareDevices::replug(mono().serial);
-    EXPECT_EQ(Camera::searchForNewCameras(), 1U);
-    Camera& back = Camera::getCamera(std::to_string(mono().serial));
-    EXPECT_NE(&back, &camera);
-    back.connect();
-    EXPECT_GT(back.getImage()->getImageSize(), 0U);
 }
 
 TEST_F(OrvexCameraTest, InfoHoldsWhatTheModelHas) {

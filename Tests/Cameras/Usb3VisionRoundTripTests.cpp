@@ -1,9 +1,5 @@
-#include <functional>
-#include <thread>
-
 #include <gtest/gtest.h>
 
-#include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
 #include "Exceptions/KestrelExceptions.h"
 #include "Support/Event.h"
 #include "Support/ListMaintenance.h"
@@ -20,9 +16,6 @@ using SoftwareDevices::Operation;
 class Usb3VisionRoundTripTest : public TestSupport::SoftwareDeviceFixture {
 protected:
     Usb3VisionRoundTripTest() {
-        auto adapters = getCameraAdapters();
-        adapters.push_back({"USB3 Vision cameras", Usb3VisionAdapter::Usb3VisionCamera::getListOfCameras});
-        useAdapters(adapters);
         Camera::registerDisconnectCallback([this](const std::string& model, const std::string& serial) {
             m_Events += "- " + model + " " + serial + "; ";
         });
@@ -46,12 +39,8 @@ protected:
     void reboot() {
         startReboot();
         TestSupport::dropVanishedCameras();
-        const auto deadline = std::chrono::steady_clock::now() + TestSupport::kLongEnough;
         const std::string without = m_Events;
-        while (m_Events == without && std::chrono::steady_clock::now() < deadline) {
-            TestSupport::addNewCameras();
-            std::this_thread::yield();
-        }
+        TestSupport::eventually([&] { return TestSupport::addNewCameras() && m_Events != without; });
         camera().connect();
     }
 
@@ -103,9 +92,7 @@ TEST_F(Usb3VisionRoundTripTest, ACameraThatComesBackAsAnotherKindBetweenTwoCheck
             set(camera(), "USB3 Vision Mode", mode);
             startReboot();
             row.leave(camera());
-            while (SoftwareDevices::pluggedDevices().empty()) {
-                std::this_thread::yield();
-            }
+            TestSupport::eventually([] { return !SoftwareDevices::pluggedDevices().empty(); });
             m_Events.clear();
             if (camera().getState() == CameraState::Suspended) {
                 TestSupport::dropVanishedCameras();

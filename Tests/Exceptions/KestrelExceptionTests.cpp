@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include "Exceptions/Raise.h"
-
 namespace {
 
 using namespace KestrelExceptions;
@@ -51,15 +49,6 @@ TEST(KestrelException, CopiesOutliveTheirSource) {
     source.reset();
     EXPECT_EQ(copy.what(), what);
     EXPECT_EQ(base.what(), what);
-}
-
-TEST(KestrelException, TheThrowingFileIsNamedRelativeToTheProject) {
-    try {
-        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, "P");
-    } catch (const KestrelException& exception) {
-        EXPECT_EQ(
-            std::string(exception.where()).rfind("Thrown in file [Tests/Exceptions/KestrelExceptionTests.cpp]", 0), 0U);
-    }
 }
 
 } // namespace

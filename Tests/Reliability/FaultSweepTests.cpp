@@ -11,7 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
 #include "Exceptions/KestrelExceptions.h"
 #include "Support/Event.h"
 #include "Support/Images.h"
@@ -277,9 +276,6 @@ std::vector<Scenario> scenariosOfOtherDevices() {
 class FaultSweep : public TestSupport::SoftwareDeviceFixture, public ::testing::WithParamInterface<Scenario> {
 protected:
     FaultSweep() {
-        auto adapters = getCameraAdapters();
-        adapters.push_back({"USB3 Vision cameras", Usb3VisionAdapter::Usb3VisionCamera::getListOfCameras});
-        useAdapters(adapters);
         SoftwareDevices::DeviceDescription device = SoftwareDevices::defaultDevices()[GetParam().device];
         device.serial = kSerial;
         device.sensorWidth = 64;

@@ -17,6 +17,7 @@ using namespace CameraInterface;
 using KestrelExceptions::KestrelException_Stream;
 using OrvexAdapter::OrvexApi;
 using SoftwareDevices::Operation;
+using TestSupport::eventually;
 using TestSupport::expectFailure;
 using TestSupport::NoThreads;
 using TestSupport::OrvexApiChange;
@@ -34,15 +35,6 @@ constexpr EndingMode kEndingModes[] = {{"Video", Operation::sdkRemoveStreamingCa
 
 void failEveryTime(Operation operation) {
     SoftwareDevices::failNext(kStubbornDevice, operation, kEveryTime, SoftwareDevices::kInternalError);
-}
-
-template <typename Condition>
-bool comesTrue(Condition condition) {
-    const auto deadline = std::chrono::steady_clock::now() + TestSupport::kLongEnough;
-    while (!condition() && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::yield();
-    }
-    return condition();
 }
 
 class StreamEnding : public TestSupport::SoftwareDeviceFixture {
@@ -140,7 +132,7 @@ TEST_F(StreamEnding, IsBoundedWhenTheDeviceKeepsACapture) {
     SoftwareDevices::startLog();
     const std::uint64_t captures = SoftwareDevices::calls(Operation::sdkCaptureStillFrame);
     camera.startStream();
-    EXPECT_TRUE(comesTrue([&] { return SoftwareDevices::calls(Operation::sdkCaptureStillFrame) > captures; }));
+    EXPECT_TRUE(eventually([&] { return SoftwareDevices::calls(Operation::sdkCaptureStillFrame) > captures; }));
     s_FailingStops = kEveryTime;
     failEveryTime(Operation::sdkCancelStillCapture);
     failEveryTime(Operation::sdkCameraClose);
@@ -149,7 +141,7 @@ TEST_F(StreamEnding, IsBoundedWhenTheDeviceKeepsACapture) {
         EXPECT_NE(call.operation, Operation::sdkCaptureStillFrame) << "it was waited for";
     }
     SoftwareDevices::startEmpty();
-    EXPECT_TRUE(comesTrue([&] { return TestSupport::threadsOfProcess() <= threads; })) << "the worker ends by itself";
+    EXPECT_TRUE(eventually([&] { return TestSupport::threadsOfProcess() <= threads; })) << "the worker ends by itself";
 }
 
 } // namespace

@@ -3,11 +3,23 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 
 namespace TestSupport {
 
 /// How long a test waits for what must happen, on however busy a machine.
 inline constexpr std::chrono::seconds kLongEnough{300};
+
+/// Waits for a condition.
+/// @return whether it came true in time
+template <typename Condition>
+bool eventually(Condition condition) {
+    const auto deadline = std::chrono::steady_clock::now() + kLongEnough;
+    while (!condition() && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::yield();
+    }
+    return condition();
+}
 
 /// A count that one thread raises and another waits for.
 class Event {

@@ -21,7 +21,6 @@ public:
     bool isStreaming() override { return m_Streaming; }
     void startStream() override { m_Streaming = true; }
     void stopStream() override {
-        ++m_Device->stops;
         m_Streaming = false;
         if (!m_Device->alive) {
             throw std::runtime_error("The device does not answer.");
@@ -111,7 +110,6 @@ CameraAdapter FakeBus::adapter() {
 }
 
 std::vector<std::unique_ptr<Camera>> FakeBus::enumerate() {
-    ++m_Enumerations;
     if (m_Fail) {
         throw KestrelExceptions::KestrelException::create("Bus", "Bus.cpp", 1, "The bus does not answer.");
     }

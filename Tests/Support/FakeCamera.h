@@ -22,14 +22,12 @@ public:
         std::atomic<bool> alive{true};
         std::atomic<bool> unreadable{false}; ///< the model name cannot be read
         std::atomic<int> objects{0};         ///< camera objects that exist
-        std::atomic<int> stops{0};           ///< streams that were told to stop
     };
 
     std::shared_ptr<Device> plug(const std::string& serialNumber, const std::string& modelName = "Model F");
     void unplug(const std::string& serialNumber);
     /// Makes the enumeration throw until it is called with false.
     void failEnumeration(bool fail) { m_Fail = fail; }
-    int enumerations() const { return m_Enumerations; }
 
     CameraInterface::CameraAdapter adapter();
 
@@ -39,7 +37,6 @@ private:
     std::mutex m_Mutex; // guards the devices
     std::vector<std::shared_ptr<Device>> m_Devices;
     std::atomic<bool> m_Fail{false};
-    std::atomic<int> m_Enumerations{0};
 };
 
 } // namespace TestSupport

@@ -2,9 +2,7 @@
 
 #include <SoftwareDevices.h>
 
-#include <chrono>
 #include <cstdint>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -58,16 +56,6 @@ struct FlatDeviceFixture : testing::Test {
         sdkSelectInterface(description.interfaceNumber);
         handle = sdkCameraOpen(1);
         ASSERT_NE(handle, nullptr);
-    }
-
-    /// @return whether the condition came true in time
-    template <class Condition>
-    static bool eventually(Condition condition) {
-        const auto deadline = std::chrono::steady_clock::now() + kLongEnough;
-        while (!condition() && std::chrono::steady_clock::now() < deadline) {
-            std::this_thread::yield();
-        }
-        return condition();
     }
 
     void* handle = nullptr;

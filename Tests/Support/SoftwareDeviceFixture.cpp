@@ -1,15 +1,29 @@
 #include "Support/SoftwareDeviceFixture.h"
 
 #include "Cameras/OrvexCamera/OrvexCamera.h"
+#include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
+#include "Internal/QuillInternal.h"
 #include "Internal/SharedLibrary.h"
 
 namespace TestSupport {
 
 using CameraInterface::Camera;
 
+namespace {
+
+Camera& findAndConnect(std::uint32_t serial) {
+    Camera::searchForNewCameras();
+    Camera& camera = Camera::getCamera(std::to_string(serial));
+    camera.connect();
+    return camera;
+}
+
+} // namespace
+
 SoftwareDeviceFixture::SoftwareDeviceFixture() {
     SoftwareDevices::startEmpty();
-    useAdapters({{"SDK cameras", OrvexAdapter::OrvexCamera::getListOfCameras}});
+    useAdapters({{"SDK cameras", OrvexAdapter::OrvexCamera::getListOfCameras},
+                 {"USB3 Vision cameras", Usb3VisionAdapter::Usb3VisionCamera::getListOfCameras}});
 }
 
 SoftwareDeviceFixture::~SoftwareDeviceFixture() {
@@ -18,11 +32,15 @@ SoftwareDeviceFixture::~SoftwareDeviceFixture() {
 }
 
 Camera& SoftwareDeviceFixture::open(const SoftwareDevices::DeviceDescription& description) {
-    const std::string serial = std::to_string(SoftwareDevices::plug(description));
-    Camera::searchForNewCameras();
-    Camera& camera = Camera::getCamera(serial);
-    camera.connect();
-    return camera;
+    return findAndConnect(SoftwareDevices::plug(description));
+}
+
+Camera& SoftwareDeviceFixture::openUsb3Vision(const SoftwareDevices::DeviceDescription& description) {
+    const std::uint32_t serial = SoftwareDevices::plug(description);
+    SoftwareDevices::writeFlash(serial, QuillInternal::kUsb3VisionInfoAddress, {0});
+    SoftwareDevices::unplug(serial);
+    SoftwareDevices::replug(serial);
+    return findAndConnect(serial);
 }
 
 std::string SoftwareDeviceFixture::value(Camera& camera, const std::string& property) {

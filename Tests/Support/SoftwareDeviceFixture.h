@@ -10,7 +10,7 @@
 
 namespace TestSupport {
 
-/// A fixture without devices, whose camera list asks for SDK cameras alone.
+/// A fixture without devices, whose camera list asks for SDK and USB3 Vision cameras.
 class SoftwareDeviceFixture : public CameraListFixture {
 protected:
     SoftwareDeviceFixture();
@@ -18,6 +18,8 @@ protected:
 
     /// Plugs a device in, finds its camera and connects it.
     static CameraInterface::Camera& open(const SoftwareDevices::DeviceDescription& description);
+    /// The same for a device that has started as a USB3 Vision camera.
+    static CameraInterface::Camera& openUsb3Vision(const SoftwareDevices::DeviceDescription& description);
     static std::string value(CameraInterface::Camera& camera, const std::string& property);
     static void set(CameraInterface::Camera& camera, const std::string& property, const std::string& text);
     /// A small one keeps frames quick to compute, under a sanitizer on a busy machine above all.

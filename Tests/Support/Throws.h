@@ -40,15 +40,20 @@ Exception expectFailure(Action action, const std::string& word, const std::strin
     return exception;
 }
 
-/// What an action throws, in one line: word, throwing file and sentence; the text alone for a standard exception.
+/// A failure in one line: word, throwing file and sentence.
+inline std::string lineOf(const KestrelExceptions::KestrelException& failure) {
+    const std::string where = failure.where();
+    const std::size_t begin = std::min(where.find('['), where.size());
+    return std::string(failure.who()) + where.substr(begin, where.rfind(']') - begin + 1) + failure.why();
+}
+
+/// What an action throws, in one line; the text alone for a standard exception.
 template <typename Action>
 std::string thrownBy(Action action) {
     try {
         action();
     } catch (const KestrelExceptions::KestrelException& failure) {
-        const std::string where = failure.where();
-        const std::size_t begin = std::min(where.find('['), where.size());
-        return std::string(failure.who()) + where.substr(begin, where.rfind(']') - begin + 1) + failure.why();
+        return lineOf(failure);
     } catch (const std::exception& failure) {
         return failure.what();
     }

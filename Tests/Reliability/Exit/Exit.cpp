@@ -1,11 +1,9 @@
 // Ends in the way that its argument names. Whatever runs then, the exit code is 0 and nothing is printed.
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <utility>
@@ -16,6 +14,8 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "Support/Event.h"
 
 namespace {
 
@@ -48,9 +48,7 @@ struct LateUser {
 };
 
 LateUser g_LateUser;
-std::mutex g_Mutex;
-std::condition_variable g_Condition;
-bool g_Entered = false;
+TestSupport::Event g_Entered;
 
 /// A static object of the application. While it is destroyed a stream, if one is live, delivers many more frames.
 struct SlowToGo {
@@ -76,17 +74,6 @@ Camera& open(std::uint32_t width = 64, std::uint32_t height = 48) {
     Camera& camera = Camera::getCamera(std::to_string(kSerial));
     camera.connect();
     return camera;
-}
-
-void enter() {
-    const std::lock_guard<std::mutex> lock(g_Mutex);
-    g_Entered = true;
-    g_Condition.notify_all();
-}
-
-void awaitEntry() {
-    std::unique_lock<std::mutex> lock(g_Mutex);
-    g_Condition.wait(lock, [] { return g_Entered; });
 }
 
 void withAnOpenCamera() {
@@ -141,15 +128,14 @@ void inForkedChildren() {
 void whileACallbackRuns() {
     open().startStream();
     Camera::registerDisconnectCallback([](const std::string&, const std::string&) {
-        enter();
+        g_Entered.raise();
         for (int i = 0; i < 200; ++i) {
             Camera::searchForNewCameras();
             Camera::getCamerasList();
         }
     });
     SoftwareDevices::unplug(kSerial);
-    awaitEntry();
-    std::exit(EXIT_SUCCESS);
+    std::exit(g_Entered.wait() ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
 void insideACallback() {

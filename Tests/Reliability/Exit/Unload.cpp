@@ -1,40 +1,17 @@
 // Loads a module that uses the library, and unloads it while a stream and the watching threads run, again and again.
 
-#include <chrono>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 
 #include <SoftwareDevices.h>
 #include <dlfcn.h>
-#include <unistd.h>
 
-namespace {
+#include "Support/Event.h"
+#include "Support/ProcessFigures.h"
 
-auto threads() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
-}
-
-std::size_t residentBytes() {
-    std::size_t size = 0;
-    std::size_t resident = 0;
-    std::ifstream("/proc/self/statm") >> size >> resident;
-    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-}
-
-/// A thread that was joined may be listed for a moment more.
-bool threadsComeDownTo(std::ptrdiff_t count) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(5);
-    while (threads() > count && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::yield();
-    }
-    return threads() == count;
-}
-
-} // namespace
+using TestSupport::residentBytes;
+using TestSupport::threadsOfProcess;
 
 int main(int argc, char** argv) {
     if (argc != 3) {
@@ -47,7 +24,7 @@ int main(int argc, char** argv) {
     const std::uint32_t serial = SoftwareDevices::plug(device);
     SoftwareDevices::setAsFastAsAsked(serial, true);
     std::thread([] {}).join(); // a sanitizer adds a thread of its own to the first one
-    const auto threadsBefore = threads();
+    const std::size_t threadsBefore = threadsOfProcess();
     std::size_t residentEarly = 0;
     for (int cycle = 0; cycle < 20; ++cycle) {
         void* const module = dlopen(argv[1], RTLD_NOW);
@@ -57,7 +34,9 @@ int main(int argc, char** argv) {
             return EXIT_FAILURE;
         }
         const bool isLoaded = dlopen(argv[2], RTLD_NOW | RTLD_NOLOAD) != nullptr;
-        if (isLoaded || SoftwareDevices::isOpen(serial) || !threadsComeDownTo(threadsBefore)) {
+        // A thread that was joined may be listed for a moment more.
+        const bool areThreadsGone = TestSupport::eventually([&] { return threadsOfProcess() == threadsBefore; });
+        if (isLoaded || SoftwareDevices::isOpen(serial) || !areThreadsGone) {
             return EXIT_FAILURE;
         }
         residentEarly = cycle == 1 ? residentBytes() : residentEarly;

@@ -6,14 +6,12 @@
 
 #include <gtest/gtest.h>
 
-#include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
 #include "Conformance/Examination.h"
 #include "Support/SoftwareDeviceFixture.h"
 
 namespace {
 
 using namespace QuillTool::Conformance;
-using CameraInterface::Camera;
 using SoftwareDevices::DeviceDescription;
 using SoftwareDevices::Operation;
 
@@ -31,7 +29,6 @@ class ConformanceTest : public TestSupport::SoftwareDeviceFixture {
 protected:
     ConformanceTest() {
         auto adapters = CameraInterface::getCameraAdapters();
-        adapters.push_back({"USB3 Vision cameras", Usb3VisionAdapter::Usb3VisionCamera::getListOfCameras});
         adapters.push_back(simulatedAdapter());
         useAdapters(adapters);
         describeCameras(kSimulatedCamera);
@@ -57,14 +54,6 @@ protected:
 
     Plug simulatedPlug() {
         return {[this] { describeCameras(kNoCameras); }, [this] { describeCameras(kSimulatedCamera); }};
-    }
-
-    /// Restarts a device as a USB3 Vision camera.
-    static void switchToUsb3Vision(const DeviceDescription& device) {
-        set(open(device), "USB3 Vision Mode", "Enabled");
-        Camera::unitialisedWorkpace();
-        SoftwareDevices::unplug(device.serial);
-        SoftwareDevices::replug(device.serial);
     }
 
     /// Expects that every answer is as documented, in so many states.
@@ -99,7 +88,7 @@ TEST_F(ConformanceTest, EveryKindOfSdkCameraAnswersAsDocumentedInEveryState) {
 
 TEST_F(ConformanceTest, AUsb3VisionCameraAnswersAsDocumentedInEveryState) {
     const DeviceDescription device = smallDevice(0);
-    switchToUsb3Vision(device);
+    openUsb3Vision(device);
     expectConforming(std::to_string(device.serial), plugOf(device.serial), Kind::Usb3Vision, 7);
 }
 
