@@ -220,4 +220,29 @@ TEST_F(OrvexFunctionTest, WhatTheCameraRefusesIsAFailureOfTheFunction) {
                                              "Failed to execute function.");
 }
 
+/// "Jtag" and playXsvf() reach the device, whose access ends whichever transfer fails.
+TEST_F(OrvexFunctionTest, XsvfFilesProgramADevice) {
+    const std::vector<unsigned char> file{0x02, 8,    SoftwareDevices::kJtagData, // select the data register,
+                                          0x08, 0,    0,
+                                          0,    32, // 32 bits long,
+                                          0x03, 0x12, 0x34,
+                                          0x56, 0x78, 0x00}; // shift them in, and end
+    EXPECT_EQ(perform("Jtag", {{file.begin(), file.end()}}), Texts{});
+    EXPECT_EQ(SoftwareDevices::jtagData(m_Serial), (std::vector<std::uint8_t>{0x78, 0x56, 0x34, 0x12}));
+    const std::uint64_t before = SoftwareDevices::boundaryCalls();
+    Utilities::XsvfReport report;
+    EXPECT_TRUE(Utilities::playXsvf(*m_Camera, file, report));
+    const std::uint64_t calls = SoftwareDevices::boundaryCalls() - before;
+    for (std::uint64_t call = 1; call < calls; ++call) { // the last one closes
+        SoftwareDevices::failCall(call, 5);
+        EXPECT_FALSE(Utilities::playXsvf(*m_Camera, file, report));
+        EXPECT_EQ(report.opened, call != 1);
+        EXPECT_EQ(report.failedTransfers, 1U);
+        EXPECT_FALSE(report.cameraGone);
+        EXPECT_FALSE(SoftwareDevices::isJtagOpen(m_Serial));
+    }
+    SoftwareDevices::failCall(2, 5);
+    EXPECT_TRUE(Utilities::playXsvf(m_Camera->getHandle(), file)); // nothing was compared
+}
+
 } // namespace

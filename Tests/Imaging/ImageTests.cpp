@@ -1,6 +1,7 @@
 #include "Imaging/Image.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include <gtest/gtest.h>
@@ -62,11 +63,18 @@ TEST(Image, GeometryFollowsFromTheFormat) {
 }
 
 TEST(Image, PixelsAreReadInTheirChannels) {
-    const auto grbg = createImage(2, 2, {10, 20, 30, 40}, 8, true, IMAGE_FORMAT::BAYER_GRBG);
-    EXPECT_EQ(channels(*grbg, 0, 0), (std::vector<double>{0, 10, 0, 0}));
-    EXPECT_EQ(channels(*grbg, 0, 1), (std::vector<double>{20, 0, 0, 0}));
-    EXPECT_EQ(channels(*grbg, 1, 0), (std::vector<double>{0, 0, 0, 30}));
-    EXPECT_EQ(channels(*grbg, 1, 1), (std::vector<double>{0, 0, 40, 0}));
+    const std::pair<IMAGE_FORMAT, std::array<std::size_t, 4>> mosaics[] = {{IMAGE_FORMAT::BAYER_RGGB, {0, 1, 2, 3}},
+                                                                           {IMAGE_FORMAT::BAYER_GRBG, {1, 0, 3, 2}},
+                                                                           {IMAGE_FORMAT::BAYER_GBRG, {1, 3, 0, 2}},
+                                                                           {IMAGE_FORMAT::BAYER_BGGR, {3, 1, 2, 0}}};
+    for (const auto& [format, channelOf] : mosaics) {
+        const auto mosaic = createImage(2, 2, {10, 20, 30, 40}, 8, true, format);
+        for (unsigned k = 0; k < 4; ++k) {
+            std::vector<double> expected(4);
+            expected[channelOf[k]] = 10 * (k + 1);
+            EXPECT_EQ(channels(*mosaic, k / 2, k % 2), expected) << getFormatName(format);
+        }
+    }
     const auto bgr = createImage(1, 1, {1, 2, 3}, 8, true, IMAGE_FORMAT::BGR);
     EXPECT_EQ(channels(*bgr, 0, 0), (std::vector<double>{3, 2, 1, 0}));
     const auto planar = createImage(2, 1, {1, 2, 3, 4, 5, 6, 7, 8}, 8, true, IMAGE_FORMAT::BGRA_PLANAR);

@@ -9,7 +9,6 @@ using namespace TestSupport;
 
 constexpr std::uint32_t kBlock = 0x1B0000;
 constexpr std::uint32_t kFile = 0x1B8000;
-constexpr std::uint32_t kBlockSize = 96;
 
 struct Usb3VisionDevice : FlatDeviceFixture {
     Usb3VisionDevice() {
@@ -36,48 +35,6 @@ struct Usb3VisionDevice : FlatDeviceFixture {
 
     DeviceDescription device = smallDevice(ColorFormat::MONO);
 };
-
-TEST_F(Usb3VisionDevice, AModeSwitchedOnAndRebootedGoesToTheOtherLibraryAndBack) {
-    DeviceDescription other = device;
-    other.serial = 8;
-    plug(other);
-    open(device);
-    handle = sdkCameraOpen(2);
-    Bytes block(kBlockSize);
-    ASSERT_TRUE(sdkReadFlash(handle, block.data(), kBlock, kBlockSize));
-    block[0] = 0;
-    ASSERT_TRUE(sdkUpdateFlash(handle, block.data(), kBlock, kBlockSize));
-    EXPECT_EQ(TarnuNumCameras(), 0u) << "not before it reboots";
-    const std::uint8_t nothing = 0;
-    ASSERT_TRUE(sdkCommandWrite(handle, 0x1B, 1, 1, &nothing));
-    EXPECT_EQ(TarnuNumCameras(), 0u) << "away";
-    ASSERT_TRUE(eventually([] { return TarnuNumCameras() == 1; }));
-    EXPECT_EQ(sdkNumCameras(), 1);
-    EXPECT_TRUE(isUsb3Vision(kSerial));
-
-    Usb3VisionCameraRecord records[2]{};
-    ASSERT_EQ(TarnuEnumCameras(records, 2), 1u);
-    EXPECT_STREQ(records[0].modelName, "Model 613");
-    EXPECT_EQ(records[0].serialNumber, kSerial);
-    void* const camera = TarnuOpenCamera(records);
-    ASSERT_TRUE(camera);
-    EXPECT_TRUE(isOpen(kSerial));
-    Bytes file(5), read(kBlockSize);
-    ASSERT_TRUE(TarnuFlashRead(camera, read.data(), kBlock, kBlockSize) &&
-                TarnuFlashRead(camera, file.data(), kFile, 5));
-    EXPECT_EQ(read, block);
-    EXPECT_EQ(file, device.usb3VisionFile);
-    ASSERT_TRUE(TarnuWriteBootSequence(camera, 0));
-    block[0] = 0xFF;
-    EXPECT_EQ(flash(kSerial, kBlock, kBlockSize), block);
-    ASSERT_TRUE(TarnuWriteBootSequence(camera, 1));
-    EXPECT_EQ(flash(kSerial, kBlock, 1), Bytes{0});
-    ASSERT_TRUE(TarnuWriteBootSequence(camera, 0) && rebootUsb3Vision(camera));
-    EXPECT_EQ(sdkNumCameras(), 1) << "away";
-    ASSERT_TRUE(eventually([] { return sdkNumCameras() == 2; }));
-    EXPECT_EQ(TarnuNumCameras(), 0u);
-    EXPECT_TRUE(sdkCameraOpen(2));
-}
 
 TEST_F(Usb3VisionDevice, OnlyAnIntactFileBehindItsBlockMakesOne) {
     const struct {
@@ -141,22 +98,15 @@ TEST_F(Usb3VisionDevice, FaultsStrikeItsCallsToo) {
     startLog();
     failNext(kSerial, Operation::TarnuFlashRead, 1, kTimedOut);
     EXPECT_FALSE(TarnuFlashRead(camera, &byte, 16, 1));
-    EXPECT_TRUE(TarnuFlashRead(camera, &byte, 16, 1));
     failNext(kNoDevice, Operation::TarnuNumCameras, 1, kTimedOut);
     EXPECT_EQ(TarnuNumCameras(), 0u);
     failCall(1, kTimedOut);
     EXPECT_FALSE(TarnuWriteBootSequence(camera, 0));
     EXPECT_EQ(flash(kSerial, kBlock, 1), Bytes{0});
-    unplugDuring(kSerial, Operation::TarnuSglWrite, 1);
-    EXPECT_FALSE(rebootUsb3Vision(camera));
-    EXPECT_TRUE(pluggedDevices().empty());
     const auto log = takeLog();
-    ASSERT_EQ(log.size(), 5u);
+    ASSERT_EQ(log.size(), 3u);
     EXPECT_EQ(log[0].name, "TarnuFlashRead");
     EXPECT_EQ(log[0].numbers, (std::vector<double>{16, 1}));
-    EXPECT_EQ(log[4].operation, Operation::TarnuSglWrite);
-    EXPECT_EQ(log[4].serial, kSerial);
-    EXPECT_FALSE(log[0].succeeded || log[4].succeeded);
 }
 
 } // namespace

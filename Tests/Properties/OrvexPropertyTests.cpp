@@ -65,6 +65,7 @@ TEST_F(OrvexStandardPropertyTest, AWriteMakesNineCalls) {
     Texts calls;
     for (const SoftwareDevices::CallRecord& call : SoftwareDevices::takeLog()) {
         calls.push_back(call.name.substr(3));
+        EXPECT_TRUE(call.serial == m_Serial && call.succeeded);
     }
     EXPECT_EQ(calls, (Texts{"PropertyRange", "PropertyRange", "GetProperty", "SetProperty", "PropertyRange",
                             "PropertyRange", "GetProperty", "GetProperty", "SetProperty"}));
@@ -78,12 +79,15 @@ TEST_F(OrvexStandardPropertyTest, ReadsNumbersFromTextsAndReportsChanges) {
     };
     for (const Case& row : {Case{"150", 100, 1}, Case{"-1e39", 0, 1}, Case{" 3.5 ms", 3.5F, 1},
                             Case{"12.50000005", 12.5F, 0}, Case{"12.501", 12.501F, 1}, Case{"0x10", 16, 1}}) {
-        put({kExposureNumber, 12.5F, 0, 100, 10});
+        put({kExposureNumber, 12.5F, 0, 100, 10, 0x1234});
         OrvexStandardProperty property = make();
         EXPECT_EQ(changesDuring(property, [&] { property.setValue(row.text); }), row.changes) << row.text;
         EXPECT_EQ(at(kExposureNumber).value, row.stored) << row.text;
+        EXPECT_EQ(at(kExposureNumber).flags, 0x1234);
     }
     OrvexStandardProperty property = make();
+    property.resetToDefault();
+    EXPECT_EQ(at(kExposureNumber).value, 10);
     put({kExposureNumber, 0, 0, 0.1000004F, 0});
     property.setValue("0.1000003");
     EXPECT_EQ(at(kExposureNumber).value, 0.1F) << "the text of the limit counts, which is 0.100000";

@@ -96,7 +96,6 @@ TEST_F(MaintenanceTool, RefusesBeforeTheCameraIsTouched) {
         {"flash write 70002 0 table.bin", 3, "cannot be written: function 'Write Flash': Function not supported."},
         {"flash erase 70001 0 0", 2, "LENGTH"},
         {"firmware write 70001 cut", 1, "file 'cut': is no boot image, or not all of one: Invalid image file."},
-        {"firmware write 70001 table.bin", 1, "file 'table.bin': is no boot image"},
         {"firmware load 80001 image", 3,
          "camera 80001: 'image' cannot be loaded into its RAM: Function not supported."},
         {"flash", 2, "flash: a command is missing; try 'quill flash --help'"},
@@ -118,8 +117,8 @@ TEST_F(MaintenanceTool, RefusesBeforeTheCameraIsTouched) {
     }
 }
 
-TEST_F(MaintenanceTool, WritesVerifiesComparesAndErasesInPlainLines) {
-    const ChildResult result = runScript("flash write 70001 0x1000 table.bin --chunk 8\n"
+TEST_F(MaintenanceTool, WritesComparesAndErases) {
+    const ChildResult result = runScript("flash write 70001 0x1000 table.bin --chunk 8 --quiet\n"
                                          "flash read 70001 0x0FFF 18\n"
                                          "flash read 70001 0x1000 16 -o copy.bin --quiet\n"
                                          "perform 70001 'Write Flash' 0x1009 hex:00\n"
@@ -128,14 +127,7 @@ TEST_F(MaintenanceTool, WritesVerifiesComparesAndErasesInPlainLines) {
                                          "flash read 70001 0x100E 2\n"
                                          "flash status 70001 7 --set 0x8C\n");
     EXPECT_EQ(result.exitCode, 6);
-    EXPECT_EQ(result.errors, "quill: line 1: camera 70001: erase 0 %\n"
-                             "quill: line 1: camera 70001: write 50 %\n"
-                             "quill: line 1: camera 70001: write 100 %\n"
-                             "quill: line 1: camera 70001: verify 0 %\n"
-                             "quill: line 1: camera 70001: verify 50 %\n"
-                             "quill: line 1: camera 70001: verify 100 %\n"
-                             "quill: line 1: camera 70001: 0x1000..0x1010 verified\n"
-                             "quill: line 5: camera 70001: 0x1000..0x1010 differs at 0x1009: 0x00 instead of 0x39\n");
+    EXPECT_EQ(result.errors, "quill: line 5: camera 70001: 0x1000..0x1010 differs at 0x1009: 0x00 instead of 0x39\n");
     EXPECT_EQ(result.output, "00000fff  ff 30 31 32 33 34 35 36 37 38 39 61 62 63 64 65  |.0123456789abcde|\n"
                              "0000100f  66 ff                                            |f.|\n"
                              "0000100e  ff 66                                            |.f|\n"
@@ -198,19 +190,16 @@ TEST_F(MaintenanceTool, EndsCleanlyWhenInterrupted) {
 }
 
 TEST_F(MaintenanceTool, GoesOnWhenNobodyReadsItsProgress) {
-    ChildProcess pipeline =
-        command({"-c", R"({ "$0" flash write 70001 0 table.bin --json --chunk 1; echo "ended with $?" >&2; } | true)",
-                 QUILL_UNDER_TEST});
-    pipeline.program = "sh";
-    EXPECT_EQ(runChild(pipeline).errors, "ended with 0\n");
+    const ChildResult result = runChild(
+        shellCommand(R"({ "$0" flash write 70001 0 table.bin --json --chunk 1; echo "ended with $?" >&2; } | true)"));
+    EXPECT_EQ(result.errors, "ended with 0\n");
 }
 
 TEST_F(MaintenanceTool, DrawsABarOnATerminal) {
     if (!canOpenTerminal()) {
         GTEST_SKIP() << "No pseudo-terminal can be opened here.";
     }
-    ChildProcess write = command({"-c", R"("$0" flash write 70001 0 table.bin 2>&1)", QUILL_UNDER_TEST});
-    write.program = "sh";
+    ChildProcess write = shellCommand(R"("$0" flash write 70001 0 table.bin 2>&1)");
     write.onTerminal = true;
     const std::string output = runChild(write).output;
     EXPECT_THAT(output, HasSubstr("\rquill: camera 70001: erase   [--------------------]   0 %"));
@@ -253,9 +242,7 @@ TEST_F(MaintenanceTool, PlaysXsvfAndSaysWhatFailed) {
         EXPECT_EQ(result.exitCode, play.exitCode);
         EXPECT_THAT(result.output + result.errors, HasSubstr(play.said));
     }
-    ChildProcess pulled = command({"jtag", "41500101", "good.xsvf", "--json"});
-    pulled.environment.emplace_back("QUILL_TEST_DEVICE=pulled");
-    const ChildResult gone = runChild(pulled);
+    const ChildResult gone = runChild(command({"jtag", "41500101", "good.xsvf", "--json"}, "pulled"));
     EXPECT_EQ(gone.exitCode, 5);
     EXPECT_THAT(gone.errors, EndsWith("transfers failed: 2, the first one at command 4, file offset 0xC; the camera is "
                                       "gone\n"));
@@ -279,29 +266,26 @@ TEST_F(MaintenanceTool, CamerasComeBackInTheModeThatTheyWereToldToStartIn) {
                                          "perform 41500101 'Update Flash' 0x1B8000 hex:ffff\n"
                                          "usb3vision on 41500101\n",
                                          withDevices({"shell"}));
-    const std::string left = "camera 41500101: left the list\n";
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.errors, "quill: line 1: camera 41500101: load 0 %\n"
-                             "quill: line 1: camera 41500101: load 50 %\n"
-                             "quill: line 1: camera 41500101: load 80 %\n"
-                             "quill: line 1: camera 41500101: load 100 %\n"
-                             "quill: line 1: camera 41500101: 'image' is loaded and started\n"
-                             "quill: line 1: " +
-                                 left +
-                                 "quill: line 1: camera 41500101: is back as an SDK camera\n"
-                                 "quill: line 2: camera 41500103: USB3 Vision Mode cannot be switched on: its flash "
-                                 "holds no valid USB3 Vision file\n"
-                                 "quill: line 3: " +
-                                 left +
-                                 "quill: line 3: camera 41500101: is back as a USB3 Vision camera\n"
-                                 "quill: line 5: camera 41500101: 0x0..0x4 cannot be read: function 'Read Flash': "
-                                 "Function not supported.\n"
-                                 "quill: line 6: " +
-                                 left +
-                                 "quill: line 6: camera 41500101: is back as an SDK camera\n"
-                                 "quill: line 8: camera 41500101: a reboot makes it effective\n"
-                                 "quill: line 10: camera 41500101: USB3 Vision Mode cannot be switched on: its flash "
-                                 "holds no valid USB3 Vision file\n");
+    EXPECT_EQ(
+        result.errors,
+        "quill: line 1: camera 41500101: load 0 %\n"
+        "quill: line 1: camera 41500101: load 50 %\n"
+        "quill: line 1: camera 41500101: load 80 %\n"
+        "quill: line 1: camera 41500101: load 100 %\n"
+        "quill: line 1: camera 41500101: 'image' is loaded and started\n"
+        "quill: line 1: camera 41500101: left the list\n"
+        "quill: line 1: camera 41500101: is back as an SDK camera\n"
+        "quill: line 2: camera 41500103: USB3 Vision Mode cannot be switched on: its flash holds no valid USB3 Vision "
+        "file\n"
+        "quill: line 3: camera 41500101: left the list\n"
+        "quill: line 3: camera 41500101: is back as a USB3 Vision camera\n"
+        "quill: line 5: camera 41500101: 0x0..0x4 cannot be read: function 'Read Flash': Function not supported.\n"
+        "quill: line 6: camera 41500101: left the list\n"
+        "quill: line 6: camera 41500101: is back as an SDK camera\n"
+        "quill: line 8: camera 41500101: a reboot makes it effective\n"
+        "quill: line 10: camera 41500101: USB3 Vision Mode cannot be switched on: its flash holds no valid USB3 Vision "
+        "file\n");
     EXPECT_EQ(result.output, "USB3 Vision Mode = Enabled\n"
                              "MODE     WRITABILITY  AT PRESENT\n"
                              "Enabled  writable     a USB3 Vision camera\n"

@@ -20,9 +20,18 @@ class ToolFixture : public ::testing::Test {
 protected:
     explicit ToolFixture(const std::string& cameraList) { m_Folder.write("list.json", cameraList); }
 
-    ChildProcess command(const Words& words) const {
-        return {
-            QUILL_UNDER_TEST, words, {"QUILL_TEST_CAMERA_LIST=" + m_Folder.file("list.json"), "LC_ALL=de_DE.UTF-8"}};
+    /// @param device in software that is plugged in; TestCameras.cpp names them
+    ChildProcess command(const Words& words, const std::string& device = "") const {
+        return {QUILL_UNDER_TEST,
+                words,
+                {"QUILL_TEST_CAMERA_LIST=" + m_Folder.file("list.json"), "QUILL_TEST_DEVICE=" + device,
+                 "LC_ALL=de_DE.UTF-8"}};
+    }
+    /// The tool in a command of the shell, which calls it $0.
+    ChildProcess shellCommand(const std::string& text) const {
+        ChildProcess shell = command({"-c", text, QUILL_UNDER_TEST});
+        shell.program = "sh";
+        return shell;
     }
     ChildResult run(const Words& words) const { return runChild(command(words)); }
     ChildResult runScript(const std::string& script) const { return runScript(script, command({"shell"})); }

