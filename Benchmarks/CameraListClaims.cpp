@@ -5,9 +5,9 @@
 #include <benchmark/benchmark.h>
 #include <nlohmann/json.hpp>
 
-#include "Cameras/SimulatedCamera/CameraListFile.h"
+#include "Cameras/SimulatedCamera/DescriptionFile.h"
 #include "Claims.h"
-#include "Support/CameraLists.h"
+#include "Support/DescriptionFiles.h"
 
 namespace Benchmarks {
 

@@ -5,7 +5,7 @@
 #include <benchmark/benchmark.h>
 
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
-#include "Support/CameraLists.h"
+#include "Support/DescriptionFiles.h"
 
 namespace Benchmarks {
 

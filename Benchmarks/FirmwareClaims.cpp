@@ -12,9 +12,9 @@
 
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
 #include "Claims.h"
-#include "Functions/Simulated/SimulatedFunctionFactory.h"
+#include "Functions/Simulated/SimulatedFunctions.h"
 #include "Utilities/Programmer.h"
-#include "Utilities/XsvfPlay.h"
+#include "Xsvf/XsvfPlay.h"
 
 namespace Benchmarks {
 

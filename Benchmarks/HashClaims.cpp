@@ -8,8 +8,8 @@
 #include <openssl/evp.h>
 
 #include "Claims.h"
+#include "Sha1/Sha1Compression.h"
 #include "Utilities/CSHA1.h"
-#include "Utilities/Sha1Compression.h"
 
 namespace Benchmarks {
 

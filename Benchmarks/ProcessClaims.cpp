@@ -19,7 +19,7 @@
 #include "Imaging/Conversion.h"
 #include "Imaging/Image.h"
 #include "PropertyNames.h"
-#include "Support/CameraLists.h"
+#include "Support/DescriptionFiles.h"
 #include "Support/SdkCamera.h"
 
 namespace Benchmarks {

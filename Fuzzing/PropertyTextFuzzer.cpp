@@ -12,12 +12,12 @@
 #include <stdexcept>
 #include <typeinfo>
 
+#include "Base/TextConversion.h"
 #include "Exceptions/KestrelException.h"
 #include "Properties/BooleanProperty.h"
 #include "Properties/MemoryProperty.h"
 #include "Properties/SimulatedProperty.h"
 #include "Support/Input.h"
-#include "Utilities/TextConversion.h"
 
 namespace {
 
@@ -96,7 +96,7 @@ bool operator==(const Outcome<Number>& one, const Outcome<Number>& other) {
 
 template <typename Number>
 Number firstWord(const std::string& text, Number before) {
-    Utilities::extractFirstWord(text, before);
+    Base::extractFirstWord(text, before);
     return before;
 }
 
@@ -169,7 +169,7 @@ std::vector<std::string> writeProperties(const std::string& text) {
 }
 
 Reading read(const std::string& text) {
-    using namespace Utilities;
+    using namespace Base;
     const auto single = outcomeOf<float>([&] { return parseFloat(text); });
     return {outcomeOf<int>([&] { return parseInteger(text); }),
             outcomeOf<unsigned long>([&] { return parseUnsigned(text); }),
@@ -266,7 +266,7 @@ void compareWithStandard(const std::string& text, const Reading& reading) {
 }
 
 void checkFormatting(const Reading& reading) {
-    using namespace Utilities;
+    using namespace Base;
     require(firstWord(toText(reading.intWord), 0) == reading.intWord, "an integer comes back");
     require(firstWord(toText(reading.unsignedWord), 0UL) == reading.unsignedWord, "an unsigned number comes back");
     const std::string text = toText(reading.realWord);

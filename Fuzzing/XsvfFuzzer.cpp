@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "Support/Input.h"
-#include "Utilities/XsvfPlay.h"
+#include "Xsvf/XsvfPlay.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "Support/SdkCamera.h"
 
-#include "Internal/SharedLibrary.h"
+#include "Base/SharedLibrary.h"
 
 namespace Benchmarks {
 
@@ -39,6 +39,6 @@ std::unique_ptr<OrvexCamera> SdkCamera::makeDisconnected() const {
 } // namespace Benchmarks
 
 // What the library itself defines in a file that the benchmarks leave out.
-std::string Internal::getLibraryFolder() {
+std::string Base::getLibraryFolder() {
     return QUILL_BENCHMARK_LIBRARY_FOLDER;
 }

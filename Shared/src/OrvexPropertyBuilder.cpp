@@ -6,16 +6,16 @@
 #include <optional>
 #include <utility>
 
+#include "Base/TextPieces.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "OrvexApi/OrvexApi.h"
 #include "OrvexPropertyTable.h"
 #include "Properties/MakeConstant.h"
-#include "Properties/OrvexDeviceConstant.h"
-#include "Properties/OrvexHardwareTrigger.h"
+#include "Properties/OrvexBooleanProperties.h"
+#include "Properties/OrvexMemoryProperties.h"
 #include "Properties/PropertyConditional.h"
 #include "PropertyNames.h"
-#include "Utilities/TextPieces.h"
 
 namespace OrvexAdapter {
 
@@ -66,7 +66,7 @@ std::optional<ORVEX_VERSION> queryVersion(OrvexCamera& camera) {
 /// One of the dotted version numbers in it.
 std::unique_ptr<Property> makeVersion(const std::string& name, const PROPERTY_TYPE& type, OrvexCamera& camera,
                                       std::uint32_t ORVEX_VERSION::*number) {
-    const auto textOf = [number](const ORVEX_VERSION& version) { return Utilities::dottedBytes(version.*number, 4); };
+    const auto textOf = [number](const ORVEX_VERSION& version) { return Base::dottedBytes(version.*number, 4); };
     const std::optional<ORVEX_VERSION> version = queryVersion(camera);
     return std::make_unique<OrvexDeviceConstant<std::string>>(
         name, type, version ? std::optional(textOf(*version)) : std::nullopt, textOf({}));

@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "Cameras/SimulatedCamera/CameraListDocument.h"
-#include "Cameras/SimulatedCamera/CameraListFile.h"
+#include "Cameras/SimulatedCamera/DescriptionFile.h"
+#include "Cameras/SimulatedCamera/DescriptionParser.h"
 #include "Exceptions/KestrelExceptions.h"
 #include "Support/CameraListFixture.h"
 #include "Support/Throws.h"
@@ -212,9 +212,9 @@ TEST_F(SimulatedCameraTest, ConnectPassesTheFailuresOfItsListOn) {
     }
 }
 
-class CameraListFileTest : public TestSupport::CameraListFixture {};
+class DescriptionFileTest : public TestSupport::CameraListFixture {};
 
-TEST_F(CameraListFileTest, DocumentsWithoutCamerasAreEmpty) {
+TEST_F(DescriptionFileTest, DocumentsWithoutCamerasAreEmpty) {
     const auto all = [] {
         return loadSimulatedCameraList().size() + loadPropertyDescriptions("1").size() +
                loadFunctionDescriptions("1").size();
@@ -238,7 +238,7 @@ TEST_F(CameraListFileTest, DocumentsWithoutCamerasAreEmpty) {
     EXPECT_LT(failures.begin()->second.size(), 1100U) << "it quotes the document";
 }
 
-TEST_F(CameraListFileTest, IncompleteEntriesKeepWhatWasReadBeforeTheFault) {
+TEST_F(DescriptionFileTest, IncompleteEntriesKeepWhatWasReadBeforeTheFault) {
     json wrongMinimum = property("A", "1");
     wrongMinimum["Minimum"] = 0;
     json noAvailability = property("B", "2");
@@ -286,7 +286,7 @@ std::string arrayOf(const std::string& piece, std::size_t count) {
     return text + "]";
 }
 
-TEST_F(CameraListFileTest, OnlyWhatIsReadCountsAndIsLimited) {
+TEST_F(DescriptionFileTest, OnlyWhatIsReadCountsAndIsLimited) {
     const std::string many = arrayOf("0", kMostValuesOfCamera);
     describeCameras("{\"Other\": " + many +
                     R"(, "Cameras": [{"Identification": {"Model Name": "A", "Serial Number": "1"},
@@ -299,11 +299,11 @@ TEST_F(CameraListFileTest, OnlyWhatIsReadCountsAndIsLimited) {
     EXPECT_THROW(loadPropertyDescriptions("1"), json::out_of_range);
     describeCameras("{\"Cameras\": " + arrayOf("{}", kMostCameras + 1) + "}");
     EXPECT_THROW(loadPropertyDescriptions("1"), std::length_error);
-    std::filesystem::resize_file(getCameraListPath(), kLargestCameraList + 1);
+    std::filesystem::resize_file(getDescriptionFilePath(), kLargestDescriptionFile + 1);
     EXPECT_THROW(loadPropertyDescriptions("1"), std::length_error);
 }
 
-TEST_F(CameraListFileTest, OfAKeyThatComesTwiceTheLastCounts) {
+TEST_F(DescriptionFileTest, OfAKeyThatComesTwiceTheLastCounts) {
     const auto serialNumbers = [this](const std::string& document) {
         describeCameras(document);
         std::string all;
@@ -329,7 +329,7 @@ TEST_F(CameraListFileTest, OfAKeyThatComesTwiceTheLastCounts) {
     EXPECT_EQ(loadPropertyDescriptions("1").size(), 0U);
 }
 
-TEST_F(CameraListFileTest, EntriesWithOneSerialNumberAddUp) {
+TEST_F(DescriptionFileTest, EntriesWithOneSerialNumberAddUp) {
     describeCameras(listOf({camera("1", {property("A", "1")}), camera("2"), camera("1", {property("B", "2")})}));
     const auto properties = loadPropertyDescriptions("1");
     ASSERT_EQ(properties.size(), 2U);

@@ -1,4 +1,4 @@
-#include "Properties/OrvexInformationProperty.h"
+#include "Properties/OrvexInformationProperties.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "Cameras/SimulatedCamera/CameraListFile.h"
+#include "Cameras/SimulatedCamera/DescriptionFile.h"
 #include "Cameras/SimulatedCamera/IdentificationCache.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
 
@@ -64,7 +64,7 @@ std::vector<CameraAdapter> getCameraAdapters() {
     return TestSupport::adapters();
 }
 
-std::string SimulatedAdapter::getCameraListPath() {
+std::string SimulatedAdapter::getDescriptionFilePath() {
     return TestSupport::cameraListPath();
 }
 

@@ -1,9 +1,9 @@
 #include "Support/SoftwareDeviceFixture.h"
 
+#include "Base/SharedLibrary.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
 #include "Internal/QuillInternal.h"
-#include "Internal/SharedLibrary.h"
 
 namespace TestSupport {
 
@@ -59,6 +59,6 @@ void SoftwareDeviceFixture::setRegion(Camera& camera, unsigned width, unsigned h
 } // namespace TestSupport
 
 // What the library itself defines in a file that the tests leave out.
-std::string Internal::getLibraryFolder() {
+std::string Base::getLibraryFolder() {
     return QUILL_TEST_LIBRARY_FOLDER;
 }

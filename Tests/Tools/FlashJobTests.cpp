@@ -1,4 +1,4 @@
-#include "FlashJob.h"
+#include "Flash/FlashJob.h"
 
 #include <algorithm>
 #include <csignal>

@@ -9,8 +9,8 @@
 #include <Quill.h>
 #include <gtest/gtest.h>
 
-#include "ImageSource.h"
-#include "PropertyAccess.h"
+#include "Camera/ImageSource.h"
+#include "Camera/PropertyAccess.h"
 
 namespace {
 

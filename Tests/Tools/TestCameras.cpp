@@ -3,13 +3,13 @@
 
 #include <SoftwareDevices.h>
 
+#include "Base/SharedLibrary.h"
 #include "Cameras/CameraAdapters.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
-#include "Cameras/SimulatedCamera/CameraListFile.h"
+#include "Cameras/SimulatedCamera/DescriptionFile.h"
 #include "Cameras/SimulatedCamera/IdentificationCache.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
-#include "Internal/SharedLibrary.h"
-#include "Utilities/RegistryFile.h"
+#include "DriverKit/RegistryFile.h"
 
 // Simulated cameras that arrive and depart as the list changes that the environment names, and a device in software if
 // it names one.
@@ -81,13 +81,13 @@ bool plugDevice() {
 
 namespace CameraInterface {
 
-std::string SimulatedAdapter::getCameraListPath() {
+std::string SimulatedAdapter::getDescriptionFilePath() {
     return environmentValue("QUILL_TEST_CAMERA_LIST");
 }
 
 std::vector<CameraAdapter> getCameraAdapters() {
     static const bool hasDevice = plugDevice();
-    std::vector<CameraAdapter> adapters{{"simulated cameras (" + SimulatedAdapter::getCameraListPath() + ")", [] {
+    std::vector<CameraAdapter> adapters{{"simulated cameras (" + SimulatedAdapter::getDescriptionFilePath() + ")", [] {
                                              SimulatedAdapter::IdentificationCache::instance().forget();
                                              return SimulatedAdapter::SimulatedCamera::getListOfCameras();
                                          }}};
@@ -99,6 +99,6 @@ std::vector<CameraAdapter> getCameraAdapters() {
 
 } // namespace CameraInterface
 
-std::string Internal::getLibraryFolder() {
+std::string Base::getLibraryFolder() {
     return QUILL_TEST_LIBRARY_FOLDER;
 }

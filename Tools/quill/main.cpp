@@ -6,7 +6,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "CommandLine.h"
+#include "Commands/CommandLine.h"
 
 namespace {
 

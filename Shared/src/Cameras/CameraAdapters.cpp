@@ -1,7 +1,7 @@
 #include "Cameras/CameraAdapters.h"
 
 #include "Cameras/OrvexCamera/OrvexCamera.h"
-#include "Cameras/SimulatedCamera/CameraListFile.h"
+#include "Cameras/SimulatedCamera/DescriptionFile.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
 #include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
 
@@ -11,7 +11,7 @@ std::vector<CameraAdapter> getCameraAdapters() {
     return {
         {"SDK cameras", OrvexAdapter::OrvexCamera::getListOfCameras},
         {"USB3 Vision cameras", Usb3VisionAdapter::Usb3VisionCamera::getListOfCameras},
-        {"simulated cameras (" + SimulatedAdapter::getCameraListPath() + ")",
+        {"simulated cameras (" + SimulatedAdapter::getDescriptionFilePath() + ")",
          SimulatedAdapter::SimulatedCamera::getListOfCameras},
     };
 }

@@ -2,9 +2,9 @@
 
 #include <utility>
 
+#include "Base/AtExit.h"
+#include "Base/ProcessWide.h"
 #include "Exceptions/Raise.h"
-#include "Internal/AtExit.h"
-#include "Internal/ProcessWide.h"
 
 namespace CameraInterface {
 
@@ -29,8 +29,8 @@ void start(std::unique_ptr<Watchdog>& watchdog, int periodMs, const std::functio
 } // namespace
 
 CameraWorkspace& CameraWorkspace::instance() {
-    static Internal::ProcessWide<CameraWorkspace> workspace;
-    static const Internal::AtExit guard([] {
+    static Base::ProcessWide<CameraWorkspace> workspace;
+    static const Base::AtExit guard([] {
         // Without unitialisedWorkpace(). An exit from within a callback cannot wait for that callback.
         if (!t_IsWatchdogThread) {
             workspace.get().stopWatchdogs();

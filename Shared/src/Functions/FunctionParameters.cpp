@@ -3,8 +3,8 @@
 #include <limits>
 #include <stdexcept>
 
+#include "Base/TextConversion.h"
 #include "Exceptions/Raise.h"
-#include "Utilities/TextConversion.h"
 
 namespace CameraInterface {
 
@@ -34,7 +34,7 @@ std::uint32_t requireLength(std::size_t length, const std::string& name, const S
 }
 
 std::uint32_t parseUnsignedAddress(const std::string& text) {
-    return static_cast<std::uint32_t>(Utilities::parseUnsigned(text, Utilities::kAutomaticBase));
+    return static_cast<std::uint32_t>(Base::parseUnsigned(text, Base::kAutomaticBase));
 }
 
 unsigned int parseRebootMode(const std::string& mode) {

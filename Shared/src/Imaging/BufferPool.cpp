@@ -5,8 +5,8 @@
 
 #include <sanitizer/asan_interface.h>
 
-#include "Internal/AtExit.h"
-#include "Internal/ProcessWide.h"
+#include "Base/AtExit.h"
+#include "Base/ProcessWide.h"
 
 namespace Imaging {
 
@@ -29,9 +29,9 @@ BufferPool::~BufferPool() {
 }
 
 BufferPool& BufferPool::instance() {
-    static Internal::ProcessWide<BufferPool> pool;
+    static Base::ProcessWide<BufferPool> pool;
     // Its thread ends before the library is gone.
-    static const Internal::AtExit guard([] { pool.get().close(); });
+    static const Base::AtExit guard([] { pool.get().close(); });
     return pool.get();
 }
 

@@ -5,8 +5,8 @@
 
 #include <opencv2/core.hpp>
 
-#include "Internal/AtExit.h"
-#include "Internal/ProcessWide.h"
+#include "Base/AtExit.h"
+#include "Base/ProcessWide.h"
 
 namespace Imaging {
 
@@ -35,9 +35,9 @@ Workers::~Workers() {
 }
 
 Workers& Workers::instance() {
-    static Internal::ProcessWide<WorkersOfProcess> workers;
+    static Base::ProcessWide<WorkersOfProcess> workers;
     // Younger than OpenCV's own state, which was asked for above, and therefore gone before it.
-    static const Internal::AtExit guard([] { workers.get().close(); });
+    static const Base::AtExit guard([] { workers.get().close(); });
     return workers.get();
 }
 

@@ -1,8 +1,8 @@
 #include "OrvexApi/OrvexApi.h"
 
-#include "Internal/OperationBinding.h"
-#include "Internal/SharedLibrary.h"
-#include "Internal/TableInUse.h"
+#include "Base/OperationBinding.h"
+#include "Base/SharedLibrary.h"
+#include "Base/TableInUse.h"
 
 namespace OrvexAdapter {
 
@@ -16,24 +16,24 @@ static_assert(kOperations == 56);
 static_assert(sizeof(OrvexApi) == kOperations * sizeof(void (*)()));
 
 OrvexApi bindBesideThisLibrary() {
-    return OrvexApi::bindTo(Internal::getLibraryFolder());
+    return OrvexApi::bindTo(Base::getLibraryFolder());
 }
 
-Internal::TableInUse<OrvexApi, bindBesideThisLibrary> tableInUse;
+Base::TableInUse<OrvexApi, bindBesideThisLibrary> tableInUse;
 
 } // namespace
 
 OrvexApi::OrvexApi() {
-#define QUILL_UNBIND_OPERATION(role, number, result, failure, parameters) Internal::unbind<failure>(role);
+#define QUILL_UNBIND_OPERATION(role, number, result, failure, parameters) Base::unbind<failure>(role);
     ORVEX_OPERATIONS(QUILL_UNBIND_OPERATION)
 #undef QUILL_UNBIND_OPERATION
 }
 
 OrvexApi OrvexApi::bindTo(const std::string& folder) {
     OrvexApi api;
-    const Internal::SharedLibrary library(folder, "orvexapi");
+    const Base::SharedLibrary library(folder, "orvexapi");
 #define QUILL_BIND_OPERATION(role, number, result, failure, parameters)                                                \
-    Internal::bind(api.role, library.find("orvexapi_" #number));
+    Base::bind(api.role, library.find("orvexapi_" #number));
     ORVEX_OPERATIONS(QUILL_BIND_OPERATION)
 #undef QUILL_BIND_OPERATION
     return api;

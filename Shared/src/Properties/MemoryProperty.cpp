@@ -4,7 +4,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "Utilities/TextConversion.h"
+#include "Base/TextConversion.h"
 
 namespace CameraInterface {
 
@@ -32,7 +32,7 @@ MemoryProperty<T>::MemoryProperty(const std::string& name, const PROPERTY_TYPE& 
 
 template <typename T>
 std::string MemoryProperty<T>::getText(const T& value) const {
-    return m_Discrete ? m_ValueEnumeration.toString(value) : Utilities::toText(value);
+    return m_Discrete ? m_ValueEnumeration.toString(value) : Base::toText(value);
 }
 
 template <typename T>
@@ -87,7 +87,7 @@ void MemoryProperty<T>::setValue(const std::string& value) {
         m_Value = m_ValueEnumeration.toValue(value);
     } else {
         T written = m_Value;
-        Utilities::extractFirstWord(value, written);
+        Base::extractFirstWord(value, written);
         if (mayHaveOneText(written, m_Value) && value == getValue()) {
             return;
         }

@@ -1,13 +1,13 @@
-#include "Properties/OrvexAfeTimingVersion.h"
+#include "Properties/OrvexInformationProperties.h"
 
 #include <cstdint>
 
+#include "Base/TextConversion.h"
+#include "Base/TextPieces.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "Internal/QuillInternal.h"
 #include "OrvexApi/OrvexApi.h"
-#include "Utilities/TextConversion.h"
-#include "Utilities/TextPieces.h"
 
 namespace OrvexAdapter {
 
@@ -36,8 +36,8 @@ std::string OrvexAfeTimingVersion::getValue() {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyReadFailure, getName());
     }
     std::string version;
-    for (const std::string& piece : Utilities::split(stored, '.')) {
-        version += (version.empty() ? "" : ".") + Utilities::toText(Utilities::parseUnsigned(piece, 16));
+    for (const std::string& piece : Base::split(stored, '.')) {
+        version += (version.empty() ? "" : ".") + Base::toText(Base::parseUnsigned(piece, 16));
     }
     return version;
 }

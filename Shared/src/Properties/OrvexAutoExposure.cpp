@@ -1,4 +1,4 @@
-#include "Properties/OrvexAutoExposure.h"
+#include "Properties/OrvexSwitchProperties.h"
 
 namespace OrvexAdapter {
 

@@ -1,4 +1,4 @@
-#include "Properties/OrvexBooleanProperty.h"
+#include "Properties/OrvexBooleanProperties.h"
 
 namespace OrvexAdapter {
 

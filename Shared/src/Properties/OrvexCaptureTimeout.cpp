@@ -1,4 +1,4 @@
-#include "Properties/OrvexCaptureTimeout.h"
+#include "Properties/OrvexMemoryProperties.h"
 
 namespace OrvexAdapter {
 

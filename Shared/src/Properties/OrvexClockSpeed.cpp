@@ -1,9 +1,9 @@
-#include "Properties/OrvexClockSpeed.h"
+#include "Properties/OrvexNumberedProperties.h"
 
 #include <cstdint>
 
+#include "Base/TextConversion.h"
 #include "Exceptions/Raise.h"
-#include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
@@ -28,7 +28,7 @@ OrvexClockSpeed::OrvexClockSpeed(const std::string& name, const CameraInterface:
     }
     for (std::int64_t clock = first; clock <= last; ++clock) {
         const auto number = static_cast<int>(clock);
-        m_Enumeration.insert("Clock " + Utilities::toText(number), number);
+        m_Enumeration.insert("Clock " + Base::toText(number), number);
     }
     m_ValueList = m_Enumeration.getList();
 }

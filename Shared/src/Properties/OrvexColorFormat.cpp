@@ -1,10 +1,10 @@
-#include "Properties/OrvexColorFormat.h"
+#include "Properties/OrvexFixedProperties.h"
 
+#include "Base/TextPieces.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "OrvexApi/OrvexApi.h"
 #include "Properties/Truncation.h"
-#include "Utilities/TextPieces.h"
 
 namespace OrvexAdapter {
 
@@ -15,7 +15,7 @@ OrvexColorFormat::OrvexColorFormat(const std::string& name, const CameraInterfac
     : OrvexFixedProperty(name, type, camera, propertyId) {
     ORVEX_VERSION version{};
     const bool known = orvexApi().sdkQueryVersion(camera.getHandle(), &version) != 0;
-    if (!known || Utilities::dottedBytes(version.fpga, 2) == "0.0") {
+    if (!known || Base::dottedBytes(version.fpga, 2) == "0.0") {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
     }
     m_ValueList = {OrvexColorFormat::getValue()};

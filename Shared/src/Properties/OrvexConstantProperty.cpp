@@ -1,8 +1,8 @@
-#include "Properties/OrvexConstantProperty.h"
+#include "Properties/OrvexFixedProperties.h"
 
+#include "Base/TextConversion.h"
 #include "Exceptions/Raise.h"
 #include "Properties/Truncation.h"
-#include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
@@ -24,7 +24,7 @@ OrvexConstantProperty::OrvexConstantProperty(const std::string& name, const Came
     if (!hasNumber(value)) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
     }
-    m_Enumeration.insert(Utilities::toSixDecimals(value), truncate(value));
+    m_Enumeration.insert(Base::toSixDecimals(value), truncate(value));
     m_ValueList = m_Enumeration.getList();
 }
 

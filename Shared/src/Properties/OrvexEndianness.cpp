@@ -1,4 +1,4 @@
-#include "Properties/OrvexEndianness.h"
+#include "Properties/OrvexFixedProperties.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "Properties/OrvexFan.h"
+#include "Properties/OrvexSwitchProperties.h"
 
 namespace OrvexAdapter {
 

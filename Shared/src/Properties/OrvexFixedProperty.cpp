@@ -1,4 +1,4 @@
-#include "Properties/OrvexFixedProperty.h"
+#include "Properties/OrvexFixedProperties.h"
 
 #include "Exceptions/Raise.h"
 

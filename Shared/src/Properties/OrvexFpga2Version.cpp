@@ -1,10 +1,10 @@
-#include "Properties/OrvexFpga2Version.h"
+#include "Properties/OrvexInformationProperties.h"
 
+#include "Base/TextPieces.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "Internal/QuillInternal.h"
 #include "OrvexApi/OrvexApi.h"
-#include "Utilities/TextPieces.h"
 
 namespace OrvexAdapter {
 
@@ -25,7 +25,7 @@ std::string OrvexFpga2Version::getValue() {
     if (!QuillInternal::Orvex::OrvexGetFpga2Version(m_Camera->getHandle(), version)) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyReadFailure, getName());
     }
-    return Utilities::dottedBytes(version, 2);
+    return Base::dottedBytes(version, 2);
 }
 
 } // namespace OrvexAdapter

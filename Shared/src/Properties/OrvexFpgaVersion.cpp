@@ -1,9 +1,9 @@
-#include "Properties/OrvexFpgaVersion.h"
+#include "Properties/OrvexInformationProperties.h"
 
+#include "Base/TextPieces.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "OrvexApi/OrvexApi.h"
-#include "Utilities/TextPieces.h"
 
 namespace OrvexAdapter {
 
@@ -14,7 +14,7 @@ std::string OrvexFpgaVersion::getValue() {
     if (orvexApi().sdkQueryVersion(m_Camera->getHandle(), &version) == 0) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyReadFailure, getName());
     }
-    return Utilities::dottedBytes(version.fpga, 2);
+    return Base::dottedBytes(version.fpga, 2);
 }
 
 } // namespace OrvexAdapter

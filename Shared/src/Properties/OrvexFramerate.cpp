@@ -4,12 +4,12 @@
 #include <cstdint>
 #include <stdexcept>
 
+#include "Base/TextConversion.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "OrvexApi/OrvexApi.h"
 #include "Properties/OrvexFrameFormat.h"
 #include "Properties/Truncation.h"
-#include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
@@ -43,7 +43,7 @@ std::string OrvexFramerate::getMaximum() {
 }
 
 std::string OrvexFramerate::getValue() {
-    return Utilities::toSixDecimals(readFrameFormat(*m_Camera, *this, QUILL_HERE).rate);
+    return Base::toSixDecimals(readFrameFormat(*m_Camera, *this, QUILL_HERE).rate);
 }
 
 std::string OrvexFramerate::getDefault() {
@@ -77,7 +77,7 @@ std::vector<std::string> OrvexFramerate::getValueList() {
     }
     rates.resize(std::min<std::size_t>(rates.size(), available));
     std::vector<std::string> texts(rates.size());
-    std::transform(rates.begin(), rates.end(), texts.begin(), Utilities::toSixDecimals);
+    std::transform(rates.begin(), rates.end(), texts.begin(), Base::toSixDecimals);
     return texts;
 }
 
@@ -91,7 +91,7 @@ void OrvexFramerate::setValue(const std::string& value) {
     }
     const std::string entry = findValueInList(value);
     FrameFormat frames = readFrameFormat(*m_Camera, *this, QUILL_HERE);
-    frames.rate = Utilities::parseFloat(entry);
+    frames.rate = Base::parseFloat(entry);
     if (!writeFrameFormat(*m_Camera, frames)) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyWriteFailure, getName());
     }

@@ -1,4 +1,4 @@
-#include "Properties/OrvexHardwareInterface.h"
+#include "Properties/OrvexInformationProperties.h"
 
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"

@@ -1,4 +1,4 @@
-#include "Properties/OrvexHardwareTrigger.h"
+#include "Properties/OrvexBooleanProperties.h"
 
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"

@@ -1,4 +1,4 @@
-#include "Properties/OrvexHeight.h"
+#include "Properties/OrvexRegionProperties.h"
 
 #include "PropertyNames.h"
 

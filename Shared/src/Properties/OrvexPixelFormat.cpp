@@ -1,4 +1,4 @@
-#include "Properties/OrvexPixelFormat.h"
+#include "Properties/OrvexMemoryProperties.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,12 +1,12 @@
-#include "Properties/OrvexSamplingDescription.h"
+#include "Properties/OrvexMemoryProperties.h"
 
 #include <algorithm>
 #include <vector>
 
+#include "Base/TextConversion.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "OrvexApi/OrvexApi.h"
-#include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
@@ -18,7 +18,7 @@ const char* const kNone = "None (1x1)";
 constexpr std::uint8_t kEqualFactors = 0x80;
 
 std::string samplingText(const char* label, int horizontal, int vertical) {
-    return std::string(label) + " (" + Utilities::toText(horizontal) + "x" + Utilities::toText(vertical) + ")";
+    return std::string(label) + " (" + Base::toText(horizontal) + "x" + Base::toText(vertical) + ")";
 }
 
 /// The texts of one kind of sampling, the largest factors last.

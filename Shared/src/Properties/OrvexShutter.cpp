@@ -1,4 +1,4 @@
-#include "Properties/OrvexShutter.h"
+#include "Properties/OrvexMemoryProperties.h"
 
 namespace OrvexAdapter {
 

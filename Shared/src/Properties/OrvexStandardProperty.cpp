@@ -5,10 +5,10 @@
 #include <cmath>
 #include <limits>
 
+#include "Base/TextConversion.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "OrvexApi/OrvexApi.h"
-#include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
@@ -27,10 +27,10 @@ constexpr double kTextRounding = 1e-6;
 
 /// A number text between the texts of two limits.
 std::string limitTo(const std::string& minimum, const std::string& maximum, double number, const std::string& text) {
-    if (number > Utilities::parseDouble(maximum)) {
+    if (number > Base::parseDouble(maximum)) {
         return maximum;
     }
-    return Utilities::parseDouble(minimum) > number ? minimum : text;
+    return Base::parseDouble(minimum) > number ? minimum : text;
 }
 
 bool isUnsupported(std::uint32_t error) {
@@ -48,19 +48,19 @@ OrvexStandardProperty::OrvexStandardProperty(const std::string& name, const Came
 }
 
 std::string OrvexStandardProperty::getMinimum() {
-    return Utilities::toSixDecimals(readMinimum());
+    return Base::toSixDecimals(readMinimum());
 }
 
 std::string OrvexStandardProperty::getMaximum() {
-    return Utilities::toSixDecimals(readMaximum());
+    return Base::toSixDecimals(readMaximum());
 }
 
 std::string OrvexStandardProperty::getValue() {
-    return Utilities::toSixDecimals(readValue());
+    return Base::toSixDecimals(readValue());
 }
 
 std::string OrvexStandardProperty::getDefault() {
-    return Utilities::toSixDecimals(readDefault());
+    return Base::toSixDecimals(readDefault());
 }
 
 bool OrvexStandardProperty::isReadOnly() {
@@ -94,12 +94,12 @@ std::vector<std::string> OrvexStandardProperty::getValueList() {
 
 void OrvexStandardProperty::setValue(const std::string& value) {
     if (isWritable()) {
-        writeValue(Utilities::parseFloat(clampToRange(value)));
+        writeValue(Base::parseFloat(clampToRange(value)));
     }
 }
 
 std::string OrvexStandardProperty::clampToRange(std::string text) {
-    const double number = Utilities::parseDouble(text);
+    const double number = Base::parseDouble(text);
     if (isDiscrete()) {
         return limitTo(getMinimum(), getMaximum(), number, text);
     }
@@ -108,7 +108,7 @@ std::string OrvexStandardProperty::clampToRange(std::string text) {
     if (number - minimum >= kTextRounding && maximum - number >= kTextRounding) {
         return text; // no need to write and read the limits' texts, which count
     }
-    return limitTo(Utilities::toSixDecimals(minimum), Utilities::toSixDecimals(maximum), number, text);
+    return limitTo(Base::toSixDecimals(minimum), Base::toSixDecimals(maximum), number, text);
 }
 
 float OrvexStandardProperty::readValue() {

@@ -1,4 +1,4 @@
-#include "Properties/OrvexStreamingMode.h"
+#include "Properties/OrvexMemoryProperties.h"
 
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 

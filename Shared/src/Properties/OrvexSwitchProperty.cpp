@@ -1,4 +1,4 @@
-#include "Properties/OrvexSwitchProperty.h"
+#include "Properties/OrvexSwitchProperties.h"
 
 #include "Exceptions/Raise.h"
 

@@ -1,4 +1,4 @@
-#include "Properties/OrvexTapConfiguration.h"
+#include "Properties/OrvexNumberedProperties.h"
 
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 

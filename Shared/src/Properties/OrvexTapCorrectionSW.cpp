@@ -1,6 +1,4 @@
-#include "Properties/OrvexTapCorrectionSW.h"
-
-#include "Properties/OrvexTapCorrection.h"
+#include "Properties/OrvexSwitchProperties.h"
 
 namespace OrvexAdapter {
 

@@ -1,4 +1,4 @@
-#include "Properties/OrvexTriggerMode.h"
+#include "Properties/OrvexNumberedProperties.h"
 
 #include <algorithm>
 

@@ -1,14 +1,14 @@
-#include "Properties/OrvexUsb3VisionMode.h"
+#include "Properties/OrvexBooleanProperties.h"
 
 #include <algorithm>
 #include <array>
 
+#include "Base/TextConversion.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "Internal/QuillInternal.h"
 #include "OrvexApi/OrvexApi.h"
 #include "PropertyNames.h"
-#include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
@@ -29,7 +29,7 @@ bool contains(const std::array<unsigned long, Size>& models, unsigned long model
 
 bool hasUsb3VisionMode(OrvexCamera& camera) {
     const unsigned long model =
-        Utilities::parseUnsigned(camera.getProperty(CameraInterface::PropertyNames::kCameraId).getValue());
+        Base::parseUnsigned(camera.getProperty(CameraInterface::PropertyNames::kCameraId).getValue());
     if (!contains(kModels, model)) {
         return false;
     }

@@ -1,4 +1,4 @@
-#include "Properties/OrvexWidth.h"
+#include "Properties/OrvexRegionProperties.h"
 
 #include "PropertyNames.h"
 

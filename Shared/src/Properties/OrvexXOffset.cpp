@@ -1,4 +1,4 @@
-#include "Properties/OrvexXOffset.h"
+#include "Properties/OrvexRegionProperties.h"
 
 #include "PropertyNames.h"
 

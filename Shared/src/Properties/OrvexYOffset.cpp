@@ -1,4 +1,4 @@
-#include "Properties/OrvexYOffset.h"
+#include "Properties/OrvexRegionProperties.h"
 
 #include "PropertyNames.h"
 

@@ -3,9 +3,9 @@
 #include <exception>
 #include <utility>
 
+#include "Base/SharedLibrary.h"
 #include "Exceptions/KestrelException.h"
 #include "Imaging/BufferPool.h"
-#include "Internal/SharedLibrary.h"
 #include "Streams/StreamSettings.h"
 #include "Utilities/Stopwatch.h"
 
@@ -83,7 +83,7 @@ bool CaptureRun::joinWithin(std::chrono::milliseconds patience) {
 }
 
 void CaptureRun::detach() {
-    Internal::keepThisLibraryLoaded();
+    Base::keepThisLibraryLoaded();
     m_Thread.detach();
 }
 

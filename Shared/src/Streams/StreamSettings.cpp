@@ -5,11 +5,11 @@
 #include <limits>
 #include <string>
 
+#include "Base/NeverDestroyed.h"
+#include "Base/TextConversion.h"
 #include "Exceptions/Raise.h"
-#include "Internal/NeverDestroyed.h"
 #include "Properties/OrvexEnumerations.h"
 #include "PropertyNames.h"
-#include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
@@ -30,13 +30,13 @@ public:
 
     float number(const char* name) const {
         double value = 0;
-        Utilities::extractFirstWord(text(name), value);
+        Base::extractFirstWord(text(name), value);
         return static_cast<float>(value);
     }
 
     std::uint32_t pixels(const char* name) const {
         unsigned long value = 0;
-        Utilities::extractFirstWord(text(name), value);
+        Base::extractFirstWord(text(name), value);
         return static_cast<std::uint32_t>(value);
     }
 
@@ -55,7 +55,7 @@ std::uint16_t parseFactor(const std::string& text, char before, char after) {
         const std::size_t digits = end == std::string::npos ? 0 : end - start - 1;
         if (digits >= 1 && digits <= kMaximumDigits && text[end] == after) {
             unsigned long factor = 0;
-            Utilities::extractFirstWord(text.substr(start + 1, digits), factor);
+            Base::extractFirstWord(text.substr(start + 1, digits), factor);
             return static_cast<std::uint16_t>(factor);
         }
     }
@@ -152,9 +152,9 @@ std::chrono::nanoseconds toWaitingTime(double milliseconds) {
 }
 
 std::uint32_t getBitsPerPixel(std::uint32_t pixelFormat) {
-    static Internal::NeverDestroyed<const PixelFormats> formats; // a worker may run at process exit
+    static Base::NeverDestroyed<const PixelFormats> formats; // a worker may run at process exit
     unsigned long bits = 0;
-    Utilities::extractFirstWord(formats.get().toString(pixelFormat), bits);
+    Base::extractFirstWord(formats.get().toString(pixelFormat), bits);
     return static_cast<std::uint32_t>(bits);
 }
 

@@ -1,8 +1,8 @@
 #include "TarnuLibrary/TarnuLibrary.h"
 
-#include "Internal/OperationBinding.h"
-#include "Internal/SharedLibrary.h"
-#include "Internal/TableInUse.h"
+#include "Base/OperationBinding.h"
+#include "Base/SharedLibrary.h"
+#include "Base/TableInUse.h"
 
 namespace Usb3VisionAdapter {
 
@@ -11,23 +11,23 @@ namespace {
 static_assert(sizeof(TarnuLibrary) == 7 * sizeof(void (*)()));
 
 TarnuLibrary bindBesideThisLibrary() {
-    return TarnuLibrary::bindTo(Internal::getLibraryFolder());
+    return TarnuLibrary::bindTo(Base::getLibraryFolder());
 }
 
-Internal::TableInUse<TarnuLibrary, bindBesideThisLibrary> tableInUse;
+Base::TableInUse<TarnuLibrary, bindBesideThisLibrary> tableInUse;
 
 } // namespace
 
 TarnuLibrary::TarnuLibrary() {
-#define QUILL_UNBIND_OPERATION(name, result, parameters) Internal::unbind<0>(name);
+#define QUILL_UNBIND_OPERATION(name, result, parameters) Base::unbind<0>(name);
     TARNU_OPERATIONS(QUILL_UNBIND_OPERATION)
 #undef QUILL_UNBIND_OPERATION
 }
 
 TarnuLibrary TarnuLibrary::bindTo(const std::string& folder) {
     TarnuLibrary table;
-    const Internal::SharedLibrary library(folder, "tarnulibrary");
-#define QUILL_BIND_OPERATION(name, result, parameters) Internal::bind(table.name, library.find(#name));
+    const Base::SharedLibrary library(folder, "tarnulibrary");
+#define QUILL_BIND_OPERATION(name, result, parameters) Base::bind(table.name, library.find(#name));
     TARNU_OPERATIONS(QUILL_BIND_OPERATION)
 #undef QUILL_BIND_OPERATION
     return table;

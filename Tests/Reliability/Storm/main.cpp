@@ -18,18 +18,18 @@
 
 #include <SoftwareDevices.h>
 
-#include "Cameras/SimulatedCamera/CameraListFile.h"
+#include "Base/SharedLibrary.h"
+#include "Cameras/SimulatedCamera/DescriptionFile.h"
 #include "Imaging/Conversion.h"
-#include "Internal/SharedLibrary.h"
 #include "Reliability/Storm/Round.h"
 #include "Reliability/Storm/Tally.h"
 #include "Support/ProcessFigures.h"
 
 // What the library itself defines in files that are left out here.
-std::string Internal::getLibraryFolder() {
+std::string Base::getLibraryFolder() {
     return QUILL_TEST_LIBRARY_FOLDER;
 }
-std::string CameraInterface::SimulatedAdapter::getCameraListPath() {
+std::string CameraInterface::SimulatedAdapter::getDescriptionFilePath() {
     return QUILL_STORM_CAMERA_LIST;
 }
 

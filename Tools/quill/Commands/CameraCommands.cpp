@@ -7,9 +7,9 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
-#include "CameraKind.h"
-#include "Command.h"
-#include "ComputedColor.h"
+#include "Camera/CameraKind.h"
+#include "Camera/ComputedColor.h"
+#include "Commands/Command.h"
 
 namespace QuillTool {
 

@@ -4,9 +4,9 @@
 
 #include <fmt/format.h>
 
-#include "Command.h"
+#include "Commands/Command.h"
 #include "Conformance/Examination.h"
-#include "Text.h"
+#include "Terminal/Text.h"
 
 namespace QuillTool {
 

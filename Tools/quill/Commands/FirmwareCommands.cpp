@@ -6,11 +6,11 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
-#include "Bytes.h"
-#include "CameraReturn.h"
-#include "Command.h"
-#include "FlashJob.h"
-#include "Numbers.h"
+#include "Camera/CameraReturn.h"
+#include "Commands/Command.h"
+#include "Flash/FlashJob.h"
+#include "Terminal/Bytes.h"
+#include "Terminal/Numbers.h"
 
 namespace QuillTool {
 

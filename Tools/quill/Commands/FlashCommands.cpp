@@ -4,10 +4,10 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
-#include "Bytes.h"
-#include "Command.h"
-#include "FlashJob.h"
-#include "Numbers.h"
+#include "Commands/Command.h"
+#include "Flash/FlashJob.h"
+#include "Terminal/Bytes.h"
+#include "Terminal/Numbers.h"
 
 namespace QuillTool {
 

@@ -7,9 +7,9 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
-#include "Bytes.h"
-#include "Command.h"
-#include "Numbers.h"
+#include "Commands/Command.h"
+#include "Terminal/Bytes.h"
+#include "Terminal/Numbers.h"
 
 namespace QuillTool {
 

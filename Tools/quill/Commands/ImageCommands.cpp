@@ -7,13 +7,13 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
-#include "CameraKind.h"
-#include "Command.h"
+#include "Camera/CameraKind.h"
+#include "Camera/ImageSource.h"
+#include "Camera/StreamRun.h"
+#include "Commands/Command.h"
 #include "ImageFiles/ImageFile.h"
-#include "ImageSource.h"
-#include "Numbers.h"
-#include "StreamRun.h"
-#include "Text.h"
+#include "Terminal/Numbers.h"
+#include "Terminal/Text.h"
 
 namespace QuillTool {
 

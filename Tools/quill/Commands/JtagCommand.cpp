@@ -8,9 +8,9 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
-#include "Bytes.h"
-#include "Command.h"
-#include "LongJob.h"
+#include "Commands/Command.h"
+#include "Terminal/Bytes.h"
+#include "Terminal/LongJob.h"
 
 namespace QuillTool {
 

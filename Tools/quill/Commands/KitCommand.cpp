@@ -7,8 +7,8 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
-#include "Command.h"
-#include "Text.h"
+#include "Commands/Command.h"
+#include "Terminal/Text.h"
 
 namespace QuillTool {
 

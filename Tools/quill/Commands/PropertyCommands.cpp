@@ -4,8 +4,8 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
-#include "Command.h"
-#include "PropertyAccess.h"
+#include "Camera/PropertyAccess.h"
+#include "Commands/Command.h"
 
 namespace QuillTool {
 

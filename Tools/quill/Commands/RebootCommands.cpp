@@ -6,10 +6,10 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
-#include "CameraKind.h"
-#include "CameraReturn.h"
-#include "Command.h"
-#include "PropertyAccess.h"
+#include "Camera/CameraKind.h"
+#include "Camera/CameraReturn.h"
+#include "Camera/PropertyAccess.h"
+#include "Commands/Command.h"
 
 namespace QuillTool {
 

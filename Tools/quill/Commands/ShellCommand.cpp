@@ -5,10 +5,10 @@
 
 #include <fmt/format.h>
 
-#include "Command.h"
-#include "CommandLine.h"
-#include "LineReader.h"
-#include "WordSplitter.h"
+#include "Commands/Command.h"
+#include "Commands/CommandLine.h"
+#include "Terminal/LineReader.h"
+#include "Terminal/WordSplitter.h"
 
 namespace QuillTool {
 

@@ -5,10 +5,10 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
-#include "Command.h"
-#include "ImageSource.h"
-#include "Numbers.h"
-#include "StreamRun.h"
+#include "Camera/ImageSource.h"
+#include "Camera/StreamRun.h"
+#include "Commands/Command.h"
+#include "Terminal/Numbers.h"
 
 namespace QuillTool {
 

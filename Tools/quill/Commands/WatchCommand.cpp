@@ -8,8 +8,8 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include "CameraChanges.h"
-#include "Command.h"
+#include "Camera/CameraChanges.h"
+#include "Commands/Command.h"
 
 namespace QuillTool {
 

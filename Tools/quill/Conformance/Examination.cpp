@@ -4,8 +4,8 @@
 
 #include <fmt/format.h>
 
-#include "Text.h"
-#include "ToolError.h"
+#include "Terminal/Text.h"
+#include "Terminal/ToolError.h"
 
 namespace QuillTool::Conformance {
 

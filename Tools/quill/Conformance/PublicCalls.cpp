@@ -4,7 +4,7 @@
 #include <exception>
 #include <memory>
 
-#include "Text.h"
+#include "Terminal/Text.h"
 
 namespace QuillTool::Conformance {
 

@@ -5,8 +5,8 @@
 
 #include <poll.h>
 
-#include "CameraChanges.h"
-#include "ToolError.h"
+#include "Camera/CameraChanges.h"
+#include "Terminal/ToolError.h"
 
 namespace QuillTool::Conformance {
 

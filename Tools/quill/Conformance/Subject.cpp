@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "CameraKind.h"
+#include "Camera/CameraKind.h"
 
 namespace QuillTool::Conformance {
 

@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "Text.h"
+#include "Terminal/Text.h"
 
 namespace QuillTool {
 

@@ -7,10 +7,10 @@
 #include <stdexcept>
 #include <vector>
 
+#include "Base/TextConversion.h"
+#include "Base/TextPieces.h"
 #include "Exceptions/KestrelException.h"
 #include "OrvexApi/OrvexApi.h"
-#include "Utilities/TextConversion.h"
-#include "Utilities/TextPieces.h"
 
 namespace OrvexAdapter {
 
@@ -184,7 +184,7 @@ std::string CGigE::GetGigeCamStatsString() {
     for (const ReportLine& line : kReportLines) {
         report += line.label;
         if (line.counter != kNoCounter) {
-            report += Utilities::toText(static_cast<unsigned long>(m_StreamStats.counters[line.counter]));
+            report += Base::toText(static_cast<unsigned long>(m_StreamStats.counters[line.counter]));
         }
         report += '\n';
     }
@@ -197,32 +197,32 @@ std::string CGigE::GetGigeCamStatsToString(void* handle) {
 }
 
 unsigned long CGigE::GetIpFromString(const std::string& text) {
-    const std::vector<std::string> pieces = Utilities::split(text, '.');
+    const std::vector<std::string> pieces = Base::split(text, '.');
     if (pieces.size() > kAddressPieces) {
         throw std::invalid_argument("An address has at most four numbers.");
     }
     std::uint32_t address = 0;
     for (const std::string& piece : pieces) {
         int number = 0;
-        Utilities::extractFirstWord(piece, number);
+        Base::extractFirstWord(piece, number);
         address = address << 8 | (static_cast<std::uint32_t>(number) & 0xFF);
     }
     return address;
 }
 
 std::string CGigE::IpString(const unsigned long& address) {
-    return Utilities::dottedBytes(static_cast<std::uint32_t>(address), kAddressPieces);
+    return Base::dottedBytes(static_cast<std::uint32_t>(address), kAddressPieces);
 }
 
 void CGigE::SetMacFromString(unsigned char* mac, const std::string& text) {
-    const std::vector<std::string> pieces = Utilities::split(text, ':');
+    const std::vector<std::string> pieces = Base::split(text, ':');
     if (pieces.size() > kMacBytes) {
         throw std::invalid_argument("A MAC address has at most six numbers.");
     }
     std::vector<unsigned char> bytes;
     bytes.reserve(kMacBytes);
     for (const std::string& piece : pieces) {
-        bytes.push_back(static_cast<unsigned char>(Utilities::parseUnsigned(piece, 16)));
+        bytes.push_back(static_cast<unsigned char>(Base::parseUnsigned(piece, 16)));
     }
     std::copy(bytes.begin(), bytes.end(), mac);
 }

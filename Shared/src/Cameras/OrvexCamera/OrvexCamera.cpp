@@ -4,12 +4,12 @@
 #include <exception>
 #include <utility>
 
+#include "Base/ForkedChild.h"
+#include "Cameras/CameraInfo.h"
 #include "Cameras/OrvexCamera/ColorFormatLayout.h"
 #include "Cameras/OrvexCamera/ModelNames.h"
 #include "Exceptions/Raise.h"
-#include "Functions/Orvex/OrvexFunctionTable.h"
-#include "Internal/CameraInfo.h"
-#include "Internal/ForkedChild.h"
+#include "Functions/Orvex/OrvexFunctions.h"
 #include "OrvexApi/OrvexApi.h"
 #include "OrvexPropertyBuilder.h"
 #include "Properties/OrvexEnumerations.h"
@@ -60,7 +60,7 @@ OrvexCamera::~OrvexCamera() {
 }
 
 std::vector<std::unique_ptr<Camera>> OrvexCamera::getListOfCameras() {
-    Internal::renewInEveryForkedChild<m_CameraEnumerationMutex>();
+    Base::renewInEveryForkedChild<m_CameraEnumerationMutex>();
     const MutexLock lock(m_CameraEnumerationMutex);
     std::vector<std::unique_ptr<Camera>> cameras;
     for (const unsigned int interface : kEnumeratedInterfaces) {
@@ -129,7 +129,7 @@ void OrvexCamera::stopRunAroundImage() {
 }
 
 std::map<std::string, std::string> OrvexCamera::getCameraInfo() {
-    return Internal::collectCameraInfo(*this);
+    return collectCameraInfo(*this);
 }
 
 std::string OrvexCamera::getSerialNumber() {

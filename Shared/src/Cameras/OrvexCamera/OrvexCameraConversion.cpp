@@ -1,13 +1,13 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "Base/TextConversion.h"
 #include "Cameras/OrvexCamera/ColorFormatLayout.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "OrvexApi/OrvexApi.h"
 #include "Properties/OrvexEnumerations.h"
 #include "PropertyNames.h"
-#include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
@@ -49,7 +49,7 @@ const SdkConversion* findConversion(const Imaging::Image& image, IMAGE_FORMAT ta
 
 ORVEX_CONVERSION_PARAMS getConversionParametersFromCameraProperties(Camera& camera) {
     const auto text = [&](const char* name) { return camera.getProperty(name).getValue(); };
-    const auto number = [&](const char* name) { return Utilities::parseFloat(text(name)); };
+    const auto number = [&](const char* name) { return Base::parseFloat(text(name)); };
     ORVEX_CONVERSION_PARAMS parameters{};
     parameters.size = sizeof parameters;
     parameters.correctionMatrix = CorrectionMatrices().toValue(text(PropertyNames::kCorrectionMatrix));

@@ -1,11 +1,11 @@
 #include "Cameras/SimulatedCamera/IdentificationCache.h"
 
-#include "Internal/ProcessWide.h"
+#include "Base/ProcessWide.h"
 
 namespace CameraInterface::SimulatedAdapter {
 
 IdentificationCache& IdentificationCache::instance() {
-    static Internal::ProcessWide<IdentificationCache> cache;
+    static Base::ProcessWide<IdentificationCache> cache;
     return cache.get();
 }
 

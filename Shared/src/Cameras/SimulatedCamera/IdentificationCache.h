@@ -3,7 +3,7 @@
 #include <optional>
 #include <vector>
 
-#include "Cameras/SimulatedCamera/CameraListFile.h"
+#include "Cameras/SimulatedCamera/DescriptionFile.h"
 #include "Utilities/Mutex.h"
 
 namespace CameraInterface::SimulatedAdapter {

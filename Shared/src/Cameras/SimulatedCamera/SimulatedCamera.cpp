@@ -4,11 +4,11 @@
 #include <exception>
 #include <utility>
 
-#include "Cameras/SimulatedCamera/CameraListFile.h"
+#include "Cameras/CameraInfo.h"
+#include "Cameras/SimulatedCamera/DescriptionFile.h"
 #include "Cameras/SimulatedCamera/IdentificationCache.h"
 #include "Exceptions/Raise.h"
-#include "Functions/Simulated/SimulatedFunctionFactory.h"
-#include "Internal/CameraInfo.h"
+#include "Functions/Simulated/SimulatedFunctions.h"
 #include "Properties/SimulatedProperty.h"
 
 namespace CameraInterface::SimulatedAdapter {
@@ -44,7 +44,7 @@ std::unique_ptr<Imaging::Image> SimulatedCamera::getImage() {
 }
 
 std::map<std::string, std::string> SimulatedCamera::getCameraInfo() {
-    return Internal::collectCameraInfo(*this);
+    return collectCameraInfo(*this);
 }
 
 std::string SimulatedCamera::getSerialNumber() {

@@ -8,10 +8,10 @@
 #include <stdexcept>
 #include <utility>
 
+#include "Base/ForkedChild.h"
+#include "Cameras/CameraInfo.h"
 #include "Exceptions/Raise.h"
 #include "Functions/Usb3Vision/Usb3VisionReboot.h"
-#include "Internal/CameraInfo.h"
-#include "Internal/ForkedChild.h"
 #include "Properties/MakeConstant.h"
 #include "Properties/Usb3VisionUsb3VisionMode.h"
 #include "PropertyNames.h"
@@ -92,7 +92,7 @@ Usb3VisionCamera::~Usb3VisionCamera() {
 }
 
 std::vector<std::unique_ptr<Camera>> Usb3VisionCamera::getListOfCameras() {
-    Internal::renewInEveryForkedChild<m_CameraEnumerationMutex>();
+    Base::renewInEveryForkedChild<m_CameraEnumerationMutex>();
     const MutexLock lock(m_CameraEnumerationMutex);
     std::vector<std::unique_ptr<Camera>> cameras;
     for (const Usb3VisionCameraRecord& record : enumerate()) {
@@ -125,7 +125,7 @@ std::unique_ptr<Imaging::Image> Usb3VisionCamera::getImage() {
 }
 
 std::map<std::string, std::string> Usb3VisionCamera::getCameraInfo() {
-    return Internal::collectCameraInfo(*this);
+    return collectCameraInfo(*this);
 }
 
 std::string Usb3VisionCamera::getSerialNumber() {

@@ -1,12 +1,12 @@
-#include "Functions/Orvex/OrvexEraseFlash.h"
+#include "Functions/Orvex/OrvexFunctions.h"
 
 #include <cstdint>
 
+#include "Base/TextConversion.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "Functions/FunctionParameters.h"
 #include "OrvexApi/OrvexApi.h"
-#include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
@@ -18,8 +18,8 @@ OrvexEraseFlash::OrvexEraseFlash(const std::string& name, OrvexCamera* camera) :
 
 std::vector<std::string> OrvexEraseFlash::perform(std::vector<std::string>& parameters) {
     requireParameters(parameters, 2, QUILL_HERE);
-    const int address = Utilities::parseInteger(parameters[0]);
-    const int length = Utilities::parseInteger(parameters[1]);
+    const int address = Base::parseInteger(parameters[0]);
+    const int length = Base::parseInteger(parameters[1]);
     requireExecution(length >= 0, getName(), QUILL_HERE);
     if (length > 0) {
         requireExecution(orvexApi().sdkEraseFlash(m_Camera->getHandle(), static_cast<std::uint32_t>(address),

@@ -1,18 +1,8 @@
-#include "Functions/Orvex/OrvexFunctionTable.h"
+#include "Functions/Orvex/OrvexFunctions.h"
 
 #include <array>
 #include <exception>
 #include <utility>
-
-#include "Functions/Orvex/OrvexEraseFlash.h"
-#include "Functions/Orvex/OrvexJtag.h"
-#include "Functions/Orvex/OrvexReadFlash.h"
-#include "Functions/Orvex/OrvexReadFlashStatus.h"
-#include "Functions/Orvex/OrvexReboot.h"
-#include "Functions/Orvex/OrvexUpdateFlash.h"
-#include "Functions/Orvex/OrvexWriteFlash.h"
-#include "Functions/Orvex/OrvexWriteFlashStatus.h"
-#include "Functions/Orvex/OrvexWriteRam.h"
 
 namespace OrvexAdapter {
 

@@ -1,4 +1,4 @@
-#include "Functions/Orvex/OrvexJtag.h"
+#include "Functions/Orvex/OrvexFunctions.h"
 
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"

@@ -1,14 +1,14 @@
-#include "Functions/Orvex/OrvexReadFlash.h"
+#include "Functions/Orvex/OrvexFunctions.h"
 
 #include <cstdint>
 #include <utility>
 
+#include "Base/TextConversion.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "Functions/FunctionParameters.h"
 #include "Internal/QuillInternal.h"
 #include "OrvexApi/OrvexApi.h"
-#include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
@@ -20,8 +20,8 @@ OrvexReadFlash::OrvexReadFlash(const std::string& name, OrvexCamera* camera) : F
 
 std::vector<std::string> OrvexReadFlash::perform(std::vector<std::string>& parameters) {
     requireParameters(parameters, 2, QUILL_HERE);
-    const int address = Utilities::parseInteger(parameters[0]);
-    const int length = Utilities::parseInteger(parameters[1]);
+    const int address = Base::parseInteger(parameters[0]);
+    const int length = Base::parseInteger(parameters[1]);
     requireExecution(length >= 0 && static_cast<std::uint32_t>(length) <= QuillInternal::kFlashSize, getName(),
                      QUILL_HERE);
     if (length == 0) {

@@ -1,13 +1,13 @@
-#include "Functions/Orvex/OrvexReadFlashStatus.h"
+#include "Functions/Orvex/OrvexFunctions.h"
 
 #include <cstdint>
 
+#include "Base/TextConversion.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "Functions/FunctionParameters.h"
 #include "Functions/Orvex/OrvexCommands.h"
 #include "OrvexApi/OrvexApi.h"
-#include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
@@ -20,7 +20,7 @@ OrvexReadFlashStatus::OrvexReadFlashStatus(const std::string& name, OrvexCamera*
 
 std::vector<std::string> OrvexReadFlashStatus::perform(std::vector<std::string>& parameters) {
     requireParameters(parameters, 1, QUILL_HERE);
-    const int address = Utilities::parseInteger(parameters[0]);
+    const int address = Base::parseInteger(parameters[0]);
     std::uint8_t status = 0;
     requireExecution(orvexApi().sdkCommandRead(m_Camera->getHandle(), kFlashStatusCommand,
                                                static_cast<std::uint32_t>(address), 1, &status) != 0,

@@ -1,4 +1,4 @@
-#include "Functions/Orvex/OrvexReboot.h"
+#include "Functions/Orvex/OrvexFunctions.h"
 
 #include <cstdint>
 

@@ -1,12 +1,12 @@
-#include "Functions/Orvex/OrvexUpdateFlash.h"
+#include "Functions/Orvex/OrvexFunctions.h"
 
 #include <cstdint>
 
+#include "Base/TextConversion.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
 #include "Functions/FunctionParameters.h"
 #include "OrvexApi/OrvexApi.h"
-#include "Utilities/TextConversion.h"
 
 namespace OrvexAdapter {
 
@@ -18,7 +18,7 @@ OrvexUpdateFlash::OrvexUpdateFlash(const std::string& name, OrvexCamera* camera)
 
 std::vector<std::string> OrvexUpdateFlash::perform(std::vector<std::string>& parameters) {
     requireParameters(parameters, 2, QUILL_HERE);
-    const int address = Utilities::parseInteger(parameters[0]);
+    const int address = Base::parseInteger(parameters[0]);
     const std::string& data = parameters[1];
     const std::uint32_t length = requireLength(data.size(), getName(), QUILL_HERE);
     requireExecution(orvexApi().sdkUpdateFlash(m_Camera->getHandle(),

@@ -1,4 +1,4 @@
-#include "Functions/Orvex/OrvexWriteFlash.h"
+#include "Functions/Orvex/OrvexFunctions.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "Functions/Orvex/OrvexWriteFlashStatus.h"
+#include "Functions/Orvex/OrvexFunctions.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "Functions/Orvex/OrvexWriteRam.h"
+#include "Functions/Orvex/OrvexFunctions.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
-#include "Functions/Simulated/SimulatedFunction.h"
+#include "Functions/Simulated/SimulatedFunctions.h"
 
+#include "Base/TextConversion.h"
 #include "Exceptions/Raise.h"
-#include "Utilities/TextConversion.h"
 
 namespace CameraInterface::SimulatedAdapter {
 
@@ -33,7 +33,7 @@ std::vector<ParameterDescriptor> SimulatedFunction::getReturnFormat() {
 }
 
 std::uint32_t SimulatedFunction::parseAddress(const std::string& text) {
-    return static_cast<std::uint32_t>(Utilities::parseInteger(text));
+    return static_cast<std::uint32_t>(Base::parseInteger(text));
 }
 
 bool SimulatedFunction::isValidRange(std::uint32_t address, int length) {

@@ -1,16 +1,8 @@
-#include "Functions/Simulated/SimulatedFunctionFactory.h"
+#include "Functions/Simulated/SimulatedFunctions.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
-
-#include "Functions/Simulated/SimulatedEraseFlash.h"
-#include "Functions/Simulated/SimulatedReadFlash.h"
-#include "Functions/Simulated/SimulatedReadFlashStatus.h"
-#include "Functions/Simulated/SimulatedReboot.h"
-#include "Functions/Simulated/SimulatedUpdateFlash.h"
-#include "Functions/Simulated/SimulatedWriteFlash.h"
-#include "Functions/Simulated/SimulatedWriteFlashStatus.h"
 
 namespace CameraInterface::SimulatedAdapter {
 

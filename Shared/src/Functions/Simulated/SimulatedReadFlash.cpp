@@ -1,9 +1,9 @@
-#include "Functions/Simulated/SimulatedReadFlash.h"
+#include "Functions/Simulated/SimulatedFunctions.h"
 
+#include "Base/TextConversion.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
 #include "Exceptions/Raise.h"
 #include "Functions/FunctionParameters.h"
-#include "Utilities/TextConversion.h"
 
 namespace CameraInterface::SimulatedAdapter {
 
@@ -12,7 +12,7 @@ using namespace KestrelExceptions;
 std::vector<std::string> SimulatedReadFlash::perform(std::vector<std::string>& parameters) {
     requireParameters(parameters, 2, QUILL_HERE);
     const std::uint32_t address = parseAddress(parameters[0]);
-    const int length = Utilities::parseInteger(parameters[1]);
+    const int length = Base::parseInteger(parameters[1]);
     if (!isValidRange(address, length)) {
         raise<KestrelException_Function>(QUILL_HERE, Errors::kFunctionExecution, getName());
     }

@@ -1,4 +1,4 @@
-#include "Functions/Simulated/SimulatedReadFlashStatus.h"
+#include "Functions/Simulated/SimulatedFunctions.h"
 
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
 #include "Functions/FunctionParameters.h"

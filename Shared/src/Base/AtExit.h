@@ -1,0 +1,20 @@
+#pragma once
+
+#include <utility>
+
+namespace Base {
+
+/// Kept as a static object, calls something when the process exits or the library is unloaded.
+template <typename Action>
+class AtExit {
+public:
+    explicit AtExit(Action action) : m_Action(std::move(action)) {}
+    AtExit(const AtExit&) = delete;
+    AtExit& operator=(const AtExit&) = delete;
+    ~AtExit() { m_Action(); }
+
+private:
+    Action m_Action;
+};
+
+} // namespace Base

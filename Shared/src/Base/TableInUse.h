@@ -1,0 +1,28 @@
+#pragma once
+
+#include <atomic>
+
+#include "Base/NeverDestroyed.h"
+
+namespace Base {
+
+/// The table of operations that is called at a boundary: the platform's own, which is made at first use, or another in
+/// its place. Thread-safe.
+template <typename Table, Table (*makeOwn)()>
+class TableInUse {
+public:
+    const Table& get() {
+        if (const Table* table = m_Replacement.load(std::memory_order_acquire)) {
+            return *table;
+        }
+        static NeverDestroyed<Table> own(makeOwn());
+        return own.get();
+    }
+    /// Puts another table, which must outlive its use, in place; null goes back to the own one.
+    void replace(const Table* table) { m_Replacement.store(table, std::memory_order_release); }
+
+private:
+    std::atomic<const Table*> m_Replacement{nullptr};
+};
+
+} // namespace Base

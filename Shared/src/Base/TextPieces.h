@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Base {
+
+/// What lies between the separators of a text; one more piece than there are separators.
+std::vector<std::string> split(const std::string& text, char separator);
+
+/// The lowest @p count bytes of a number, the most significant first, in decimal and joined by ".".
+std::string dottedBytes(std::uint32_t value, int count);
+
+} // namespace Base

@@ -1,0 +1,9 @@
+#include "Cameras/SimulatedCamera/DescriptionFile.h"
+
+namespace CameraInterface::SimulatedAdapter {
+
+std::string getDescriptionFilePath() {
+    return QUILL_CAMERA_LIST_FILE;
+}
+
+} // namespace CameraInterface::SimulatedAdapter

@@ -1,0 +1,30 @@
+#include "Base/TableInUse.h"
+#include "DriverKit/RegistryApi.h"
+#include "DriverKit/RegistryFile.h"
+
+namespace Utilities {
+
+namespace {
+
+/// Where there is no registry, this file holds what driver kits' installers would enter there.
+constexpr const char* kRegistryFile = "/etc/quillcamera/drivers.conf";
+
+RegistryApi fileTable() {
+    return {[](RegistryHandle /*root*/, const char16_t* path, std::uint32_t /*options*/, std::uint32_t /*access*/,
+               RegistryHandle* opened) { return openStoredKey(kRegistryFile, path, opened); },
+            getStoredValue, closeStoredKey};
+}
+
+Base::TableInUse<RegistryApi, fileTable> tableInUse;
+
+} // namespace
+
+const RegistryApi& registryApi() {
+    return tableInUse.get();
+}
+
+void useRegistryApi(const RegistryApi* api) {
+    tableInUse.replace(api);
+}
+
+} // namespace Utilities

@@ -1,9 +1,0 @@
-#include "Utilities/Sha1Compression.h"
-
-namespace Utilities {
-
-Sha1Compression sha1CompressionByInstructions() {
-    return nullptr;
-}
-
-} // namespace Utilities

@@ -1,0 +1,90 @@
+#include "Camera/CameraReturn.h"
+
+#include <algorithm>
+#include <array>
+
+#include <fmt/format.h>
+#include <poll.h>
+
+#include "Camera/CameraKind.h"
+#include "Terminal/Numbers.h"
+
+namespace QuillTool {
+
+using CameraInterface::Camera;
+
+namespace {
+
+/// A camera that restarts leaves within this time: the library looks every half second. One that does not, such as a
+/// simulated one, restarts without leaving.
+constexpr std::chrono::seconds kDepartureTime{3};
+
+bool isListed(const std::string& serialNumber) {
+    return Camera::getCamerasList().count(serialNumber) != 0;
+}
+
+} // namespace
+
+void ReturnOptions::describe(CLI::App& parser) {
+    parser.add_flag("--no-wait", noWait, "Do not wait until the camera is back");
+    describeTimeout(parser);
+}
+
+CLI::Option* ReturnOptions::describeTimeout(CLI::App& parser) {
+    constexpr unsigned kLongest = 3600;
+    return addNumber(parser, "--timeout", timeoutSeconds, "Seconds to wait until the camera is back", 1, kLongest)
+        ->capture_default_str();
+}
+
+CameraReturn::CameraReturn(Context& context, const SelectedCamera& camera, const ReturnOptions& options)
+    : m_Context(context), m_Camera(camera), m_Timeout(options.timeoutSeconds), m_Quiet(options.quiet) {}
+
+bool CameraReturn::await() {
+    const Clock::time_point begin = Clock::now();
+    if (!waitUntil(begin + std::min(kDepartureTime, m_Timeout), [this] { return m_Left; })) {
+        tell("answers, and did not leave the list");
+        return false;
+    }
+    tell("left the list");
+    const std::string& serialNumber = m_Camera.serialNumber();
+    if (!waitUntil(begin + m_Timeout, [&] { return isListed(serialNumber); })) {
+        throw ToolError(ExitCode::TimedOut, m_Camera.about(fmt::format(
+                                                "left the list and did not come back within {} s", m_Timeout.count())));
+    }
+    tell(fmt::format("is back as {}", nameOf(kindOf(*m_Context.session.connect(serialNumber)))));
+    return true;
+}
+
+template <typename Condition>
+bool CameraReturn::waitUntil(Clock::time_point deadline, Condition&& isMet) {
+    while (!isMet()) {
+        if (Clock::now() >= deadline) {
+            return false;
+        }
+        waitForChange(deadline);
+    }
+    return true;
+}
+
+void CameraReturn::waitForChange(Clock::time_point deadline) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+    std::array<pollfd, 2> waiting{pollfd{m_Context.interrupt.descriptor(), POLLIN, 0},
+                                  pollfd{m_Changes.descriptor(), POLLIN, 0}};
+    poll(waiting.data(), waiting.size(), std::max(0, static_cast<int>(left.count())));
+    if (m_Context.interrupt.requested()) {
+        throw ToolError(ExitCode::Interrupted,
+                        m_Camera.about("interrupted while it restarts; it goes on doing so by itself"));
+    }
+    const std::vector<Departure> departures = m_Changes.takeDepartures();
+    m_Left = m_Left || std::any_of(departures.begin(), departures.end(), [this](const Departure& departure) {
+                 return departure.serialNumber == m_Camera.serialNumber();
+             });
+}
+
+void CameraReturn::tell(const std::string& what) {
+    if (!m_Quiet) {
+        m_Context.output.tell(m_Camera.about(what));
+    }
+}
+
+} // namespace QuillTool

@@ -1,0 +1,56 @@
+#include "Camera/ImageSource.h"
+
+#include <array>
+#include <exception>
+
+#include <poll.h>
+
+#include "Camera/ComputedColor.h"
+#include "Camera/Region.h"
+
+namespace QuillTool {
+
+namespace {
+
+constexpr int kRepetitionMs = 20; // a stop that comes just before a start stops nothing
+
+} // namespace
+
+ImageSource::ImageSource(const Interrupt& interrupt, const SelectedCamera& camera)
+    : m_Interrupt(interrupt), m_Camera(camera), m_Stopper([this] { stopWhenInterrupted(); }) {}
+
+ImageSource::~ImageSource() {
+    m_End.wake();
+    m_Stopper.join();
+}
+
+std::unique_ptr<Imaging::Image> ImageSource::next() {
+    if (m_Interrupt.requested()) {
+        return nullptr;
+    }
+    try {
+        return withComputedColor(
+            attemptStart(m_Camera, "no image can be captured", [this] { return m_Camera->getImage(); }));
+    } catch (const ToolError&) {
+        if (m_Interrupt.requested()) {
+            return nullptr; // the stream was stopped for it
+        }
+        throw;
+    }
+}
+
+void ImageSource::stopWhenInterrupted() {
+    std::array<pollfd, 2> waiting{pollfd{m_End.descriptor(), POLLIN, 0}, pollfd{m_Interrupt.descriptor(), POLLIN, 0}};
+    while (poll(waiting.data(), waiting.size(), -1) <= 0) {
+    }
+    while (waiting[0].revents == 0) {
+        try {
+            m_Camera->stopStream();
+        } catch (const std::exception&) {
+            // The wait for the image ends by itself, with the camera's own reason.
+        }
+        poll(waiting.data(), 1, kRepetitionMs);
+    }
+}
+
+} // namespace QuillTool

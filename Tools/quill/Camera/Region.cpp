@@ -1,0 +1,97 @@
+#include "Camera/Region.h"
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "Terminal/Numbers.h"
+
+namespace QuillTool {
+
+namespace PropertyNames = CameraInterface::PropertyNames;
+
+namespace {
+
+/// The properties of one direction.
+struct Direction {
+    const char* offset;
+    const char* length;
+    const char* unit;
+    const char* maximum; ///< the sensor's end
+};
+
+constexpr std::array kDirections{
+    Direction{PropertyNames::kXOffset, PropertyNames::kWidth, PropertyNames::kUnitWidth, PropertyNames::kMaximumWidth},
+    Direction{PropertyNames::kYOffset, PropertyNames::kHeight, PropertyNames::kUnitHeight,
+              PropertyNames::kMaximumHeight},
+};
+
+std::optional<std::uint64_t> readPixels(const SelectedCamera& camera, const char* property) {
+    try {
+        const auto number = parseNumber(camera->getProperty(property).getValue(), NumberKind::Real);
+        return number && *number >= 0 ? std::optional(static_cast<std::uint64_t>(*number)) : std::nullopt;
+    } catch (const std::exception&) {
+        return std::nullopt; // it says nothing
+    }
+}
+
+/// Empty where nothing speaks against the region.
+std::string regionTrouble(const SelectedCamera& camera) {
+    std::vector<std::string> troubles;
+    for (const Direction& direction : kDirections) {
+        const auto end = readPixels(camera, direction.maximum);
+        const auto offset = readPixels(camera, direction.offset);
+        const auto length = readPixels(camera, direction.length);
+        if (!end || !offset || !length) {
+            continue;
+        }
+        const std::uint64_t unit = unitOf(camera, direction.length).value_or(1);
+        for (const auto& [property, value] : {std::pair(direction.offset, *offset), {direction.length, *length}}) {
+            if (const std::string trouble = unitTrouble(unit, value, 0, *end); !trouble.empty()) {
+                troubles.push_back(fmt::format("property '{}' is {}: {}", property, value, trouble));
+            }
+        }
+        if (*offset + *length > *end) {
+            troubles.push_back(fmt::format("'{}' {} and '{}' {} reach beyond the sensor, which ends at {}",
+                                           direction.offset, *offset, direction.length, *length, *end));
+        }
+    }
+    return fmt::format("{}", fmt::join(troubles, "; "));
+}
+
+} // namespace
+
+std::optional<std::uint64_t> unitOf(const SelectedCamera& camera, const std::string& property) {
+    const auto* direction = std::find_if(kDirections.begin(), kDirections.end(), [&](const Direction& candidate) {
+        return property == candidate.offset || property == candidate.length;
+    });
+    const auto unit = direction == kDirections.end() ? std::nullopt : readPixels(camera, direction->unit);
+    return unit && *unit != 0 ? unit : std::nullopt;
+}
+
+std::string unitTrouble(std::uint64_t unit, std::uint64_t value, std::uint64_t least, std::uint64_t most) {
+    if (value % unit == 0) {
+        return "";
+    }
+    std::vector<std::uint64_t> nearest;
+    for (const std::uint64_t candidate : {value - value % unit, value - value % unit + unit}) {
+        if (candidate >= least && candidate <= most) {
+            nearest.push_back(candidate);
+        }
+    }
+    return fmt::format("it takes multiples of {}{}{}", unit,
+                       nearest.empty()       ? ""
+                       : nearest.size() == 1 ? "; the nearest is "
+                                             : "; the nearest are ",
+                       fmt::join(nearest, " and "));
+}
+
+ToolError withRegionTrouble(const SelectedCamera& camera, const ToolError& failure) {
+    const std::string trouble = failure.code() == ExitCode::Failed ? regionTrouble(camera) : "";
+    return trouble.empty() ? failure : ToolError(failure.code(), fmt::format("{} {}", failure.what(), trouble));
+}
+
+} // namespace QuillTool

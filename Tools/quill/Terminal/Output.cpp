@@ -1,0 +1,131 @@
+#include "Terminal/Output.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "Terminal/Text.h"
+#include "Terminal/ToolError.h"
+
+namespace QuillTool {
+
+namespace {
+
+constexpr std::string_view kBold = "\033[1m";
+constexpr std::string_view kBoldRed = "\033[1;31m";
+constexpr std::string_view kBoldYellow = "\033[1;33m";
+constexpr std::string_view kPlain = "\033[0m";
+constexpr std::string_view kColumnGap = "  ";
+
+bool isSet(const char* variable) {
+    const char* value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+bool wantsColor(int descriptor) {
+    const char* terminal = std::getenv("TERM");
+    const bool dumb = terminal != nullptr && std::string_view(terminal) == "dumb";
+    return isatty(descriptor) == 1 && !isSet("NO_COLOR") && !dumb;
+}
+
+void requireWritten(bool written) {
+    if (written) {
+        return;
+    }
+    const int reason = errno;
+    std::clearerr(stdout);
+    if (reason == EPIPE) {
+        throw OutputClosed{};
+    }
+    throw ToolError(ExitCode::Failed, fmt::format("standard output: cannot be written: {}", std::strerror(reason)));
+}
+
+std::string cellText(const std::string& cell) {
+    return cell.empty() ? "-" : oneLine(cell);
+}
+
+std::string dump(const Json& document, int indentation) {
+    return harmlessJson(document.dump(indentation, ' ', false, Json::error_handler_t::replace));
+}
+
+/// The cells of a row under each other's columns; nothing follows the last one.
+std::string alignedRow(const std::vector<std::string>& cells, const std::vector<std::size_t>& widths) {
+    std::string line;
+    for (std::size_t column = 0; column < cells.size(); ++column) {
+        const std::string cell = cellText(cells[column]);
+        line += cell;
+        if (column + 1 < cells.size()) {
+            line.append(widths[column] - displayWidth(cell), ' ').append(kColumnGap);
+        }
+    }
+    return line;
+}
+
+} // namespace
+
+Output::Output() : m_ColorResults(wantsColor(STDOUT_FILENO)), m_ColorComplaints(wantsColor(STDERR_FILENO)) {}
+
+void Output::print(std::string_view text) {
+    requireWritten(std::fwrite(text.data(), 1, text.size(), stdout) == text.size());
+}
+
+void Output::printLine(std::string_view text) {
+    print(text);
+    print("\n");
+}
+
+void Output::printTable(const Table& table) {
+    std::vector<std::size_t> widths(table.header.size());
+    const auto widen = [&](const std::vector<std::string>& cells) {
+        for (std::size_t column = 0; column < cells.size(); ++column) {
+            widths[column] = std::max(widths[column], displayWidth(cellText(cells[column])));
+        }
+    };
+    widen(table.header);
+    std::for_each(table.rows.begin(), table.rows.end(), widen);
+
+    const std::string header = alignedRow(table.header, widths);
+    printLine(m_ColorResults ? fmt::format("{}{}{}", kBold, header, kPlain) : header);
+    for (const std::vector<std::string>& row : table.rows) {
+        printLine(alignedRow(row, widths));
+    }
+}
+
+void Output::printJson(const Json& document) {
+    printLine(dump(document, 2));
+}
+
+void Output::printJsonLine(const Json& document) {
+    printLine(dump(document, -1));
+}
+
+void Output::flush() {
+    requireWritten(std::fflush(stdout) == 0);
+}
+
+void Output::tell(std::string_view sentence) {
+    complain(kBold, sentence);
+}
+
+void Output::warn(std::string_view sentence) {
+    complain(kBoldYellow, fmt::format("warning: {}", sentence));
+}
+
+void Output::fail(std::string_view sentence) {
+    complain(kBoldRed, sentence);
+}
+
+void Output::complain(std::string_view style, std::string_view sentence) {
+    static_cast<void>(std::fflush(stdout)); // in the order in which things happened, where both streams go to one place
+    const std::string program = m_ColorComplaints ? fmt::format("{}quill:{}", style, kPlain) : "quill:";
+    const std::string place = m_Place.empty() ? "" : m_Place + ": ";
+    const std::string line = fmt::format("{} {}{}\n", program, place, oneLine(sentence));
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr)); // there is nowhere else to say it
+}
+
+} // namespace QuillTool
