@@ -2,10 +2,12 @@
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
 
-# Debian's packages: the tools, what the library is built on, what the quill tool adds, what tests and benchmarks add.
+# Debian's packages: the tools, what the library is built on, what the devices in software and the quill tool add, what tests and
+# benchmarks add.
 quillPackages=(
     g++ cmake ninja-build pkg-config
     libopencv-core-dev libopencv-imgproc-dev nlohmann-json3-dev
+    nettle-dev
     libcli11-dev libfmt-dev libpng-dev libedit-dev
     libgtest-dev libgmock-dev libbenchmark-dev libssl-dev
 )

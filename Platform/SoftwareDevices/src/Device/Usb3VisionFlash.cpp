@@ -1,8 +1,9 @@
 #include "Device/Usb3VisionFlash.h"
 
 #include <algorithm>
+#include <array>
 
-#include "Device/Sha1.h"
+#include <nettle/sha1.h>
 
 namespace SoftwareDevices {
 
@@ -17,6 +18,15 @@ constexpr std::uint8_t kModeDisabled = 0xFF;
 
 using Block = std::array<std::uint8_t, 96>;
 
+std::array<std::uint8_t, SHA1_DIGEST_SIZE> digestOf(const std::vector<std::uint8_t>& file) {
+    sha1_ctx context{};
+    sha1_init(&context);
+    sha1_update(&context, file.size(), file.data());
+    std::array<std::uint8_t, SHA1_DIGEST_SIZE> digest{};
+    sha1_digest(&context, digest.size(), digest.data());
+    return digest;
+}
+
 } // namespace
 
 void storeUsb3VisionFile(Flash& flash, const std::vector<std::uint8_t>& file) {
@@ -26,7 +36,7 @@ void storeUsb3VisionFile(Flash& flash, const std::vector<std::uint8_t>& file) {
     for (std::size_t i = 0; i < 4; ++i) {
         block[kSizeOffset + i] = static_cast<std::uint8_t>(file.size() >> (8 * i));
     }
-    const auto digest = sha1(file);
+    const auto digest = digestOf(file);
     std::copy(digest.begin(), digest.end(), block.begin() + kDigestOffset);
     flash.rewrite(kBlockAddress, block.data(), static_cast<std::uint32_t>(block.size()));
     flash.rewrite(kUsb3VisionFileAddress, file.data(), static_cast<std::uint32_t>(file.size()));
@@ -44,7 +54,7 @@ bool startsAsUsb3Vision(const Flash& flash) {
     }
     std::vector<std::uint8_t> file(size);
     flash.read(kUsb3VisionFileAddress, file.data(), size);
-    const auto digest = sha1(std::move(file));
+    const auto digest = digestOf(file);
     return std::equal(digest.begin(), digest.end(), block.begin() + kDigestOffset);
 }
 
