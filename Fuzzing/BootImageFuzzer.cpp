@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Boot images: an address, a chunk size, the number of what fails (0: nothing), which is a call of the camera in one
 // run and a report of progress in another, and the image.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Lists of simulated cameras, from the file to the properties and functions of connected cameras.
 
 #include <set>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Texts that are written to properties: numbers against the standard conversions, and what properties make of them,
 // under locales that write numbers in different ways.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // XSVF files: one byte of switches, one with the number of bytes that the device answers in turn, these, and the file.
 
 #include <array>

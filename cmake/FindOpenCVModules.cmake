@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # Finds the OpenCV modules that the library calls, core and imgproc, by their headers and libraries: distributions ship OpenCV's own
 # CMake package only with all modules together.
 #

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # Headers, library, tool, the example camera list, the CMake package and the pkg-config module.
 
 include(CMakePackageConfigHelpers)

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # Flags that every target of the project is built with.
 
 option(QUILL_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)

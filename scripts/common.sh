@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: Apache-2.0
+
 # Sourced by the scripts of this folder: what they need, and how they build.
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit

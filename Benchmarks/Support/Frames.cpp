@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Support/Frames.h"
 
 #include "Imaging/FormatTable.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Feeds every file of a folder to a fuzzer's entry point, which ends the program where something is wrong.
 
 #include <cstdint>

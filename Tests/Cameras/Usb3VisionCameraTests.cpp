@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
 
 #include <algorithm>

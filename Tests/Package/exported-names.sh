@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # The library exports names of its public namespaces and classes, and no others. Argument: the library.
 set -euo pipefail
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Installs a build, moves the result elsewhere, and builds and runs a small project with it: through CMake, and through
 # pkg-config.
 # Arguments: source folder, build folder, compiler, library folder below the prefix, CMake generator.

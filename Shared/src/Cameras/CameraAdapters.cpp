@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Cameras/CameraAdapters.h"
 
 #include "Cameras/OrvexCamera/OrvexCamera.h"

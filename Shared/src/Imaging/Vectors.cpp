@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Imaging/Vectors.h"
 
 #include <opencv2/core.hpp>

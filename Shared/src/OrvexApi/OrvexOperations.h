@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef QUILL_ORVEX_OPERATIONS_H
 #define QUILL_ORVEX_OPERATIONS_H
 

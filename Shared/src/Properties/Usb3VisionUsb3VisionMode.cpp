@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Properties/Usb3VisionUsb3VisionMode.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Sha1/Sha1Compression.h"
 
 #include <array>

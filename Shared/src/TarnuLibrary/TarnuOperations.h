@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef QUILL_TARNU_OPERATIONS_H
 #define QUILL_TARNU_OPERATIONS_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Ends in the way that its argument names. Whatever runs then, the exit code is 0 and nothing is printed.
 
 #include <chrono>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // A module of an application that uses the library and leaves everything running.
 
 #include <Quill.h>

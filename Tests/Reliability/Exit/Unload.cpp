@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Loads a module that uses the library, and unloads it while a stream and the watching threads run, again and again.
 
 #include <cstdlib>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 // Threads that do at once whatever an application may do, while devices come and go. Every thread draws what it does
 // from the seed; the interleaving is the machine's.
 //

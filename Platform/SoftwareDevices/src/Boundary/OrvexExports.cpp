@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Boundary/Boundary.h"
 
 // The flat camera SDK: each operation under its export number, with the devices in software behind it.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Boundary/Boundary.h"
 
 // The flat USB3 Vision access library: each operation under its name, with the devices in software behind it.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Functions/Simulated/SimulatedFunctions.h"
 
 #include "Base/TextConversion.h"
