@@ -6,38 +6,40 @@ namespace CameraInterface::PropertyNames {
 // The names under which cameras list their properties. Camera::getSupportedProperties() lists those that a
 // camera has.
 //
-// What Property::setValue() does with a text, by kind. A camera that does not answer, or refuses, causes a
-// KestrelException_Property: "PropertyReadFailure", "PropertyRangeReadFailure", "PropertyErrorUnknown" (whether the
-// property can be written) or "PropertyWriteFailure".
+// The effect of Property::setValue(), by kind. A camera that does not answer, or refuses, causes a
+// KestrelException_Property: "PropertyReadFailure", "PropertyRangeReadFailure", "PropertyErrorUnknown" (when asked
+// whether the property can be written) or "PropertyWriteFailure".
 //
 // Properties of the SDK's cameras:
-// - Numbers of the camera (all that is not named below): limited to the range. A text that is no number throws
-//   std::invalid_argument or std::out_of_range. A difference of less than 1.2e-7 writes nothing. Ignored while it
-//   cannot be written.
+// - Numbers of the camera (all that are not listed below): limited to the range. A text that is not a number throws
+//   std::invalid_argument or std::out_of_range. A difference of less than 1.2e-7 writes nothing. A write is ignored
+//   while the property cannot be written.
 // - Names of the camera (correction matrix, demosaic method, flipping, clock speeds, tap configurations, trigger mode):
-//   another text throws KestrelException "PropertyValueConversion". Ignored while it cannot be written, which a tap
-//   configuration cannot while the camera is streaming.
-// - Switches of the camera (auto exposure, tap corrections, fan): another text than "Enabled" or "Disabled" throws
-//   KestrelException_InvalidArgument "ArgumentUnhandled". The fan is ignored while it cannot be written, the others
-//   throw "PropertyWriteFailure".
+//   any other text throws KestrelException "PropertyValueConversion". A write is ignored while the property cannot be
+//   written; a tap configuration cannot be written while the camera is streaming.
+// - Switches of the camera (auto exposure, tap corrections, fan): a text other than "Enabled" or "Disabled" throws
+//   KestrelException_InvalidArgument "ArgumentUnhandled". While it cannot be written, the fan ignores a write; the
+//   others throw "PropertyWriteFailure".
 // - Region (width, height, offsets): limited to the range, but not to a multiple of "Unit Width" or "Unit Height". A
-//   text that is no unsigned number of 32 bits throws std::invalid_argument or std::out_of_range; "-1" is the largest.
-// - Frame rate: the first one whose text contains the text; none throws std::invalid_argument. A running stream is
-//   stopped and started again, which throws what Camera::stopStream() and Camera::startStream() throw.
-// - Sampling description, pixel format, shutter and streaming mode are kept in memory: another text throws
-//   KestrelException "PropertyValueConversion". The streaming mode is ignored while the camera is streaming.
-// - Timeout is kept in memory: not limited; a text that is no number stores 0.
-// - Buffer last frame, strobe, strobe from start exposure: another text than "Enabled" or "Disabled" throws
-//   KestrelException "PropertyValueConversion"; so do the next three.
-// - Hardware trigger: goes on in the next connection. Where it cannot be switched on again then, it reads "Disabled",
-//   and the property-change callback runs.
-// - Power mode ("USB", "Y-Cable"): a refusal is KestrelException_Property "PropertyUnknown".
-// - USB3 Vision mode, also of cameras in that mode: ignored while it cannot be written.
-// - Exposure to speed, of which there is a video and a still one: as the property that they stand for.
-// - Maximum and unit sizes: "PropertyReadOnly" where the camera would let them be written, else ignored.
-// - What describes the camera (versions, serial number, colour format, endianness and so on) ignores every text.
+//   text that is not an unsigned 32-bit number throws std::invalid_argument or std::out_of_range; "-1" is the largest
+//   number.
+// - Frame rate: selects the first rate whose text contains the given text; if none does, throws std::invalid_argument.
+//   A running stream is stopped and restarted, which throws what Camera::stopStream() and Camera::startStream() throw.
+// - Sampling description, pixel format, shutter and streaming mode, kept in memory: any text that is not in the list
+//   throws KestrelException "PropertyValueConversion". The streaming mode ignores a write while the camera is
+//   streaming.
+// - Timeout, kept in memory: not limited; a text that is not a number stores 0.
+// - Buffer last frame, strobe, strobe from start exposure: a text other than "Enabled" or "Disabled" throws
+//   KestrelException "PropertyValueConversion". The next three properties throw it likewise.
+// - Hardware trigger: kept for the next connection. If it cannot be switched on again then, it reads "Disabled", and
+//   the property-change callback runs.
+// - Power mode ("USB", "Y-Cable"): throws KestrelException_Property "PropertyUnknown" if the camera refuses.
+// - USB3 Vision mode, also of cameras in that mode: ignores a write while it cannot be written.
+// - Exposure to speed, which have a video and a still variant: as the variant that they stand for.
+// - Maximum and unit sizes: throw "PropertyReadOnly" if the camera reports them as writable; otherwise ignore a write.
+// - Descriptions of the camera (versions, serial number, colour format, endianness and so on): ignore every write.
 //
-// Properties of simulated cameras take every text as it is, and ignore it where they are read-only.
+// Properties of simulated cameras store every text as it is; read-only ones ignore it.
 
 inline constexpr const char* kAutoExposureMaximum = "Auto Exposure Maximum";
 inline constexpr const char* kAutoExposureTarget = "Auto Exposure Target";

@@ -18,18 +18,18 @@ enum class PARAMETER_TYPE { Integer = 0, String = 1, Boolean = 2, Float = 3 };
 
 /// A fixed set of named values: display texts, each standing for one value.
 ///
-/// A text occurs once; a value may stand under several texts. Texts are matched whole and case-sensitively, values by
-/// plain equality. Concurrent reads are safe; insert() must not run beside any other use of the same object.
+/// A text occurs once; several texts may stand for one value. Texts are matched whole and case-sensitively, values by
+/// plain equality. Concurrent reads are safe; insert() must not run concurrently with any other use of the object.
 template <typename T>
 class PropertyValueEnumeration {
 public:
     PropertyValueEnumeration() = default;
     PropertyValueEnumeration(const std::map<std::string, T>& values) : m_Values(values) {}
 
-    /// Adds a pair. A text that is there already keeps its value.
+    /// Adds a pair. A text that exists already keeps its value.
     void insert(const std::string& text, const T& value) { m_Values.emplace(text, value); }
 
-    /// All texts, in ascending byte-wise order.
+    /// Returns all texts, in ascending byte-wise order.
     std::vector<std::string> getList() const {
         std::vector<std::string> texts;
         texts.reserve(m_Values.size());
@@ -39,7 +39,7 @@ public:
         return texts;
     }
 
-    /// The text of a value: the first in order where several stand for it.
+    /// Returns the text of a value: the first in order if several stand for it.
     /// @throws KestrelException "PropertyValueConversion": no text stands for the value
     std::string toString(const T& value) const {
         for (const auto& [text, candidate] : m_Values) {
@@ -50,7 +50,7 @@ public:
         throw conversionFailure("Failed to convert value to string. Provided value not found.", __LINE__);
     }
 
-    /// The value of a text.
+    /// Returns the value of a text.
     /// @throws KestrelException "PropertyValueConversion": the text is not in the set
     T toValue(const std::string& text) const {
         const auto entry = m_Values.find(text);
@@ -61,7 +61,7 @@ public:
     }
 
 private:
-    // Named here rather than by __FILE__, which would be the path of the installed header in an application.
+    // The file is written out: in an application, __FILE__ would be the path of the installed header.
     static KestrelExceptions::KestrelException conversionFailure(const char* description, int line) {
         return KestrelExceptions::KestrelException::create(
             "PropertyValueConversion", "Shared/include/PropertyValueEnumerations.h", line, description);

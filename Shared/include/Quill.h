@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-/// Everything that the library offers.
+/// Includes every public header of the library.
 
 #include "Cameras/Camera.h"
 #include "Cameras/CameraState.h"

@@ -22,25 +22,24 @@ namespace CameraInterface {
 class CameraList;
 class PresentCameras;
 
-/// A camera, whatever reaches it, and the process-wide list of cameras.
+/// A camera, independent of how it is reached, and the process-wide list of cameras.
 ///
-/// The static operations are thread-safe. initialiseWorkspace() fills the list and starts two threads that keep it: one
-/// drops cameras that went away, every 500 ms, one adds cameras that arrived, every 5000 ms; each reports to the
-/// application through its callback. Inside such a callback the list is up to date and may be used;
-/// initialiseWorkspace(), unitialisedWorkpace() and the two registrations are refused there with a KestrelException
-/// "WouldWaitForItself", because they wait for the callback's own thread. A callback must not wait for another thread
-/// that makes one of these calls.
+/// The static operations are thread-safe. initialiseWorkspace() fills the list and starts two threads that keep it up
+/// to date: one removes cameras that went away, every 500 ms, the other adds cameras that arrived, every 5000 ms. Each
+/// reports to the application through its callback. Inside such a callback the list is up to date and may be used.
+/// initialiseWorkspace(), unitialisedWorkpace() and the two registrations throw a KestrelException "WouldWaitForItself"
+/// there, because they wait for the callback's own thread. A callback must not wait for another thread that makes one
+/// of these calls.
 ///
 /// A reference from getCamera() stays usable until unitialisedWorkpace(). A camera that leaves the list earlier is
-/// retired: its stream is stopped, connecting it is refused with "CameraConnection", and its other operations answer
-/// harmlessly or with an exception. The last 64 retired cameras are kept; the oldest is destroyed when one more
-/// retires.
+/// retired: its stream is stopped, connect() throws "CameraConnection", and its other operations have no effect or
+/// throw. The last 64 retired cameras are kept; the oldest is destroyed when one more retires.
 ///
-/// A camera is a kind and a serial number: one that restarts as another kind (USB3 Vision or not) leaves the list, with
-/// its callback, and is added as a new camera.
+/// A camera is identified by its kind and serial number: a camera that restarts as another kind (USB3 Vision or not)
+/// leaves the list, with its callback, and is added as a new camera.
 ///
-/// A forked child begins with an empty list and no watching threads. Cameras of its parent stay the parent's: the child
-/// must not use a reference to one. Images may be used and converted in both.
+/// A forked child begins with an empty list and no watching threads. The parent's cameras stay with the parent: the
+/// child must not use a reference to them. Images may be used and converted in both processes.
 ///
 /// The operations of one camera are reentrant: one thread at a time uses a camera.
 class QUILL_API Camera {
@@ -51,86 +50,86 @@ public:
 
     // --- The camera list ---
 
-    /// Adds every camera that is attached and starts watching for changes. Called again, it only adds new cameras.
-    /// @throws std::system_error  no thread can be had; called again, it starts what does not run yet
+    /// Adds every attached camera and starts watching for changes. Further calls only add new cameras.
+    /// @throws std::system_error  a thread cannot be started; a further call starts what does not run yet
     static void initialiseWorkspace();
     /// Clears both callbacks, stops watching and destroys all cameras. When it returns, none of the library's threads
-    /// runs, except one that a device keeps in a capture although it was asked to cancel, to stop and to close.
+    /// runs, except a thread that a device holds in a capture although the library cancelled, stopped and closed it.
     static void unitialisedWorkpace();
-    /// The model name of every listed camera, by serial number. A camera whose name cannot be read is left out.
+    /// Returns the model name of every listed camera, by serial number. Omits cameras whose name cannot be read.
     static std::map<std::string, std::string> getCamerasList();
-    /// The listed camera of a serial number.
+    /// Returns the listed camera that has the serial number.
     /// @throws KestrelException_Camera "CameraNotFound"
     static Camera& getCamera(const std::string& serialNumber);
-    /// Looks for cameras now and adds the new ones.
-    /// @return how many were added
+    /// Searches for cameras now and adds the new ones.
+    /// @return the number of cameras added
     static unsigned int searchForNewCameras();
-    /// Replaces the function that is called when the watching thread has added cameras; an empty one clears it. When
-    /// the call returns, the former callback does not run any more.
+    /// Replaces the function that is called after the watching thread has added cameras; an empty function clears it.
+    /// When the call returns, the former callback no longer runs.
     static void registerNewConnectCallback(std::function<void()> callback);
-    /// Replaces the function that is called, with model name and serial number, for every camera that went away;
-    /// otherwise like registerNewConnectCallback().
+    /// Replaces the function that is called, with model name and serial number, for every camera that went away.
+    /// Otherwise like registerNewConnectCallback().
     static void registerDisconnectCallback(std::function<void(const std::string&, const std::string&)> callback);
-    /// Why adapters could not be asked for their cameras the last time: adapter name to reason. Empty when all is well.
-    /// An adapter that fails contributes no cameras and stops neither the others nor the application.
+    /// Returns the failures of the last enumeration: adapter name to reason; empty if all succeeded. An adapter that
+    /// fails contributes no cameras and affects neither the other adapters nor the application.
     static std::map<std::string, std::string> getEnumerationFailures();
 
     // --- Image stream ---
 
-    /// Whether images are being delivered; false on a camera that has no stream.
+    /// Whether the stream is running; false for a camera without a stream.
     virtual bool isStreaming();
-    /// Starts delivery, with the settings that the camera's properties have now.
+    /// Starts the stream with the present settings of the camera's properties.
     /// @throws KestrelException "StreamUnsupported"  the camera has no stream
-    /// @throws KestrelException "InvalidStreamSettings"  properties that a stream needs cannot be read
+    /// @throws KestrelException "InvalidStreamSettings"  a property that the stream needs cannot be read
     /// @throws KestrelException "InvalidStreamFormat", "RegisterStreamCallback"
-    /// @throws KestrelException_Stream "StartStream"  the camera refuses, or memory or a thread is not to be had
+    /// @throws KestrelException_Stream "StartStream"  the camera refuses, or memory or a thread is not available
     virtual void startStream();
-    /// Stops delivery; a barrier: no frame is captured any more when it returns. May be called beside a getImage() that
-    /// waits, which then ends with "StreamStopped".
+    /// Stops the stream. This is a barrier: when it returns, no frame is captured any more. May be called while another
+    /// thread waits in getImage(), which then throws "StreamStopped".
     /// @throws KestrelException "StreamUnsupported"  the camera has no stream
     /// @throws KestrelException_Stream "StopStream", KestrelException "RemoveStreamCallback"  the camera refuses; the
-    ///     stream counts as running
+    ///     stream still counts as running
     virtual void stopStream();
-    /// The statistics of the stream.
+    /// Returns the statistics of the stream.
     /// @throws KestrelException "StreamUnsupported"  the camera has no stream
     virtual StreamStatistics& getStreamStatistics();
 
-    /// The next image; where the stream does not run, it is started for this one image and stopped again. Always ends:
-    /// with the image, or after the property "Timeout" (milliseconds; when it is negative after 5 s and the frame's own
-    /// time: in video exposure and frame period, in still mode exposure and exposure delay). A frame of which not all
-    /// bytes arrive never becomes an image; it is counted, and the wait goes on.
+    /// Returns the next image. If the stream does not run, starts it for this image and stops it again. The wait is
+    /// bounded by the property "Timeout" in milliseconds; a negative one means 5 s plus the frame's own time (video:
+    /// exposure and frame period; still: exposure and exposure delay). An incomplete frame never becomes an image: it
+    /// is counted, and the wait continues.
     /// @throws KestrelException_Stream "StreamTimeout", "StreamStopped"; what startStream() and stopStream() throw
     /// @throws KestrelException_Property  a property that describes the image cannot be read
     /// @throws std::runtime_error "Method not implemented."  a camera in USB3 Vision mode
     virtual std::unique_ptr<Imaging::Image> getImage() = 0;
-    /// A new image in another format; see Imaging::convertImage(). A camera that demosaics its own images is asked for
+    /// Returns a new image in another format; see Imaging::convertImage(). A camera that demosaics its own images reads
     /// its properties first.
-    /// @throws KestrelException_Property  it does not answer, or was never connected
+    /// @throws KestrelException_Property  such a camera does not answer, or was never connected
     virtual std::unique_ptr<Imaging::Image> convertImage(const std::unique_ptr<Imaging::Image>& image,
                                                          Imaging::IMAGE_FORMAT format);
 
-    /// Descriptive key/value pairs, read from the camera's properties; empty before the first connection.
+    /// Returns descriptive key/value pairs, read from the camera's properties; empty before the first connection.
     virtual std::map<std::string, std::string> getCameraInfo() = 0;
     /// The identity of the camera in the list.
     virtual std::string getSerialNumber() = 0;
     virtual std::string getModelName() = 0;
-    /// Whether a connected camera still answers. What it says of one that is not connected depends on its kind.
+    /// Whether a connected camera still answers. For a camera that is not connected, the result depends on its kind.
     virtual bool isCameraAlive() = 0;
 
     // --- Connection ---
 
-    /// Opens the camera and builds its properties and functions; nothing happens on a connected one.
-    /// @throws KestrelException_Camera "CameraConnection"  the camera cannot be opened, or was dropped from the list. A
-    ///     suspended camera that cannot be resumed, because it is gone, leaves the list too
+    /// Opens the camera and builds its properties and functions. Does nothing if the camera is connected.
+    /// @throws KestrelException_Camera "CameraConnection"  the camera cannot be opened, or has left the list. A
+    ///     suspended camera that cannot be resumed because it is gone also leaves the list
     virtual void connect() = 0;
-    /// Closes the camera, its stream first; nothing happens on a disconnected one.
+    /// Stops the stream and closes the camera. Does nothing if the camera is disconnected.
     /// @throws KestrelException_CameraState "CameraState"  the camera is suspended; what stopStream() throws
     virtual void disconnect() = 0;
-    /// Puts a connected camera aside, its stream stopped.
+    /// Stops the stream of a connected camera and suspends the camera.
     /// @throws KestrelException_CameraState "CameraState"  the camera is not connected; what stopStream() throws
     virtual void suspend() = 0;
 
-    /// A camera that was dropped from the list keeps the state that it had.
+    /// Returns the state. A camera that has left the list keeps its last state.
     CameraState getState();
     bool isConnected() const;
 
@@ -139,18 +138,18 @@ public:
     /// @throws KestrelException_Property "PropertyUnsupported"
     Property& getProperty(const std::string& name);
     bool isPropertySupported(const std::string& name);
-    /// The names of all properties, in ascending byte-wise order.
+    /// Returns the names of all properties, in ascending byte-wise order.
     std::vector<std::string> getSupportedProperties();
     /// @throws KestrelException_Function "FunctionUnsupported"
     Function& getFunction(std::string name);
-    /// The names of all functions, in ascending byte-wise order.
+    /// Returns the names of all functions, in ascending byte-wise order.
     std::vector<std::string> getSupportedFunctions();
     /// Performs a function and returns its results.
     /// @throws KestrelException_Function "FunctionUnsupported", and what Function::perform() throws
     std::vector<std::string> perform(const std::string& name, std::vector<std::string>& parameters);
 
     /// Replaces the function that is called, on the writing thread, after a property changed; also for properties of
-    /// later connections. An empty one clears it.
+    /// later connections. An empty function clears it.
     void registerPropertyChangeCallback(std::function<void(Property&)> callback);
 
 protected:
@@ -163,21 +162,21 @@ protected:
     static void runNewConnectCallback();
     static void runDisconnectCallback(const std::string& modelName, const std::string& serialNumber);
 
-    /// The word for a state: "connected", "disconnected" or "suspended"; empty for any other number.
+    /// Returns the word for a state: "connected", "disconnected" or "suspended"; empty for any other number.
     std::string getStateString(CameraState state);
     /// Whether the present state may change to @p target.
     bool validateState(CameraState target) const;
     /// The guard that every connect(), disconnect() and suspend() starts with.
     /// @throws KestrelException_CameraState "CameraState"  the transition is not allowed
-    /// @throws KestrelException_Camera "CameraConnection"  a retired camera is to be connected
+    /// @throws KestrelException_Camera "CameraConnection"  the camera is retired and @p target is Connected
     void requireTransition(CameraState target, const KestrelExceptions::SourceLocation& here);
-    /// Ends a connect() that finds nothing to open. A suspended camera stays suspended, but is not held any more: the
-    /// watching thread makes it disconnected, and drops it, when no camera of its kind has its serial number.
+    /// Ends a connect() that finds nothing to open. A suspended camera stays suspended but is no longer kept: if no
+    /// camera of its kind has its serial number, the watching thread makes it disconnected and removes it.
     /// @throws KestrelException_Camera "CameraConnection"  always
     [[noreturn]] void refuseConnection(const KestrelExceptions::SourceLocation& here);
-    /// Whether the camera has left the list: it will not come back under this object.
+    /// Whether the camera has left the list. It does not come back as this object.
     bool isRetired() const;
-    /// Kept while a connected camera is closed: the watching thread does not take its silence for a loss.
+    /// Marks that a connected camera is being closed, so that the watching thread does not take its silence for a loss.
     class Closing {
     public:
         explicit Closing(Camera& camera) : m_Camera(camera) { ++camera.m_ClosingSteps; }
@@ -188,7 +187,7 @@ protected:
     private:
         Camera& m_Camera;
     };
-    /// Hands the property-change callback to every property. Called after building them.
+    /// Passes the property-change callback to every property. Called after they are built.
     void updatePropertyChangeCallback();
 
     // Destroyed from the last to the first.
@@ -212,7 +211,7 @@ private:
     static bool callbackWatchdogDisconnect();
 
     Stream& requireStream();
-    /// Tells the stream of a retired camera to stop.
+    /// Stops the stream of a retired camera.
     void stopForGood() noexcept;
     /// Makes a suspended camera that could not be resumed disconnected.
     void endFailedResumption();

@@ -10,12 +10,12 @@ namespace KestrelExceptions {
 
 /// Base of every failure that the library reports about cameras, properties, functions and streams.
 ///
-/// An exception is complete when its constructor returns: its texts are composed once and copies carry them. Objects
-/// are plain values; the pointers that the four accessors return stay valid as long as the object lives.
+/// An exception is complete when its constructor returns: it composes its texts once, and copies carry them. Objects
+/// are plain values; the pointers that the four accessors return are valid as long as the object lives.
 class QUILL_API KestrelException : public std::exception {
 public:
     /// Makes an exception about no subject in particular.
-    /// @param errorName one word for the kind of failure, the answer of who()
+    /// @param errorName one word for the kind of failure, as who() returns it
     /// @param file path of the source file that throws; empty leaves where() empty
     /// @param line line of the throw in that file
     /// @param description one sentence
@@ -28,7 +28,7 @@ public:
 
     /// The complete message, of up to three lines: who, where and why.
     const char* what() const noexcept override;
-    /// The bare word for the kind of failure, such as "CameraNotFound"; made to be compared.
+    /// The bare word for the kind of failure, such as "CameraNotFound", for comparisons.
     virtual const char* who() const noexcept;
     /// Source file and line of the throw, or an empty text.
     virtual const char* where() const noexcept;
@@ -43,7 +43,7 @@ protected:
     virtual void buildErrorDescription();
     virtual void buildCompleteErrorMessage();
 
-    /// Composes the three texts. Every subclass constructor ends with it, its own fields being stored.
+    /// Composes the three texts. Every subclass constructor calls it last, after storing its own fields.
     void init();
 
     std::string m_ErrorName;

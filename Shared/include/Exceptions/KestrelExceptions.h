@@ -55,7 +55,7 @@ protected:
     std::string m_FunctionName;
 };
 
-/// An argument that an operation cannot take.
+/// An argument that an operation does not accept.
 class QUILL_API KestrelException_InvalidArgument : public KestrelException {
 public:
     KestrelException_InvalidArgument(const std::string& errorName, const std::string& file, int line,
@@ -85,7 +85,7 @@ protected:
     std::string m_PropertyName;
 };
 
-/// Two properties that do not fit each other.
+/// A conflict between two properties.
 class QUILL_API KestrelException_PropertyComparison : public KestrelException {
 public:
     KestrelException_PropertyComparison(const std::string& errorName, const std::string& file, int line,

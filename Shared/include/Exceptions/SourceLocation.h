@@ -11,7 +11,7 @@ struct SourceLocation {
 
 } // namespace KestrelExceptions
 
-/// The place where it is written.
+/// The source location at which the macro is used.
 #define QUILL_HERE                                                                                                     \
     ::KestrelExceptions::SourceLocation {                                                                              \
         __FILE__, __LINE__                                                                                             \

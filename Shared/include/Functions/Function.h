@@ -9,7 +9,7 @@
 
 namespace CameraInterface {
 
-/// One parameter or result of a function: what it is called and how its text is to be read.
+/// One parameter or result of a function: its label and the type that its text represents.
 struct ParameterDescriptor {
     std::string m_Label;
     PARAMETER_TYPE m_Type = PARAMETER_TYPE::String;
@@ -17,16 +17,16 @@ struct ParameterDescriptor {
 
 /// A named operation of a camera: flash, RAM, reboot, JTAG.
 ///
-/// Parameters and results are texts, one per descriptor and in their order. Numbers are parsed with automatic base
+/// Parameters and results are texts, one per descriptor, in the same order. Numbers are parsed with automatic base
 /// ("0x" hexadecimal, leading 0 octal, otherwise decimal); data bytes are the bytes of the string, zeros included.
-/// Reentrant: functions have no locks, and one camera's functions are performed by one thread at a time.
+/// Reentrant: functions have no locks; only one thread at a time may perform functions of a camera.
 class QUILL_API Function {
 public:
     Function(const Function&) = default;
     Function& operator=(const Function&) = default;
     virtual ~Function();
 
-    /// Performs the function on this thread, for as long as the camera takes.
+    /// Performs the function on the calling thread. Blocks for as long as the camera takes.
     /// @return one text per descriptor of getReturnFormat()
     /// @throws KestrelException_InvalidArgument "ArgumentEmpty"  fewer parameters than the function reads
     /// @throws KestrelException_Function "FunctionExecution"  the operation failed
@@ -41,7 +41,7 @@ public:
 protected:
     explicit Function(const std::string& name);
 
-    /// Asked at the end of a concrete constructor, which throws "FunctionUnsupported" if the answer is no.
+    /// Called at the end of a concrete constructor, which throws "FunctionUnsupported" if the result is false.
     virtual bool isFunctionSupported() const;
 
 private:

@@ -8,7 +8,7 @@
 
 namespace Imaging {
 
-/// The pixel layout of an image. The numbers are part of the interface: conversion keys are made of them.
+/// The pixel layout of an image. The numbers are part of the interface: conversion keys are composed of them.
 enum class IMAGE_FORMAT {
     MONO = 0,         ///< one grey sample per pixel
     BAYER_RGGB = 1,   ///< mosaic: even rows R G R G, odd rows G B G B
@@ -25,11 +25,11 @@ enum class IMAGE_FORMAT {
     BGRA_PLANAR = 12  ///< planes B, G, R, A
 };
 
-/// The enumerator's own name, such as "BAYER_RGGB".
+/// Returns the name of the enumerator, such as "BAYER_RGGB".
 /// @throws std::runtime_error "Invalid image format."  not one of the thirteen
 QUILL_API std::string getFormatName(IMAGE_FORMAT format);
 
-/// The format of an enumerator's name, matched whole and case-sensitively; nothing for any other text.
+/// Returns the format whose enumerator has the name, matched whole and case-sensitively; nothing for any other text.
 QUILL_API std::optional<IMAGE_FORMAT> findFormat(const std::string& name);
 
 } // namespace Imaging

@@ -9,7 +9,7 @@
 
 namespace Imaging {
 
-/// A colour image of one plane per colour, one after another.
+/// A colour image with one plane per channel, one after another.
 class QUILL_API PlanarColor : public Image {
 public:
     PlanarColor(unsigned width, unsigned height, std::vector<unsigned char> data, unsigned bitDepth, bool littleEndian,

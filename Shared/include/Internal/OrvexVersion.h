@@ -6,7 +6,7 @@
 
 #include <stdint.h> /* NOLINT(modernize-deprecated-headers): C as well */
 
-/** What a camera is: an array of them is filled by the enumeration. */
+/** Identifies a camera. The enumeration fills an array of these records. */
 typedef struct ORVEX_VERSION { /* NOLINT(modernize-use-using): C as well */
     uint32_t firmware;
     uint32_t fpga;

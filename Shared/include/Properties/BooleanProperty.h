@@ -9,7 +9,7 @@
 
 namespace CameraInterface {
 
-/// An on/off property, "Enabled" or "Disabled"; off at first.
+/// An on/off property, "Enabled" or "Disabled"; initially off.
 class QUILL_API BooleanProperty : public Property {
 public:
     BooleanProperty(const std::string& name, const PROPERTY_TYPE& type);
@@ -25,7 +25,7 @@ public:
     bool isAvailableForWriting() override;
     bool isDiscrete() override;
     std::vector<std::string> getValueList() override;
-    /// Stores the state and notifies nobody.
+    /// Stores the state. Does not notify linked properties or callbacks.
     /// @throws KestrelException "PropertyValueConversion"  neither "Enabled" nor "Disabled"
     void setValue(const std::string& value) override;
 

@@ -12,20 +12,20 @@ namespace CameraInterface {
 
 /// A property whose value lives in memory.
 ///
-/// Numbers read in fixed notation, floating-point ones with two decimals, whatever the locale. Made for T = unsigned
-/// long (32 bits wide in text on every platform), int, double, bool and std::string.
+/// Numbers read in fixed notation, floating-point numbers with two decimals, independent of the locale. Instantiated
+/// for T = unsigned long (32 bits wide in text on every platform), int, double, bool and std::string.
 template <typename T>
 class MemoryProperty : public Property {
 public:
-    /// @param valueEnumeration text of each allowed value, for a discrete property; empty otherwise
+    /// @param valueEnumeration the text of each allowed value of a discrete property; empty otherwise
     MemoryProperty(const std::string& name, const PROPERTY_TYPE& type, const T& minimum, const T& maximum,
                    const T& defaultValue, bool readOnly, bool discrete,
                    const std::map<std::string, T>& valueEnumeration);
 
     using Property::operator=;
 
-    /// The four texts throw KestrelException "PropertyValueConversion" where a discrete property holds a value without
-    /// text.
+    /// These four operations throw KestrelException "PropertyValueConversion" if a discrete property holds a value
+    /// without a text.
     std::string getMinimum() override;
     std::string getMaximum() override;
     std::string getValue() override;
@@ -35,11 +35,12 @@ public:
     bool isDiscrete() override;
     std::vector<std::string> getValueList() override;
 
-    /// Ignores the present text and every write to a property that cannot be written now. A continuous value is not
-    /// checked against the limits, and no text is refused: the first word counts, one that does not begin with a number
-    /// stores 0, one out of the range of T the nearest limit of T, an empty text keeps the value.
-    /// @throws KestrelException "PropertyValueConversion"  not one of the texts of a discrete property; nothing is
-    /// changed
+    /// Ignores the present text, and every write while the property cannot be written. A continuous value is not
+    /// checked against the limits, and every text is accepted: only the first word counts; a word that does not begin
+    /// with a number stores 0; a number out of the range of T stores the nearest limit of T; an empty text keeps the
+    /// value.
+    /// @throws KestrelException "PropertyValueConversion"  not one of the texts of a discrete property; the value does
+    /// not change
     void setValue(const std::string& value) override;
 
 protected:

@@ -13,20 +13,20 @@ namespace CameraInterface {
 
 /// A named setting or reading of a camera. Every value travels as text.
 ///
-/// Reentrant: a property has no locks and is used from the thread that calls into its camera. It belongs to its camera
-/// and lives as long as the camera does.
+/// Reentrant: a property has no locks and is used from the thread that uses its camera. The camera owns it; it lives as
+/// long as the camera does.
 class QUILL_API Property {
 public:
-    /// Copies name, type, callback and the links (not the partners behind them).
+    /// Copies name, type, callback and links (not the linked properties).
     Property(const Property&) = default;
     Property& operator=(const Property&) = default;
     virtual ~Property();
 
-    /// Writes the default value; a property that cannot be written keeps its value. Throws what getDefault() and
+    /// Writes the default value. A property that cannot be written keeps its value. Throws what getDefault() and
     /// setValue() throw.
     virtual void resetToDefault();
-    /// Tells that the value may have changed without a write through this property.
-    /// @param notifyLinked whether to notify the linked partners as well
+    /// Reports that the value may have changed other than through this property.
+    /// @param notifyLinked whether to notify the linked properties as well
     virtual void update(bool notifyLinked);
     /// The limits of the value, as text.
     virtual std::string getMinimum() = 0;
@@ -41,22 +41,21 @@ public:
     virtual bool isDiscrete() = 0;
     /// The allowed values of a discrete property; empty for a continuous one.
     virtual std::vector<std::string> getValueList() = 0;
-    /// Writes a value, notifies the linked partners and runs the on-change callback on this thread. Exceptions of
-    /// both pass.
+    /// Writes a value, notifies the linked properties and runs the on-change callback on the calling thread. Their
+    /// exceptions pass through.
     ///
-    /// What a text does depends on the kind of property, and PropertyNames.h says of which kind each is:
-    /// - A number of the camera, and a region, is limited to the range: getValue() returns what was written. A number
-    /// in
-    ///   memory is not.
-    /// - A discrete property takes one of getValueList(), which is never corrected; a frame rate may be a part of one.
-    /// - A write that is not possible (isReadOnly(), isAvailableForWriting()) is ignored without a word by most.
-    /// @throws std::invalid_argument, std::out_of_range  a text that is no number, or none of the frame rates: standard
-    ///     exceptions, outside the family of KestrelException
+    /// The effect of a text depends on the kind of property; PropertyNames.h gives the kind of each:
+    /// - A number of the camera, or of its region, is limited to the range; getValue() returns the value written.
+    ///   A number in memory is not limited.
+    /// - A discrete property accepts only the texts of getValueList(); a frame rate also accepts a part of one.
+    /// - Most properties silently ignore a write while they cannot be written (isReadOnly(), isAvailableForWriting()).
+    /// @throws std::invalid_argument, std::out_of_range  the text is not a number, or none of the frame rates: standard
+    ///     exceptions, not derived from KestrelException
     /// @throws KestrelException "PropertyValueConversion"  not one of the texts of a discrete property
-    /// @throws KestrelException_InvalidArgument "ArgumentUnhandled"  the same of a switch of the camera
+    /// @throws KestrelException_InvalidArgument "ArgumentUnhandled"  the same for a switch of the camera
     /// @throws KestrelException_Property "PropertyWriteFailure", "PropertyReadFailure", "PropertyRangeReadFailure",
     ///     "PropertyErrorUnknown", "PropertyUnknown"  the camera does not answer, or refuses
-    /// @throws KestrelException_Property "PropertyReadOnly"  a constant that the camera would let be written
+    /// @throws KestrelException_Property "PropertyReadOnly"  a constant that the camera reports as writable
     virtual void setValue(const std::string& value) = 0;
 
     std::string getName() const;
@@ -67,19 +66,21 @@ public:
     /// Writes the value; see setValue().
     void operator=(const std::string& value); // NOLINT(misc-unconventional-assign-operator): assigns to the camera
 
-    /// Makes @p other refresh whenever this property changes. One way; a partner of the same name stays.
-    /// @p other must live as long as the link is there.
+    /// Makes @p other update whenever this property changes, not the reverse. Does nothing if a property of that name
+    /// is linked already.
+    /// @p other must outlive the link.
     void addLinkedProperty(Property& other);
     void removeLinkedProperty(Property& other);
 
-    /// Replaces the function that is called after every change; an empty one clears it.
+    /// Replaces the function that is called after every change; an empty function clears it.
     void registerOnChangeCallback(std::function<void(Property&)> callback);
     void unregisterOnChangeCallback();
 
 protected:
     Property(const std::string& name, const PROPERTY_TYPE& type);
 
-    /// Updates the linked partners (in name order, one link far) if @p notifyLinked, then runs the callback.
+    /// If @p notifyLinked, updates the linked properties, in name order and not the properties linked to them; then
+    /// runs the callback.
     void onChange(bool notifyLinked);
     void executeOnChangeCallback();
 

@@ -9,14 +9,14 @@
 
 namespace CameraInterface {
 
-/// Stands for one of two properties, chosen afresh at every call by the present value of a third.
+/// Stands for one of two properties, selected at every call by the present value of a third.
 ///
-/// It has no value of its own: every call goes unchanged to the chosen property. update() runs this property's own
-/// callback.
+/// It has no value of its own and forwards every call unchanged to the selected property. update() runs this property's
+/// own callback.
 class QUILL_API PropertyConditional : public Property {
 public:
-    /// Stands for @p propertyIfEqual while @p conditionProperty reads @p conditionValue, for @p propertyOtherwise
-    /// otherwise. The three properties are not owned and must outlive this one.
+    /// Stands for @p propertyIfEqual while @p conditionProperty reads @p conditionValue, otherwise for @p
+    /// propertyOtherwise. The three properties are not owned and must outlive this object.
     PropertyConditional(const std::string& name, const PROPERTY_TYPE& type, Property& conditionProperty,
                         const std::string& conditionValue, Property& propertyIfEqual, Property& propertyOtherwise);
 
@@ -30,7 +30,7 @@ public:
     bool isAvailableForWriting() override;
     bool isDiscrete() override;
     std::vector<std::string> getValueList() override;
-    /// Throws what the deciding property's getValue() and the chosen one's setValue() throw.
+    /// Throws what getValue() of the condition property and setValue() of the selected property throw.
     void setValue(const std::string& value) override;
 
 private:

@@ -9,10 +9,10 @@
 
 namespace CameraInterface {
 
-/// What a stream delivers: frames one after another, or single captures.
+/// The mode of a stream: continuous video or single captures.
 enum class StreamMode { Video = 0, Still = 1 };
 
-/// The size of the frames that a stream delivers.
+/// The size of a stream's frames.
 struct FrameGeometry {
     std::uint32_t height = 0;       ///< rows
     std::uint32_t width = 0;        ///< pixels per row
@@ -28,22 +28,22 @@ public:
     virtual ~Stream();
 
     virtual bool isStreaming() = 0;
-    /// Starts delivery in the chosen mode; does nothing while it runs.
+    /// Starts delivery in the selected mode. Does nothing if the stream runs.
     virtual void startStream() = 0;
-    /// Stops delivery; does nothing while it does not run.
+    /// Stops delivery. Does nothing if the stream does not run.
     virtual void stopStream() = 0;
     virtual StreamMode getStreamType() = 0;
-    /// Chooses the mode of the next start.
+    /// Selects the mode of the next start.
     virtual void setStreamType(StreamMode mode) = 0;
     /// Waits for the next frame and hands over its bytes; the stream keeps no copy. Thread-safe: callers are served one
-    /// after another, each with a frame of its own, in the order in which they came.
+    /// after another in the order of their calls, each with a frame of its own.
     virtual std::vector<unsigned char> getImageData() = 0;
     /// The geometry of the frames that getImageData() returns.
     virtual FrameGeometry getImageFormat() = 0;
     /// The statistics, which the stream owns.
     virtual StreamStatistics& getStreamStatistics() = 0;
-    /// Ends delivery whatever the device answers: the camera is gone, or about to be destroyed. Whoever waits for a
-    /// frame is told so. The base stops the stream and drops what that throws.
+    /// Ends delivery even if the device refuses, because the camera is gone or about to be destroyed. Threads that wait
+    /// for a frame get an exception that says so. The base implementation stops the stream and ignores exceptions.
     virtual void forceStop() noexcept;
 };
 

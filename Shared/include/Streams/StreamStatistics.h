@@ -13,12 +13,12 @@ namespace CameraInterface {
 
 /// Selects one of the frame counters of a stream.
 enum class STREAM_TYPE : std::uint8_t {
-    Reserved = 0,  ///< counted by nothing in the library
+    Reserved = 0,  ///< not used by the library
     Delivered = 1, ///< frames that the stream handed out
     Received = 2   ///< frames that the camera delivered to the stream
 };
 
-/// Frame rates and the last capture and transfer times of a stream. Thread-safe.
+/// The frame rates and the last capture and transfer times of a stream. Thread-safe.
 ///
 /// A copy shares its counters with its source; the two times are copied by value.
 class QUILL_API StreamStatistics {
@@ -32,23 +32,24 @@ public:
 
     /// Counts one frame.
     void incrementFrameCount(STREAM_TYPE type);
-    /// The rate of a counter, in frames per second.
+    /// Returns the rate of a counter, in frames per second.
     double getFramesPerSecond(STREAM_TYPE type);
-    /// All frames that a counter has counted. What was received and not delivered, nobody asked for in time, or it was
-    /// incomplete.
+    /// Returns the total of a counter. A frame that was received but not delivered was incomplete, or not requested in
+    /// time.
     unsigned long long getFrameCount(STREAM_TYPE type);
-    /// Frames of which not all bytes arrived, or which the camera describes wrongly: they were received, and dropped.
+    /// Returns the number of frames that were received and dropped, because bytes were missing or the camera described
+    /// them wrongly.
     unsigned long long getIncompleteFrameCount() const;
-    /// Counts one of these.
+    /// Counts one such frame.
     void incrementIncompleteFrameCount();
-    /// The averaging interval of a counter, in seconds; 1 at first.
+    /// The averaging interval of a counter, in seconds; initially 1.
     double getDesiredIntervalTime(STREAM_TYPE type);
     void setDesiredIntervalTime(STREAM_TYPE type, double seconds);
 
-    /// How long the last capture took, in seconds.
+    /// The duration of the last capture, in seconds.
     double getCaptureTime();
     void setCaptureTime(double seconds);
-    /// How long handing over the last image took, in seconds.
+    /// The time taken to hand over the last image, in seconds.
     double getImageDataTransferTime();
     void setImageDataTransferTime(double seconds);
 

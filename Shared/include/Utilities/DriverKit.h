@@ -17,19 +17,19 @@ class QUILL_API RegistryError : public std::runtime_error {
 public:
     RegistryError(const char* message, LSTATUS errorCode) : std::runtime_error(message), m_ErrorCode(errorCode) {}
 
-    LSTATUS m_ErrorCode; ///< what the operation returned, such as 2: not found
+    LSTATUS m_ErrorCode; ///< the status that the operation returned, such as 2: not found
 };
 
 } // namespace win32
 
-/// The version of the maker's driver kit, in UTF-8, from the record of its installation. Thread-safe.
+/// Returns the version of the maker's driver kit, in UTF-8, from the record of its installation. Thread-safe.
 ///
-/// Where the platform has no registry, the record is a line of the UTF-8 file /etc/quillcamera/drivers.conf:
+/// On a platform without a registry, the record is a line of the UTF-8 file /etc/quillcamera/drivers.conf:
 /// `SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\{7A3D9F20-4B1C-4E8A-9C55-2D61F0B8E3A7}\DisplayVersion=4.5.1.0`.
-/// @throws win32::RegistryError "Cannot open registry key: RegOpenKeyEx failed."  with status 2 where it is not
-///     installed, with 5 where its record cannot be read
-/// @throws win32::RegistryError "Cannot read string from registry"  with status 2 where the record names no version,
-///     with 1630 where that is no text
+/// @throws win32::RegistryError "Cannot open registry key: RegOpenKeyEx failed."  status 2: the kit is not installed;
+///     5: its record cannot be read
+/// @throws win32::RegistryError "Cannot read string from registry"  status 2: the record has no version; 1630: the
+///     version is not a text
 /// @throws std::range_error "bad conversion"  the version is not UTF-8
 QUILL_API std::string getZephVersion();
 

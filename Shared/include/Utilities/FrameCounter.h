@@ -9,7 +9,7 @@
 
 namespace Utilities {
 
-/// Turns a series of frames into a rate, averaged over a sliding interval. Thread-safe.
+/// Measures a frame rate, averaged over a sliding interval. Thread-safe.
 class QUILL_API FrameCounter {
 public:
     FrameCounter() = default;
@@ -19,15 +19,15 @@ public:
 
     /// Counts one frame, now.
     void incrementFrameCount();
-    /// The frames of the last interval divided by the time from the oldest of them to now, in 1/s. Of more than 65,536
-    /// frames the last 65,536 are used.
+    /// Returns the frames of the last interval divided by the time from the oldest of them to now, in 1/s. Uses at most
+    /// the last 65,536 frames.
     double getFramesPerSecond();
-    /// All frames counted since construction. It only grows.
+    /// Returns the number of frames counted since construction. It never decreases.
     unsigned long long getFrameCount() const;
     /// Forgets the times of the frames counted so far.
     void resetFrameCount();
-    /// The averaging interval in seconds, 1 at first; one that is not positive, or no number, has no frames. Frames
-    /// that an interval left out do not come back when it grows.
+    /// Sets the averaging interval in seconds, initially 1. An interval that is not positive, or not a number, has no
+    /// frames. Frames that a short interval has dropped do not come back when it grows.
     void setDesiredIntervalTime(double seconds);
     double getDesiredIntervalTime();
 

@@ -4,7 +4,8 @@
 #include <condition_variable>
 #include <mutex>
 
-// Clang checks at compile time that guarded members are touched under their lock; other compilers see nothing.
+// Clang checks at compile time that guarded members are accessed under their lock; for other compilers these macros are
+// empty.
 #if defined(__clang__)
 #    define QUILL_THREAD_ANNOTATION(attribute) __attribute__((attribute))
 #else
@@ -18,7 +19,7 @@
 
 namespace Utilities {
 
-/// A plain, non-recursive mutex that the compiler can reason about.
+/// A non-recursive mutex with thread-safety annotations.
 class QUILL_THREAD_ANNOTATION(capability("mutex")) Mutex {
 private:
     friend class MutexLock;
@@ -39,14 +40,14 @@ public:
         condition.wait(m_Lock, predicate);
     }
 
-    /// The same, until @p duration has passed at the latest.
-    /// @return what the predicate answers at the end
+    /// The same, for at most @p duration.
+    /// @return the last result of the predicate
     template <typename Duration, typename Predicate>
     bool waitFor(std::condition_variable& condition, const Duration& duration, Predicate predicate) {
         return condition.wait_for(m_Lock, duration, predicate);
     }
 
-    /// The same, until a point in time.
+    /// The same, until @p end at the latest.
     template <typename TimePoint, typename Predicate>
     bool waitUntil(std::condition_variable& condition, const TimePoint& end, Predicate predicate) {
         return condition.wait_until(m_Lock, end, predicate);

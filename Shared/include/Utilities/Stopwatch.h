@@ -5,18 +5,19 @@
 
 namespace Utilities {
 
-/// Measures intervals on the steady clock and adds them up; all times are in seconds. One thread uses a watch.
+/// Measures intervals on the steady clock and adds them up; all times are in seconds. Reentrant.
 class QUILL_API Stopwatch {
 public:
-    /// Opens an interval. On a running watch it closes the open one first, as a lap.
+    /// Opens an interval. If the watch runs, closes the open interval first, as a lap.
     void start();
-    /// Closes the interval. Called again, it adds the time since the last start once more.
+    /// Closes the interval. A further call adds the time since the last start once more.
     void stop();
-    /// Back to the state of a new watch.
+    /// Restores the state of a new watch.
     void reset();
-    /// The open interval so far, or the last closed one.
+    /// Returns the open interval so far, or the last closed one.
     double delta();
-    /// While running, the time since the first start, pauses included; otherwise the sum of the closed intervals.
+    /// Returns the time since the first start, including pauses, while running; otherwise the sum of the closed
+    /// intervals.
     double elapsed();
 
 private:

@@ -10,30 +10,29 @@
 
 namespace Utilities {
 
-/// Calls a function at a fixed period, on a thread of its own, until the function answers false or the watchdog is
-/// stopped.
+/// Calls a function periodically, on a thread of its own, until the function returns false or the watchdog is stopped.
 ///
-/// One thread at a time owns a watchdog and calls its operations. Stopping wakes the thread at once and waits for a
-/// running call, so that nothing runs any more when stop() returns. The polled function may not start, stop or restart
-/// its own watchdog: that throws a KestrelException "WouldWaitForItself"; to end the polling it returns false. An
-/// exception that it lets escape is dropped and the polling goes on. A forked child does not have the thread: there
-/// stop() and the destructor have nothing to wait for, and start() starts a thread of the child's.
+/// One thread at a time uses a watchdog. Stopping wakes the thread at once and waits for a running call: when stop()
+/// returns, the function no longer runs. The polled function must not start, stop or restart its own watchdog, which
+/// throws a KestrelException "WouldWaitForItself". To stop polling, return false. An exception of the function is
+/// ignored, and polling continues. A forked child does not have the thread: stop() and the destructor have nothing to
+/// wait for, and start() starts a thread in the child.
 class QUILL_API Watchdog {
 public:
     Watchdog();
     Watchdog(const Watchdog&) = delete;
     Watchdog& operator=(const Watchdog&) = delete;
-    /// Stops.
+    /// Calls stop().
     virtual ~Watchdog();
 
-    /// Starts polling; the first call comes one period from now. A running watchdog is stopped first.
+    /// Starts polling; the first call comes one period from now. Stops a running watchdog first.
     /// @param periodMs milliseconds between calls; 0 or less polls without waiting
-    /// @param callback the function polled; its answer says whether to go on
-    /// @throws std::system_error  no thread can be had
+    /// @param callback the polled function; returns whether to continue
+    /// @throws std::system_error  the thread cannot be started
     void start(const int& periodMs, const std::function<bool()>& callback);
-    /// Ends the polling and joins the thread; nothing happens on an idle watchdog.
+    /// Stops polling and joins the thread. Does nothing if the watchdog is idle.
     void stop();
-    /// Starts anew with the period and the function of the last start.
+    /// Starts again with the period and the function of the last start.
     void restart();
 
 private:
@@ -52,7 +51,7 @@ private:
     std::thread m_Thread;
     std::function<bool()> m_Callback; // changed only while no thread runs
     std::condition_variable m_Condition;
-    int m_Process = 0; // that started the thread; 0 before the first start
+    int m_Process = 0; // the process that started the thread; 0 before the first start
 };
 
 } // namespace Utilities

@@ -14,8 +14,8 @@ class Camera;
 
 namespace OrvexAdapter {
 
-/// The network settings of a GigE camera and of the host adapter that reaches it. Numbers of addresses have the first
-/// octet in the most significant byte; the three addresses are IP address, subnet mask and gateway.
+/// The network settings of a GigE camera and of the host adapter that reaches it. The three addresses are IP address,
+/// subnet mask and gateway, each with its first octet in the most significant byte.
 struct ORVEX_ETHERNET {
     unsigned char cameraMac[8] = {}; ///< six bytes in wire order, then two reserved
     std::uint32_t cameraAddresses[3] = {};
@@ -35,8 +35,8 @@ static_assert(sizeof(_ORVEX_STREAM_STATS) == 96);
 
 /// Network settings and stream counters of one GigE Vision camera, with their texts.
 ///
-/// A plain value: it asks the SDK only in GetEthernetInfo(), SetEthernetInfo() and the two operations that take a
-/// handle. An index is a camera's place in the SDK's present enumeration, counted from 1. Reentrant.
+/// A plain value: only GetEthernetInfo(), SetEthernetInfo() and the two operations that take a handle call the SDK. An
+/// index is a camera's place in the SDK's present enumeration, counted from 1. Reentrant.
 class QUILL_API CGigE {
 public:
     /// Reads the settings of camera and host.
@@ -62,14 +62,14 @@ public:
     std::string GetHostMaskAddress() const;
     std::string GetHostGatewayAddress() const;
 
-    /// Six upper-case hexadecimal numbers joined by ":", of which only the first is padded: 00:A:1B:3:4:F5. It is the
-    /// serial number of a GigE camera.
+    /// Six upper-case hexadecimal numbers joined by ":", of which only the first is padded: 00:A:1B:3:4:F5. This text
+    /// is the serial number of a GigE camera.
     std::string GetCamMacAddress() const;
     std::string GetHostMacAddress() const;
 
-    // Nothing reaches the camera before SetEthernetInfo(). Each piece between "." counts with its low 8 bits, a piece
-    // that is no number as 0; with less than four pieces the last one stays the lowest byte. More than four pieces are
-    // refused with std::invalid_argument, and nothing is changed.
+    // Nothing reaches the camera before SetEthernetInfo(). Pieces are separated by "."; each gives its low 8 bits, and
+    // a piece that is not a number gives 0. With fewer than four pieces the last one stays the lowest byte. More than
+    // four pieces throw std::invalid_argument and change nothing.
     void SetCamIpAddress(const std::string& text);
     void SetCamMaskAddress(const std::string& text);
     void SetCamGatewayAddress(const std::string& text);
@@ -77,14 +77,14 @@ public:
     void SetHostMaskAddress(const std::string& text);
     void SetHostGatewayAddress(const std::string& text);
 
-    // Each hexadecimal piece between ":" gives, with its low 8 bits, the next byte from the first on. More than six
-    // pieces, or one that is no number, are refused with std::invalid_argument, a piece wider than 32 bits with
-    // std::out_of_range; nothing is changed then.
+    // Pieces are hexadecimal and separated by ":"; the low 8 bits of each give the next byte, from the first on. More
+    // than six pieces, or a piece that is not a number, throw std::invalid_argument; a piece wider than 32 bits throws
+    // std::out_of_range. Both change nothing.
     void SetCamMacAddress(const std::string& text);
     void SetHostMacAddress(const std::string& text);
 
     /// Reads the counters of an open camera's stream.
-    /// @throws KestrelException "GigEError"  the counters are what the SDK left, as a rule the last ones
+    /// @throws KestrelException "GigEError"  the counters are as the SDK left them, as a rule unchanged
     _ORVEX_STREAM_STATS GetGigeCamStats(void* handle) {
         if (!readStatistics(handle)) {
             raise(__LINE__, "camera error #" + std::to_string(getLastError(handle)) +
@@ -92,13 +92,13 @@ public:
         }
         return m_StreamStats;
     }
-    /// A report of the counters as last read, one to a line.
+    /// Returns a report of the counters as last read, one to a line.
     std::string GetGigeCamStatsString();
-    /// Reads the counters and reports them; throws like GetGigeCamStats().
+    /// Reads the counters and returns the report. Throws what GetGigeCamStats() throws.
     std::string GetGigeCamStatsToString(void* handle);
 
 private:
-    // Failures are raised in this header, so that they name this file and its lines.
+    // Failures are raised in this header so that they name this file and its lines.
     [[noreturn]] static void raise(int line, const std::string& description);
     bool readEthernetInfo(int index);
     bool writeEthernetInfo(int index);
@@ -113,14 +113,14 @@ private:
     _ORVEX_STREAM_STATS m_StreamStats;
 };
 
-/// The network settings and counters of a GigE camera. What cannot be read is empty.
+/// The network settings and counters of a GigE camera. A member that cannot be read is empty.
 struct GigEDescription {
     std::optional<CGigE> settings;
     std::optional<std::string> statistics; ///< the report of the stream's counters
-    std::exception_ptr failure;            ///< why something is missing, a KestrelException; null where nothing is
+    std::exception_ptr failure;            ///< why a member is missing, a KestrelException; null if none is
 };
 
-/// Asks a connected GigE camera for its network settings and counters; empty for every other camera.
+/// Reads the network settings and counters of a connected GigE camera; returns nothing for any other camera.
 QUILL_API std::optional<GigEDescription> readGigE(CameraInterface::Camera& camera);
 
 } // namespace OrvexAdapter
