@@ -27,7 +27,7 @@ using namespace KestrelExceptions;
 
 namespace {
 
-/// A property that stands for one of two others, by the streaming mode.
+/// A property that stands for one of two others, depending on the streaming mode.
 struct ConditionalDefinition {
     const char* name;
     const char* inVideoMode;
@@ -59,13 +59,13 @@ constexpr PropertyLink kLinks[] = {
     {kFramerate, kVideoClockSpeed, OrvexPropertyBuilder::linkBothWays},
 };
 
-/// The version record of a camera; empty where it cannot be read.
+/// The version record of a camera; empty if it cannot be read.
 std::optional<ORVEX_VERSION> queryVersion(OrvexCamera& camera) {
     ORVEX_VERSION version{};
     return orvexApi().sdkQueryVersion(camera.getHandle(), &version) != 0 ? std::optional(version) : std::nullopt;
 }
 
-/// One of the dotted version numbers in it.
+/// Makes a property of one of its dotted version numbers.
 std::unique_ptr<Property> makeVersion(const std::string& name, const PROPERTY_TYPE& type, OrvexCamera& camera,
                                       std::uint32_t ORVEX_VERSION::*number) {
     const auto textOf = [number](const ORVEX_VERSION& version) { return Base::dottedBytes(version.*number, 4); };
@@ -83,8 +83,7 @@ void takeOverConstant(Property& kept, Property& made) {
     }
 }
 
-/// Makes a property; one of an earlier connection that is there already stays, and takes over what the camera
-/// reports now.
+/// Makes a property. A property of an earlier connection stays, and takes over the present values of the camera.
 void make(const PropertyDefinition& row, OrvexPropertyBuilder::Properties& properties, OrvexCamera& camera) {
     std::unique_ptr<Property> property = row.m_Factory(row.m_Name, row.m_Type, camera, row.m_SdkProperty);
     const auto [entry, isNew] = properties.try_emplace(property->getName());

@@ -31,21 +31,21 @@ constexpr auto Boolean = PROPERTY_TYPE::Boolean;
 
 constexpr std::uint32_t kNoNumber = 0xFFFFFFFF;
 
-/// A class that is told its number.
+/// For a class that gets its number from the table.
 template <typename PropertyClass>
 std::unique_ptr<Property> makeNumbered(const std::string& name, const PROPERTY_TYPE& type, OrvexCamera& camera,
                                        const unsigned long& number) {
     return std::make_unique<PropertyClass>(name, type, camera, number);
 }
 
-/// A class that knows its number, or needs none.
+/// For a class that has its own number, or needs none.
 template <typename PropertyClass>
 std::unique_ptr<Property> make(const std::string& name, const PROPERTY_TYPE& type, OrvexCamera& camera,
                                const unsigned long& /*number*/) {
     return std::make_unique<PropertyClass>(name, type, camera);
 }
 
-/// A class that does not know the camera.
+/// For a class that does not use the camera.
 template <typename PropertyClass>
 std::unique_ptr<Property> makeInMemory(const std::string& name, const PROPERTY_TYPE& type, OrvexCamera& /*camera*/,
                                        const unsigned long& /*number*/) {

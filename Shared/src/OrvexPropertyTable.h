@@ -11,7 +11,7 @@ namespace OrvexAdapter {
 
 class OrvexCamera;
 
-/// Makes a property, or throws because the camera does not have it.
+/// Makes a property, or throws if the camera does not have it.
 using PropertyFactory = std::unique_ptr<CameraInterface::Property> (*)(const std::string& name,
                                                                        const CameraInterface::PROPERTY_TYPE& type,
                                                                        OrvexCamera& camera,
@@ -21,14 +21,14 @@ using PropertyFactory = std::unique_ptr<CameraInterface::Property> (*)(const std
 struct PropertyDefinition {
     const char* m_Name;
     CameraInterface::PROPERTY_TYPE m_Type;
-    std::uint32_t m_SdkProperty; ///< the SDK's number; 0xFFFFFFFF where the class needs none, or has its own
+    std::uint32_t m_SdkProperty; ///< the SDK's number; 0xFFFFFFFF if the class needs none, or has its own
     PropertyFactory m_Factory;
 };
 
 using PropertyTable = PropertyDefinition[106];
 
-/// Every property that an SDK camera may have. The order matters: what a constructor looks up in the camera stands
-/// before it.
+/// Every property that an SDK camera may have. The order matters: properties that a constructor looks up in the camera
+/// come before it.
 const PropertyTable& getPropertyTable();
 
 } // namespace OrvexAdapter

@@ -5,7 +5,7 @@
 
 namespace Base {
 
-/// Kept as a static object, calls something when the process exits or the library is unloaded.
+/// Calls a function when the process exits or the library is unloaded. Kept as a static object.
 template <typename Action>
 class AtExit {
 public:

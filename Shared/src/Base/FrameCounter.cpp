@@ -8,7 +8,7 @@ namespace Utilities {
 
 namespace {
 
-/// Times are discarded when the rate is read; a stream whose rate nobody reads is held to this many of them.
+/// Times are discarded when the rate is read; this limits their number on a stream whose rate is never read.
 constexpr std::size_t kMaximumFrameTimes = 65'536;
 
 } // namespace

@@ -6,7 +6,7 @@
 
 namespace Base {
 
-/// Process-wide state that is made on first use and outlives every static object of the application.
+/// Process-wide state that is created on first use and outlives every static object of the application.
 template <typename T>
 class NeverDestroyed {
 public:

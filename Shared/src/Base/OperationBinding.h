@@ -3,7 +3,7 @@
 
 #include <type_traits>
 
-/// How the tables of operations of flat libraries are filled.
+/// Functions that fill the tables of operations of flat libraries.
 namespace Base {
 
 template <typename Result, int Failure, typename... Parameters>
@@ -15,13 +15,13 @@ Result failing(Parameters... /*parameters*/) {
     }
 }
 
-/// Makes an operation answer its failure value, which is null for a pointer.
+/// Makes an operation return its failure value, which is null for a pointer.
 template <int Failure, typename Result, typename... Parameters>
 void unbind(Result (*&operation)(Parameters...)) {
     operation = failing<Result, Failure, Parameters...>;
 }
 
-/// Makes an operation call what a library exports; a null symbol leaves it as it is.
+/// Makes an operation call the exported symbol of a library; a null symbol leaves the operation unchanged.
 template <typename Operation>
 void bind(Operation& operation, void* symbol) {
     if (symbol != nullptr) {

@@ -7,16 +7,16 @@
 
 namespace Base {
 
-/// State of the process that is made on first use and outlives every static object of the application. A forked child
-/// has one of its own, made anew: its parent's knows threads that the child does not have. Kept as a static object, one
-/// for each T.
+/// Process-wide state that is created on first use and outlives every static object of the application. A forked child
+/// gets a new state of its own, since its parent's refers to threads that the child does not have. Kept as a static
+/// object, one for each T.
 template <typename T>
 class ProcessWide {
 public:
     ProcessWide() : m_State(new State) {
         s_This = this;
         callInForkedChild([] {
-            // What the parent had is kept as it is: nothing of it may run here, destructors included.
+            // The parent's state is left as it is: none of its code may run here, including destructors.
             auto state = std::make_unique<State>();
             state->parents = s_This->m_State;
             s_This->m_State = state.release();

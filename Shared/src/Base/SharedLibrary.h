@@ -5,25 +5,24 @@
 
 namespace Base {
 
-/// A library that is loaded at run time, from one folder and nowhere else. It stays loaded: what it started may still
-/// run.
+/// A library that is loaded at run time, from one folder only. It stays loaded, because threads that it started may
+/// still run.
 class SharedLibrary {
 public:
-    /// Loads the library of this base name (without the platform's prefix and suffix), or finds that there is none.
+    /// Loads the library with this base name (without the platform's prefix and suffix), if it exists.
     SharedLibrary(const std::string& folder, const std::string& baseName);
 
-    /// The address of an exported name; null where the library, or the name, is missing.
+    /// The address of an exported name; null if the library or the name is missing.
     void* find(const char* name) const;
 
 private:
     void* m_Library = nullptr;
 };
 
-/// The folder that this library itself was loaded from.
+/// The folder from which this library itself was loaded.
 std::string getLibraryFolder();
 
-/// From now on this library stays loaded until the process ends, whoever unloads it. Without effect once it is being
-/// unloaded.
+/// Keeps this library loaded until the process ends, even if it is unloaded. Has no effect once it is being unloaded.
 void keepThisLibraryLoaded();
 
 } // namespace Base

@@ -7,8 +7,8 @@
 
 namespace Base {
 
-/// The table of operations that is called at a boundary: the platform's own, which is made at first use, or another in
-/// its place. Thread-safe.
+/// The table of operations that is called at a boundary: the platform's own, which is created on first use, or a
+/// replacement. Thread-safe.
 template <typename Table, Table (*makeOwn)()>
 class TableInUse {
 public:
@@ -19,7 +19,7 @@ public:
         static NeverDestroyed<Table> own(makeOwn());
         return own.get();
     }
-    /// Puts another table, which must outlive its use, in place; null goes back to the own one.
+    /// Installs another table, which must outlive its use; null restores the own one.
     void replace(const Table* table) { m_Replacement.store(table, std::memory_order_release); }
 
 private:

@@ -49,7 +49,7 @@ constexpr std::uint64_t kInt32MinimumMagnitude = kInt32Maximum + 1;
 constexpr std::uint64_t kUint32Maximum = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint64_t kMagnitudeCap = std::uint64_t{1} << 62;
 
-/// Takes a sign off the front; whether it was a minus.
+/// Removes a leading sign; returns whether it was a minus.
 bool takeSign(std::string_view& text) {
     if (text.empty() || (text.front() != '+' && text.front() != '-')) {
         return false;
@@ -69,7 +69,7 @@ std::optional<Integer> parseDigits(std::string_view text, bool negative, int bas
     return Integer{negative, overflow ? kMagnitudeCap : std::min(magnitude, kMagnitudeCap)};
 }
 
-/// The integer of an input stream: a sign, then decimal digits. 0 where there is none.
+/// The integer as an input stream reads it: a sign, then decimal digits; 0 if there is none.
 Integer extractInteger(std::string_view word) {
     const bool negative = takeSign(word);
     return parseDigits(word, negative, 10).value_or(Integer{false, 0});
@@ -77,7 +77,7 @@ Integer extractInteger(std::string_view word) {
 
 enum class Point { NotAllowed, Allowed };
 
-/// Takes "0x" off the front where a hexadecimal number follows, which may begin with a point; whether it was there.
+/// Removes a leading "0x" if a hexadecimal number follows, which may begin with a point; returns whether it did.
 bool takeHexadecimalPrefix(std::string_view& digits, Point point = Point::NotAllowed) {
     const std::size_t first = point == Point::Allowed && digits.size() > 2 && digits[2] == '.' ? 3 : 2;
     const bool hexadecimal = digits.size() > first && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X') &&
@@ -93,8 +93,8 @@ int baseOf(std::string_view& digits) {
     return !digits.empty() && digits[0] == '0' ? 8 : 10;
 }
 
-/// The longest start of a word that an input stream takes for a floating-point number: no "inf", "nan" or hexadecimal.
-/// An exponent that is begun is taken, so that "1e" is no number.
+/// The longest prefix of a word that an input stream takes for a floating-point number: no "inf", "nan" or hexadecimal.
+/// An incomplete exponent is included, so that "1e" is not a number.
 std::string_view floatingPointCharacters(std::string_view word) {
     std::size_t length = 0;
     const auto take = [&](std::string_view allowed) {
@@ -120,8 +120,8 @@ std::string_view floatingPointCharacters(std::string_view word) {
     return word.substr(0, length);
 }
 
-/// Whether a number text that is out of range is too large rather than too small: the power of ten of its first digit
-/// says.
+/// Whether a number text that is out of range is too large rather than too small, by the power of ten of its first
+/// digit.
 bool overflows(std::string_view number) {
     const std::size_t exponentMark = std::min(number.find_first_of("eE"), number.size());
     const std::string_view mantissa = number.substr(0, exponentMark);
@@ -137,8 +137,8 @@ bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
-/// The number that is written with so few digits, a point among them or not, and nothing else: one division of two
-/// exact numbers rounds as the standard conversion does, in half its time.
+/// The number of a word that consists of few digits, with or without a point: one division of two exact numbers rounds
+/// like the standard conversion, in half its time.
 std::optional<double> readFewDigits(std::string_view word) {
     constexpr std::array<double, 16> kPowersOfTen{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
@@ -256,7 +256,7 @@ void extractFirstWord(const std::string& text, unsigned long& value) {
         return;
     }
     const Integer number = extractInteger(word);
-    // A negative number wraps round, as it does where a long has 32 bits.
+    // A negative number wraps around, as with a 32-bit long.
     value = number.fits(kUint32Maximum, kUint32Maximum) ? static_cast<std::uint32_t>(number.value()) : kUint32Maximum;
 }
 

@@ -20,7 +20,7 @@ Watchdog::Watchdog() : m_Command(kNoCommand) {}
 
 Watchdog::~Watchdog() {
     if (isOwnThread()) {
-        // The process ends from within the callback: the thread is not going to run again.
+        // The process exits from within the callback: the thread does not run again.
         m_Thread.detach();
     } else {
         end();
@@ -28,7 +28,7 @@ Watchdog::~Watchdog() {
 }
 
 void Watchdog::start(const int& periodMs, const std::function<bool()>& callback) {
-    // Copies, because restart() passes the members that stop() leaves free to change.
+    // Copies, because restart() passes the members that are assigned below.
     const int period = periodMs;
     const std::function<bool()> function = callback;
     stop();

@@ -106,7 +106,7 @@ std::vector<std::string> Camera::perform(const std::string& name, std::vector<st
 }
 
 void Camera::registerPropertyChangeCallback(std::function<void(Property&)> callback) {
-    m_PropertyChangeCallback.swap(callback); // the former one is destroyed when no property has it any more
+    m_PropertyChangeCallback.swap(callback); // the former callback is destroyed once no property has it
     updatePropertyChangeCallback();
 }
 

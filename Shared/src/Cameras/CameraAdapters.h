@@ -10,14 +10,14 @@
 
 namespace CameraInterface {
 
-/// What finds cameras of one kind.
+/// Finds cameras of one kind.
 struct CameraAdapter {
     std::string m_Name;
-    /// Makes a new, disconnected object for each camera that is there.
+    /// Creates a disconnected object for each attached camera.
     std::function<std::vector<std::unique_ptr<Camera>>()> m_GetListOfCameras;
 };
 
-/// The adapters, in the order in which they are asked: of two cameras with one serial number the first is listed.
+/// The adapters, in the order of enumeration: of two cameras with the same serial number the first is listed.
 std::vector<CameraAdapter> getCameraAdapters();
 
 } // namespace CameraInterface

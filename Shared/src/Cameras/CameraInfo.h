@@ -8,7 +8,7 @@
 
 namespace CameraInterface {
 
-/// The values of the descriptive properties that a camera has, by name. A property that cannot be read is left out.
+/// The values of the descriptive properties of a camera, by name. Omits properties that cannot be read.
 std::map<std::string, std::string> collectCameraInfo(Camera& camera);
 
 } // namespace CameraInterface

@@ -18,7 +18,7 @@ unsigned int CameraList::add(std::vector<std::unique_ptr<Camera>> cameras) {
             std::string serialNumber = camera->getSerialNumber();
             candidates.emplace_back(std::move(serialNumber), std::move(camera));
         } catch (const std::exception&) {
-            // Without a serial number it has no place in the list.
+            // A camera without a serial number cannot be listed.
         }
     }
     unsigned int added = 0;
@@ -84,7 +84,7 @@ void CameraList::clear() {
         m_Retired.clear();
     }
     for (CameraPointer& camera : cameras) {
-        // Another thread may be looking at the list and destroy the object a moment later: nothing of it may run then.
+        // Another thread may still hold the object and destroy it a moment later: none of its threads may run then.
         camera->stopForGood();
         camera.reset();
     }

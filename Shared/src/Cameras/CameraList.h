@@ -15,29 +15,29 @@ namespace CameraInterface {
 
 /// The cameras of the process, one per serial number, and the retired ones. Thread-safe.
 ///
-/// The mutex is never held while a camera's own code runs: cameras are held by shared pointers, asked and destroyed
-/// outside.
+/// The mutex is never held while a camera's own code runs: cameras are held by shared pointers, and called and
+/// destroyed outside the lock.
 class CameraList {
 public:
     using CameraPointer = std::shared_ptr<Camera>;
 
-    /// How many retired cameras live on, so that references which an application still has stay usable.
+    /// The number of retired cameras kept alive, so that an application's references to them stay usable.
     static constexpr std::size_t kMaximumRetired = 64;
 
-    /// Adds each camera whose serial number is not listed, in order; the others are destroyed. A camera whose serial
+    /// Adds each camera whose serial number is not listed, in order, and destroys the others. A camera whose serial
     /// number cannot be read is not added.
-    /// @return how many were added
+    /// @return the number of cameras added
     unsigned int add(std::vector<std::unique_ptr<Camera>> cameras) QUILL_EXCLUDES(m_CameraListMutex);
 
-    /// The camera of a serial number, or null.
+    /// The camera with a serial number, or null.
     CameraPointer find(const std::string& serialNumber) const QUILL_EXCLUDES(m_CameraListMutex);
 
     /// All cameras, in the order in which they were added.
     std::vector<CameraPointer> inOrderAdded() const QUILL_EXCLUDES(m_CameraListMutex);
-    /// All cameras and their serial numbers, in ascending order of these.
+    /// All cameras and their serial numbers, in ascending order of the numbers.
     std::vector<std::pair<std::string, CameraPointer>> inOrderOfSerialNumber() const QUILL_EXCLUDES(m_CameraListMutex);
 
-    /// Takes a camera off the list and retires it.
+    /// Removes a camera from the list and retires it.
     /// @return whether it was listed
     bool retire(const std::string& serialNumber) QUILL_EXCLUDES(m_CameraListMutex);
 

@@ -18,8 +18,8 @@ namespace CameraInterface {
 
 using namespace KestrelExceptions;
 
-/// The cameras of an enumeration: of each kind, which is its class, the serial numbers. A camera that restarts as
-/// another kind keeps its number and is another camera.
+/// The cameras of an enumeration: the serial numbers of each kind, which is the class. A camera that restarts as
+/// another kind keeps its number but is another camera.
 class PresentCameras {
 public:
     explicit PresentCameras(const std::vector<std::unique_ptr<Camera>>& cameras) {
@@ -33,7 +33,7 @@ public:
         }
     }
 
-    /// Whether a camera is certainly not there: one whose serial number cannot be read might be any.
+    /// Whether a camera is certainly absent: one whose serial number cannot be read might be any camera.
     bool lack(const Camera& camera, const std::string& serialNumber) const {
         const auto ofKind = m_SerialNumbers.find(typeid(camera));
         return m_Complete && (ofKind == m_SerialNumbers.end() || ofKind->second.count(serialNumber) == 0);
@@ -54,7 +54,7 @@ CameraList& list() {
     return workspace().cameras();
 }
 
-/// A reason may quote the file that it is about, however long that is.
+/// Limits a reason, which may quote a file of any length.
 std::string shortened(std::string reason) {
     constexpr std::size_t kLongestReason = 1000;
     if (reason.size() > kLongestReason) {
@@ -85,7 +85,7 @@ std::map<std::string, std::string> Camera::getCamerasList() {
             std::string modelName = camera->getModelName();
             modelNames.emplace(camera->getSerialNumber(), std::move(modelName));
         } catch (const std::exception&) {
-            // A camera that cannot say what it is, is left out.
+            // A camera without a readable name is omitted.
         }
     }
     return modelNames;
@@ -96,7 +96,7 @@ Camera& Camera::getCamera(const std::string& serialNumber) {
     if (!camera) {
         raise<KestrelException_Camera>(QUILL_HERE, Errors::kCameraNotFound, serialNumber);
     }
-    return *camera; // the list, or its retired cameras, go on holding it
+    return *camera; // still owned by the list, as listed or retired
 }
 
 unsigned int Camera::searchForNewCameras() {
@@ -168,7 +168,7 @@ void Camera::removeAllCamerasFromList() {
 }
 
 bool Camera::hasVanished(Camera& camera, const std::string& serialNumber, const PresentCameras& present) {
-    const unsigned int steps = camera.m_ClosingSteps; // before the state: a closing in between shows
+    const unsigned int steps = camera.m_ClosingSteps; // read before the state, to detect a closing in between
     switch (camera.getState()) {
     case CameraState::Connected: {
         if (camera.isCameraAlive()) {
@@ -201,7 +201,7 @@ int Camera::removeInactiveCamerasFromList() {
                 camera->endFailedResumption();
             }
         } catch (...) {
-            // One camera, or one call of the application's, must not keep the others from being examined.
+            // A failure of one camera, or of one callback, must not prevent the check of the others.
         }
     }
     return dropped;

@@ -33,7 +33,8 @@ void start(std::unique_ptr<Watchdog>& watchdog, int periodMs, const std::functio
 CameraWorkspace& CameraWorkspace::instance() {
     static Base::ProcessWide<CameraWorkspace> workspace;
     static const Base::AtExit guard([] {
-        // Without unitialisedWorkpace(). An exit from within a callback cannot wait for that callback.
+        // The process exits without unitialisedWorkpace(). An exit from within a callback cannot wait for that
+        // callback.
         if (!t_IsWatchdogThread) {
             workspace.get().stopWatchdogs();
             workspace.get().cameras().clear();
@@ -50,7 +51,7 @@ void CameraWorkspace::startWatchdogs(const std::function<bool()>& searchForNew,
 }
 
 void CameraWorkspace::stopWatchdogs() {
-    // Destroyed after the locks are released: what a callback owns may come back here.
+    // Destroyed after the locks are released: objects that a callback owns may call back here.
     NewConnectCallback newConnectCallback;
     DisconnectCallback disconnectCallback;
     const MutexLock lock(m_ControlMutex);
@@ -73,7 +74,7 @@ template <typename Callback>
 void CameraWorkspace::exchange(std::unique_ptr<Watchdog> CameraWorkspace::*watchdog, Callback CameraWorkspace::*present,
                                Callback& callback) {
     const MutexLock lock(m_ControlMutex);
-    std::unique_ptr<Watchdog> stopped = std::move(this->*watchdog); // and left out where it cannot be started again
+    std::unique_ptr<Watchdog> stopped = std::move(this->*watchdog); // dropped if it cannot be started again
     if (stopped) {
         stopped->stop();
     }

@@ -18,7 +18,7 @@ public:
     using NewConnectCallback = std::function<void()>;
     using DisconnectCallback = std::function<void(const std::string&, const std::string&)>;
 
-    /// Made on first use and never destroyed; what runs is ended at process exit. A forked child has its own.
+    /// Created on first use and never destroyed; its threads are stopped at process exit. A forked child has its own.
     static CameraWorkspace& instance();
 
     CameraList& cameras() { return m_Cameras; }
@@ -28,8 +28,8 @@ public:
     /// Stops and destroys both watchdogs and clears both callbacks.
     void stopWatchdogs();
 
-    /// The two registrations: the former callback does not run any more and is destroyed when they return.
-    /// @throws std::system_error  the watchdog's thread cannot be started again; startWatchdogs() can make up for it
+    /// The two registrations: when they return, the former callback no longer runs and is destroyed.
+    /// @throws std::system_error  the watchdog's thread cannot be started again; a later startWatchdogs() retries it
     void setNewConnectCallback(NewConnectCallback callback);
     void setDisconnectCallback(DisconnectCallback callback);
     NewConnectCallback newConnectCallback() const;
@@ -38,7 +38,8 @@ public:
     void setEnumerationFailures(std::map<std::string, std::string> failures);
     std::map<std::string, std::string> enumerationFailures() const;
 
-    /// @throws KestrelException "WouldWaitForItself"  on a watchdog's thread, for which the caller is about to wait
+    /// @throws KestrelException "WouldWaitForItself"  the calling thread is a watchdog's, for which the caller would
+    ///     wait
     static void refuseOnWatchdogThread();
 
     /// Marks the thread of a watchdog while it runs list maintenance and callbacks.
@@ -51,7 +52,7 @@ public:
     };
 
 private:
-    /// Puts @p callback in the place of a present one, and that one in its place, while the watchdog does not run.
+    /// Exchanges @p callback and the present one while the watchdog does not run.
     template <typename Callback>
     void exchange(std::unique_ptr<Utilities::Watchdog> CameraWorkspace::*watchdog, Callback CameraWorkspace::*present,
                   Callback& callback);

@@ -19,7 +19,7 @@ constexpr const char16_t* kProductCode = u"{7A3D9F20-4B1C-4E8A-9C55-2D61F0B8E3A7
 constexpr const char16_t* kVersion = u"DisplayVersion";
 constexpr std::size_t kCharacterBytes = sizeof(char16_t);
 
-/// The driver kit's key in the list of installed programs, open as long as the object lives.
+/// The driver kit's key in the list of installed programs, open for the lifetime of the object.
 class DriverKitKey {
 public:
     DriverKitKey() {
@@ -39,7 +39,7 @@ public:
         query(name, nullptr, size);
         std::u16string text(size / kCharacterBytes, u'\0');
         query(name, text.data(), size);
-        // The zero that ends the text is none of its characters.
+        // The terminating zero is not part of the text.
         const std::size_t characters = size / kCharacterBytes;
         text.resize(std::min(text.size(), characters == 0 ? 0 : characters - 1));
         return text;

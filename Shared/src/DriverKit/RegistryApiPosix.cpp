@@ -8,7 +8,7 @@ namespace Utilities {
 
 namespace {
 
-/// Where there is no registry, this file holds what driver kits' installers would enter there.
+/// On a platform without a registry, installers of the driver kit write their entries to this file.
 constexpr const char* kRegistryFile = "/etc/quillcamera/drivers.conf";
 
 RegistryApi fileTable() {

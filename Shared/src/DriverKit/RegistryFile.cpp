@@ -23,7 +23,7 @@ constexpr std::size_t kMaximumFileBytes = std::size_t{1} << 20;
 constexpr std::string_view kNumber = "dword:";
 constexpr const char16_t* kNoText = u"\xDC00"; // half a surrogate pair
 
-/// An open key: the file as it was then, and what the lines of the key begin with.
+/// An open key: the content of the file at the time of opening, and the prefix of the key's lines.
 struct StoredKey {
     std::string content;
     std::string prefix;
@@ -114,7 +114,7 @@ LSTATUS getStoredValue(RegistryHandle key, const char16_t* /*path*/, const char1
     }
     const std::u16string text = utf16(*value);
     const std::uint32_t room = *size;
-    *size = static_cast<std::uint32_t>(sizeof(char16_t) * (text.size() + 1)); // with the zero that ends it
+    *size = static_cast<std::uint32_t>(sizeof(char16_t) * (text.size() + 1)); // with the terminating zero
     if (data != nullptr && room < *size) {
         return ERROR_MORE_DATA;
     }

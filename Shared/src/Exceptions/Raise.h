@@ -8,13 +8,13 @@
 
 namespace KestrelExceptions {
 
-/// One kind of failure: the word that who() answers and the sentence that describes it.
+/// One kind of failure: the word that who() returns and the sentence that describes it.
 struct ErrorKind {
     const char* name;
     const char* description;
 };
 
-/// Every kind of failure that the library reports. The exception class says what the subject is.
+/// Every kind of failure that the library reports. The exception class determines the subject.
 namespace Errors {
 inline constexpr ErrorKind kCameraNotFound{"CameraNotFound", "Camera was not found in the list of available cameras."};
 inline constexpr ErrorKind kCameraEnumeration{"CameraEnumeration ", "Failed to enumerate cameras."};
@@ -50,7 +50,7 @@ inline constexpr ErrorKind kWouldWaitForItself{
     "WouldWaitForItself", "This operation waits for the callback that called it. Call it from another thread."};
 } // namespace Errors
 
-/// Throws the one exception of @p kind about @p subjects, thrown at @p here.
+/// Throws an exception of @p kind about @p subjects, located at @p here.
 template <typename Exception, typename... Subjects>
 [[noreturn]] void raise(const SourceLocation& here, const ErrorKind& kind, const Subjects&... subjects) {
     if constexpr (std::is_same_v<Exception, KestrelException>) {

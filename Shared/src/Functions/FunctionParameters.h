@@ -8,7 +8,7 @@
 
 #include "Exceptions/SourceLocation.h"
 
-/// What the concrete functions have in common.
+/// Helpers of the concrete functions.
 namespace CameraInterface {
 
 /// @throws KestrelException_Function "FunctionUnsupported"
@@ -25,7 +25,7 @@ void requireExecution(bool succeeded, const std::string& name, const KestrelExce
 /// @throws KestrelException_Function "FunctionExecution"  2^32 or more
 std::uint32_t requireLength(std::size_t length, const std::string& name, const KestrelExceptions::SourceLocation& here);
 
-/// Every address of 32 bits, with automatic base.
+/// Parses any 32-bit address, with automatic base.
 /// @throws std::invalid_argument "invalid stoul argument", std::out_of_range "stoul argument out of range"
 std::uint32_t parseUnsignedAddress(const std::string& text);
 

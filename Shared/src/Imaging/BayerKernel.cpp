@@ -17,23 +17,22 @@ namespace Imaging {
 
 namespace {
 
-constexpr int kFewestColumns = 4; // pixels are computed in pairs, but for the first and the last
+constexpr int kFewestColumns = 4; // pixels are computed in pairs, except the first and the last
 constexpr int kFewestRows = 3;
 
-/// Columns that are assembled together, in the first-level cache: few, so that the processor still reads ahead while it
-/// writes.
+/// Columns assembled together in the first-level cache: few, so that the processor still reads ahead while it writes.
 constexpr int kPieceColumns = 1024;
 
-/// Weights of OpenCV's grey, together 2 to the power of 14.
+/// Weights of OpenCV's grey, with the sum 2^14.
 constexpr std::uint32_t kRedWeight = 4899;
 constexpr std::uint32_t kGreenWeight = 9617;
 constexpr std::uint32_t kBlueWeight = 1868;
 
-/// Two neighbouring pixels as one number of double width: half as many operations, and room for their sums.
+/// Two neighbouring pixels as one number of double width: this halves the operations and leaves room for sums.
 template <typename Sample>
 using Pair = std::conditional_t<sizeof(Sample) == 1, std::uint16_t, std::uint32_t>;
 
-/// A row of a mosaic between its neighbours, from one pixel on, whose left neighbours are there as well.
+/// A row of a mosaic with the rows above and below, from a pixel on that has left neighbours.
 template <typename Sample>
 struct MosaicRow {
     const Sample* above;
@@ -46,7 +45,8 @@ struct MosaicRow {
     }
 };
 
-/// Where the pixels of a row go: the colour of its own sites, green, and the colour of its neighbours' sites.
+/// The destinations of a row's pixels: the colour of its own sites, green, and the colour of the neighbouring rows'
+/// sites.
 template <typename Sample>
 struct ColorRow {
     Sample* own;
@@ -64,20 +64,20 @@ struct GreyRow {
     GreyRow from(int column) const { return {grey + column, ownWeight, otherWeight}; }
 };
 
-/// A pair of pixels, taken apart into the one that is green and the one that is not, with sums of their neighbours.
+/// A pair of pixels, separated into the green and the coloured one, with sums of their neighbours.
 template <typename Sample, bool GreenFirst>
 struct Sites {
     using Lane = Pair<Sample>;
 
     Lane colored;
-    Lane cross;   ///< the four that touch the coloured pixel
-    Lane corners; ///< the four across from it
+    Lane cross;   ///< the four adjacent to the coloured pixel
+    Lane corners; ///< the four diagonal to it
     Lane green;
     Lane vertical;   ///< the two above and below the green pixel
     Lane horizontal; ///< the two beside it
 
     [[gnu::always_inline]] static Sites read(const Sample* above, const Sample* here, const Sample* below) {
-        // The neighbour of the coloured pixel that is not the green one of the pair, and the reverse.
+        // The neighbour of the coloured pixel other than the green pixel of the pair, and the reverse.
         constexpr int kBesideColored = GreenFirst ? 1 : -1;
         constexpr int kBesideGreen = -kBesideColored;
         const Lane up = load(above), pair = load(here), down = load(below);
@@ -111,7 +111,7 @@ private:
     static Lane greenOf(Lane pair) { return GreenFirst ? first(pair) : second(pair); }
 };
 
-// Free of aliases, or the loops are not vectorised: g++ sees that of parameters, through one level of inlining.
+// Without aliases, which prevent vectorisation: g++ recognises that for parameters, through one level of inlining.
 template <typename Sample, bool GreenFirst>
 [[gnu::always_inline]] inline void fillColors(const Sample* __restrict above, const Sample* __restrict here,
                                               const Sample* __restrict below, int pairs, Sample* __restrict own,
@@ -200,7 +200,7 @@ public:
     }
 
 private:
-    /// Those that are demosaiced.
+    /// The planes that are demosaiced.
     unsigned planes() const { return std::min(m_Target.description().planes, 3U); }
 
     Sample* targetRow(unsigned plane, int row) const {
@@ -223,7 +223,7 @@ private:
         return {here - m_Source.width(), here, here + m_Source.width(), isGreen(row, column)};
     }
 
-    /// The places of the row's own colour, of green and of the other one among those of red, green and blue.
+    /// The destinations of the row's own colour, of green and of the other colour among those of red, green and blue.
     ColorRow<Sample> colorRow(int row, const std::array<Sample*, 3>& inOrderOfTarget) const {
         const unsigned red = m_Target.description().channelOfSample[0] == 0 ? 0 : 2;
         const unsigned own = isRedRow(row) ? red : 2 - red;
@@ -264,7 +264,7 @@ private:
         fillPixels(mosaicRow(row, 1), m_Target.width() - 2, result.from(1));
     }
 
-    /// Pixels that have neighbours on both sides.
+    /// Computes the pixels that have neighbours on both sides.
     template <typename Result>
     void fillPixels(const MosaicRow<Sample>& row, int pixels, const Result& result) const {
         fillPairs(row, pixels / 2, result, m_Vectors == Vectors::Wide);
@@ -273,7 +273,7 @@ private:
         }
     }
 
-    /// Asks for what is read next, which the processor alone does too late.
+    /// Prefetches the samples read next, which the processor alone would do too late.
     static void prefetch(const Sample* samples, int count) {
         constexpr int kSamplesPerLine = 64 / static_cast<int>(sizeof(Sample));
         for (int i = 0; i < count; i += kSamplesPerLine) {
@@ -283,7 +283,7 @@ private:
 
     /// Assembles a row of interleaved pixels piece by piece in the cache.
     void assembleRow(int row) const {
-        constexpr int kSpace = 64; // on both sides, for a pair that overlaps
+        constexpr int kSpace = 64; // on both sides, for an overlapping pair
         alignas(64) Sample samples[4][kSpace + kPieceColumns + kSpace];
         const auto channels = m_Target.description().channels;
         if (channels == 4) {

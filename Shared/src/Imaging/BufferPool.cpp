@@ -14,7 +14,7 @@ namespace Imaging {
 
 namespace {
 
-/// Below this the allocator is as fast as the pool.
+/// Below this size the allocator is as fast as the pool.
 constexpr std::size_t kSmallestPooled = 64 * 1024;
 /// Eight results of a 5-megapixel camera at 16 bits and three channels.
 constexpr std::size_t kMaximumPooledBytes = 256 * 1024 * 1024;
@@ -23,7 +23,7 @@ constexpr std::size_t kMaximumBuffers = 16;
 } // namespace
 
 BufferPool::BufferPool(std::chrono::milliseconds patience) : m_Patience(patience) {
-    m_Kept.reserve(kMaximumBuffers); // so that giving back never allocates
+    m_Kept.reserve(kMaximumBuffers); // so that giveBack() never allocates
 }
 
 BufferPool::~BufferPool() {
@@ -32,7 +32,7 @@ BufferPool::~BufferPool() {
 
 BufferPool& BufferPool::instance() {
     static Base::ProcessWide<BufferPool> pool;
-    // Its thread ends before the library is gone.
+    // Its thread must end before the library is unloaded.
     static const Base::AtExit guard([] { pool.get().close(); });
     return pool.get();
 }
@@ -53,8 +53,8 @@ BufferPool::Buffer BufferPool::take(std::size_t size) {
     Buffer buffer;
     if (size >= kSmallestPooled) {
         const Utilities::MutexLock lock(m_Mutex);
-        // The smallest one that is large enough and not wastefully large; of equals the last given back, whose content
-        // is most likely in the cache.
+        // The smallest buffer that is large enough and not wastefully large; of equals the last one returned, whose
+        // content is most likely in the cache.
         const auto fits = [&](const Buffer& candidate) {
             return candidate.capacity() >= size && candidate.capacity() / 2 <= size;
         };
@@ -79,7 +79,7 @@ void BufferPool::giveBack(Buffer buffer) noexcept {
     }
     bool startsFreeing = false;
     {
-        Buffer evicted; // the last one is freed after the lock is released
+        Buffer evicted; // freed after the lock is released
         const Utilities::MutexLock lock(m_Mutex);
         if (m_Closed) {
             return;
@@ -133,7 +133,7 @@ void BufferPool::startFreeing() {
     }
     try {
         m_Watchdog.start(static_cast<int>(m_Patience.count() / 2), [this] { return freeUnused(); });
-    } catch (...) { // no thread can be had now
+    } catch (...) { // no thread can be started now
         const Utilities::MutexLock lock(m_Mutex);
         m_Freeing = false;
     }

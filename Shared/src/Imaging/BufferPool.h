@@ -11,32 +11,32 @@
 
 namespace Imaging {
 
-/// Keeps the byte vectors of destroyed images for the next ones: fresh memory costs page faults and a zero fill that a
-/// conversion overwrites at once. What nobody takes for a while is freed: a thread looks after that as long as
-/// something is kept. AddressSanitizer reports whoever touches what is kept. Thread-safe.
+/// Keeps the byte vectors of destroyed images for reuse: fresh memory costs page faults and a zero fill that a
+/// conversion overwrites at once. A thread, which runs as long as buffers are kept, frees those that are not reused for
+/// a while. AddressSanitizer reports accesses to kept buffers. Thread-safe.
 class BufferPool {
 public:
     using Buffer = std::vector<unsigned char>;
 
-    /// @param patience how long a buffer is kept that nobody takes; it is freed within one and a half times that
+    /// @param patience how long an unused buffer is kept; it is freed within one and a half times that
     explicit BufferPool(std::chrono::milliseconds patience = std::chrono::seconds(2));
     BufferPool(const BufferPool&) = delete;
     BufferPool& operator=(const BufferPool&) = delete;
     ~BufferPool();
 
-    /// The pool of the process. It is never destroyed, so that images may outlive everything else.
+    /// The pool of the process. It is never destroyed, so that images may outlive all other objects.
     static BufferPool& instance();
 
-    /// A buffer of exactly @p size bytes, whose content is not defined.
+    /// Returns a buffer of exactly @p size bytes with undefined content.
     Buffer take(std::size_t size);
 
-    /// Keeps a buffer, or frees it where it is small or the pool is full.
+    /// Keeps a buffer, or frees it if it is small or the pool is full.
     void giveBack(Buffer buffer) noexcept;
 
-    /// Bytes of all buffers that are kept.
+    /// The total size of the kept buffers, in bytes.
     std::size_t keptBytes();
 
-    /// Frees what is kept, ends the thread, and keeps nothing from now on.
+    /// Frees the kept buffers, ends the thread, and keeps no buffers from now on.
     void close();
 
 private:
@@ -45,23 +45,23 @@ private:
         std::chrono::steady_clock::time_point since;
     };
 
-    /// Takes a buffer out for use, or to free it.
+    /// Removes a buffer, for use or to free it.
     Buffer removeLocked(std::vector<Kept>::iterator kept) QUILL_REQUIRES(m_Mutex);
-    /// Frees what nobody took for too long; whether anything is left.
+    /// Frees buffers that were unused for too long; returns whether any are left.
     bool freeUnused();
     void startFreeing();
 
     const std::chrono::milliseconds m_Patience;
     Utilities::Mutex m_WatchdogMutex;                   // held while the watchdog is started or stopped
-    Utilities::Mutex m_Mutex;                           // guards what follows, but for the watchdog
-    std::vector<Kept> m_Kept QUILL_GUARDED_BY(m_Mutex); // the one that was given back last at the end
+    Utilities::Mutex m_Mutex;                           // guards the following members except the watchdog
+    std::vector<Kept> m_Kept QUILL_GUARDED_BY(m_Mutex); // the last one returned at the end
     std::size_t m_KeptBytes QUILL_GUARDED_BY(m_Mutex) = 0;
-    bool m_Freeing QUILL_GUARDED_BY(m_Mutex) = false; ///< the watchdog runs, or is about to
+    bool m_Freeing QUILL_GUARDED_BY(m_Mutex) = false; ///< the watchdog runs, or is about to start
     bool m_Closed QUILL_GUARDED_BY(m_Mutex) = false;
-    Utilities::Watchdog m_Watchdog QUILL_GUARDED_BY(m_WatchdogMutex); // the last member, so that it ends first
+    Utilities::Watchdog m_Watchdog QUILL_GUARDED_BY(m_WatchdogMutex); // the last member, so that it is destroyed first
 };
 
-/// A buffer of the pool for work in between, given back at the end of its life.
+/// A buffer of the pool for intermediate results, returned by the destructor.
 class ScratchBuffer {
 public:
     explicit ScratchBuffer(std::size_t size) : m_Buffer(BufferPool::instance().take(size)) {}

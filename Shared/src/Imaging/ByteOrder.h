@@ -5,7 +5,7 @@
 
 namespace Imaging {
 
-/// Whether the running machine keeps the low byte of a word first.
+/// Whether this machine stores the low byte of a word first.
 bool machineIsLittleEndian();
 
 /// Swaps the bytes of @p samples 16-bit words; source and target may be the same.

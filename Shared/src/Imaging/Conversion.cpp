@@ -91,7 +91,7 @@ std::unique_ptr<Image> convertImage(const std::unique_ptr<Image>& image, IMAGE_F
         throw std::invalid_argument("Image has fewer samples than its format needs.");
     }
 
-    // Samples that are computed with are brought to machine order before and back afterwards.
+    // Samples used in computations are swapped to machine order before and back afterwards.
     const bool swap =
         depth == CV_16U && image->isLittleEndian() != machineIsLittleEndian() && computesWithSamples(from, to);
     ScratchBuffer swapped(swap ? sourceBytes : 0);

@@ -8,20 +8,20 @@
 
 namespace Imaging {
 
-/// How the samples of an image lie: the class that holds it.
+/// The arrangement of an image's samples, which determines its class.
 enum class Layout { Grey, Mosaic, Interleaved, Planar };
 
-/// What follows from a pixel format.
+/// The characteristics of a pixel format.
 struct FormatDescription {
     const char* name;
     Layout layout;
     unsigned channels;
     unsigned planes;
-    /// The pixel channel of sample k of a pixel; of a mosaic, of the sites (even, even), (even, odd), (odd, even),
+    /// The pixel channel of sample k of a pixel; for a mosaic, of the sites (even, even), (even, odd), (odd, even),
     /// (odd, odd).
     std::array<std::uint8_t, 4> channelOfSample;
 
-    /// Samples that one pixel takes in memory.
+    /// Samples per pixel in memory.
     constexpr unsigned samplesPerPixel() const {
         return layout == Layout::Interleaved || layout == Layout::Planar ? channels : 1;
     }
@@ -45,14 +45,14 @@ inline constexpr std::array<FormatDescription, 13> kFormats{{
 }};
 static_assert(kFormats.size() == static_cast<std::size_t>(IMAGE_FORMAT::BGRA_PLANAR) + 1);
 
-/// The row of a format, or null for a number that is none.
+/// The row of a format, or null for an invalid number.
 const FormatDescription* findDescription(IMAGE_FORMAT format);
 
 /// The row of a format.
 /// @throws std::runtime_error "Invalid image format."
 const FormatDescription& describe(IMAGE_FORMAT format);
 
-/// The row of a format that must be of one layout.
+/// The row of a format that must have this layout.
 /// @throws std::runtime_error "Invalid image format."
 const FormatDescription& describe(IMAGE_FORMAT format, Layout layout);
 

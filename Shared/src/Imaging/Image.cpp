@@ -27,7 +27,7 @@ unsigned long long saturatingProduct(unsigned long long a, unsigned long long b)
     return b != 0 && a > largest / b ? largest : a * b;
 }
 
-/// Truncates toward zero to a signed 32-bit integer; values beyond one give the processor's answer, -2^31, whose low
+/// Truncates toward zero to a signed 32-bit integer; values out of range give the processor's result, -2^31, whose low
 /// bits are 0.
 std::uint32_t truncated(double value) {
     const bool representable = value > -2147483649.0 && value < 2147483648.0;

@@ -23,7 +23,7 @@ namespace Imaging {
 
 namespace {
 
-/// What is worked on together stays in the cache.
+/// A band of this size stays in the cache.
 constexpr std::size_t kExportedBandBytes = 32 * 1024;
 
 constexpr std::size_t kSamplesAtOnce = 3 * 128;
@@ -50,11 +50,11 @@ std::optional<Layout> layoutOfClass(const Image& image) {
     return std::nullopt;
 }
 
-/// An image of 16-bit words as it is exported: one sample per pixel for grey, the channels 2, 1, 0 for everything else,
-/// in machine byte order, a band of rows at a time.
+/// Arranges an image of 16-bit words for export, a band of rows at a time: one sample per pixel for grey, the channels
+/// 2, 1, 0 for all other formats, in machine byte order.
 class ExportedRows {
 public:
-    /// Whether the image is one that this class reads; the others are read pixel by pixel.
+    /// Whether this class supports the image; other images are read pixel by pixel.
     static bool reads(const Image& image) {
         const FormatDescription* description = findDescription(image.getFormat());
         const auto limit = static_cast<unsigned>(std::numeric_limits<int>::max());
@@ -104,7 +104,7 @@ public:
             if (liesAsExported()) {
                 append(rows.data(), samples);
             } else if (isReversed(rows)) {
-                // Few at a time, so that the processor still reads ahead while it writes.
+                // Few samples at a time, so that the processor still reads ahead while it writes.
                 alignas(64) std::array<unsigned char, 2 * kSamplesAtOnce> piece;
                 for (std::size_t begin = 0; begin < samples; begin += kSamplesAtOnce) {
                     const std::size_t count = std::min(kSamplesAtOnce, samples - begin);
@@ -118,8 +118,7 @@ public:
         });
     }
 
-    /// Appends what @p map makes of the exported samples: called with samples, their number and where one byte of each
-    /// goes.
+    /// Appends one byte per exported sample, computed by @p map from samples, their number and the destination.
     template <typename Map>
     void appendTo(std::vector<unsigned char>& result, Map map) {
         forEachBand([&](const PixelView& rows, int firstRow) {
@@ -129,7 +128,7 @@ public:
                 map(rows.data(), samplesOfPlane(rows), result.data() + begin);
                 return;
             }
-            // Half as many bytes are left to be arranged then.
+            // Scaling first halves the bytes to arrange.
             const PixelView scaled(m_Scaled.data(), rows.width(), rows.height(), CV_8U, samplesOfPlane(rows),
                                    rows.description());
             for (unsigned plane = 0; plane < rows.description().planes; ++plane) {
@@ -148,7 +147,7 @@ private:
     }
 
     std::size_t samplesOf(int rows) const { return m_SamplesPerRow * static_cast<std::size_t>(rows); }
-    /// Bytes of the source.
+    /// The bytes of the source in one band.
     std::size_t bytesPerBand() const {
         return m_Source.rowBytes() * m_Source.description().planes * static_cast<std::size_t>(m_BandRows);
     }
@@ -158,7 +157,7 @@ private:
 
     static bool isReversed(const PixelView& rows) { return &rows.description() == &describe(IMAGE_FORMAT::RGB); }
 
-    /// Calls @p use with the rows of each band in machine byte order, and the number of the first one, from the top.
+    /// Calls @p use with the rows of each band in machine byte order, and the number of the first row, from the top.
     template <typename Use>
     void forEachBand(Use use) {
         for (int row = 0; row < m_Source.height(); row += m_BandRows) {
@@ -176,7 +175,7 @@ private:
         return result;
     }
 
-    /// Puts the samples of @p rows into the order in which they are exported.
+    /// Arranges the samples of @p rows in export order.
     static void arrange(const PixelView& rows, int firstRow, unsigned char* target) {
         if (rows.description().layout == Layout::Mosaic) {
             spreadMosaic(rows, firstRow, target);
@@ -188,7 +187,7 @@ private:
         }
     }
 
-    /// Puts each site's sample where its channel is exported; channel 3, blue, is not.
+    /// Stores the sample of each site at the place of its channel; channel 3, blue, is not exported.
     static void spreadMosaic(const PixelView& rows, int firstRow, unsigned char* target) {
         const std::size_t bytes = rows.bytesPerSample();
         const unsigned char* from = rows.data();
@@ -226,8 +225,8 @@ std::vector<std::uint16_t> exportedValues(const Image& image) {
     return values;
 }
 
-/// Scales samples to 0...255, the largest becoming 255 and halves going up: floor(255 v / largest + 1/2), in whole
-/// numbers.
+/// Scales samples so that the largest becomes 255, halves rounded up: floor(255 v / largest + 1/2), in integer
+/// arithmetic.
 class Scale {
 public:
     explicit Scale(unsigned largest) : m_Largest(largest) {
@@ -242,7 +241,7 @@ public:
             return;
         }
         for (std::size_t i = 0; i < count; ++i) {
-            // Samples that are not exported may be larger than the largest.
+            // Samples that are not exported may exceed the largest.
             result[i] = m_Table[std::min<unsigned>(loadWord(samples + 2 * i), m_Largest)];
         }
     }

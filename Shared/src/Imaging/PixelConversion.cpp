@@ -23,13 +23,13 @@ namespace {
 
 constexpr unsigned kAlphaChannel = 3;
 
-/// OpenCV gives black for a mosaic with a shorter side, in the alpha channel as well where it adds one itself.
+/// OpenCV gives black for a mosaic with a shorter side, also in an alpha channel that it adds itself.
 constexpr int kSmallestDemosaiced = 3;
 
-/// Rows that are worked on together, so that what one step writes is still in the cache for the next.
+/// The size of a band of rows, so that the output of one step is still in the cache for the next.
 constexpr std::size_t kBandBytes = 64 * 1024;
 
-/// The position of a channel among the samples of a pixel; nothing where the format lacks it.
+/// The position of a channel among the samples of a pixel; nothing if the format lacks it.
 std::optional<unsigned> sampleOfChannel(const FormatDescription& description, unsigned channel) {
     for (unsigned k = 0; k < description.channels; ++k) {
         if (description.channelOfSample[k] == channel) {
@@ -55,7 +55,7 @@ void forEachBand(const PixelView& source, const PixelView& target, std::size_t b
 
 // --- One call of OpenCV ---
 
-/// Codes of one Bayer family. OpenCV names a pattern by the second and third site of its second row.
+/// Codes of one Bayer pattern. OpenCV names a pattern by the second and third site of its second row.
 struct BayerCodes {
     int toGrey;
     int toBgr;
@@ -100,14 +100,14 @@ int reorderCode(const FormatDescription& source, const FormatDescription& target
     return kCodes[source.channels - 3][target.channels - 3][sameOrder(source, target) ? 0 : 1];
 }
 
-/// Lets OpenCV write straight into the target, whose size and type are the result's.
+/// Lets OpenCV write directly into the target, which has the size and type of the result.
 void convertColor(const cv::Mat& source, cv::Mat target, int code) {
     const unsigned char* place = target.data;
     cv::cvtColor(source, target, code);
     CV_Assert(target.data == place);
 }
 
-/// Converts each pixel by itself. OpenCV is shown a single row, for which it starts no parallel loop.
+/// Converts pixel by pixel. OpenCV gets all pixels as a single row, for which it starts no parallel loop.
 void convertPixelwise(const PixelView& source, const PixelView& target, int code) {
     constexpr std::size_t kPixelsAtOnce = std::size_t{1} << 24; // OpenCV counts the samples of a row with an int
     const std::size_t pixels = source.pixelCount();
@@ -117,8 +117,8 @@ void convertPixelwise(const PixelView& source, const PixelView& target, int code
     }
 }
 
-/// OpenCV notes 0.8 KiB for every thread that has run one of its parallel loops, and keeps that when the thread has
-/// ended. So this is for a limited number of the application's threads; whether the present one is among them.
+/// Whether the present thread may run a parallel loop of OpenCV. OpenCV allocates 0.8 KiB for every thread that has run
+/// one and keeps it after the thread has ended, so the number of such application threads is limited.
 bool mayRunParallelLoops() {
     constexpr int kMostThreads = 256;
     static std::atomic<int> threads{0};
@@ -133,7 +133,7 @@ bool mayRunParallelLoops() {
 void demosaicByOpenCv(const PixelView& source, const PixelView& target, int code) {
     const auto convert = [&] { convertColor(source.pixels(), target.pixels(), code); };
     Workers& workers = Workers::instance();
-    if (workers.isClosed()) { // as OpenCV may be: it runs a loop within a loop in place
+    if (workers.isClosed()) { // OpenCV may be closed as well: a nested loop runs on this thread
         cv::parallel_for_({0, 1}, [&](const cv::Range&) { convert(); });
     } else if (mayRunParallelLoops()) {
         convert();
@@ -150,7 +150,7 @@ void fillAlphaPlane(const PixelView& target) {
     }
 }
 
-/// Splits into the planes where they belong; a plane that the target lacks goes into @p unwanted, of one band.
+/// Splits into the planes of the target; a plane that the target lacks goes into @p unwanted, the size of one band.
 void splitBand(const PixelView& source, const PixelView& target, unsigned char* unwanted) {
     std::array<cv::Mat, 4> planes;
     for (unsigned k = 0; k < source.description().channels; ++k) {
@@ -161,7 +161,7 @@ void splitBand(const PixelView& source, const PixelView& target, unsigned char* 
     cv::split(source.pixels(), planes.data());
 }
 
-/// Merges the planes in the order of the target; @p alpha, of as many samples, stands for a plane that the source
+/// Merges the planes in the order of the target; @p alpha, with as many samples, replaces a plane that the source
 /// lacks.
 void mergeRows(const PixelView& source, const PixelView& target, const unsigned char* alpha) {
     const FormatDescription& order = target.description();
@@ -189,7 +189,7 @@ void greyToPlanar(const PixelView& source, const PixelView& target) {
     fillAlphaPlane(target);
 }
 
-/// Demosaics by our own kernel where that is faster than OpenCV; false: nothing was done.
+/// Demosaics with our own kernel if that is faster than OpenCV; returns false if it did nothing.
 bool demosaicsByKernel(const PixelView& source, const PixelView& target) {
     const Vectors vectors = widestVectors();
     if (!demosaicsFaster(source, target.description(), vectors)) {
@@ -216,7 +216,7 @@ const FormatDescription& demosaicedFormat(const FormatDescription& target) {
     return describe(rgb ? IMAGE_FORMAT::RGB : IMAGE_FORMAT::BGR);
 }
 
-/// Demosaics into interleaved samples of scratch memory, and converts these.
+/// Demosaics into interleaved samples in scratch memory, and converts these.
 void demosaicByTheWay(const PixelView& source, const PixelView& target);
 
 void mosaicToInterleaved(const PixelView& source, const PixelView& target) {
@@ -322,7 +322,7 @@ bool computesWithSamples(const FormatDescription& source, const FormatDescriptio
 void convertPixels(const PixelView& source, const PixelView& target) {
     const Converter converter = kConverters[static_cast<std::size_t>(source.description().layout)]
                                            [static_cast<std::size_t>(target.description().layout)];
-    if (source.description().layout == Layout::Mosaic) { // needs the rows around a band, and sees to the cores itself
+    if (source.description().layout == Layout::Mosaic) { // needs the rows around a band, and divides the work itself
         converter(source, target);
         return;
     }

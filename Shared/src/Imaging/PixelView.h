@@ -9,7 +9,7 @@
 
 namespace Imaging {
 
-/// Pixel bytes of a format, borrowed: what OpenCV is shown of an image, or of a few of its rows.
+/// A view of the pixel bytes of an image, or of some of its rows, for OpenCV. Does not own the bytes.
 class PixelView {
 public:
     /// @param depth CV_8U or CV_16U
@@ -27,18 +27,18 @@ public:
     std::size_t planeBytes() const { return m_PlaneBytes; }
     unsigned char* data() const { return m_Data; }
 
-    /// Bytes that the rows of one plane take.
+    /// Bytes of one row of a plane.
     std::size_t rowBytes() const {
         const unsigned samples = m_Description->layout == Layout::Planar ? 1 : m_Description->samplesPerPixel();
         return static_cast<std::size_t>(m_Width) * samples * bytesPerSample();
     }
 
-    /// Bytes of the rows in one plane.
+    /// Bytes of all rows of one plane.
     std::size_t bytesOfPlane() const { return rowBytes() * static_cast<std::size_t>(m_Height); }
-    /// Bytes of the rows in all planes.
+    /// Bytes of all rows of all planes.
     std::size_t bytes() const { return bytesOfPlane() * m_Description->planes; }
 
-    /// All samples of each pixel side by side; for every layout but planar.
+    /// All samples of each pixel side by side; for every layout except planar.
     cv::Mat pixels() const {
         const auto samples = static_cast<int>(m_Description->samplesPerPixel()); // 1, 3 or 4
         // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): never 0
@@ -47,7 +47,7 @@ public:
 
     std::size_t pixelCount() const { return static_cast<std::size_t>(m_Width) * static_cast<std::size_t>(m_Height); }
 
-    /// The pixels from @p begin to before @p end, whatever rows they are in, as one row; for every layout but planar.
+    /// The pixels from @p begin to before @p end as one row, across rows of the image; for every layout except planar.
     cv::Mat pixelRow(std::size_t begin, std::size_t end) const {
         const cv::Mat firstRow = pixels().row(0);
         return {1, static_cast<int>(end - begin), firstRow.type(), m_Data + begin * firstRow.elemSize()};

@@ -11,7 +11,7 @@ namespace Imaging {
 
 namespace {
 
-/// So that a thread that something else holds up leaves its share to the others.
+/// More than one, so that the other threads can take over the share of a delayed one.
 constexpr int kBandsPerThread = 4;
 
 } // namespace

@@ -8,11 +8,11 @@
 
 namespace Imaging {
 
-/// Source and result that together have so many bytes are worth all cores: 1280 x 1024 pixels of 8 bits, demosaiced.
-/// Below, waking them takes as long as they save.
+/// Total bytes of source and result from which all cores are used: 1280 x 1024 pixels of 8 bits, demosaiced. Below,
+/// waking threads takes as long as they save.
 constexpr std::size_t kLargeBytes = std::size_t{5} * 1024 * 1024;
 
-/// Calls @p work with @p rows; where the @p bytes of source and result are many, with bands of them on as many threads
+/// Calls @p work with @p rows; from kLargeBytes @p bytes of source and result on, with bands of rows on as many threads
 /// as OpenCV may use.
 void forRowBands(const cv::Range& rows, std::size_t bytes, const std::function<void(const cv::Range&)>& work);
 

@@ -13,7 +13,7 @@ namespace Imaging {
 
 namespace {
 
-/// Weights of OpenCV's grey, together 2 to the power of 15.
+/// Weights of OpenCV's grey, with the sum 2^15.
 constexpr std::uint32_t kRedWeight = 9798;
 constexpr std::uint32_t kGreenWeight = 19235;
 constexpr std::uint32_t kBlueWeight = 3735;
@@ -40,13 +40,13 @@ template <typename Sample>
 
 [[gnu::always_inline]] inline void scale(const unsigned char* __restrict samples, std::size_t count, unsigned largest,
                                          unsigned char* __restrict result) {
-    // Signed words, whose upper halves of products every processor has.
+    // Signed words, because every processor can compute the upper halves of their products.
     const auto factor = static_cast<std::int16_t>(255 * 32768 / largest);
     const auto divisor = static_cast<std::int16_t>(largest);
     const auto half = static_cast<std::int16_t>((largest + 1) / 2);
     for (std::size_t i = 0; i < count; ++i) {
         const auto sample = load<std::int16_t>(samples, i);
-        // The level, or one less; what remains, below 3/2 of the divisor, tells which.
+        // The level, or one less; the remainder, below 3/2 of the divisor, decides.
         const auto level = static_cast<std::int16_t>((static_cast<std::int16_t>(2 * sample) * factor) >> 16);
         const auto remainder = static_cast<std::int16_t>(255 * sample - level * divisor);
         result[i] = static_cast<unsigned char>(level + (remainder >= half ? 1 : 0));
@@ -75,7 +75,7 @@ template <typename Vector>
     std::memcpy(samples, &vector, sizeof vector);
 }
 
-/// With the first and the third sample of whole pixels changed, and a rest.
+/// Exchanges the first and the third sample of whole pixels; a remainder stays.
 template <typename Sample, std::size_t... Lane>
 [[gnu::always_inline]] inline VectorOf<Sample> reversed(VectorOf<Sample> samples, std::index_sequence<Lane...>) {
     constexpr std::size_t kWhole = kLanes<Sample> / 3 * 3;
@@ -86,7 +86,7 @@ template <typename Sample>
 [[gnu::always_inline]] inline void reverse(const unsigned char* __restrict source, std::size_t pixels,
                                            unsigned char* __restrict target) {
     std::size_t pixel = 0;
-    // The rest is written once more, with the next pixels.
+    // The remainder is written again with the next pixels.
     for (; 3 * pixel + kLanes<Sample> <= 3 * pixels; pixel += kLanes<Sample> / 3) {
         const std::size_t byte = 3 * sizeof(Sample) * pixel;
         storeVector(target + byte, reversed<Sample>(loadVector<Sample>(source + byte), Lanes<Sample>{}));
@@ -98,8 +98,8 @@ template <typename Sample>
     }
 }
 
-/// Puts each sample of plane @p channel where it comes to lie in one of the three vectors of interleaved samples; no
-/// two of a plane come to the same lane.
+/// Moves each sample of plane @p channel to its lane in one of the three vectors of interleaved samples; no two samples
+/// of a plane have the same lane.
 template <typename Sample, std::size_t channel, std::size_t... Lane>
 [[gnu::always_inline]] inline VectorOf<Sample> spread(VectorOf<Sample> plane, std::index_sequence<Lane...>) {
     constexpr std::size_t kVector = kLanes<Sample>;
@@ -128,7 +128,7 @@ template <typename Sample, std::size_t vector>
     storeVector(target + vector * sizeof a, blend<Sample, vector, 2>(ab, c, Lanes<Sample>{}));
 }
 
-/// The lanes of the two in turn, from the first one or from the middle on.
+/// Takes the lanes of the two vectors in turn, from the first one or from the middle on.
 template <typename Sample, std::size_t begin, std::size_t... Lane>
 [[gnu::always_inline]] inline VectorOf<Sample> zip(VectorOf<Sample> a, VectorOf<Sample> b,
                                                    std::index_sequence<Lane...>) {
@@ -189,18 +189,18 @@ QUILL_WIDE_VECTORS auto runWidely(Arguments... arguments) {
     return loop(arguments...);
 }
 
-/// Runs a loop as it was compiled for these vectors.
+/// Runs the version of a loop that is compiled for these vectors.
 template <auto loop, typename... Arguments>
 auto run(Vectors vectors, Arguments... arguments) {
     return vectors == Vectors::Wide ? runWidely<loop>(arguments...) : loop(arguments...);
 }
 
-/// OpenCV's way, which is faster than a loop without the vector instructions that move bytes.
+/// Uses OpenCV, which is faster than a loop without vector instructions that move bytes.
 template <typename Sample>
 void mergePortably(const std::array<const unsigned char*, 4>& planes, unsigned channels, std::size_t pixels,
                    unsigned char* target) {
     constexpr std::size_t kPixelsAtOnce = 1024;
-    // On the boundary of a vector register OpenCV would write past the cache.
+    // Aligned to a vector register, OpenCV would bypass the cache.
     alignas(64) std::array<Sample, 4 * kPixelsAtOnce + 1> merged;
     for (std::size_t begin = 0; begin < pixels; begin += kPixelsAtOnce) {
         const std::size_t count = std::min(kPixelsAtOnce, pixels - begin);

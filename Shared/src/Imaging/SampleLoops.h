@@ -8,7 +8,7 @@
 #include "Imaging/Vectors.h"
 
 /// Loops over the samples of a few rows or of a plane. Samples of 16 bits are in machine byte order and need no
-/// alignment; what is read and what is written do not overlap.
+/// alignment; source and target do not overlap.
 namespace Imaging {
 
 /// The largest of @p count 16-bit samples, 0 for none.
@@ -19,18 +19,18 @@ constexpr bool isDividedByMultiplying(unsigned largest) {
     return largest >= 256 && largest < 16384;
 }
 
-/// Scales @p count 16-bit samples so that @p largest becomes 255, halves going up: floor(255 v / largest + 1/2).
-/// What becomes of larger samples is not defined.
+/// Scales @p count 16-bit samples so that @p largest becomes 255, halves rounded up: floor(255 v / largest + 1/2). The
+/// result for larger samples is undefined.
 /// @pre isDividedByMultiplying(largest)
 void scaleSamples(const unsigned char* samples, std::size_t count, unsigned largest, unsigned char* result,
                   Vectors vectors = widestVectors());
 
-/// Lets the first and the third sample of each of @p pixels pixels of three samples change places.
+/// Exchanges the first and the third sample of each of @p pixels pixels of three samples.
 /// @param bytesPerSample 1 or 2
 void reverseTriples(const unsigned char* source, std::size_t pixels, std::size_t bytesPerSample, unsigned char* target,
                     Vectors vectors = widestVectors());
 
-/// The grey of @p pixels pixels whose colours lie in planes, as cv::cvtColor() computes it.
+/// Computes the grey of @p pixels pixels whose colours lie in planes, as cv::cvtColor() does.
 /// @param bytesPerSample 1 or 2
 void greyOfPlanes(const unsigned char* red, const unsigned char* green, const unsigned char* blue, std::size_t pixels,
                   std::size_t bytesPerSample, unsigned char* grey, Vectors vectors = widestVectors());

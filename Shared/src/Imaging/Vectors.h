@@ -3,13 +3,13 @@
 
 namespace Imaging {
 
-/// What a loop over samples may use of the processor.
+/// The vector instructions that a loop over samples may use.
 enum class Vectors {
-    Portable, ///< what every processor has that the library is built for
+    Portable, ///< those of every processor for which the library is built
     Wide      ///< AVX2
 };
 
-/// The most that this machine has.
+/// The widest vectors of this machine.
 Vectors widestVectors();
 
 } // namespace Imaging

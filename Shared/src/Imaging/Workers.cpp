@@ -14,11 +14,11 @@ namespace Imaging {
 
 namespace {
 
-/// Together with the caller's, more threads than any memory feeds.
+/// With the caller, more threads than any memory bandwidth can feed.
 constexpr int kMostWorkers = 15;
 
-/// Beside the caller for as many threads as OpenCV uses or the machine runs; at least one, for what is to run
-/// elsewhere. OpenCV is asked once: not in a forked child, before fork() returns there.
+/// The number of workers: with the caller, as many threads as OpenCV uses or the machine runs; at least one, for
+/// runElsewhere(). OpenCV is queried once, and not in a forked child before fork() returns there.
 int workersOfMachine() {
     static const int threads = std::max(cv::getNumThreads(), static_cast<int>(std::thread::hardware_concurrency()));
     return std::clamp(threads - 1, 1, kMostWorkers);
@@ -38,7 +38,7 @@ Workers::~Workers() {
 
 Workers& Workers::instance() {
     static Base::ProcessWide<WorkersOfProcess> workers;
-    // Younger than OpenCV's own state, which was asked for above, and therefore gone before it.
+    // Created after OpenCV's own state, which was initialised above, and therefore destroyed before it.
     static const Base::AtExit guard([] { workers.get().close(); });
     return workers.get();
 }
@@ -104,7 +104,7 @@ void Workers::startThreadsLocked(int wanted) {
         while (!m_Closed && static_cast<int>(m_Threads.size()) < std::min(wanted, m_Most)) {
             m_Threads.emplace_back(&Workers::runThread, this);
         }
-    } catch (const std::exception&) { // no more can be had now
+    } catch (const std::exception&) { // no more threads can be started now
     }
 }
 

@@ -12,33 +12,34 @@
 
 namespace Imaging {
 
-/// Threads that take their share of long conversions. They start when there is something to share for the first time,
-/// and sleep in between until the process exits or the library is unloaded. Thread-safe.
+/// Threads that take a share of long conversions. They start with the first conversion that is shared, and sleep
+/// between conversions until the process exits or the library is unloaded. Thread-safe.
 class Workers {
 public:
-    /// @param most so many threads at most
+    /// @param most the maximum number of threads
     explicit Workers(int most);
     Workers(const Workers&) = delete;
     Workers& operator=(const Workers&) = delete;
     ~Workers();
 
-    /// Those of the process, which are closed when it exits, before OpenCV ends its threads. They are never destroyed,
-    /// so that images may be converted later still.
+    /// The workers of the process. They are closed at exit, before OpenCV ends its threads, and never destroyed, so
+    /// that images can still be converted afterwards.
     static Workers& instance();
 
-    /// Calls @p work with each number from 0 to below @p pieces, on @p threads threads of which this is one, and
-    /// returns when all calls have. What a call throws is thrown here, and what was not begun then is left out.
+    /// Calls @p work with each number from 0 to below @p pieces, on @p threads threads including the calling one, and
+    /// returns when all calls have returned. If a call throws, skips the calls not yet begun and rethrows the
+    /// exception.
     void share(int pieces, int threads, const std::function<void(int)>& work);
 
-    /// Calls @p work on another thread and waits for it; on this one where no other can be had.
+    /// Calls @p work on another thread and waits for it; on the calling thread if no other is available.
     void runElsewhere(const std::function<void()>& work);
 
-    /// Ends the threads once they have nothing left to do. From now on everything runs on the thread that asks for it.
+    /// Ends the threads after their present work. From now on all work runs on the calling thread.
     void close();
     bool isClosed();
 
 private:
-    /// Work that its owner waits for, on whose stack it lies.
+    /// Work on the stack of its owner, who waits for it.
     struct Job {
         const std::function<void(int)>& work;
         int pieces;
@@ -53,20 +54,20 @@ private:
         int number;
     };
 
-    /// Lets up to @p workers threads take pieces of a job; false: there is none.
+    /// Offers the pieces of a job to up to @p workers threads; returns false if there are none.
     bool offer(Job& job, int workers);
     void startThreadsLocked(int wanted) QUILL_REQUIRES(m_Mutex);
     void runThread();
-    /// The next piece of any job; nothing: the threads are to end.
+    /// Waits for the next piece of any job; returns nothing if the thread must end.
     std::optional<Piece> waitForPiece();
     std::optional<Piece> takeOfferedLocked() QUILL_REQUIRES(m_Mutex);
     std::optional<Piece> takeLocked(Job& job) QUILL_REQUIRES(m_Mutex);
     void run(const Piece& piece);
-    /// Waits until all pieces are done, and throws what one of them threw.
+    /// Waits until all pieces are done, and rethrows the exception of a piece.
     void finish(Job& job);
 
     const int m_Most;
-    Utilities::Mutex m_Mutex; // guards what follows, and the jobs
+    Utilities::Mutex m_Mutex; // guards the following members and the jobs
     std::condition_variable m_Work;
     std::condition_variable m_Done;
     std::vector<Job*> m_Jobs QUILL_GUARDED_BY(m_Mutex);

@@ -26,7 +26,7 @@ constexpr std::uint8_t kFpga2Target = 6; // registers 0 and 1: high and low byte
 static_assert(offsetof(Usb3VisionInfo, fileSize) == 4);
 static_assert(offsetof(Usb3VisionInfo, fileHash) == 12);
 
-/// Where the hexadecimal digits that end before a place begin, two at most.
+/// The start of the hexadecimal digits that end at a position, at most two.
 std::size_t hexadecimalDigitsBefore(std::string_view text, std::size_t end) {
     constexpr std::size_t kMaximumDigits = 2;
     std::size_t begin = end;
@@ -40,7 +40,7 @@ std::size_t hexadecimalDigitsBefore(std::string_view text, std::size_t end) {
 } // namespace
 
 std::vector<unsigned char> calculateSha1Hash(const std::vector<unsigned char>& data) {
-    constexpr std::size_t kPieceBytes = std::size_t{1} << 30; // a length of 32 bits at a time
+    constexpr std::size_t kPieceBytes = std::size_t{1} << 30; // fits into a 32-bit length
     CSHA1 hasher;
     for (std::size_t offset = 0; offset < data.size(); offset += kPieceBytes) {
         hasher.Update(data.data() + offset, static_cast<unsigned int>(std::min(kPieceBytes, data.size() - offset)));

@@ -6,8 +6,8 @@
  * The operations of the camera SDK that the library uses: role name, export number, result, the result that means
  * failure, and parameters. The flat library exports each under the name orvexapi_<export number>.
  *
- * A handle is what sdkCameraOpen gave, and stale after sdkCameraClose. Cameras that are not open are named by their
- * place in the present enumeration, counted from 1.
+ * A handle is a result of sdkCameraOpen, and stale after sdkCameraClose. Cameras that are not open are identified by
+ * their place in the present enumeration, counted from 1.
  */
 
 #include "OrvexRecords.h"

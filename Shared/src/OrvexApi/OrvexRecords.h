@@ -73,7 +73,7 @@ typedef struct ORVEX_SNAPSHOT {
     uint8_t reserved[12];
 } ORVEX_SNAPSHOT;
 
-/** What a camera can sample. */
+/** The sampling factors of a camera. */
 typedef struct ORVEX_SAMPLING_DESCRIPTION {
     uint8_t flags; /**< bit 7: the horizontal and vertical factors are always equal */
     uint8_t reserved;

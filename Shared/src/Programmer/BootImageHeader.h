@@ -8,7 +8,7 @@ namespace Utilities {
 
 inline constexpr std::size_t kBootImageHeaderBytes = 4;
 
-/// Whether data begin as a boot image does; nothing behind the header is looked at.
+/// Whether data begins with the header of a boot image; checks the header only.
 bool hasBootImageHeader(const std::vector<unsigned char>& data);
 
 /// @throws std::invalid_argument "No data provided."

@@ -27,20 +27,20 @@ std::vector<std::string> perform(Camera& camera, const char* function, std::vect
     return camera.perform(function, parameters);
 }
 
-/// Bytes as functions take and give them.
+/// Bytes as the characters that functions take and return.
 const char* characters(const unsigned char* bytes) {
     return reinterpret_cast<const char*>(bytes);
 }
 
-/// A function that takes an address and something else, performed for one chunk after the other: the memory of the
-/// parameters is used again.
+/// A function of an address and a second parameter, performed for one chunk after the other. Reuses the memory of the
+/// parameters.
 class ChunkFunction {
 public:
     ChunkFunction(Camera& camera, const char* name) : m_Camera(camera), m_Name(name) {}
 
-    /// A place beyond 32 bits is refused by the camera's function.
+    /// The camera's function refuses an address beyond 32 bits.
     std::vector<std::string> perform(std::uint64_t address, std::string_view second) {
-        m_Parameters.resize(2); // a function may have done with them what it liked
+        m_Parameters.resize(2); // the function may have changed them
         m_Parameters[0] = std::to_string(address);
         m_Parameters[1] = second;
         return m_Camera.perform(m_Name, m_Parameters);
@@ -71,9 +71,9 @@ void requireChunks(unsigned int chunkSize) {
     }
 }
 
-/// Takes the bytes from @p offset on in chunks, and reports how much of all of them is done after each. Ends early when
-/// @p process answers false.
-/// @return whether it came to the end
+/// Processes the bytes from @p offset on in chunks, and reports the fraction done after each. Ends early if @p process
+/// returns false.
+/// @return whether it reached the end
 template <typename Process>
 bool forEachChunk(std::size_t offset, std::size_t length, std::size_t chunkSize, const Progress& progress,
                   Process process) {

@@ -9,7 +9,7 @@
 
 namespace CameraInterface {
 
-/// A property that cannot be written and has one value for ever.
+/// Makes a property that cannot be written and whose value never changes.
 template <typename T>
 std::unique_ptr<Property> makeConstant(const std::string& name, const PROPERTY_TYPE& type, const T& value) {
     return std::make_unique<MemoryProperty<T>>(name, type, value, value, value, true, false,

@@ -12,11 +12,11 @@ namespace CameraInterface {
 
 namespace {
 
-/// False where a text that was read as @p a is certainly not that of @p b; making a text takes longer than reading one.
+/// False if a text that was read as @p a is certainly not the text of @p b; formatting takes longer than parsing.
 template <typename T>
 bool mayHaveOneText(const T& a, const T& b) {
     if constexpr (std::is_floating_point_v<T>) {
-        return !std::isfinite(b) || !(std::abs(a - b) > 0.01); // "inf" is not read as one; two decimals
+        return !std::isfinite(b) || !(std::abs(a - b) > 0.01); // "inf" is not parsed; texts have two decimals
     } else {
         return true;
     }

@@ -9,7 +9,7 @@ namespace OrvexAdapter {
 
 class OrvexCamera;
 
-/// An on/off setting of the next run that the camera is not told of before.
+/// An on/off setting of the next run. It reaches the camera only when the run starts.
 class OrvexBooleanProperty : public CameraInterface::BooleanProperty {
 public:
     OrvexBooleanProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);
@@ -20,8 +20,7 @@ protected:
     OrvexCamera* m_Camera; // owns this property
 };
 
-/// Whether a signal starts each exposure. The state is what was written last, and goes on in
-/// the next connection.
+/// Whether a signal starts each exposure. The state is the last one written, and is kept for the next connection.
 class OrvexHardwareTrigger : public OrvexBooleanProperty {
 public:
     /// Switches the trigger off.
@@ -33,7 +32,7 @@ public:
     /// @throws KestrelException_Property "PropertyWriteFailure"  the state is unchanged
     void setValue(const std::string& value) override;
 
-    /// Switches the trigger on again where it was on; a new connection begins with it off. Where that fails it reads
+    /// Switches the trigger on again if it was on; a new connection begins with it off. If that fails, it reads
     /// "Disabled", and the change callback runs.
     void restore();
 
@@ -41,11 +40,11 @@ private:
     bool switchTrigger(bool on);
 };
 
-/// Whether the camera starts as a USB3 Vision device. The state lives in the camera's flash; nobody is told of a
-/// change.
+/// Whether the camera starts as a USB3 Vision device. The state is kept in the camera's flash; changes are not
+/// reported.
 class OrvexUsb3VisionMode : public CameraInterface::BooleanProperty {
 public:
-    /// @throws KestrelException_Property "PropertyUnsupported"  not a model, or not a firmware, that has the mode
+    /// @throws KestrelException_Property "PropertyUnsupported"  the model or the firmware does not have the mode
     OrvexUsb3VisionMode(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);
 
     using BooleanProperty::operator=;

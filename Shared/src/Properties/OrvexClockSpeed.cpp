@@ -13,7 +13,7 @@ using namespace KestrelExceptions;
 
 namespace {
 
-/// Clock speeds are 8-bit numbers to the SDK. A range of more is no range.
+/// The SDK's clock speeds are 8-bit numbers. A larger range is invalid.
 constexpr std::int64_t kMaximumSpeeds = 256;
 
 } // namespace

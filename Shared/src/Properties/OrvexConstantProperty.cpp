@@ -12,7 +12,7 @@ using namespace KestrelExceptions;
 
 namespace {
 
-/// Whether others can read the text as a number of 32 bits, signed or not.
+/// Whether the text can be parsed as a 32-bit number, signed or unsigned.
 bool hasNumber(float value) {
     return fitsInteger(value) || (value > 0 && value < 4294967296.0F);
 }

@@ -8,7 +8,7 @@
 
 namespace OrvexAdapter {
 
-/// An SDK property whose number, or one of whose flags, stands for one of a set of named values.
+/// An SDK property whose number, or one of its flags, stands for one of a set of named values.
 class OrvexEnumProperty : public OrvexStandardProperty {
 public:
     using OrvexStandardProperty::OrvexStandardProperty;

@@ -42,13 +42,13 @@ public:
     HardwareInterfaces();
 };
 
-/// Pixel-format codes by their bits per pixel.
+/// Pixel-format codes, named by their bits per pixel.
 class PixelFormats : public CameraInterface::PropertyValueEnumeration<unsigned long> {
 public:
     PixelFormats();
 };
 
-/// Where a camera takes its power from; true for the cable with two plugs.
+/// The power supply of a camera; true for the cable with two plugs.
 class PowerModes : public CameraInterface::PropertyValueEnumeration<bool> {
 public:
     PowerModes();

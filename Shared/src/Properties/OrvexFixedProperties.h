@@ -10,7 +10,7 @@
 
 namespace OrvexAdapter {
 
-/// An SDK property that shows one value: its limits and its default are the value.
+/// An SDK property with one value, which is also its limits and its default.
 class OrvexFixedProperty : public OrvexEnumProperty {
 public:
     using OrvexEnumProperty::OrvexEnumProperty;
@@ -22,18 +22,17 @@ public:
     std::vector<std::string> getValueList() override;
 
 protected:
-    /// What setValue() does: nothing, unless the camera would take the write.
+    /// Implements setValue(): does nothing, unless the camera would accept the write.
     /// @throws KestrelException_Property "PropertyReadOnly"
     void refuseWrite(const KestrelExceptions::SourceLocation& here);
 
     std::vector<std::string> m_ValueList;
 };
 
-/// A number that the camera does not change. The value that it had when the property was made is the only one with a
-/// text.
+/// A number that the camera does not change. Only the value at construction has a text.
 class OrvexConstantProperty : public OrvexFixedProperty {
 public:
-    /// @throws KestrelException_Property "PropertyUnsupported"  also for a value that is no number of 32 bits
+    /// @throws KestrelException_Property "PropertyUnsupported"  also if the value is not a 32-bit number
     OrvexConstantProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,
                           const unsigned long& propertyId);
 
@@ -62,7 +61,7 @@ private:
     ColorFormats m_Enumeration;
 };
 
-/// The byte order of 16-bit pixels, which the camera tells in a flag of its colour format.
+/// The byte order of 16-bit pixels, which the camera reports in a flag of its colour format.
 class OrvexEndianness : public OrvexFixedProperty {
 public:
     OrvexEndianness(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);

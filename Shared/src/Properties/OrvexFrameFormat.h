@@ -15,12 +15,12 @@ struct FrameFormat {
     float rate = 0;
 };
 
-/// Reads what is in force on behalf of a property.
+/// Reads the present format and rate on behalf of a property.
 /// @throws KestrelException_Property "PropertyReadFailure", thrown at @p here
 FrameFormat readFrameFormat(OrvexCamera& camera, const CameraInterface::Property& property,
                             const KestrelExceptions::SourceLocation& here);
 
-/// Puts a format in force; false if the camera refuses it.
+/// Applies a format and rate; returns false if the camera refuses it.
 bool writeFrameFormat(OrvexCamera& camera, const FrameFormat& frames);
 
 } // namespace OrvexAdapter

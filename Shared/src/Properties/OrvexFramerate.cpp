@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::uint32_t kVideoClockSpeed = 126;
 
-/// More rates than anybody chooses from. A count beyond is no count.
+/// More rates than any camera offers. A larger count is invalid.
 constexpr std::uint32_t kMaximumRates = 1024;
 
 } // namespace
@@ -119,7 +119,7 @@ std::uint32_t OrvexFramerate::countRates() {
     return orvexApi().sdkEnumAvailableFrameRates(m_Camera->getHandle(), 0, nullptr);
 }
 
-/// How far the default of the video clock speed lies above its minimum, counted below its maximum.
+/// The number of steps from the minimum of the video clock speed to its default, counted below its maximum.
 unsigned int OrvexFramerate::defaultClockSteps() {
     float minimum = 0;
     float maximum = 0;

@@ -11,7 +11,7 @@ namespace OrvexAdapter {
 
 class OrvexCamera;
 
-/// A text in which the camera describes itself; never writable. Its limits and its default are the value.
+/// A text that describes the camera; never writable. Its limits and its default are the value.
 class OrvexInformationProperty : public CameraInterface::Property {
 public:
     OrvexInformationProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);
@@ -41,7 +41,7 @@ public:
     std::string getValue() override;
 };
 
-/// The version of the camera's FPGA; "0.0" where there is none.
+/// The version of the camera's FPGA; "0.0" if there is none.
 class OrvexFpgaVersion : public OrvexInformationProperty {
 public:
     using OrvexInformationProperty::OrvexInformationProperty;
@@ -70,7 +70,7 @@ public:
     std::string getValue() override;
 };
 
-/// What the camera is attached by, as read when the property was made.
+/// The interface that connects the camera, as read at construction.
 class OrvexHardwareInterface : public OrvexInformationProperty {
 public:
     /// @throws KestrelException_Property "PropertyUnsupported"

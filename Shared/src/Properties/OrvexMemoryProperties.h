@@ -13,7 +13,7 @@ namespace OrvexAdapter {
 
 class OrvexCamera;
 
-/// A number or text that was read from the camera at connection, or a stand-in where it could not be read.
+/// A number or text that was read from the camera at connection, or a substitute if it could not be read.
 template <typename T>
 class OrvexDeviceConstant : public CameraInterface::MemoryProperty<T> {
 public:
@@ -25,7 +25,7 @@ public:
 
     using CameraInterface::MemoryProperty<T>::operator=;
 
-    /// Takes over the value of a later connection, if it could be read. Links and callback stay.
+    /// Takes over the value of a later connection, if it could be read. Keeps links and callback.
     void takeOver(const OrvexDeviceConstant& later) {
         if (later.m_WasRead) {
             this->m_Minimum = this->m_Maximum = this->m_Value = this->m_Default = later.m_Value;
@@ -54,7 +54,7 @@ public:
     using MemoryProperty<int>::operator=;
 };
 
-/// The mode that the next run starts in: "Video" or "Still". A write while the camera is streaming is ignored.
+/// The mode of the next run: "Video" or "Still". Ignores a write while the camera is streaming.
 class OrvexStreamingMode : public CameraInterface::MemoryProperty<bool> {
 public:
     OrvexStreamingMode(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);
@@ -67,19 +67,19 @@ private:
     OrvexCamera* m_Camera; // owns this property
 };
 
-/// The bits per pixel of the next run. The allowed ones are found by trying each on the camera, whose format is as
-/// before when the property is made.
+/// The bits per pixel of the next run. The constructor tries each value on the camera to find the allowed ones, and
+/// restores the camera's format.
 class OrvexPixelFormat : public CameraInterface::MemoryProperty<unsigned long> {
 public:
-    /// @throws KestrelException_Property "PropertyReadFailure"  the camera does not tell its present format
-    /// @throws KestrelException_Property "PropertyWriteFailure"  the camera does not take its former format back
+    /// @throws KestrelException_Property "PropertyReadFailure"  the camera does not report its present format
+    /// @throws KestrelException_Property "PropertyWriteFailure"  the camera refuses to restore its former format
     OrvexPixelFormat(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);
 
     using MemoryProperty<unsigned long>::operator=;
 
 private:
     OrvexCamera* m_Camera; // owns this property
-    // What the camera had when the property was made.
+    // The camera's format at construction.
     ORVEX_FRAME_FORMAT m_Format{};
     float m_FrameRate = 0;
     unsigned long m_CurrentPixelFormat = 0;

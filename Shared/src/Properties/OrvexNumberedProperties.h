@@ -12,8 +12,8 @@ namespace OrvexAdapter {
 
 /// An SDK property whose number is one of an enumeration's values.
 ///
-/// The texts throw KestrelException "PropertyValueConversion" for a number that the enumeration lacks, setValue() for
-/// such a text.
+/// Reading throws KestrelException "PropertyValueConversion" for a number that the enumeration lacks; setValue() throws
+/// it for such a text.
 template <typename Enumeration>
 class OrvexNumberedProperty : public OrvexEnumProperty {
 public:
@@ -35,7 +35,7 @@ public:
     }
 
 protected:
-    /// The number that a value of the SDK stands for.
+    /// The number that a value of the SDK represents.
     virtual int numberOf(float value) const { return truncate(value); }
     std::string textOf(float value) const { return m_Enumeration.toString(numberOf(value)); }
 
@@ -47,17 +47,17 @@ using OrvexCorrectionMatrix = OrvexNumberedProperty<CorrectionMatrices>;
 using OrvexDemosaicMethod = OrvexNumberedProperty<DemosaicMethods>;
 using OrvexFlipping = OrvexNumberedProperty<FlippingOptions>;
 
-/// A clock of the sensor: "Clock 0", "Clock 1" and so on, as far as its range went when the property was made.
+/// A clock of the sensor: "Clock 0", "Clock 1" and so on, up to its maximum at construction.
 class OrvexClockSpeed : public OrvexNumberedProperty<CameraInterface::PropertyValueEnumeration<int>> {
 public:
-    /// @throws KestrelException_Property "PropertyUnsupported"  also for a range that cannot be one of clocks
+    /// @throws KestrelException_Property "PropertyUnsupported"  also if the range is impossible
     OrvexClockSpeed(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,
                     const unsigned long& propertyId);
 
     using OrvexNumberedProperty::operator=;
 };
 
-/// The taps that a sensor is read out through. Can be changed only while the camera is not streaming.
+/// The taps through which the sensor is read out. Can be changed only while the camera is not streaming.
 class OrvexTapConfiguration : public OrvexNumberedProperty<TapConfigurations> {
 public:
     OrvexTapConfiguration(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,
@@ -68,7 +68,7 @@ public:
     bool isAvailableForWriting() override;
 };
 
-/// How a trigger times the exposure. Only the low byte of the SDK's number is the mode.
+/// The exposure timing of a trigger. Only the low byte of the SDK's number is the mode.
 class OrvexTriggerMode : public OrvexNumberedProperty<TriggerModes> {
 public:
     using OrvexNumberedProperty::OrvexNumberedProperty;

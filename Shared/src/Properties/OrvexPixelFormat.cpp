@@ -33,7 +33,7 @@ OrvexPixelFormat::OrvexPixelFormat(const std::string& name, const CameraInterfac
         const unsigned long code = m_Candidates.toValue(text);
         FrameFormat trial{m_Format, m_FrameRate};
         trial.format.pixelFormat = static_cast<std::uint32_t>(code);
-        // The camera has its present format, whether the trial failed or not.
+        // The present format is allowed, whether or not its trial failed.
         if (writeFrameFormat(*m_Camera, trial) || code == m_CurrentPixelFormat) {
             m_ValueEnumeration.insert(text, code);
             m_Minimum = std::min(m_Minimum, code);

@@ -11,7 +11,7 @@ namespace OrvexAdapter {
 
 class OrvexCamera;
 
-/// Where the camera takes its power from: "USB" or "Y-Cable". The camera keeps the setting; nobody is told of a change.
+/// The power supply of the camera: "USB" or "Y-Cable". The camera keeps the setting; changes are not reported.
 class OrvexPowerMode : public CameraInterface::Property {
 public:
     /// @throws KestrelException_Property "PropertyUnsupported"

@@ -12,25 +12,25 @@ namespace OrvexAdapter {
 
 class OrvexCamera;
 
-/// One number, in pixels, of the region that the next run delivers. It is kept in memory; the stream hands it to the
-/// camera when it starts.
+/// One number, in pixels, of the region of the next run. It is kept in memory; the stream writes it to the camera when
+/// it starts.
 class OrvexRegionProperty : public CameraInterface::MemoryProperty<unsigned long> {
 public:
     using MemoryProperty<unsigned long>::operator=;
 
-    /// Stores the number limited to the range; it need not be a multiple of the unit.
-    /// @throws std::invalid_argument, std::out_of_range  the text is no unsigned number
+    /// Stores the number, limited to the range. It need not be a multiple of the unit.
+    /// @throws std::invalid_argument, std::out_of_range  the text is not an unsigned number
     void setValue(const std::string& value) override;
 
 protected:
-    /// What one of the four numbers is made of.
+    /// The properties that define one of the four numbers.
     struct Definition {
         const char* minimumProperty; ///< null for a minimum of 0
         const char* maximumProperty;
         std::uint32_t ORVEX_FRAME_FORMAT::*present;
     };
 
-    /// @throws KestrelException_Property "PropertyReadFailure"  the camera does not tell its present region
+    /// @throws KestrelException_Property "PropertyReadFailure"  the camera does not report its present region
     OrvexRegionProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,
                         const Definition& definition, const KestrelExceptions::SourceLocation& here);
 

@@ -24,10 +24,10 @@ constexpr std::int32_t kReadOnlyFlag = 0x00010000; // of the range's flags
 constexpr std::array<std::uint32_t, 4> kUnsupported{20, 21, 22, 83};
 constexpr std::uint32_t kNotWritableNow = 22; // after a write
 
-/// The text of a limit and the limit differ by less.
+/// Upper bound of the difference between a limit and its text.
 constexpr double kTextRounding = 1e-6;
 
-/// A number text between the texts of two limits.
+/// Limits a number's text to the texts of two limits.
 std::string limitTo(const std::string& minimum, const std::string& maximum, double number, const std::string& text) {
     if (number > Base::parseDouble(maximum)) {
         return maximum;
@@ -108,7 +108,7 @@ std::string OrvexStandardProperty::clampToRange(std::string text) {
     const float minimum = readMinimum();
     const float maximum = readMaximum();
     if (number - minimum >= kTextRounding && maximum - number >= kTextRounding) {
-        return text; // no need to write and read the limits' texts, which count
+        return text; // well within the limits, whose texts need not be formatted
     }
     return limitTo(Base::toSixDecimals(minimum), Base::toSixDecimals(maximum), number, text);
 }
@@ -136,12 +136,12 @@ float OrvexStandardProperty::readDefault() {
 void OrvexStandardProperty::writeValue(const float& value) {
     const bool changes = std::fabs(value - readValue()) > std::numeric_limits<float>::epsilon();
     if (changes) {
-        writeAndTell({value, readFlags()});
+        writeAndNotify({value, readFlags()});
     }
 }
 
 void OrvexStandardProperty::writeFlags(std::int32_t flags) {
-    writeAndTell({readValue(), flags});
+    writeAndNotify({readValue(), flags});
 }
 
 bool OrvexStandardProperty::isSupportedByCamera() {
@@ -178,7 +178,7 @@ bool OrvexStandardProperty::writeState(const State& state) {
     return orvexApi().sdkSetProperty(m_Camera->getHandle(), m_PropertyId, state.value, state.flags) != 0;
 }
 
-void OrvexStandardProperty::writeAndTell(const State& state) {
+void OrvexStandardProperty::writeAndNotify(const State& state) {
     if (!writeState(state)) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyWriteFailure, getName());
     }

@@ -11,15 +11,15 @@ namespace OrvexAdapter {
 
 class OrvexCamera;
 
-/// A continuous SDK property: a numbered value that the camera keeps as a float beside a word of flags.
+/// A continuous SDK property: a numbered value that the camera keeps as a float with a word of flags.
 ///
-/// Nothing is cached: every operation asks the camera, with the handle that it has at that moment. Texts have six
-/// decimals. Where no other word is given, a failed read throws KestrelException_Property "PropertyReadFailure" or, for
-/// the range, "PropertyRangeReadFailure".
+/// Nothing is cached: every operation queries the camera, with its present handle. Texts have six decimals. Unless
+/// stated otherwise, a failed read throws KestrelException_Property "PropertyReadFailure" or, for the range,
+/// "PropertyRangeReadFailure".
 class OrvexStandardProperty : public CameraInterface::Property {
 public:
-    /// @throws KestrelException_Property "PropertyUnsupported"  the camera says that it has no such property; one that
-    /// cannot be read for another reason counts as there
+    /// @throws KestrelException_Property "PropertyUnsupported"  the camera reports that it has no such property; a
+    /// property that cannot be read for another reason counts as supported
     OrvexStandardProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,
                           const unsigned long& propertyId);
 
@@ -31,17 +31,17 @@ public:
     std::string getDefault() override;
     /// @throws KestrelException_Property "PropertyErrorUnknown"
     bool isReadOnly() override;
-    /// Finds out by writing the present value back.
+    /// Tests it by writing the present value back.
     /// @throws KestrelException_Property "PropertyErrorUnknown"
     bool isAvailableForWriting() override;
     bool isDiscrete() override;
     std::vector<std::string> getValueList() override;
-    /// Writes the number limited to the range; a property that cannot be written now ignores it.
-    /// @throws std::invalid_argument, std::out_of_range  the text is no number
+    /// Writes the number, limited to the range. Ignores it while the property cannot be written.
+    /// @throws std::invalid_argument, std::out_of_range  the text is not a number
     /// @throws KestrelException_Property "PropertyWriteFailure"
     void setValue(const std::string& value) override;
 
-    /// A number text limited to the range of the property.
+    /// Limits a number's text to the range of the property.
     virtual std::string clampToRange(std::string text);
 
 protected:
@@ -50,9 +50,9 @@ protected:
     float readMinimum();
     float readMaximum();
     float readDefault();
-    /// Writes a value that differs from the present one, with the present flags, and tells of the change.
+    /// Writes a value that differs from the present one, with the present flags, and reports the change.
     void writeValue(const float& value);
-    /// Writes flags, with the present value, and tells of the change.
+    /// Writes flags, with the present value, and reports the change.
     void writeFlags(std::int32_t flags);
     bool isSupportedByCamera();
     bool isWritable();
@@ -76,7 +76,7 @@ private:
     State readState();
     Range readRange();
     bool writeState(const State& state);
-    void writeAndTell(const State& state);
+    void writeAndNotify(const State& state);
 };
 
 } // namespace OrvexAdapter

@@ -10,13 +10,13 @@
 
 namespace OrvexAdapter {
 
-/// Number of the SDK's property of which both corrections are flags.
+/// Number of the SDK's property whose flags are the two corrections.
 constexpr unsigned long kTapCorrection = 109;
 constexpr std::uint32_t kSoftwareTapCorrectionFlag = 0x08000000;
 constexpr std::uint32_t kHardwareTapCorrectionFlag = 0x20000000;
 
-/// An on/off state that is one flag of an SDK property, off by default. The camera says only at the write that it
-/// cannot be changed.
+/// An on/off state that is one flag of an SDK property, off by default. Only a write shows whether the camera refuses a
+/// change.
 class OrvexSwitchProperty : public OrvexEnumProperty {
 public:
     OrvexSwitchProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,
@@ -32,7 +32,7 @@ public:
     std::vector<std::string> getValueList() override;
 
 protected:
-    /// The present flags with this one set or cleared.
+    /// The present flags with this flag set or cleared.
     /// @throws KestrelException_InvalidArgument "ArgumentUnhandled"  neither "Enabled" nor "Disabled"
     std::int32_t flagsFor(const std::string& state, const KestrelExceptions::SourceLocation& here);
 
@@ -43,7 +43,7 @@ private:
     std::vector<std::string> m_ValueList;
 };
 
-/// Whether the camera sets its exposure itself.
+/// Whether the camera controls its exposure automatically.
 class OrvexAutoExposure : public OrvexSwitchProperty {
 public:
     OrvexAutoExposure(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);
@@ -53,7 +53,7 @@ public:
     void setValue(const std::string& value) override;
 };
 
-/// The fan of a cooled camera: on when the value is not 0; a flag goes with it.
+/// The fan of a cooled camera: on if the value is not 0; a flag is set with it.
 class OrvexFan : public OrvexSwitchProperty {
 public:
     OrvexFan(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,

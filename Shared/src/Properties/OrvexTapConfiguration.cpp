@@ -8,7 +8,7 @@ namespace OrvexAdapter {
 
 namespace {
 
-/// The taps of a sensor, the most first, by the largest number that it takes.
+/// The tap configurations of a sensor, most taps first, up to the largest number that it accepts.
 std::vector<std::string> tapsUpTo(int maximum) {
     switch (maximum) {
     case 4:

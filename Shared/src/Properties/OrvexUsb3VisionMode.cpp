@@ -35,7 +35,7 @@ bool hasUsb3VisionMode(OrvexCamera& camera) {
     if (!contains(kModels, model)) {
         return false;
     }
-    ORVEX_VERSION version{}; // a firmware of 0, which is too old, where it cannot be read
+    ORVEX_VERSION version{}; // if it cannot be read: firmware 0, which is too old
     orvexApi().sdkQueryVersion(camera.getHandle(), &version);
     return version.firmware >= 0x100 && (!contains(kModelsOfFirmwareOne, model) || (version.firmware & 0xF00) == 0x100);
 }

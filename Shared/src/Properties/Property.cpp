@@ -45,7 +45,7 @@ void Property::removeLinkedProperty(Property& other) {
 }
 
 void Property::registerOnChangeCallback(std::function<void(Property&)> callback) {
-    m_OnChangeCallback.swap(callback); // the former one is destroyed last: it may come back here
+    m_OnChangeCallback.swap(callback); // the former callback is destroyed last: it may call back here
 }
 
 void Property::unregisterOnChangeCallback() {
@@ -54,7 +54,7 @@ void Property::unregisterOnChangeCallback() {
 
 void Property::onChange(bool notifyLinked) {
     if (notifyLinked) {
-        // By name, because a partner's callback may add and remove links.
+        // By name, because the callback of a linked property may add and remove links.
         std::vector<std::string> names;
         names.reserve(m_LinkedProperties.size());
         for (const auto& entry : m_LinkedProperties) {

@@ -8,7 +8,7 @@
 
 namespace CameraInterface::SimulatedAdapter {
 
-/// A property of a simulated camera: texts, as its list describes them. Nothing that is written is checked.
+/// A property of a simulated camera: texts, as its list describes them. Writes are not checked.
 class SimulatedProperty : public Property {
 public:
     SimulatedProperty(const std::string& name, PROPERTY_TYPE type, const std::string& minimum,

@@ -32,7 +32,7 @@ void Usb3VisionUsb3VisionMode::setValue(const std::string& value) {
     if (isReadOnly() || !isAvailableForWriting()) {
         return;
     }
-    readInfo(); // a camera that cannot be read is not written
+    readInfo(); // a camera that cannot be read must not be written
     const std::uint32_t usb3Vision = m_States.toValue(value) ? 1 : 0;
     if (tarnuLibrary().TarnuWriteBootSequence(m_Camera->getHandle(), usb3Vision) == 0) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyWriteFailure, getName());
@@ -53,7 +53,7 @@ bool Usb3VisionUsb3VisionMode::hasValidFile() {
     if (info.fileSize > kUsb3VisionFileMaximumSize) {
         return false;
     }
-    // An empty file is one, too, if the block has the digest of no bytes.
+    // An empty file is valid, too, if the block has the digest of empty data.
     std::vector<unsigned char> file(info.fileSize);
     if (!file.empty() &&
         tarnuLibrary().TarnuFlashRead(m_Camera->getHandle(), file.data(), kUsb3VisionFileAddress, info.fileSize) == 0) {

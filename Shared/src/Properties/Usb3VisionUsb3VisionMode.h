@@ -11,8 +11,8 @@ namespace Usb3VisionAdapter {
 
 class Usb3VisionCamera;
 
-/// Whether the camera starts as a USB3 Vision device. The state lives in the camera's flash; nobody is told of a
-/// change. Reading keeps nothing in the object, so that the watchdogs may read beside the application.
+/// Whether the camera starts as a USB3 Vision device. The state is kept in the camera's flash; changes are not
+/// reported. Reading stores nothing in the object, so that the watchdogs may read concurrently with the application.
 class Usb3VisionUsb3VisionMode : public CameraInterface::BooleanProperty {
 public:
     Usb3VisionUsb3VisionMode(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,

@@ -31,7 +31,7 @@ void writeBigEndian(Word word, unsigned char* bytes) {
     }
 }
 
-/// How one byte is written in a report.
+/// The format of one byte in a report.
 struct ReportFormat {
     const wchar_t* digits;
     unsigned base;
@@ -57,16 +57,16 @@ void appendByte(std::wstring& text, unsigned byte, const ReportFormat& format) {
 }
 
 struct CloseFile {
-    void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); } // it was read
+    void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); } // only read
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
 File openFile(const wchar_t* path) {
     try {
-        // Whatever the locale, which the path class would go by.
+        // Independent of the locale, unlike the path class.
         return File(std::fopen(Base::toUtf8<Base::WideConverter>(path).c_str(), "rb"));
     } catch (const std::exception&) {
-        return nullptr; // a path that is no text
+        return nullptr; // the path is not valid text
     }
 }
 

@@ -23,7 +23,7 @@ Word readBigEndian(const unsigned char* bytes) {
     return Word{bytes[0]} << 24 | Word{bytes[1]} << 16 | Word{bytes[2]} << 8 | Word{bytes[3]};
 }
 
-/// The function and the constant of a round, which change every twenty rounds.
+/// The function and the constant of a round; they change every twenty rounds.
 template <int Round>
 constexpr Word mix(Word b, Word c, Word d) {
     if constexpr (Round < 20) {
@@ -65,7 +65,7 @@ template <int... Fives>
 }
 
 void compress(Word* state, const unsigned char* block) {
-    Word ring[16]; // a local: in registers and free of aliases, which a member is not
+    Word ring[16]; // a local is kept in registers and has no aliases, unlike a member
     for (std::size_t index = 0; index < std::size(ring); ++index) {
         ring[index] = readBigEndian(block + 4 * index);
     }

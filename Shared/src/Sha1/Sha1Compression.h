@@ -5,16 +5,16 @@
 
 namespace Utilities {
 
-/// Compresses blocks of 64 bytes that follow each other into a chaining value of five words (FIPS 180).
+/// Compresses consecutive blocks of 64 bytes into a chaining value of five words (FIPS 180).
 using Sha1Compression = void (*)(unsigned int* state, const unsigned char* blocks, std::size_t count);
 
 /// Runs on every processor.
 void compressSha1Portably(unsigned int* state, const unsigned char* blocks, std::size_t count);
 
-/// The compression by SHA instructions; null where the processor has none.
+/// The compression by SHA instructions; null if the processor has none.
 Sha1Compression sha1CompressionByInstructions();
 
-/// The fastest one that the processor has.
+/// The fastest compression that the processor supports.
 Sha1Compression fastestSha1Compression();
 
 } // namespace Utilities

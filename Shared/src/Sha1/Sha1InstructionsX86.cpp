@@ -25,7 +25,7 @@ QUILL_SHA_INSTRUCTIONS inline void fourRounds(__m128i* ring, __m128i& abcd, __m1
         words = _mm_xor_si128(words, ring[(Step + 2) % kVectors]);
         words = _mm_sha1msg2_epu32(words, ring[(Step + 3) % kVectors]);
     }
-    // The first word e is no rotated word a.
+    // The first word e is not a rotated word a.
     const __m128i input = Step == 0 ? _mm_add_epi32(e, words) : _mm_sha1nexte_epu32(e, words);
     e = abcd;
     abcd = _mm_sha1rnds4_epu32(abcd, input, Step / 5);

@@ -21,8 +21,8 @@ namespace {
 
 constexpr std::uint32_t kCaptureEndedError = 14;
 
-/// The bytes of the image in a captured frame; nothing: the frame is incomplete, or larger than it was asked for, which
-/// is not believed. A pixel format that is none is left to whoever asks for the format.
+/// The bytes of the image in a captured frame; nothing if the frame is incomplete, or larger than requested, which is
+/// invalid. An invalid pixel format is left to the caller that requests the format.
 std::optional<std::size_t> imageBytes(const ORVEX_IMAGE_FORMAT& format, std::size_t bufferSize) {
     std::size_t bytes = format.imageSize;
     try {
@@ -71,7 +71,7 @@ bool CaptureRun::joinWithin(std::chrono::milliseconds patience) {
         MutexLock lock(m_StateMutex);
         const auto hasEnded = [this]() QUILL_REQUIRES(m_StateMutex) { return m_Ended; };
         if (!lock.waitFor(m_StateChanged, patience, hasEnded)) {
-            // Outside of a capture the worker is about to end.
+            // Outside a capture, the worker is about to end.
             const auto isLost = [this]() QUILL_REQUIRES(m_StateMutex) { return m_Ended || m_Capturing; };
             lock.wait(m_StateChanged, isLost);
         }
@@ -94,10 +94,10 @@ void CaptureRun::runThread() noexcept {
     try {
         why = captureLoop();
     } catch (const std::exception&) {
-        // There is no memory for the next frame; nothing else throws.
+        // There is no memory for the next frame; no other exception occurs.
     }
     m_Handover.close(why);
-    BufferPool::instance().giveBack(std::move(m_Buffer)); // the run may be kept for long
+    BufferPool::instance().giveBack(std::move(m_Buffer)); // the run may live long
     const MutexLock lock(m_StateMutex);
     m_Ended = true;
     m_StateChanged.notify_all();
@@ -129,7 +129,7 @@ FrameHandover::Outcome CaptureRun::captureLoop() {
             m_Statistics->setCaptureTime(stopwatch.delta());
             takeFrame(format);
         } else if (api.sdkGetLastErrorForCamera(m_Handle) == kCaptureEndedError) {
-            // A stop cancels the capture too, after it has asked for the end.
+            // A stop also cancels the capture, after it has requested the end.
             return m_StopRequested ? FrameHandover::Outcome::Stopped : FrameHandover::Outcome::CaptureEnded;
         }
     }

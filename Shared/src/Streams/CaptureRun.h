@@ -17,14 +17,14 @@
 
 namespace OrvexAdapter {
 
-/// One run of a stream: a worker thread that captures frame after frame and hands over those that somebody waits for.
+/// One run of a stream: a worker thread that captures frame after frame and hands over those that callers wait for.
 ///
-/// A run has everything that its worker uses. The stream, the worker and whoever waits for a frame share it, so that a
-/// worker that the SDK never lets go may outlive the stream.
+/// A run owns everything that its worker uses. The stream, the worker and threads that wait for a frame share it, so
+/// that a worker that the SDK never releases may outlive the stream.
 class CaptureRun : public std::enable_shared_from_this<CaptureRun> {
 public:
-    /// @param lastFormat of the last frame before this run
-    /// @throws std::exception  there is no memory for a frame
+    /// @param lastFormat the format of the last frame before this run
+    /// @throws std::exception  there is not enough memory for a frame
     CaptureRun(CameraInterface::StreamMode mode, void* handle, const ORVEX_SNAPSHOT& settings,
                std::shared_ptr<CameraInterface::StreamStatistics> statistics, const ORVEX_IMAGE_FORMAT& lastFormat);
     CaptureRun(const CaptureRun&) = delete;
@@ -33,23 +33,23 @@ public:
 
     CameraInterface::StreamMode mode() const { return m_Mode; }
     void* handle() const { return m_Handle; }
-    /// How long a caller waits for a frame; nothing: the default applies.
+    /// The timeout of a wait for a frame; nothing if the default applies.
     std::optional<std::chrono::nanoseconds> timeout() const;
     FrameHandover& handover() { return m_Handover; }
-    /// Of the last whole frame.
+    /// The format of the last complete frame.
     ORVEX_IMAGE_FORMAT imageFormat();
 
-    // One thread at a time calls what follows.
+    // The following functions are called by one thread at a time.
 
-    /// @throws std::exception  no thread can be had
+    /// @throws std::exception  the thread cannot be started
     void start();
     void requestStop() { m_StopRequested = true; }
     void join();
-    /// Joins the worker, which was asked to stop, unless the SDK keeps it in a capture for longer than @p patience.
-    /// Such a worker calls the SDK no more when it comes back, so that its handle may be closed.
+    /// Joins the worker, which has been asked to stop, unless the SDK holds it in a capture for longer than @p
+    /// patience. Such a worker no longer calls the SDK when it returns, so that its handle may be closed.
     /// @return whether the worker has ended
     bool joinWithin(std::chrono::milliseconds patience);
-    /// Lets a worker that joinWithin() could not join run on by itself, and keeps this library loaded for it.
+    /// Detaches a worker that joinWithin() could not join, and keeps this library loaded for it.
     void detach();
 
 private:
@@ -66,18 +66,18 @@ private:
     const std::size_t m_FrameBufferSize;
     const std::shared_ptr<CameraInterface::StreamStatistics> m_Statistics;
     FrameHandover m_Handover;
-    std::vector<unsigned char> m_Buffer; // the worker's, from its start on
+    std::vector<unsigned char> m_Buffer; // used by the worker only, once it has started
     std::thread m_Thread;
     std::atomic<bool> m_StopRequested{false};
 
     Utilities::Mutex m_ImageFormatMutex; // guards the format
     ORVEX_IMAGE_FORMAT m_ImageFormat QUILL_GUARDED_BY(m_ImageFormatMutex);
 
-    Utilities::Mutex m_StateMutex; // guards what follows
+    Utilities::Mutex m_StateMutex; // guards the following members
     std::condition_variable m_StateChanged;
     bool m_Capturing QUILL_GUARDED_BY(m_StateMutex) = false; // the worker is in a call that may block
-    bool m_LetGo QUILL_GUARDED_BY(m_StateMutex) = false;     // the worker may call the SDK no more
-    bool m_Ended QUILL_GUARDED_BY(m_StateMutex) = false;     // all that the worker still does is to return
+    bool m_LetGo QUILL_GUARDED_BY(m_StateMutex) = false;     // the worker must no longer call the SDK
+    bool m_Ended QUILL_GUARDED_BY(m_StateMutex) = false;     // the worker is about to return
 };
 
 } // namespace OrvexAdapter

@@ -60,7 +60,8 @@ void FrameCallbackId::frameCallback(void* context, std::uint32_t /*unused1*/, st
             statistics->incrementFrameCount(STREAM_TYPE::Received);
         }
     } catch (...) {
-        // No memory to note the time: the frame is counted, the rate lacks it. Nothing may escape into the SDK.
+        // No memory to store the time: the frame counts in the total but not in the rate. No exception may reach the
+        // SDK.
     }
 }
 

@@ -22,7 +22,7 @@ FrameHandover::Outcome FrameHandover::Request::wait(std::chrono::nanoseconds bou
     FrameHandover& handover = m_Handover;
     MutexLock lock(handover.m_RequestMutex);
     const auto isAnswered = [&]() QUILL_REQUIRES(handover.m_RequestMutex) { return m_FrameReady || !handover.m_Open; };
-    // While others are given frames the camera delivers: the time begins anew, and the line goes on.
+    // While others receive frames, the camera delivers: the time starts again, and the queue advances.
     const auto deadline = [&]() QUILL_REQUIRES(handover.m_RequestMutex) {
         return std::max(m_Begin, handover.m_LastDelivery) + bound;
     };

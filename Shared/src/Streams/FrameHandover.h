@@ -11,13 +11,13 @@
 
 namespace OrvexAdapter {
 
-/// Hands the frames of one run from its worker to those who wait, one after another in the order in which they came. A
+/// Hands the frames of one run from its worker to waiting callers, one after another in the order of their requests. A
 /// frame is moved, never copied, and never older than the request for it. Thread-safe.
 class FrameHandover {
 public:
     enum class Outcome { Frame, TimedOut, Stopped, CaptureEnded, OutOfMemory };
 
-    /// One caller's place in the line: begins with construction, is given up with destruction. Used by one thread.
+    /// One caller's place in the queue, from construction to destruction. Used by one thread.
     class Request {
     public:
         explicit Request(FrameHandover& handover);
@@ -25,9 +25,9 @@ public:
         Request& operator=(const Request&) = delete;
         ~Request();
 
-        /// Waits for a frame whose capture completes after the request was made. A frame that is there comes before
-        /// every other outcome. After TimedOut the place is kept: the wait may be taken up again with a longer bound.
-        /// @param bound from the request, or from the last frame that somebody else was given
+        /// Waits for a frame whose capture completes after the request was made. An available frame takes precedence
+        /// over every other outcome. After TimedOut the place is kept: the wait may be resumed with a longer bound.
+        /// @param bound from the request, or from the last frame given to another caller
         Outcome wait(std::chrono::nanoseconds bound);
         /// The frame, after Outcome::Frame.
         std::vector<unsigned char> takeImageData() { return std::move(m_ImageData); }
@@ -41,22 +41,22 @@ public:
         std::vector<unsigned char> m_ImageData; // written before m_FrameReady is set, read after it was seen
     };
 
-    /// Ends the run: waiters, present and later ones, get the reason. The first one counts.
+    /// Ends the run: present and later waiters get the reason. Only the first call has an effect.
     void close(Outcome why);
 
-    /// Whether somebody waits; asked by the worker for every frame, without the lock.
+    /// Whether a caller waits. The worker checks it for every frame, without the lock.
     bool isRequested() const { return m_FrameRequested; }
-    /// Gives a frame to whoever waits longest. Does nothing if nobody does any more.
+    /// Gives a frame to the caller that has waited longest. Does nothing if no caller waits any more.
     void deliver(std::vector<unsigned char>&& frame);
 
 private:
     void requestFrame(Request& request);
     void dropRequest(Request& request);
 
-    Utilities::Mutex m_RequestMutex; // guards what follows, and what the requests are answered
+    Utilities::Mutex m_RequestMutex; // guards the following members and the answers to the requests
     std::condition_variable m_Answered;
     std::atomic<bool> m_FrameRequested{false};                         // written under the mutex
-    std::vector<Request*> m_Requests QUILL_GUARDED_BY(m_RequestMutex); // not yet answered, in the order of coming
+    std::vector<Request*> m_Requests QUILL_GUARDED_BY(m_RequestMutex); // not yet answered, oldest first
     std::chrono::steady_clock::time_point m_LastDelivery QUILL_GUARDED_BY(m_RequestMutex){};
     bool m_Open QUILL_GUARDED_BY(m_RequestMutex) = true;
     Outcome m_Why QUILL_GUARDED_BY(m_RequestMutex) = Outcome::Stopped; // while not open

@@ -8,9 +8,9 @@
 
 namespace OrvexAdapter {
 
-/// What the SDK calls the same in both modes of a stream, but for the operation.
+/// The SDK's operations for one mode of a stream; the parameters are the same in both.
 struct ModeOperations {
-    const char* word; ///< for the mode, in exceptions
+    const char* word; ///< the name of the mode in exceptions
     std::int32_t (*OrvexApi::*addCallback)(void* handle, ORVEX_FRAME_CALLBACK callback, void* context);
     std::uint32_t (*OrvexApi::*removeCallback)(void* handle, std::int32_t id);
     std::uint32_t (*stop)(const OrvexApi& api, void* handle);

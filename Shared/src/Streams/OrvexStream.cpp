@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::uint32_t kInvalidFormatError = 9;
 constexpr std::chrono::milliseconds kDefaultTimeout{5000};
-/// For the worker of a device that refuses to cancel and to stop.
+/// How long to wait for the worker of a device that refuses to cancel and to stop.
 constexpr std::chrono::milliseconds kEndingPatience{2000};
 
 const char* const kVideoText = "Video";
@@ -34,7 +34,7 @@ OrvexStream::OrvexStream(OrvexCamera& camera) : m_Camera(&camera), m_Statistics(
 OrvexStream::~OrvexStream() {
     OrvexStream::forceStop();
     const MutexLock lock(m_ControlMutex);
-    // The camera has closed its handle meanwhile, which may have brought the worker back.
+    // The camera has closed its handle meanwhile, which may have released the worker.
     if (m_LetGo && !m_LetGo->joinWithin(kEndingPatience)) {
         m_LetGo->detach();
     }
@@ -111,7 +111,7 @@ bool OrvexStream::startStill(void* handle) {
 void OrvexStream::startWorker(const std::shared_ptr<CaptureRun>& run) {
     try {
         run->start();
-    } catch (const std::exception&) { // no thread can be had
+    } catch (const std::exception&) { // no thread can be started
         endCapture(run->mode(), run->handle());
         raise<KestrelException_Stream>(QUILL_HERE, Errors::kStartStream, operationsOf(run->mode()).word);
     }
@@ -218,7 +218,7 @@ FrameHandover::Outcome OrvexStream::waitForFrame(const CaptureRun& run, FrameHan
     }
     std::chrono::nanoseconds bound = kDefaultTimeout;
     FrameHandover::Outcome outcome = request.wait(bound);
-    // A frame that takes long is still waited for, and may have been given more time meanwhile.
+    // A long exposure extends the wait, and its settings may have changed meanwhile.
     while (outcome == FrameHandover::Outcome::TimedOut &&
            kDefaultTimeout + getFrameTime(*m_Camera, run.mode()) > bound) {
         bound = kDefaultTimeout + getFrameTime(*m_Camera, run.mode());

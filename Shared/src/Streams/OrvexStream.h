@@ -18,11 +18,11 @@ namespace OrvexAdapter {
 
 class OrvexCamera;
 
-/// The stream of an SDK camera: starts and stops the runs, whose frames it hands out.
+/// The stream of an SDK camera: starts and stops runs and hands out their frames.
 ///
-/// The mode and the settings of a run are read from the camera's properties when it starts. getImageData() waits for as
-/// long as the run's "Timeout" says (milliseconds); when that is negative for 5 seconds and the frame's own time: in
-/// video exposure and frame period, in still mode exposure and exposure delay.
+/// The mode and the settings of a run are read from the camera's properties when it starts. getImageData() waits for at
+/// most the run's "Timeout" in milliseconds; a negative one means 5 s plus the frame's own time (video: exposure and
+/// frame period; still: exposure and exposure delay).
 class OrvexStream : public CameraInterface::Stream {
 public:
     explicit OrvexStream(OrvexCamera& camera);
@@ -41,9 +41,9 @@ public:
     CameraInterface::StreamStatistics& getStreamStatistics() override;
 
 private:
-    /// Which steps of ending a run the device confirmed.
+    /// The steps of ending a run that the device confirmed.
     struct Ending {
-        bool released; // a capture that is under way comes back
+        bool released; // a capture in progress returns
         bool stopped;
         bool removed;
     };
@@ -63,18 +63,18 @@ private:
 
     OrvexCamera* m_Camera; // owns the stream
     const std::shared_ptr<CameraInterface::StreamStatistics> m_Statistics;
-    std::atomic<bool> m_Streaming{false}; // a worker is there that was not joined
+    std::atomic<bool> m_Streaming{false}; // there is a worker that was not joined
 
     Utilities::Mutex m_RunMutex;                                    // guards the pointer
-    std::shared_ptr<CaptureRun> m_Run QUILL_GUARDED_BY(m_RunMutex); // the present one, or the last
+    std::shared_ptr<CaptureRun> m_Run QUILL_GUARDED_BY(m_RunMutex); // the present run, or the last
 
     Utilities::Mutex
-        m_ControlMutex; // serialises start and stop and guards what follows; held while the worker is joined
+        m_ControlMutex; // serialises start and stop and guards the following members; held while the worker is joined
     ORVEX_SNAPSHOT m_Snapshot QUILL_GUARDED_BY(m_ControlMutex){};
     ORVEX_FRAME_FORMAT m_FrameFormat QUILL_GUARDED_BY(m_ControlMutex){};
     FrameCallbackId m_VideoCallbackId QUILL_GUARDED_BY(m_ControlMutex);
     FrameCallbackId m_StillCallbackId QUILL_GUARDED_BY(m_ControlMutex);
-    /// What the device was started in and never stopped, with the handle.
+    /// The mode and the handle with which the device was started but not stopped.
     std::optional<std::pair<CameraInterface::StreamMode, void*>> m_Running QUILL_GUARDED_BY(m_ControlMutex);
     std::shared_ptr<CaptureRun> m_LetGo QUILL_GUARDED_BY(m_ControlMutex); // its worker did not end in time
 };

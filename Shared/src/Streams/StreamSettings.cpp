@@ -23,7 +23,7 @@ namespace {
 constexpr std::uint32_t kStrobe = 0x80000000U;
 constexpr std::uint32_t kStrobeFromStartExposure = 0x20000000U;
 
-/// Reads a camera's properties as what the records hold.
+/// Reads a camera's properties as values of the records.
 class SettingsReader {
 public:
     explicit SettingsReader(Camera& camera) : m_Camera(camera) {}
@@ -49,7 +49,7 @@ private:
     Camera& m_Camera;
 };
 
-/// The number of one or two digits between two characters, at its first place in a text.
+/// Parses the first number of one or two digits between two characters in a text.
 std::uint16_t parseFactor(const std::string& text, char before, char after) {
     constexpr std::size_t kMaximumDigits = 2;
     for (std::size_t start = text.find(before); start != std::string::npos; start = text.find(before, start + 1)) {

@@ -24,14 +24,14 @@ typedef struct {
 
 /* clang-format off */
 #define TARNU_OPERATIONS(OPERATION) \
-    /* How many cameras are attached; fills count records and answers how many it filled. */ \
+    /* The number of attached cameras; fills count records and returns the number filled. */ \
     OPERATION(TarnuNumCameras, uint32_t, (void)) \
     OPERATION(TarnuEnumCameras, uint32_t, (Usb3VisionCameraRecord* records, uint32_t count)) \
-    /* A handle for the camera of a record as it was enumerated. */ \
+    /* Opens the camera of a record as it was enumerated; returns its handle. */ \
     OPERATION(TarnuOpenCamera, void*, (const Usb3VisionCameraRecord* record)) \
     OPERATION(TarnuCloseCamera, uint32_t, (void* handle)) \
     OPERATION(TarnuFlashRead, uint32_t, (void* handle, uint8_t* buffer, uint32_t address, uint32_t length)) \
-    /* 1: the camera starts as a USB3 Vision device the next time, 0: it does not. */ \
+    /* 1: the camera starts as a USB3 Vision device next time, 0: it does not. */ \
     OPERATION(TarnuWriteBootSequence, uint32_t, (void* handle, uint32_t usb3Vision)) \
     OPERATION(TarnuSglWrite, uint32_t, (void* handle, uint32_t first, uint32_t second, uint32_t value, uint32_t length, const uint8_t* data))
 /* clang-format on */

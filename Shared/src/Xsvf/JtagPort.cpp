@@ -21,20 +21,20 @@ constexpr std::uint32_t kClockHigh = 0x001;
 constexpr std::uint32_t kIdlePulses = 0x300; // plus their number less 1
 constexpr std::uint32_t kMostIdlePulses = 256;
 
-// A shift's value is its number of bits, plus these.
+// The value of a shift is its number of bits plus these.
 constexpr std::uint32_t kLeaveShift = 0x8000;
 constexpr std::uint32_t kNoTdo = 0x4000;
 constexpr std::uint32_t kBitCountMask = 0xFFF;
 constexpr std::size_t kMostBits = 2048;
 
-/// Copies bytes in reverse order, eight at a time as long as there are as many.
+/// Copies bytes in reverse order, eight at a time while that many are left.
 void reverseCopy(const std::uint8_t* from, std::size_t length, std::uint8_t* to) {
     to += length;
     for (; length >= sizeof(std::uint64_t); length -= sizeof(std::uint64_t)) {
         std::uint64_t word = 0;
         std::memcpy(&word, from, sizeof(word));
         from += sizeof(word);
-        // Compilers make one instruction of these three lines.
+        // Compilers turn these three lines into one instruction.
         word = (word & 0x00FF00FF00FF00FF) << 8 | (word >> 8 & 0x00FF00FF00FF00FF);
         word = (word & 0x0000FFFF0000FFFF) << 16 | (word >> 16 & 0x0000FFFF0000FFFF);
         word = word << 32 | word >> 32;
@@ -72,7 +72,7 @@ void JtagPort::clock() {
 
 void JtagPort::wait(std::uint32_t microseconds, const std::function<bool()>& checkpoint) {
     constexpr std::uint32_t kWordsBetweenCheckpoints = 1024;
-    const JtagTransport transport = m_Transport; // which no call changes
+    const JtagTransport transport = m_Transport; // a copy that no call can change
     if (transport.handle == nullptr || microseconds == 0) {
         return;
     }
@@ -116,7 +116,7 @@ void JtagPort::transfer(std::size_t bits, const std::uint8_t* tdi, std::uint8_t*
     const bool written = countUnless(m_Transport.registerWrite(m_Transport.handle, kShiftTarget, value,
                                                                static_cast<std::uint32_t>(length), bytes.data()) != 0);
     if (written && tdo != nullptr) {
-        reverseCopy(tdo, length, bytes.data()); // what a failed read leaves
+        reverseCopy(tdo, length, bytes.data()); // unchanged by a failed read
         countUnless(m_Transport.registerRead(m_Transport.handle, kShiftTarget, value & kBitCountMask,
                                              static_cast<std::uint32_t>(length), bytes.data()) != 0);
         reverseCopy(bytes.data(), length, tdo);

@@ -7,16 +7,16 @@
 
 namespace Utilities {
 
-/// The two register operations that reach a camera's JTAG port; they answer 0 on failure.
+/// The two register operations that access a camera's JTAG port; they return 0 on failure.
 struct JtagTransport {
-    void* handle = nullptr; ///< null: there is no device, and nothing is called
+    void* handle = nullptr; ///< null: there is no device, and no operation is called
     std::uint32_t (*registerWrite)(void* handle, std::uint8_t target, std::uint32_t value, std::uint32_t length,
                                    const std::uint8_t* data) = nullptr;
     std::uint32_t (*registerRead)(void* handle, std::uint8_t target, std::uint32_t value, std::uint32_t length,
                                   std::uint8_t* buffer) = nullptr;
 };
 
-/// Open access to a JTAG port, closed again by the destructor. What fails is counted, and goes on.
+/// Open access to a JTAG port; the destructor closes it. Counts failures, and continues.
 class JtagPort {
 public:
     explicit JtagPort(const JtagTransport& transport);
@@ -24,32 +24,32 @@ public:
     JtagPort& operator=(const JtagPort&) = delete;
     ~JtagPort();
 
-    /// The camera gave access, or there is no device.
+    /// Whether the camera gave access, or there is no device.
     bool isOpen() const { return m_Open; }
     void close();
-    /// How many register operations have failed.
+    /// The number of failed register operations.
     std::uint64_t failedTransfers() const { return m_FailedTransfers; }
 
-    /// One pulse of TCK with TMS at a level.
+    /// Sends one pulse of TCK with TMS at a level.
     void pulse(bool tms) { pulses(tms ? 1 : 0, 1); }
-    /// One pulse for each of @p count levels of TMS, the first of which is the lowest bit.
+    /// Sends one pulse for each of @p count levels of TMS, the first of which is the lowest bit.
     void pulses(unsigned int levels, unsigned int count) {
-        const JtagTransport transport = m_Transport; // which no call changes
+        const JtagTransport transport = m_Transport; // a copy that no call can change
         for (; transport.handle != nullptr && count > 0; --count, levels >>= 1) {
             const std::uint32_t word = kPulseTmsLow | (levels & 1U);
             countUnless(transport.registerWrite(transport.handle, kControlTarget, word, 0, nullptr) != 0);
         }
     }
-    /// One pulse of TCK that leaves TMS as it is.
+    /// Sends one pulse of TCK with TMS unchanged.
     void clock();
-    /// One pulse of TCK in run-test/idle for each microsecond. @p checkpoint is called now and then, and when a pulse
-    /// failed, and says whether to go on.
+    /// Sends one pulse of TCK in run-test/idle for each microsecond. Calls @p checkpoint occasionally, and when a pulse
+    /// failed; it returns whether to continue.
     void wait(std::uint32_t microseconds, const std::function<bool()>& checkpoint);
 
-    /// Shifts @p bits bits, of which the least significant of the last byte is the first, through the register that the
-    /// TAP has selected.
+    /// Shifts @p bits bits through the register that the TAP has selected, starting with the least significant bit of
+    /// the last byte.
     /// @param tdi (bits + 7) / 8 bytes, most significant byte first
-    /// @param tdo where the bits that come out are put, in the same places; null where they are not wanted
+    /// @param tdo receives the captured bits, in the same places; null if they are not needed
     /// @param leave whether TMS is high at the last bit
     void shift(std::size_t bits, const std::uint8_t* tdi, std::uint8_t* tdo, bool leave);
 

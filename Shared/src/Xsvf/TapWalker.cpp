@@ -8,7 +8,7 @@ namespace Utilities {
 
 namespace {
 
-/// From one state: where TMS 0 and TMS 1 lead, and for which targets, from the first to the last, TMS 0 is taken.
+/// For one state: the next states with TMS 0 and 1, and the first and the last target for which TMS 0 is chosen.
 struct Step {
     TapState onZero;
     TapState onOne;

@@ -28,19 +28,19 @@ enum class TapState : std::uint8_t {
 };
 constexpr std::uint8_t kTapStates = 16;
 
-/// Leads a TAP controller from state to state, and knows where it is.
+/// Moves a TAP controller from state to state and tracks its present state.
 class TapWalker {
 public:
     explicit TapWalker(JtagPort& port) : m_Port(port) {}
 
     TapState state() const { return m_State; }
-    /// A shift left its state with the last bit.
+    /// Records that a shift left its state with the last bit.
     void leftShift();
 
-    /// Six pulses with TMS high, wherever it is.
+    /// Sends six pulses with TMS high, in any state.
     void reset();
-    /// Asked for the pause state in which it is, leaves it and comes back.
-    /// @return false, and nothing done, for a second exit state from anywhere but its pause state
+    /// Moves to a state. If the target is the pause state in which it is, leaves it and returns.
+    /// @return false, without a pulse, for a second exit state from any state other than its pause state
     bool goTo(TapState target);
 
 private:

@@ -10,10 +10,10 @@ namespace Utilities {
 
 namespace {
 
-Mutex s_PlayMutex; // held for a whole play, and nothing is locked under it but what progress functions lock
+Mutex s_PlayMutex; // held for a whole play; only progress functions lock other mutexes under it
 thread_local bool t_Plays = false;
 
-/// Refuses a play within a play of the same thread, which would wait for itself.
+/// Refuses a play within a play on the same thread, which would wait for itself.
 class PlayOfThread {
 public:
     PlayOfThread() {

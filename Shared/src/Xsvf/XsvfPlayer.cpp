@@ -266,7 +266,7 @@ void XsvfPlayer::wait(std::uint32_t microseconds) {
     m_Port.wait(microseconds, [this] { return reportAgain(); });
 }
 
-/// With the file's run-test time and retries.
+/// Shifts with the file's run-test time and retries.
 void XsvfPlayer::shiftComparing() {
     Shift data{TapState::ShiftDr, m_EndData, m_ShiftBits, &m_CapturedTdo, &m_ExpectedTdo, &m_TdoMask};
     data.runTestTime = m_RunTestTime;
@@ -274,7 +274,7 @@ void XsvfPlayer::shiftComparing() {
     shift(data);
 }
 
-/// A piece of a longer shift, at once and once only.
+/// Shifts a piece of a longer shift, without run-test time or retries.
 void XsvfPlayer::shiftPiece(End end, const XsvfValue* expected) {
     Shift data{TapState::ShiftDr, end == End::Stay ? TapState::ShiftDr : m_EndData, m_ShiftBits};
     data.captured = expected == nullptr ? nullptr : &m_CapturedTdo;
@@ -318,7 +318,7 @@ void XsvfPlayer::shift(const Shift& shift) {
         }
     }
     fail(shift.maximumRepeat > 0 ? XsvfError::RetriesExhausted : XsvfError::TdoMismatch);
-    const std::size_t compared = shift.expected->length(); // a file may give mask or shift another length
+    const std::size_t compared = shift.expected->length(); // the mask or the shift may have another length
     m_Report.expectedTdo = shift.expected->bytes(compared);
     m_Report.capturedTdo = shift.captured->bytes(compared);
     m_Report.tdoMask = shift.mask == nullptr ? std::vector<unsigned char>{} : shift.mask->bytes(compared);

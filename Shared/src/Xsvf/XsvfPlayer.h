@@ -14,19 +14,19 @@
 
 namespace Utilities {
 
-/// One play of an XSVF file: reads its commands and drives a JTAG port. Bytes behind the end of the file read as 0xFF.
+/// One play of an XSVF file: reads its commands and drives a JTAG port. Bytes beyond the end of the file read as 0xFF.
 class XsvfPlayer {
 public:
     enum class Comparison { Real, AlwaysEqual };
 
-    /// @param data, port, report, progress, isCameraGone outlive the player
+    /// @param data, port, report, progress, isCameraGone must outlive the player
     XsvfPlayer(const std::vector<unsigned char>& data, JtagPort& port, Comparison comparison, XsvfReport& report,
                const std::function<void(double)>& progress, const std::function<bool()>& isCameraGone);
 
-    /// Plays to the command that completes the file, to the first error, or to where the camera went, and fills the
+    /// Plays until the command that completes the file, the first error, or the loss of the camera, and fills the
     /// report.
     void play();
-    /// Brings the report up to date with the port.
+    /// Updates the report with the failures of the port.
     void countFailedTransfers();
 
 private:
@@ -34,12 +34,12 @@ private:
 
     enum class End { Stay, EndState };
 
-    /// One passage of bits through a register of the TAP.
+    /// One shift of bits through a register of the TAP.
     struct Shift {
         TapState through;
         TapState end;
         std::size_t bits;
-        XsvfValue* captured = nullptr;       ///< null: what comes out is not wanted
+        XsvfValue* captured = nullptr;       ///< null: the captured bits are not needed
         const XsvfValue* expected = nullptr; ///< null: nothing is compared
         const XsvfValue* mask = nullptr;     ///< null: all bits are compared
         std::uint32_t runTestTime = 0;       ///< microseconds
@@ -58,8 +58,8 @@ private:
         }
     }
     void reportPosition();
-    /// While the position stays, so that a play can be ended there, too.
-    /// @return whether the play goes on
+    /// Reports progress at an unchanged position, so that a play can be ended there as well.
+    /// @return whether the play continues
     bool reportAgain();
 
     // Commands.
@@ -84,7 +84,7 @@ private:
     void skipComment();
     void waitInState();
 
-    // What they have in common.
+    // Helpers of the commands.
     void shiftInstruction(std::size_t bits);
     void shiftComparing();
     void shiftPiece(End end, const XsvfValue* expected);

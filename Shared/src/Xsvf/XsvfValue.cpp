@@ -41,7 +41,7 @@ bool XsvfValue::equals(const XsvfValue& other, const XsvfValue* mask) const {
     if (mask == nullptr) {
         return std::memcmp(data(), other.data(), m_Length) == 0;
     }
-    unsigned int different = 0; // in one pass without a way out, for the compiler to take many bytes at a time
+    unsigned int different = 0; // one pass without an early exit, so that the compiler vectorises it
     for (std::size_t index = 0; index < m_Length; ++index) {
         different |= static_cast<unsigned int>(m_Bytes[index] ^ other.m_Bytes[index]) & mask->m_Bytes[index];
     }

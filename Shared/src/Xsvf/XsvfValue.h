@@ -7,8 +7,8 @@
 
 namespace Utilities {
 
-/// A number of up to 7000 bytes, most significant byte first, in a buffer that never grows. Between its length and its
-/// capacity are the bytes of earlier values.
+/// A number of up to 7000 bytes, most significant byte first, in a buffer that never grows. Bytes between its length
+/// and its capacity belong to earlier values.
 class XsvfValue {
 public:
     static constexpr std::size_t kMaximumBytes = 7000;
@@ -20,16 +20,17 @@ public:
     std::uint8_t* data() { return m_Bytes.data(); }
     const std::uint8_t* data() const { return m_Bytes.data(); }
 
-    /// Its first @p length bytes; what lies behind a shorter value is of earlier ones.
+    /// The first @p length bytes; those beyond the end of a shorter value belong to earlier values.
     std::vector<unsigned char> bytes(std::size_t length) const { return {data(), data() + length}; }
 
-    /// Bits count from the least significant one; those beyond the length are 0.
+    /// A bit, counted from the least significant one; bits beyond the length are 0.
     bool bit(std::size_t index) const;
     void setBit(std::size_t index, bool value);
     std::size_t countOnes() const;
-    /// What does not fit into the length is lost.
+    /// Adds @p other; bytes that do not fit into the length are lost.
     void add(const XsvfValue& other);
-    /// Whether every byte of this value is that of @p other in the same place, in the bits of @p mask; null: all bits.
+    /// Whether every byte of this value equals the byte of @p other in the same place, in the bits of @p mask; null:
+    /// all bits.
     bool equals(const XsvfValue& other, const XsvfValue* mask) const;
 
 private:

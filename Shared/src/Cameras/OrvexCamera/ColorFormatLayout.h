@@ -8,8 +8,8 @@
 
 namespace OrvexAdapter {
 
-/// The pixel layout of a camera's frames, by the text of its "Color Format".
-/// @throws KestrelException_InvalidArgument "ArgumentUnhandled"  a text without a layout, which is the argument's name
+/// The pixel layout of a camera's frames, from the text of its "Color Format".
+/// @throws KestrelException_InvalidArgument "ArgumentUnhandled"  the text has no layout; it is the argument's name
 Imaging::IMAGE_FORMAT getImageFormatFromColorFormat(const std::string& colorFormat,
                                                     const KestrelExceptions::SourceLocation& here);
 

@@ -24,7 +24,7 @@ enum Address { IpAddress, SubnetMask, Gateway };
 
 constexpr std::size_t kAddressPieces = 4;
 constexpr std::size_t kMacBytes = 6;
-constexpr std::uint32_t kGigeCounters = 1; // the kind of counters to read
+constexpr std::uint32_t kGigeCounters = 1; // selects the counters to read
 constexpr int kNoCounter = -1;
 
 /// One line of the report: its label and the counter that follows it.
@@ -33,7 +33,7 @@ struct ReportLine {
     int counter;
 };
 
-// Counters 3 to 6 have a second reading for USB transports; the report gives both.
+// Counters 3 to 6 have a second meaning for USB transports; the report gives both.
 constexpr ReportLine kReportLines[] = {
     {"\nActual frame drop: ", 2},
     {"Frame completed: ", 0},
@@ -169,7 +169,7 @@ void CGigE::SetHostMacAddress(const std::string& text) {
 }
 
 bool CGigE::readStatistics(void* handle) {
-    // The boundary's record. It starts as the last statistics, which a read that fails may leave as they are.
+    // The boundary's record. It starts as the last statistics, because a failed read may leave it unchanged.
     ::_ORVEX_STREAM_STATS statistics{};
     std::copy(std::begin(m_StreamStats.counters), std::end(m_StreamStats.counters), statistics.counters);
     const bool read = orvexApi().sdkGetStreamStats(handle, kGigeCounters, &statistics, sizeof(statistics)) != 0;

@@ -15,8 +15,8 @@ struct ModelName {
     std::string_view designation;
 };
 
-// The ids are the maker's. The designations stand in for the maker's product names, which are not at hand: the id of
-// the model, or of the model whose name it shares.
+// The ids are the maker's. The designations replace the maker's product names, which are not available: the id of the
+// model, or of the model whose name it shares.
 constexpr std::array<ModelName, 110> kModelNames{{
     {0x81, "Model 081"},      {0x85, "Model 085"},      {0x86, "Model 086"},      {0x87, "Model 087"},
     {0x8A, "Model 08A"},      {0x8B, "Model 08B"},      {0x8C, "Model 08C"},      {0x8D, "Model 08D"},

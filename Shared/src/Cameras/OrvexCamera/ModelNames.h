@@ -6,7 +6,7 @@
 
 namespace OrvexAdapter {
 
-/// The designation of a model; empty for an id that is not known.
+/// The designation of a model; empty for an unknown id.
 std::string getModelNameFromCameraId(std::uint32_t cameraId);
 
 } // namespace OrvexAdapter

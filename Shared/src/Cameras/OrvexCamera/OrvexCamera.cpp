@@ -28,11 +28,11 @@ namespace {
 
 constexpr unsigned int kEnumeratedInterfaces[] = {2};
 
-/// A stray failure does not make a camera dead: this many of three queries must fail.
+/// A camera counts as dead if kDeadFailures of this many queries fail, so that a single failure is tolerated.
 constexpr int kAliveQueries = 3;
 constexpr int kDeadFailures = 2;
 
-/// More cameras than any interface of a computer has. A count beyond is no count.
+/// More cameras than an interface of any computer has. A larger count is invalid.
 constexpr std::uint32_t kMaximumCameras = 1024;
 
 } // namespace
@@ -74,11 +74,11 @@ std::vector<std::unique_ptr<Camera>> OrvexCamera::getListOfCameras() {
                 try {
                     cameras.push_back(std::make_unique<OrvexCamera>(version, interface));
                 } catch (const std::exception&) {
-                    // The next camera may be well.
+                    // The next camera may still be usable.
                 }
             }
         } catch (const std::exception&) {
-            // The next interface may be well.
+            // The next interface may still be usable.
         }
     }
     return cameras;
@@ -105,7 +105,7 @@ std::unique_ptr<Imaging::Image> OrvexCamera::getImage() {
             try {
                 stopRunAroundImage();
             } catch (const KestrelException&) {
-                // Why there is no image counts more.
+                // The reason why there is no image matters more.
             }
         }
         throw;
@@ -122,7 +122,7 @@ void OrvexCamera::stopRunAroundImage() {
     try {
         stopStream();
     } catch (const KestrelException&) {
-        // The stream of a camera that answers goes on, so that the application may try again.
+        // If the camera answers, its stream continues, so that the application can retry.
         if (!isCameraAlive()) {
             m_Stream->forceStop();
         }
@@ -160,7 +160,7 @@ void OrvexCamera::connect() {
         return;
     }
     requireTransition(CameraState::Connected, QUILL_HERE);
-    m_Stream->forceStop(); // one that was started on a suspended camera has its handle
+    m_Stream->forceStop(); // a stream started on a suspended camera uses its handle
     {
         const MutexLock lock(m_CameraEnumerationMutex);
         closeHandle();
@@ -217,7 +217,7 @@ void OrvexCamera::openHandle() {
             closeHandle();
         }
         if (findCameraIndex() == index) {
-            return; // it does not open
+            return; // cannot be opened
         }
     }
 }

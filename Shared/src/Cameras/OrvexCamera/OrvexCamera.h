@@ -17,7 +17,7 @@ namespace OrvexAdapter {
 
 constexpr unsigned int kGigEInterface = 4; // the SDK's number
 
-/// A camera that is reached through the maker's camera SDK.
+/// A camera accessed through the maker's camera SDK.
 class OrvexCamera : public CameraInterface::Camera {
 public:
     /// @param version the record with which the camera was enumerated
@@ -27,15 +27,15 @@ public:
     OrvexCamera& operator=(const OrvexCamera&) = delete;
     ~OrvexCamera() override;
 
-    /// A new, disconnected object for each camera of the SDK. Takes the enumeration mutex.
+    /// Returns a new, disconnected object for each camera of the SDK. Locks the enumeration mutex.
     static std::vector<std::unique_ptr<Camera>> getListOfCameras() QUILL_EXCLUDES(m_CameraEnumerationMutex);
 
-    /// The SDK's handle; null while the camera is not open. Taken anew for every call of the SDK.
+    /// The SDK's handle; null while the camera is not open. Must be fetched for every call of the SDK.
     void* getHandle();
     /// Whether the camera behind an SDK's handle answers; see isCameraAlive().
     static bool isAlive(void* handle);
 
-    /// What a connected camera on the network tells of it; see readGigE(). Takes the enumeration mutex.
+    /// Returns the network description of a connected GigE camera; see readGigE(). Locks the enumeration mutex.
     std::optional<GigEDescription> describeNetwork() QUILL_EXCLUDES(m_CameraEnumerationMutex);
 
     using Camera::isRetired;
@@ -60,28 +60,29 @@ private:
     static unsigned int EnumCameras(ORVEX_VERSION* versions, unsigned int count);
     static std::vector<ORVEX_VERSION> getConnectedCameras();
     unsigned int findCameraIndex();
-    /// Opens this camera, even if its index moves meanwhile, because another one comes or goes. The handle stays null
-    /// where it cannot be opened.
+    /// Opens this camera, even if its index changes meanwhile because another camera comes or goes. The handle stays
+    /// null if the camera cannot be opened.
     void openHandle();
     bool isOnNetwork();
     void stopRunAroundImage();
-    /// The settings of this camera, even if its index moves meanwhile, because another one comes or goes.
+    /// Reads the settings of this camera, even if its index changes meanwhile because another camera comes or goes.
     /// @throws KestrelException "GigEError"  they cannot be read
-    /// @throws KestrelException "CameraEnumeration "  the index never stays
+    /// @throws KestrelException "CameraEnumeration "  the index keeps changing
     void readNetworkSettings(CGigE& settings);
-    /// Closes the handle, once: one that the SDK does not close may be another camera's by the next call.
+    /// Closes the handle, at most once: a handle that the SDK failed to close may belong to another camera by the next
+    /// call.
     void closeHandle();
-    /// Whether the open handle is certainly another camera's.
+    /// Whether the open handle certainly belongs to another camera.
     bool hasOpenedAnother();
     bool cameraCanHandleConversion(const std::unique_ptr<Imaging::Image>& image, Imaging::IMAGE_FORMAT format);
     std::unique_ptr<Imaging::Image> convertImageUsingCamera(const std::unique_ptr<Imaging::Image>& image,
                                                             Imaging::IMAGE_FORMAT format);
 
-    /// Serialises enumeration, which the watchdogs run, with opening: both select an interface and count cameras.
-    /// Nothing that is called under it takes it again.
+    /// Serialises enumeration, which the watchdogs run, with opening: both select an interface and count cameras. No
+    /// function called under it locks it again.
     static Utilities::Mutex m_CameraEnumerationMutex;
 
-    /// How often a camera is looked for while the indices keep moving.
+    /// The number of searches for a camera while the indices keep changing.
     static constexpr int kSearches = 5;
 
     std::atomic<void*> m_Handle{nullptr}; // read by the watchdog

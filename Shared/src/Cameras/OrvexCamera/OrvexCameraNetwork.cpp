@@ -15,7 +15,7 @@ using Utilities::MutexLock;
 
 namespace {
 
-/// Reads a part of a description. The others are worth having without it.
+/// Reads a part of a description. The other parts are useful without it.
 template <typename Read>
 void readPart(GigEDescription& description, Read read) {
     try {
@@ -31,7 +31,7 @@ void readPart(GigEDescription& description, Read read) {
 
 bool OrvexCamera::isOnNetwork() {
     try {
-        // As it was read when the camera was connected: one more read is one more that may fail.
+        // The value read at connection: another read could fail.
         const std::string interface = getProperty(CameraInterface::PropertyNames::kHardwareInterface).getValue();
         return HardwareInterfaces().toValue(interface) == static_cast<int>(kGigEInterface);
     } catch (const KestrelException&) {
@@ -64,7 +64,7 @@ void OrvexCamera::readNetworkSettings(CGigE& settings) {
             failure = std::current_exception();
         }
         if (findCameraIndex() != index) {
-            continue; // what was read may be another camera's
+            continue; // the settings may belong to another camera
         }
         if (failure) {
             std::rethrow_exception(failure);

@@ -19,8 +19,8 @@ namespace {
 
 using nlohmann::json;
 
-/// What @p read appends for each camera entry of the list file.
-/// @param key the entries' key that is read besides "Identification"
+/// Collects the records that @p read appends for each camera entry of the list file.
+/// @param key the key that is read from the entries besides "Identification"
 template <typename Record, typename Read>
 std::vector<Record> loadFromCameras(const std::string& key, Read read) {
     std::vector<Record> records;
@@ -50,13 +50,13 @@ std::vector<Description> loadDescriptions(const std::string& serialNumber, const
     });
 }
 
-/// Reads keys until the first one that is missing or wrong; what was read before it stays.
+/// Reads keys up to the first that is missing or wrong; values read before it are kept.
 template <typename Read>
 void readAsFarAsPossible(Read read) {
     try {
         read();
     } catch (const std::exception&) {
-        // An incomplete entry is taken for what it has.
+        // An incomplete entry keeps the values it has.
     }
 }
 
@@ -105,7 +105,7 @@ void from_json(const json& value, SimulatedPropertyDescription& description) {
         value.at("ReadOnly").get_to(description.m_ReadOnly);
         value.at("AvailableForWriting").get_to(description.m_AvailableForWriting);
         value.at("Discrete").get_to(description.m_Discrete);
-        // Taken whole: a list with a wrong element leaves the description's own empty.
+        // All or nothing: a list with a wrong element leaves the description's list empty.
         description.m_ValueList = value.at("ValueList").get<std::vector<std::string>>();
     });
 }

@@ -11,7 +11,7 @@
 
 namespace CameraInterface::SimulatedAdapter {
 
-/// Who a simulated camera is.
+/// The identification of a simulated camera.
 struct SimulatedCameraIdentification {
     std::string m_ModelName;
     std::string m_SerialNumber;
@@ -40,17 +40,16 @@ struct SimulatedFunctionDescription {
 /// The full path of the camera list, fixed when the library is built.
 std::string getDescriptionFilePath();
 
-// Each loader reads the camera list anew. Without such a file, or without cameras in it, the result is empty; what is
-// no JSON ends in the JSON library's exception, a list beyond the limits of DescriptionParser.h in std::length_error.
-// An entry that is incomplete keeps what was read of it before the first
-// key that is missing or wrong.
+// Each loader reads the camera list again. If the file is missing or lists no cameras, the result is empty. A file that
+// is not JSON throws the JSON library's exception; a list beyond the limits of DescriptionParser.h throws
+// std::length_error. An incomplete entry keeps the values before the first key that is missing or wrong.
 
 /// Every camera of the list, in its order.
 std::vector<SimulatedCameraIdentification> loadSimulatedCameraList();
 /// The properties of every camera entry with this serial number.
-/// @throws nlohmann::json::exception  also where an entry has no serial number, or a matching one no "Properties"
+/// @throws nlohmann::json::exception  also if an entry has no serial number, or a matching entry no "Properties"
 std::vector<SimulatedPropertyDescription> loadPropertyDescriptions(const std::string& serialNumber);
-/// The functions of every camera entry with this serial number. Throws like loadPropertyDescriptions().
+/// The functions of every camera entry with this serial number. Throws what loadPropertyDescriptions() throws.
 std::vector<SimulatedFunctionDescription> loadFunctionDescriptions(const std::string& serialNumber);
 
 void from_json(const nlohmann::json& value, SimulatedCameraIdentification& identification);

@@ -18,13 +18,13 @@ using nlohmann::json;
 const char* const kCameras = "Cameras";
 const char* const kIdentification = "Identification";
 
-/// How many containers a value can be in: none for the document itself.
+/// The number of containers around a value: none for the document itself.
 enum Level : std::size_t {
     kDocument = 0,
     kInDocument = 1,
     kInCameras = 2,
     kInCamera = 3,
-    /// Document, cameras, camera, functions, function, parameters, descriptor. Below, nothing is read.
+    /// Document, cameras, camera, functions, function, parameters, descriptor. Deeper values are skipped.
     kInDeepest = 7
 };
 
@@ -35,10 +35,10 @@ public:
                      const std::function<void()>& forget)
         : m_WantedKey(key), m_Visit(visit), m_Forget(forget) {}
 
-    /// When the document is read.
+    /// Called at the end of the document.
     void finish() {
         if (const auto cameras = m_Document.find(kCameras); cameras != m_Document.end()) {
-            for (const json& camera : *cameras) { // none where it is an array, whose elements were visited
+            for (const json& camera : *cameras) { // empty for an array, whose elements were visited already
                 visit(camera);
             }
         }
@@ -47,7 +47,7 @@ public:
         }
     }
 
-    // What the parser calls.
+    // Called by the parser.
     bool null() { return takeSingle(nullptr); }
     bool boolean(bool value) { return takeSingle(value); }
     bool number_integer(json::number_integer_t value) { return takeSingle(value); }
@@ -56,7 +56,7 @@ public:
     bool string(std::string& value) { return takeSingle(std::move(value)); }
     template <typename Bytes>
     bool binary(Bytes& /*value*/) {
-        return true; // not in JSON text
+        return true; // does not occur in JSON text
     }
     bool start_object(std::size_t /*size*/) { return open(json::object()); }
     bool start_array(std::size_t /*size*/) { return open(json::array()); }
@@ -94,7 +94,7 @@ private:
         return level() != kInCamera || key == kIdentification || (!m_WantedKey.empty() && key == m_WantedKey);
     }
 
-    /// Keeps a value where it belongs; null: it is not wanted.
+    /// Keeps a value in its place; returns null if it is not needed.
     json* keep(json&& value) {
         if (level() == kDocument) {
             m_Document = std::move(value);
@@ -158,7 +158,7 @@ private:
         }
     }
 
-    /// A fault of an entry counts only if there is none in the text that follows.
+    /// An error in an entry is reported only if the rest of the text has no error.
     void visit(const json& camera) {
         if (++m_Cameras > kMostCameras) {
             throw std::length_error("The camera list has more than " + std::to_string(kMostCameras) + " cameras.");
@@ -176,8 +176,8 @@ private:
     const std::function<void(const json&)>& m_Visit;
     const std::function<void()>& m_Forget;
 
-    json m_Document;           ///< without what is not wanted, and without the elements of an array of cameras
-    json m_Camera;             ///< the element that is being read
+    json m_Document;           ///< without unneeded values, and without the elements of an array of cameras
+    json m_Camera;             ///< the element being read
     std::vector<json*> m_Open; ///< the containers around the next value, from the document on
     std::size_t m_Skipped = 0; ///< the containers around it that are not kept
     std::string m_Key;

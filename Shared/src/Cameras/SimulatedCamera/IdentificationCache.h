@@ -9,13 +9,13 @@
 
 namespace CameraInterface::SimulatedAdapter {
 
-/// The identifications of the camera list, read once in the process. Thread-safe: a first reader that is reading makes
-/// the others wait.
+/// The identifications of the camera list, read once in the process. Thread-safe: while the first caller reads, others
+/// wait.
 class IdentificationCache {
 public:
     static IdentificationCache& instance();
 
-    /// The identifications. A list that cannot be read throws the loader's exception and is tried again at the next
+    /// Returns the identifications. If the list cannot be read, throws the loader's exception and retries at the next
     /// call.
     std::vector<SimulatedCameraIdentification> get();
 

@@ -35,7 +35,7 @@ std::vector<std::unique_ptr<Camera>> SimulatedCamera::getListOfCameras() {
             cameras.push_back(
                 std::make_unique<SimulatedCamera>(identification.m_SerialNumber, identification.m_ModelName));
         } catch (const std::exception&) {
-            // The other cameras are still to be had.
+            // The other cameras are still usable.
         }
     }
     return cameras;
@@ -92,7 +92,7 @@ void SimulatedCamera::buildProperties() {
                 description.m_Default, description.m_ReadOnly, description.m_Discrete, description.m_ValueList);
             m_Properties.emplace(property->getName(), std::move(property));
         } catch (const KestrelException_Property&) {
-            // A camera lacks what it cannot make.
+            // A property or function that cannot be constructed is omitted.
         }
     }
     updatePropertyChangeCallback();
@@ -104,7 +104,7 @@ void SimulatedCamera::buildFunctions() {
             std::unique_ptr<Function> function = makeSimulatedFunction(this, description);
             m_Functions.emplace(function->getName(), std::move(function));
         } catch (const KestrelException_Function&) {
-            // A camera lacks what it cannot make.
+            // A property or function that cannot be constructed is omitted.
         }
     }
 }

@@ -11,8 +11,8 @@
 
 namespace CameraInterface::SimulatedAdapter {
 
-/// A camera that exists only in the camera list: properties hold texts, flash and status registers live in memory,
-/// images are one black pixel. Both memories outlive disconnection and vanish with the object.
+/// A camera that exists only in the camera list: properties hold texts, flash and status registers are kept in memory,
+/// images are one black pixel. Flash and registers outlast disconnection and end with the object.
 class SimulatedCamera : public Camera {
 public:
     SimulatedCamera(const std::string& serialNumber, const std::string& modelName);
@@ -20,8 +20,8 @@ public:
     SimulatedCamera& operator=(const SimulatedCamera&) = delete;
     ~SimulatedCamera() override;
 
-    /// A new object for each camera of the list. The list is read once in the process; one that cannot be parsed
-    /// throws.
+    /// Returns a new object for each camera of the list. The list is read once in the process. Throws if it cannot be
+    /// parsed.
     static std::vector<std::unique_ptr<Camera>> getListOfCameras();
 
     std::unique_ptr<Imaging::Image> getImage() override;

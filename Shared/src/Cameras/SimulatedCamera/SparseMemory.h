@@ -8,16 +8,16 @@
 
 namespace CameraInterface::SimulatedAdapter {
 
-/// A memory of 2^32 bytes, of which only the pages that were written take space. Addresses count on modulo 2^32.
+/// A memory of 2^32 bytes, of which only written pages take space. Addresses wrap modulo 2^32.
 class SparseMemory {
 public:
-    /// @param untouched what a byte holds that was never written
+    /// @param untouched the value of a byte that was never written
     explicit SparseMemory(std::uint8_t untouched) : m_Untouched(untouched) {}
 
-    /// @p length bytes from @p address on. Throws std::bad_alloc where they do not fit into memory.
+    /// Returns @p length bytes from @p address on. Throws std::bad_alloc if they do not fit into memory.
     std::string read(std::uint32_t address, std::uint32_t length) const;
     void write(std::uint32_t address, const std::string& data);
-    /// Puts @p length bytes back to what they held untouched.
+    /// Restores the initial value of @p length bytes.
     void clear(std::uint32_t address, std::uint32_t length);
 
 private:

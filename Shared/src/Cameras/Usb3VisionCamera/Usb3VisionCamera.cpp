@@ -27,11 +27,11 @@ using Utilities::MutexLock;
 
 namespace {
 
-/// A stray failure does not make a camera dead: of three attempts to read it, the second failure does.
+/// A camera counts as dead at the second failure of three attempts to read it, so that a single failure is tolerated.
 constexpr int kAliveAttempts = 3;
 constexpr int kDeadFailures = 2;
 
-/// More cameras than any computer has. A count beyond is no count.
+/// More cameras than any computer has. A larger count is invalid.
 constexpr std::uint32_t kMaximumCameras = 1024;
 
 struct PropertyDefinition {
@@ -71,7 +71,7 @@ constexpr FunctionDefinition kFunctions[] = {
      }},
 };
 
-/// The text of a record, which need not be terminated.
+/// The model name of a record, which need not be terminated.
 std::string modelNameOf(const Usb3VisionCameraRecord& record) {
     return {std::begin(record.modelName), std::find(std::begin(record.modelName), std::end(record.modelName), '\0')};
 }
@@ -199,7 +199,7 @@ void Usb3VisionCamera::buildFunctions() {
             std::unique_ptr<Function> function = definition.make(definition.name, this);
             m_Functions.emplace(function->getName(), std::move(function));
         } catch (...) {
-            // A camera lacks what it cannot make.
+            // A function that cannot be constructed is omitted.
         }
     }
 }
@@ -223,7 +223,7 @@ void Usb3VisionCamera::openHandle() {
             }
         }
     } catch (const KestrelException&) {
-        // The caller reports that the camera does not open.
+        // The caller reports that the camera cannot be opened.
     }
 }
 

@@ -13,8 +13,8 @@
 
 namespace Usb3VisionAdapter {
 
-/// A camera that starts as a USB3 Vision device and is reached through the maker's USB3 Vision access library. It says
-/// what it is and can be brought back to the camera SDK; it delivers no images.
+/// A camera that starts as a USB3 Vision device and is accessed through the maker's USB3 Vision access library. It can
+/// be described and returned to the camera SDK; it delivers no images.
 class Usb3VisionCamera : public CameraInterface::Camera {
 public:
     /// @param record the record with which the camera was enumerated
@@ -23,11 +23,11 @@ public:
     Usb3VisionCamera& operator=(const Usb3VisionCamera&) = delete;
     ~Usb3VisionCamera() override;
 
-    /// A new, disconnected object for each camera of the library. Takes the enumeration mutex.
-    /// @throws KestrelException "CameraEnumeration "  the library fills another number of records than it announced
+    /// Returns a new, disconnected object for each camera of the library. Locks the enumeration mutex.
+    /// @throws KestrelException "CameraEnumeration "  the library fills a number of records other than announced
     static std::vector<std::unique_ptr<Camera>> getListOfCameras() QUILL_EXCLUDES(m_CameraEnumerationMutex);
 
-    /// The library's handle; null while the camera is not open. Taken anew for every call of the library.
+    /// The library's handle; null while the camera is not open. Must be fetched for every call of the library.
     void* getHandle();
 
     /// @throws std::runtime_error "Method not implemented."
@@ -48,13 +48,14 @@ protected:
 
 private:
     static std::vector<Usb3VisionCameraRecord> enumerate();
-    /// Opens the camera, also where it is enumerated with another record now. The handle stays null where it cannot be
-    /// opened.
+    /// Opens the camera, also if its record in the enumeration has changed. The handle stays null if the camera cannot
+    /// be opened.
     void openHandle();
-    /// Closes the handle, once: one that the library does not close may be another camera's by the next call.
+    /// Closes the handle, at most once: a handle that the library failed to close may belong to another camera by the
+    /// next call.
     void closeHandle();
 
-    /// Serialises enumeration, which the watchdogs run, with opening. Nothing that is called under it takes it again.
+    /// Serialises enumeration, which the watchdogs run, with opening. No function called under it locks it again.
     static Utilities::Mutex m_CameraEnumerationMutex;
 
     std::atomic<void*> m_Handle{nullptr}; // read by the watchdog

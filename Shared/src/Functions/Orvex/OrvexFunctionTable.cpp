@@ -17,7 +17,7 @@ std::unique_ptr<Function> make(const std::string& name, OrvexCamera* camera) {
     return std::make_unique<Class>(name, camera);
 }
 
-/// Function name and what makes it.
+/// A function name and its factory.
 struct FunctionFactory {
     const char* name;
     std::unique_ptr<Function> (*make)(const std::string& name, OrvexCamera* camera);
@@ -44,7 +44,7 @@ void buildOrvexFunctions(std::map<std::string, std::unique_ptr<Function>>& funct
             std::string name = function->getName();
             functions.emplace(std::move(name), std::move(function));
         } catch (const std::exception&) {
-            // A camera lacks what it cannot make.
+            // A function that cannot be constructed is omitted.
         }
     }
 }

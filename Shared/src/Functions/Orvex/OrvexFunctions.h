@@ -27,7 +27,7 @@ private:
     OrvexCamera* m_Camera;
 };
 
-/// Writes to flash, erased or not; what lies around it in the same sector is kept.
+/// Writes to flash, whether or not it is erased; the other bytes of the sector are kept.
 class OrvexUpdateFlash : public CameraInterface::Function {
 public:
     /// @param camera the camera that owns the function
@@ -42,7 +42,7 @@ private:
     OrvexCamera* m_Camera;
 };
 
-/// Reads a piece of the flash.
+/// Reads a range of the flash.
 class OrvexReadFlash : public CameraInterface::Function {
 public:
     /// @param camera the camera that owns the function
@@ -57,7 +57,7 @@ private:
     OrvexCamera* m_Camera;
 };
 
-/// Sets a piece of the flash to 0xFF.
+/// Sets a range of the flash to 0xFF.
 class OrvexEraseFlash : public CameraInterface::Function {
 public:
     /// @param camera the camera that owns the function
@@ -102,7 +102,7 @@ private:
     OrvexCamera* m_Camera;
 };
 
-/// Starts the camera anew, "Bootloader" or "Firmware". Does not wait until it is back.
+/// Restarts the camera into "Bootloader" or "Firmware". Does not wait for its return.
 class OrvexReboot : public CameraInterface::Function {
 public:
     /// @param camera the camera that owns the function
@@ -117,7 +117,7 @@ private:
     OrvexCamera* m_Camera;
 };
 
-/// Plays an XSVF file into the JTAG port. Whether that succeeded is not told.
+/// Plays an XSVF file into the JTAG port. Does not report whether that succeeded.
 class OrvexJtag : public CameraInterface::Function {
 public:
     /// @param camera the camera that owns the function
@@ -132,7 +132,7 @@ private:
     OrvexCamera* m_Camera;
 };
 
-/// Loads bytes into RAM. No bytes start the loaded program at the address.
+/// Loads bytes into RAM; with no bytes, starts the loaded program at the address.
 class OrvexWriteRam : public CameraInterface::Function {
 public:
     /// @param camera the camera that owns the function
@@ -147,7 +147,7 @@ private:
     OrvexCamera* m_Camera;
 };
 
-/// Adds the maintenance functions of an SDK camera to its table. One that refuses construction is left out.
+/// Adds the maintenance functions of an SDK camera to its table. Omits functions that cannot be constructed.
 void buildOrvexFunctions(std::map<std::string, std::unique_ptr<CameraInterface::Function>>& functions,
                          OrvexCamera* camera);
 

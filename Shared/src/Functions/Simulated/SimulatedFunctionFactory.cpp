@@ -15,7 +15,7 @@ std::unique_ptr<Function> make(SimulatedCamera* camera, const SimulatedFunctionD
     return std::make_unique<Class>(camera, description.m_Name, description.m_Parameters, description.m_ReturnFormat);
 }
 
-/// Function name and what makes it.
+/// A function name and its factory.
 struct FunctionFactory {
     std::string_view name;
     std::unique_ptr<Function> (*make)(SimulatedCamera*, const SimulatedFunctionDescription&);

@@ -13,8 +13,8 @@ namespace CameraInterface::SimulatedAdapter {
 
 class SimulatedCamera;
 
-/// A function of a simulated camera. This one accepts anything and does nothing; it stands for functions that have no
-/// simulated behaviour. Its descriptors are those of the camera list, which perform() does not consult.
+/// A function of a simulated camera. This class accepts any parameters and does nothing; it represents functions that
+/// have no simulated behaviour. Its descriptors are those of the camera list; perform() does not use them.
 class SimulatedFunction : public Function {
 public:
     /// @param camera the camera that owns the function
@@ -30,11 +30,11 @@ public:
 protected:
     SimulatedCamera& camera() const { return *m_Camera; }
 
-    /// A signed 32-bit number with automatic base, taken for an address: "-1" is 0xFFFFFFFF.
+    /// Parses a signed 32-bit number with automatic base as an address: "-1" is 0xFFFFFFFF.
     static std::uint32_t parseAddress(const std::string& text);
 
-    /// Whether @p length bytes from @p address on can be read or erased: not negative, and not up to the last address
-    /// or past it.
+    /// Whether @p length bytes from @p address on can be read or erased: the length is not negative, and the range ends
+    /// before the last address.
     static bool isValidRange(std::uint32_t address, int length);
 
 private:
@@ -59,7 +59,7 @@ public:
     std::vector<std::string> perform(std::vector<std::string>& parameters) override;
 };
 
-/// Erases bytes of the flash memory: address, length. A range that it cannot erase is left alone, without a report.
+/// Erases bytes of the flash memory: address, length. Silently ignores a range that it cannot erase.
 class SimulatedEraseFlash : public SimulatedFunction {
 public:
     using SimulatedFunction::SimulatedFunction;
@@ -91,7 +91,7 @@ public:
     std::vector<std::string> perform(std::vector<std::string>& parameters) override;
 };
 
-/// Chooses what the camera boots: "Bootloader" or "Firmware". Nothing else changes.
+/// Selects what the camera boots: "Bootloader" or "Firmware". Nothing else changes.
 /// @throws std::invalid_argument "Reboot mode not valid."  (from perform) any other mode
 class SimulatedReboot : public SimulatedFunction {
 public:
@@ -100,7 +100,7 @@ public:
     std::vector<std::string> perform(std::vector<std::string>& parameters) override;
 };
 
-/// Makes the function that the name of a description stands for; any other name makes one that does nothing.
+/// Creates the function that the name of a description stands for; for any other name, a function that does nothing.
 std::unique_ptr<Function> makeSimulatedFunction(SimulatedCamera* camera,
                                                 const SimulatedFunctionDescription& description);
 

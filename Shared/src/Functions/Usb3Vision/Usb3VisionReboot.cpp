@@ -34,7 +34,7 @@ std::vector<std::string> Usb3VisionReboot::perform(std::vector<std::string>& par
     const std::uint8_t data = 0;
     const bool sent =
         tarnuLibrary().TarnuSglWrite(m_Camera->getHandle(), kRebootCommand, kRebootCommand, mode, 1, &data) != 0;
-    // A camera that is gone has left to reboot before it could acknowledge.
+    // A camera that is gone has rebooted before it could acknowledge.
     if (!sent && m_Camera->isCameraAlive()) {
         throw std::runtime_error("Failed to reboot camera in the desired mode.");
     }

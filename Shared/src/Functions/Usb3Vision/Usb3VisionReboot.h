@@ -12,7 +12,8 @@ class Usb3VisionCamera;
 
 /// Restarts the camera into its "Bootloader" or its "Firmware".
 /// @throws std::invalid_argument "Reboot mode not valid."  (from perform) any other mode
-/// @throws std::runtime_error "Failed to reboot camera in the desired mode."  (from perform) and it still answers
+/// @throws std::runtime_error "Failed to reboot camera in the desired mode."  (from perform) the camera refuses and
+///     still answers
 class Usb3VisionReboot : public CameraInterface::Function {
 public:
     Usb3VisionReboot(const std::string& name, Usb3VisionCamera* camera);
