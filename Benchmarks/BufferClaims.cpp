@@ -19,7 +19,7 @@ using namespace Imaging;
 using Format = IMAGE_FORMAT;
 
 constexpr double kAllocatedLimit = 1.10;
-/// None, but for what the system does by itself now and then.
+/// None, except occasional ones of the system itself.
 constexpr double kFaultsLimit = 0.01;
 constexpr int kWarmingCalls = 20;
 constexpr int kCountedCalls = 200;
@@ -45,7 +45,7 @@ PixelView viewOf(Image& image) {
     return {image.getDataAddress(), width, height, depth, planeBytes, format};
 }
 
-/// An application that holds four results and is done with the oldest one when it asks for the next.
+/// An application that holds four results and releases the oldest one when it requests the next.
 struct Application {
     explicit Application(const Work& work)
         : sources([&] { return randomFrame(work.source); }), results([&] {

@@ -56,7 +56,7 @@ constexpr Operation kOperations[] = {
     {"search for new cameras, none new", searchWithoutNews},
 };
 
-/// Hands each result on instead of printing it.
+/// Forwards each result instead of printing it.
 class Forwarder : public benchmark::BenchmarkReporter {
 public:
     explicit Forwarder(const std::function<void(ScalingResult)>& use) : m_Use(use) {}

@@ -8,7 +8,7 @@
 
 namespace Benchmarks {
 
-/// Measures enumeration and disconnect check with 10 to 10,000 cameras, those whose names match @p filter.
+/// Runs those measurements of enumeration and disconnect check, with 10 to 10,000 cameras, whose names match @p filter.
 void measureCameraListScaling(const std::string& filter, bool brief, const std::function<void(ScalingResult)>& use);
 
 } // namespace Benchmarks

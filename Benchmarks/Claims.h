@@ -7,7 +7,7 @@
 
 namespace Benchmarks {
 
-/// How much is measured.
+/// The extent of the measurements.
 enum class Scope { Short, Full };
 
 std::vector<Claim> conversionClaims(Scope scope);

@@ -18,16 +18,16 @@ namespace {
 using namespace Imaging;
 using Format = IMAGE_FORMAT;
 
-/// Steps of a chain that are no codes of cvtColor.
+/// Steps of a chain that are not codes of cvtColor.
 constexpr int kSplit = -1;
 constexpr int kMerge = -2;
 
-/// What a conversion is compared with.
+/// The floor of a conversion.
 enum class Floor {
-    OneCall,  ///< its only step, into a matrix that is there already
-    TwoCalls, ///< a color conversion, then a split into the planes of the result; both into matrices that are there
+    OneCall,  ///< its only step, into an existing matrix
+    TwoCalls, ///< a colour conversion, then a split into the planes of the result, both into existing matrices
     Chain,    ///< its steps one after another, each into a fresh matrix
-    Copy      ///< memcpy of as many bytes as the result has
+    Copy      ///< memcpy of the size of the result
 };
 
 /// In the order of Floor.
@@ -89,11 +89,10 @@ const std::vector<ConversionGoal> kConversions{
 };
 
 constexpr FrameSize kTinySize{"320 x 240", 320, 240};
-/// One call costs so little there that what is around it may show.
+/// One call takes so little time there that its overhead may show.
 constexpr double kTinyOneCallLimit = 1.15;
 
-/// What a straightforward implementation does in one step: a fresh matrix, then an image's bytes that are copied from
-/// it.
+/// One step of a straightforward implementation: a fresh matrix, then a copy of its bytes into an image's.
 std::vector<unsigned char> applyStep(const cv::Mat& input, int step, int height) {
     cv::Mat output;
     std::vector<cv::Mat> planes;
@@ -121,7 +120,7 @@ std::vector<unsigned char> applyChain(Image& source, const std::vector<int>& ste
     std::vector<unsigned char> bytes;
     for (const int step : steps) {
         bytes = applyStep(samples, step, height);
-        // Whatever is followed by another step is interleaved.
+        // The result of a step that another one follows is interleaved.
         const auto channels =
             static_cast<int>(bytes.size() / (samples.elemSize1() * source.getWidth() * source.getHeight()));
         samples = cv::Mat(height, width, CV_MAKETYPE(samples.depth(), channels), bytes.data());
@@ -129,7 +128,7 @@ std::vector<unsigned char> applyChain(Image& source, const std::vector<int>& ste
     return bytes;
 }
 
-/// Frames that both ways of one claim read and write: where memory lies decides more about its speed than the ways
+/// Frames that both variants of a claim read and write: the addresses of memory affect the speed more than the variants
 /// differ.
 struct Frames {
     explicit Frames(const FrameKind& source, const FrameKind& result)
@@ -143,7 +142,7 @@ using SharedFrames = std::shared_ptr<Frames>;
 Variant ours(const SharedFrames& frames, Format to) {
     return {[frames, to] {
         std::unique_ptr<Image>& result = frames->results.next();
-        result.reset(); // first, so that its memory is free again, as when an application is done with the oldest frame
+        result.reset(); // first, to free its memory, like an application that releases the oldest frame
         result = convertImage(frames->sources.next(), to);
     }};
 }
@@ -181,7 +180,7 @@ Variant chain(const SharedFrames& frames, const std::vector<int>& steps) {
 
 Variant copyOfResult(const SharedFrames& frames, const FrameKind& source, const FrameKind& result) {
     const std::size_t bytes = result.bytes();
-    // Of the same memory, where that is large enough.
+    // In the same memory, if that is large enough.
     const SharedFrames copied = source.bytes() >= bytes ? frames : std::make_shared<Frames>(result, result);
     return {[frames, copied, bytes] {
         std::memcpy(frames->results.next()->getDataAddress(), copied->sources.next()->getDataAddress(), bytes);
@@ -189,7 +188,7 @@ Variant copyOfResult(const SharedFrames& frames, const FrameKind& source, const 
     }};
 }
 
-/// Times of different results are not compared.
+/// Times are compared only if the results are equal.
 void requireEqualResults(const ConversionGoal& goal, const FrameKind& kind) {
     const std::unique_ptr<Image> source = randomFrame(kind);
     const std::unique_ptr<Image> converted = convertImage(source, goal.to);

@@ -36,7 +36,7 @@ std::pair<Variant, Variant> makeVariants(const FrameKind& kind, Export<Sample> t
             }},
             {[sources, exported, take] {
                 std::vector<Sample>& result = exported->next();
-                result = {}; // first, as when an application is done with the oldest frame
+                result = {}; // first, like an application that releases the oldest frame
                 result = (*sources->next().*take)();
             }}};
 }

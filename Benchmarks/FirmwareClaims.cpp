@@ -35,11 +35,11 @@ constexpr double kFlashLimit = 1.2;
 
 constexpr std::uint8_t kControlTarget = 0x19;
 constexpr std::uint8_t kShiftTarget = 0x1A;
-constexpr std::size_t kTransferBytes = 256; // the most that one transfer takes
+constexpr std::size_t kTransferBytes = 256; // the maximum of one transfer
 constexpr std::uint32_t kTransferBits = 8 * kTransferBytes;
 constexpr std::uint32_t kNoTdo = 0x4000;
 
-/// A device that counts calls and answers zeros.
+/// A device that counts calls and returns zeros.
 class CountingDevice {
 public:
     JtagTransport transport() { return {this, write, read}; }
@@ -59,7 +59,7 @@ private:
     std::uint64_t m_Calls = 0;
 };
 
-/// A device that keeps the control words.
+/// A device that records the control words.
 class RecordingDevice {
 public:
     JtagTransport transport() { return {this, write, nullptr}; }
@@ -99,7 +99,7 @@ std::uint64_t callsOf(const Bytes& file) {
     return device.calls();
 }
 
-/// Plays a file over a device that is its own.
+/// Plays a file into a device of its own.
 Variant playing(const Bytes& file) {
     return {[file, device = std::make_shared<CountingDevice>()] { play(*device, file); },
             static_cast<double>(callsOf(file))};
@@ -111,13 +111,13 @@ JtagTransport opaque(JtagTransport transport) {
     return transport;
 }
 
-/// A file that is one piece over and over, against a loop that writes the piece's control words as often.
+/// A file that repeats one piece, against a loop that writes the piece's control words as often.
 std::pair<Variant, Variant> controlWords(const Bytes& piece, int times) {
     RecordingDevice once, twice;
     XsvfReport report;
     playXsvf(once.transport(), repeated(piece, 1), report, {});
     playXsvf(twice.transport(), repeated(piece, 2), report, {});
-    // Behind the words of the first piece, before the one that closes the port.
+    // After the words of the first piece, before the one that closes the port.
     const std::vector<std::uint32_t> words(twice.words.begin() + static_cast<std::ptrdiff_t>(once.words.size() - 1),
                                            twice.words.end() - 1);
     return {{[words, times, device = std::make_shared<CountingDevice>()] {
@@ -132,7 +132,7 @@ std::pair<Variant, Variant> controlWords(const Bytes& piece, int times) {
             playing(repeated(piece, times))};
 }
 
-/// From state to state: the data and the instruction column, pauses included.
+/// Walks from state to state through the data and the instruction column, including the pause states.
 std::pair<Variant, Variant> walking() {
     return controlWords({0x12, 6, 0x12, 4, 0x12, 1, 0x12, 13, 0x12, 11, 0x12, 1}, 5000);
 }
@@ -143,7 +143,7 @@ std::pair<Variant, Variant> waiting() {
 
 constexpr int kTransfers = 2000;
 
-/// A file of shifts that take one transfer each: command, and how many values follow it.
+/// A file of shifts of one transfer each, from a command and the number of values that follow it.
 Bytes shiftFile(unsigned char command, std::size_t values) {
     Bytes value(kTransferBytes * values);
     for (std::size_t index = 0; index < kTransferBytes; ++index) {
@@ -156,7 +156,7 @@ Bytes shiftFile(unsigned char command, std::size_t values) {
     return file;
 }
 
-/// Pieces of an endless shift, without an answer: the floor brings each into shift order and sends it.
+/// Pieces of an endless shift without captured bits: the floor puts each into shift order and sends it.
 std::pair<Variant, Variant> sending() {
     const Bytes file = shiftFile(0x0C, 1);
     const Variant ours = playing(file);
@@ -173,7 +173,7 @@ std::pair<Variant, Variant> sending() {
             ours};
 }
 
-/// The same with an answer that is compared: the floor brings it back into the file's order.
+/// The same with captured bits that are compared: the floor puts them back into the file's order.
 std::pair<Variant, Variant> exchanging() {
     const Bytes file = shiftFile(0x0F, 2);
     const Variant ours = playing(file);
@@ -224,7 +224,7 @@ Bytes image(std::size_t size) {
 
 using Parameters = std::vector<std::string>;
 
-/// A camera that asks itself during each flash function how much memory is in use.
+/// A camera that measures the memory in use during each flash function.
 class WatchingCamera : public FlashCamera {
 public:
     WatchingCamera() {
@@ -259,7 +259,7 @@ private:
     std::size_t m_MostBytes = 0;
 };
 
-/// Most memory in use during an update that is given its image, the image included, as a multiple of it.
+/// The peak memory of an update, including the image passed to it, as a multiple of the image.
 double memoryOfUpdate() {
     constexpr unsigned int kLargeImageBytes = 16U << 20;
     WatchingCamera camera;
@@ -268,7 +268,7 @@ double memoryOfUpdate() {
     return static_cast<double>(camera.mostBytesInUse() - before) / kLargeImageBytes;
 }
 
-/// The parameters of each chunk's call: its address, and what @p second makes of its place in the image.
+/// The parameters of each chunk's call: its address, and the result of @p second for its offset in the image.
 template <typename Second>
 std::vector<Parameters> chunkParameters(Second second) {
     std::vector<Parameters> parameters;
@@ -278,7 +278,7 @@ std::vector<Parameters> chunkParameters(Second second) {
     return parameters;
 }
 
-/// The interface takes an image by value: that is the caller's copy, here as there.
+/// The interface takes an image by value: the floor includes the caller's copy.
 [[gnu::noinline]] void handOver(Bytes data) { // NOLINT(performance-unnecessary-value-param)
     benchmark::DoNotOptimize(data.data());
 }

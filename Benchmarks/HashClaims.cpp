@@ -18,7 +18,7 @@ namespace Benchmarks {
 namespace {
 
 constexpr double kInstructionsLimit = 1 / 0.95;
-/// OpenSSL uses the processor's SHA instructions where there are.
+/// OpenSSL uses the processor's SHA instructions, if it has them.
 constexpr double kPortableLimit = 1 / 0.42;
 constexpr std::size_t kDigestBytes = 20;
 constexpr std::size_t kBlockBytes = 64;
@@ -49,7 +49,7 @@ Variant openSsl(const SharedBytes& message) {
     }};
 }
 
-/// Whatever the library chooses on this processor.
+/// Hashes with the compression that the library selects on this processor.
 std::pair<Variant, Variant> hashing(std::size_t bytes) {
     const SharedBytes message = randomBytes(bytes);
     return {openSsl(message), {[message] {
@@ -62,7 +62,7 @@ std::pair<Variant, Variant> hashing(std::size_t bytes) {
             }}};
 }
 
-/// As many blocks as OpenSSL compresses, with the one for the length.
+/// Compresses as many blocks as OpenSSL, including the one for the length.
 std::pair<Variant, Variant> portableCompression() {
     const SharedBytes blocks = randomBytes(kLongMessage.bytes + kBlockBytes);
     return {openSsl(randomBytes(kLongMessage.bytes)), {[blocks] {

@@ -31,14 +31,14 @@ namespace {
 using namespace CameraInterface;
 using namespace std::chrono_literals;
 
-/// Where a process that only waits is seen by nobody.
+/// Below this, a waiting process is not noticeable.
 constexpr double kIdlePercent = 1;
 constexpr double kStartMilliseconds = 50;
 constexpr double kFramesPerSecond = 1000;
-/// The frame and what becomes of it, and the buffer into which the worker captures the next one.
+/// The frame, its result, and the buffer into which the worker captures the next frame.
 constexpr double kCaptureMemoryLimit = 1.5;
 
-/// Percent of one core that the process takes while this thread sleeps.
+/// The load of the process in percent of one core while this thread sleeps.
 double percentWhileSleeping(std::chrono::seconds time) {
     const auto seconds = [](clockid_t clock) {
         timespec now{};
@@ -70,7 +70,7 @@ double idleEnumeration() {
     return percent;
 }
 
-/// In still mode, for a trigger that does not come.
+/// A stream in still mode that waits for a trigger.
 double idleStream() {
     SdkCamera camera;
     camera->getProperty(PropertyNames::kStreamingMode).setValue("Still");
@@ -81,7 +81,8 @@ double idleStream() {
     return percent;
 }
 
-/// Frames of a camera that takes no time, numbered in their first bytes. The operations of the SDK have no context.
+/// Frames of a camera that delivers without delay, numbered in their first bytes. Static, because the SDK's operations
+/// have no context.
 struct NumberedFrames {
     static constexpr std::uint32_t kWidth = 64;
     static constexpr std::uint32_t kHeight = 48;
@@ -101,10 +102,10 @@ struct NumberedFrames {
         };
     }
 
-    inline static std::uint32_t s_Number = 0; // counted on the worker alone
+    inline static std::uint32_t s_Number = 0; // used by the worker only
 };
 
-/// The time of a thousand small frames, in seconds.
+/// The time for a thousand small frames, in seconds.
 double secondsOfSmallFrames() {
     SdkCamera camera(NumberedFrames::replace);
     camera->getProperty(PropertyNames::kWidth).setValue(std::to_string(NumberedFrames::kWidth));
@@ -135,7 +136,8 @@ std::size_t peakBytes() {
     return kilobytes * 1024;
 }
 
-/// A 20-megapixel frame is captured and demosaiced: the process's peak, as a multiple of frame and result.
+/// The peak memory of the process while a 20-megapixel frame is captured and demosaiced, as a multiple of frame and
+/// result.
 double memoryOfLargeImage() {
     constexpr std::uint32_t kWidth = 5472;
     constexpr std::uint32_t kHeight = 3648;
@@ -158,10 +160,10 @@ double memoryOfLargeImage() {
     };
     SdkCamera camera(replace, device);
     while (Imaging::BufferPool::instance().keptBytes() > 0) {
-        std::this_thread::sleep_for(100ms); // what other claims left is freed soon
+        std::this_thread::sleep_for(100ms); // lets memory of other claims be freed
     }
     malloc_trim(0);
-    std::ofstream("/proc/self/clear_refs") << 5; // the peak is what is in use now
+    std::ofstream("/proc/self/clear_refs") << 5; // resets the peak to the present use
     const std::size_t before = peakBytes();
     const auto frame = camera->getImage();
     const auto result = Imaging::convertImage(frame, Imaging::IMAGE_FORMAT::BGR);
@@ -170,7 +172,7 @@ double memoryOfLargeImage() {
 }
 
 #ifdef QUILL_BENCHMARK_TOOL
-/// A fresh process that loads the library and both flat libraries, and lists the cameras.
+/// The time of a fresh process that loads the library and both flat libraries, and lists the cameras.
 double millisecondsOfStart() {
     constexpr int kStarts = 15;
     std::vector<double> times;
@@ -204,7 +206,7 @@ std::vector<Claim> processClaims(Scope scope) {
     std::vector<Claim> claims{countingClaim("P24", "memory of 20 MP captured and demosaiced", "x frame, result",
                                             kCaptureMemoryLimit, memoryOfLargeImage)};
     if (scope == Scope::Short) {
-        return claims; // the others are no ratios, and say as much of the machine
+        return claims; // the others are not ratios and depend on the machine
     }
     claims.push_back(countingClaim("P20", "idle, 3 devices and 1000 simulated cameras", "% of a core", kIdlePercent,
                                    idleEnumeration));

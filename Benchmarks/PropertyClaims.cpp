@@ -27,7 +27,7 @@ double valueAt(std::size_t i) {
 
 std::string textOf(double value) {
     std::array<char, 320>
-        buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): the floor fills no bytes that it does not write
+        buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): the floor must not fill unused bytes
     const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, 2);
     return {buffer.data(), end.ptr};
 }

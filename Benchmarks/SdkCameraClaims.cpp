@@ -22,7 +22,8 @@ using OrvexAdapter::orvexApi;
 
 constexpr double kPropertyLimit = 1.3;
 constexpr std::uint32_t kVideoExposureNumber = 20;
-/// A property that the camera lacks costs an exception, and a row of the table for what stands for two of them another.
+/// Each property that the camera lacks costs an exception, and so does each row of the table that stands for two of
+/// these.
 constexpr double kConnectLimit = 3;
 
 /// Texts in turn, so that no two writes in a row are the same.
@@ -75,7 +76,7 @@ BoundaryRecording recordConnection(SdkCamera& camera) {
     return BoundaryRecording([&] { camera.makeDisconnected()->connect(); });
 }
 
-/// Connects a new camera object, and closes it again.
+/// Connects a new camera object and closes it again.
 std::pair<Variant, Variant> connecting() {
     const auto camera = std::make_shared<SdkCamera>();
     (*camera)->disconnect();

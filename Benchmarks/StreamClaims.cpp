@@ -37,19 +37,19 @@ constexpr double kWakeUpLimit = 1.15;
 /// A single copy of the frame would take 1.
 constexpr double kFrameLimit = 0.25;
 
-constexpr int kWakeUps = 51; ///< in a run, of which the median counts
-/// Long enough for whoever asked to be asleep when the frame comes.
+constexpr int kWakeUps = 51; ///< per run, which takes their median
+/// Long enough for the waiter to be asleep when the frame comes.
 constexpr std::chrono::microseconds kPause{30};
 
-/// Frames that become available a while after they were asked for.
+/// Frames that become available some time after they were requested.
 class FrameSource {
 public:
     void begin() { m_Ended = false; }
     void end() { m_Ended = true; }
 
     void ask() { m_Asked = true; }
-    /// On the producing thread, which must not sleep.
-    /// @return false: the end
+    /// Called on the producing thread, which must not sleep.
+    /// @return false at the end
     bool produce() {
         moveToOtherCore();
         while (!m_Asked.exchange(false)) {
@@ -71,13 +71,13 @@ private:
     Clock::time_point m_Available; // handed over with the frame
 };
 
-/// The operations of the SDK have no context, so that there is one source for all.
+/// The one source, because the SDK's operations have no context.
 FrameSource& frameSource() {
     static FrameSource source;
     return source;
 }
 
-/// Hands a frame of the source on whenever there is one, for as long as it lives.
+/// Forwards the frames of the source during its lifetime.
 class Producer {
 public:
     template <typename Deliver>
@@ -100,8 +100,8 @@ private:
     std::thread m_Thread;
 };
 
-/// A run lets the waiter, on this thread, sleep and wake as often as is needed for a median.
-/// @param begin makes what produces the frames and returns its owner
+/// Makes a run in which the waiter, on this thread, sleeps and wakes as often as a median needs.
+/// @param begin starts the producer of the frames and returns its owner
 template <typename Begin, typename Wait>
 Variant wakeUps(Begin begin, Wait wait) {
     const auto seconds = std::make_shared<std::vector<double>>();
@@ -144,7 +144,7 @@ Variant bareFutex() {
 
 Variant bareConditionVariable() {
     struct Signal {
-        std::mutex mutex; // guards what follows
+        std::mutex mutex; // guards the following variables
         std::condition_variable condition;
         bool ready = false;
     };
@@ -179,13 +179,13 @@ Variant frameHandover() {
         });
 }
 
-/// What the replaced capture answers, in the manner of a device.
+/// The format that the replaced capture reports, as a device would.
 ORVEX_IMAGE_FORMAT& presentFormat() {
     static ORVEX_IMAGE_FORMAT format{};
     return format;
 }
 
-/// A camera whose capture waits for the source, or takes no time and leaves the buffer as it is; and its stream.
+/// A camera whose capture waits for the source, or returns at once and leaves the buffer as it is; and its stream.
 class CapturingCamera {
 public:
     explicit CapturingCamera(bool fromSource)
@@ -230,7 +230,7 @@ private:
     }
 
     SdkCamera m_Camera;
-    OrvexStream m_Stream{*m_Camera}; // before the camera goes
+    OrvexStream m_Stream{*m_Camera}; // destroyed before the camera
 };
 
 Variant streamedFrame() {
@@ -250,14 +250,14 @@ Variant streamedFrame() {
                     benchmark::DoNotOptimize(device->stream().getImageData().data());
                     return;
                 } catch (const KestrelExceptions::KestrelException_Stream&) {
-                    // This thread lost its core between asking and waiting for longer than the frame took.
+                    // Between request and wait, this thread lost its core for longer than the frame took.
                     frameSource().ask();
                 }
             }
         });
 }
 
-/// A run takes the median of several: a core that is taken away meanwhile, with a thread pinned to it, does not count.
+/// Takes the median of several in a run, so that losing the core of a pinned thread meanwhile does not count.
 template <typename Action>
 Variant timedSingly(Action action) {
     constexpr int kTimes = 11;
@@ -276,7 +276,7 @@ Variant timedSingly(Action action) {
     return variant;
 }
 
-/// Images one after another, of a camera that takes no time to capture them.
+/// Takes images one after another from a camera that captures without delay.
 std::pair<Variant, Variant> streaming(bool twoBytes) {
     constexpr std::size_t kBuffers = 4;
     const auto device = std::make_shared<CapturingCamera>(false);

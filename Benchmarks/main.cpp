@@ -21,7 +21,7 @@ struct Options {
     bool json = false;
     bool brief = false;
     std::string filter = ".";
-    std::string instructionDumps; ///< not empty: instructions are counted instead of times
+    std::string instructionDumps; ///< if not empty, instructions are counted instead of times
 };
 
 Options parseOptions(int argc, char** argv) {
@@ -46,19 +46,19 @@ Options parseOptions(int argc, char** argv) {
 
 constexpr int kRounds = 21;
 constexpr int kRoundsOfShortForm = 7;
-/// What the short form forgives: it is for machines that do other things as well.
+/// Tolerance of the short form, which is for machines with other load.
 constexpr double kToleranceOfShortForm = 2;
 
-/// Goals that are not met, and the ratio at which they stand; docs/performance.md says why.
+/// Goals that are not met, with their present ratio; docs/performance.md gives the reasons.
 struct KnownMiss {
-    const char* claim; ///< a beginning of its goal and what it is about
+    const char* claim; ///< a prefix of its goal and title
     double ratio;
 };
 constexpr KnownMiss kKnownMisses[] = {
     {"P16 XSVF, TAP states", 2.0},
 };
 
-/// What the short form fails on: a ratio grossly above what is usual.
+/// The ratio above which the short form fails, far above the usual one.
 double shortFormLimit(const Claim& claim) {
     const std::string name = claim.goal + " " + claim.what;
     double usual = claim.limit;
@@ -68,7 +68,7 @@ double shortFormLimit(const Claim& claim) {
     return usual * kToleranceOfShortForm;
 }
 
-/// Those that the filter lets through.
+/// The claims that match the filter.
 std::vector<Claim> wantedClaims(const Options& options) {
     const Scope scope = options.brief ? Scope::Short : Scope::Full;
     const std::regex filter(options.filter);
@@ -84,7 +84,7 @@ std::vector<Claim> wantedClaims(const Options& options) {
     return wanted;
 }
 
-/// Whether all goals are met, in the short form with tolerance.
+/// Measures times; returns whether all goals are met, in the short form with tolerance.
 bool measureTimes(const Options& options, Report& report) {
     bool allMet = true;
     for (const Claim& claim : wantedClaims(options)) {
@@ -106,7 +106,7 @@ void countInstructions(const Options& options, Report& report) {
 }
 
 bool run(const Options& options) {
-    // Results of one thread: what several gain is the same on both sides, and less regular.
+    // Results are for one thread: several threads gain the same on both sides, less regularly.
     cv::setNumThreads(1);
     Report report(options.json);
     bool allMet = true;

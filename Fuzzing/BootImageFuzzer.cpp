@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Boot images: an address, a chunk size, the number of what fails (0: nothing), which is a call of the camera in one
-// run and a report of progress in another, and the image.
+// Boot images. The input is an address, a chunk size, the number of the failing step (0: none), which is a call of the
+// camera in one run and a report of progress in another, and the image.
 
 #include <memory>
 #include <stdexcept>
@@ -21,16 +21,16 @@ using Texts = std::vector<std::string>;
 
 struct CallFailed {};
 
-/// A camera whose flash lies around one address, and which notes what is loaded into its RAM.
+/// A camera with flash around one address that records the loads into its RAM.
 class MemoryCamera : public Camera {
 public:
-    /// @param image of which the flash holds the header, over another body
+    /// @param image the flash holds its header, with another body
     MemoryCamera(std::uint32_t address, const Bytes& image) : m_Address(address), m_Flash(image.size(), kNotErased) {
         std::copy_n(image.begin(), std::min<std::size_t>(image.size(), 4), m_Flash.begin());
         MemoryCamera::buildFunctions();
     }
 
-    /// From now on; 0: none.
+    /// Makes a call fail, counted from now on; 0: none.
     void failCall(unsigned int number) { m_CallsToFailure = number; }
 
     const Bytes& flash() const { return m_Flash; }
@@ -110,10 +110,10 @@ private:
     unsigned int m_CallsToFailure = 0;
 };
 
-/// Progress that goes on; the report of a number, counted from 1, is refused (0: none).
+/// A progress function that throws at the report of a number, counted from 1 (0: none).
 std::function<void(double)> progress(unsigned int failingReport = 0) {
     return [last = 0.0, failingReport](double fraction) mutable {
-        require(fraction >= last && fraction <= 1, "progress goes on and ends at 1 at most");
+        require(fraction >= last && fraction <= 1, "progress never decreases and is at most 1");
         last = fraction;
         if (failingReport > 0 && --failingReport == 0) {
             throw CallFailed{};
@@ -133,15 +133,16 @@ void checkSections(const BootImage& image, Bytes data) {
         require(section.offset == position + 8 && section.length > 0 && section.length <= data.size() - section.offset,
                 "a section follows the one before it and lies within the data");
         require(section.length == 4 * wordAt(data, position) && section.address == wordAt(data, position + 4),
-                "a section has the length and the address that are written before it");
+                "a section has the length and the address of its header");
         position = section.offset + section.length;
     }
     require(image.size == position + 8 && image.size <= data.size(), "the image ends within the data");
-    require(wordAt(data, position) == 0 && image.entryAddress == wordAt(data, position + 4), "with where it starts");
+    require(wordAt(data, position) == 0 && image.entryAddress == wordAt(data, position + 4),
+            "the entry address follows the sections");
     data.resize(image.size);
-    require(readBootImage(data).size == image.size, "what follows the image is not looked at");
+    require(readBootImage(data).size == image.size, "data after the image is ignored");
     data.pop_back();
-    require(isRefused<std::invalid_argument>([&] { readBootImage(data); }), "an image without its end is none");
+    require(isRefused<std::invalid_argument>([&] { readBootImage(data); }), "an incomplete image is refused");
 }
 
 void checkRam(const BootImage& image, const Bytes& data) {
@@ -164,7 +165,7 @@ void checkRam(const BootImage& image, const Bytes& data) {
             "the program is started at last");
 }
 
-/// Over a former image of the same header. The numbers of the camera's call and of the report that fail; 0: none does.
+/// Updates an earlier image with the same header. Takes the numbers of the failing call and report (0: none).
 void checkFlash(const Bytes& data, std::uint32_t address, unsigned int chunkSize, unsigned int failingCall,
                 unsigned int failingReport) {
     MemoryCamera camera(address, data);
@@ -176,7 +177,7 @@ void checkFlash(const Bytes& data, std::uint32_t address, unsigned int chunkSize
     const bool isWritable = data.size() >= 4 && data[0] == 'C' && data[1] == 'Y' && data[3] == 0xB0 && chunkSize != 0;
     camera.failCall(failingCall);
     if (isRefused<std::invalid_argument, CallFailed>(update)) {
-        require(!isWritable || failingCall + failingReport != 0, "an image is only refused for a reason");
+        require(!isWritable || failingCall + failingReport != 0, "an image is refused only with a reason");
         const bool isErased = isWritable && failingCall != 1;
         require(camera.flash() == before ||
                     (isErased && !std::equal(data.begin(), data.begin() + 4, camera.flash().begin())),
@@ -190,10 +191,11 @@ void checkFlash(const Bytes& data, std::uint32_t address, unsigned int chunkSize
     }
     require(isWritable && camera.flash() == data, "the flash holds the image");
     camera.failCall(0);
-    require(Programmer::compareFlash(camera, data, address, chunkSize, progress()), "and compares equal");
+    require(Programmer::compareFlash(camera, data, address, chunkSize, progress()), "the flash compares equal");
     Bytes other = data;
     other[(failingCall + failingReport) % other.size()] ^= 1;
-    require(!Programmer::compareFlash(camera, other, address, chunkSize, progress()), "another image does not");
+    require(!Programmer::compareFlash(camera, other, address, chunkSize, progress()),
+            "the flash differs from another image");
 }
 
 } // namespace

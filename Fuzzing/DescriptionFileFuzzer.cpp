@@ -51,9 +51,9 @@ private:
     const int m_Descriptor;
 };
 
-/// How many cameras a document lists.
+/// The number of cameras that a document lists.
 std::size_t countCameras(const std::uint8_t* data, std::size_t size) {
-    // As far as the first value goes: the rest of the file is not read.
+    // Only the first value: the rest of the file is not read.
     const std::string text(data, data + size);
     std::istringstream stream(text);
     nlohmann::json document;
@@ -67,8 +67,8 @@ void checkProperty(Property& property, const SimulatedPropertyDescription& descr
                 property.getMaximum() == description.m_Maximum && property.getDefault() == description.m_Default &&
                 property.isReadOnly() == description.m_ReadOnly && property.isDiscrete() == description.m_Discrete &&
                 property.getValueList() == description.m_ValueList,
-            "a property is as it is described");
-    require(property.getValue() == property.getDefault(), "it begins with its default");
+            "a property matches its description");
+    require(property.getValue() == property.getDefault(), "a property begins with its default");
     const std::string written("\0 written", 9);
     int changes = 0;
     property.registerOnChangeCallback([&](Property&) { ++changes; });
@@ -100,14 +100,15 @@ void checkCamera(Camera& camera) {
         properties = loadPropertyDescriptions(serialNumber);
         functions = loadFunctionDescriptions(serialNumber);
     });
-    require(isRefused<JsonException>([&] { camera.connect(); }) == incomplete, "a camera connects as it is described");
-    require(camera.isConnected() != incomplete, "and is connected then");
+    require(isRefused<JsonException>([&] { camera.connect(); }) == incomplete,
+            "a camera connects if its description is complete");
+    require(camera.isConnected() != incomplete, "a camera is connected if its description is complete");
     if (incomplete) {
         return;
     }
     std::set<std::string> names;
     for (const SimulatedPropertyDescription& description : properties) {
-        if (names.insert(description.m_Name).second) { // of several with one name, the first counts
+        if (names.insert(description.m_Name).second) { // of several with the same name, the first counts
             checkProperty(camera.getProperty(description.m_Name), description);
         }
     }

@@ -13,7 +13,7 @@ namespace {
 using namespace Fuzzing;
 using OrvexAdapter::CGigE;
 
-/// A setting and what reads it back.
+/// A setting with its setter and getter.
 struct Setting {
     void (CGigE::*set)(const std::string&);
     std::string (CGigE::*get)() const;
@@ -28,7 +28,7 @@ constexpr Setting kAddresses[] = {{&CGigE::SetCamIpAddress, &CGigE::GetCamIPAddr
 constexpr Setting kMacs[] = {{&CGigE::SetCamMacAddress, &CGigE::GetCamMacAddress},
                              {&CGigE::SetHostMacAddress, &CGigE::GetHostMacAddress}};
 
-/// How an address is written.
+/// The notation of an address.
 struct Notation {
     std::size_t numbers;
     char separator;
@@ -39,7 +39,7 @@ struct Notation {
 constexpr Notation kAddressNotation{4, '.', 10, "1.2.3.4"};
 constexpr Notation kMacNotation{6, ':', 16, "01:2:3:4:5:6"};
 
-/// The numbers of an address that has as many as it should, all below 256; otherwise nothing.
+/// The numbers of an address, if their count is correct and all are below 256; otherwise nothing.
 std::vector<unsigned int> numbersOf(const std::string& text, const Notation& notation) {
     std::vector<unsigned int> numbers;
     const char* next = text.data();
@@ -55,24 +55,24 @@ std::vector<unsigned int> numbersOf(const std::string& text, const Notation& not
     return next == end && numbers.size() == notation.numbers ? numbers : std::vector<unsigned int>{};
 }
 
-/// @return whether the text was taken
+/// @return whether the text was accepted
 bool check(const Setting& setting, const Notation& notation, const std::string& text) {
     CGigE gige;
     (gige.*setting.set)(notation.example);
-    require((gige.*setting.get)() == notation.example, "an address comes back");
+    require((gige.*setting.get)() == notation.example, "an address reads back");
     const std::vector<unsigned int> numbers = numbersOf(text, notation);
     if (isRefused<std::invalid_argument, std::out_of_range>([&] { (gige.*setting.set)(text); })) {
-        require(numbers.empty(), "what is an address is taken");
-        require((gige.*setting.get)() == notation.example, "what is refused changes nothing");
+        require(numbers.empty(), "an address is accepted");
+        require((gige.*setting.get)() == notation.example, "a refused text changes nothing");
         return false;
     }
     const std::string accepted = (gige.*setting.get)();
     const std::vector<unsigned int> acceptedNumbers = numbersOf(accepted, notation);
-    require(!acceptedNumbers.empty(), "what was taken is an address");
-    require(numbers.empty() || numbers == acceptedNumbers, "an address is taken as it is");
+    require(!acceptedNumbers.empty(), "an accepted text gives an address");
+    require(numbers.empty() || numbers == acceptedNumbers, "an address is not changed");
     CGigE other;
     (other.*setting.set)(accepted);
-    require((other.*setting.get)() == accepted, "what was taken comes back");
+    require((other.*setting.get)() == accepted, "an accepted address reads back");
     return true;
 }
 
@@ -82,11 +82,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string text = Input(data, size).text();
     for (const Setting& address : kAddresses) {
         const bool accepted = check(address, kAddressNotation, text);
-        require(accepted == (std::count(text.begin(), text.end(), '.') < 4), "at most four numbers are taken");
+        require(accepted == (std::count(text.begin(), text.end(), '.') < 4), "at most four numbers are accepted");
     }
     for (const Setting& mac : kMacs) {
         const bool accepted = check(mac, kMacNotation, text);
-        require(!accepted || std::count(text.begin(), text.end(), ':') < 6, "at most six numbers are taken");
+        require(!accepted || std::count(text.begin(), text.end(), ':') < 6, "at most six numbers are accepted");
     }
     return 0;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Texts that are written to properties: numbers against the standard conversions, and what properties make of them,
-// under locales that write numbers in different ways.
+// Texts that are written to properties: compares numbers with the standard conversions and checks the properties'
+// values, under locales with different number formats.
 
 #include <cerrno>
 #include <clocale>
@@ -38,7 +38,7 @@ protected:
     std::string do_grouping() const override { return "\3"; }
 };
 
-/// The process under a locale with decimal commas: always for streams, for C functions where such a locale is
+/// Puts the process under a locale with decimal commas: always for streams, and for C functions if such a locale is
 /// installed.
 class CommaLocale {
 public:
@@ -70,7 +70,7 @@ private:
     std::locale m_Former;
 };
 
-/// What a conversion gives: its number, or the type and the text of its exception where it refuses the text.
+/// The result of a conversion: its number, or the type and the text of its exception.
 template <typename Number>
 struct Outcome {
     std::optional<Number> number;
@@ -102,7 +102,7 @@ Number firstWord(const std::string& text, Number before) {
     return before;
 }
 
-/// Everything that the library reads from one text.
+/// The results of all conversions of one text.
 struct Reading {
     Outcome<int> integer;
     Outcome<unsigned long> decimal, hexadecimal, automatic;
@@ -125,7 +125,7 @@ struct Reading {
     }
 };
 
-/// Writes a text to a property of any value, and what it reads back again.
+/// Writes a text to a continuous property, and writes the resulting text again.
 template <typename T>
 std::string writeContinuous(const T& minimum, const T& maximum, const T& value, const std::string& text) {
     MemoryProperty<T> property("P", PROPERTY_TYPE::String, minimum, maximum, value, false, false, {});
@@ -134,14 +134,15 @@ std::string writeContinuous(const T& minimum, const T& maximum, const T& value, 
     const std::string before = property.getValue();
     property.setValue(text);
     std::string written = property.getValue();
-    require(written == before || changes == 1, "a change is told once");
+    require(written == before || changes == 1, "a change is reported once");
     property.setValue(written);
-    require(property.getValue() == written && changes <= 1, "what is read can be written and changes nothing");
+    require(property.getValue() == written && changes <= 1,
+            "the text of a property can be written and changes nothing");
     property.resetToDefault();
-    require(property.getValue() == before, "the default comes back");
+    require(property.getValue() == before, "the default is restored");
     MemoryProperty<T> readOnly("P", PROPERTY_TYPE::String, minimum, maximum, value, true, false, {});
     readOnly.setValue(text);
-    require(readOnly.getValue() == before, "what is read-only is kept");
+    require(readOnly.getValue() == before, "a read-only property keeps its value");
     return written;
 }
 
@@ -188,7 +189,7 @@ Reading read(const std::string& text) {
             writeProperties(text)};
 }
 
-/// As the standard library reads it under the C locale.
+/// The number as the standard library reads it under the C locale.
 template <typename Number>
 Number streamed(const std::string& text, Number before) {
     std::istringstream stream(text);
@@ -199,7 +200,7 @@ Number streamed(const std::string& text, Number before) {
     return before;
 }
 
-/// What the standard library's conversion would say on a platform whose numbers are 32 bits wide.
+/// The result of the standard library's conversion on a platform whose numbers are 32 bits wide.
 template <typename Number, typename Convert>
 Outcome<Number> standard(const char* name, const Convert& convert) {
     try {
@@ -221,7 +222,7 @@ Outcome<unsigned long> standardUnsigned(const std::string& text, int base) {
     });
 }
 
-/// Numbers that are less precise because they are so small are taken, which the standard conversions leave open.
+/// Accepts subnormal numbers, which the standard conversions may refuse.
 template <typename Number>
 Outcome<Number> standardReal(const char* name, const std::string& text, Number (*convert)(const char*, char**)) {
     return standard<Number>(name, [&] {
@@ -238,7 +239,7 @@ Outcome<Number> standardReal(const char* name, const std::string& text, Number (
     });
 }
 
-/// A number as the standard library writes it with so many decimals.
+/// A number as the standard library prints it with @p count decimals.
 std::string decimals(int count, double number) {
     std::ostringstream stream;
     stream.imbue(std::locale::classic());
@@ -246,7 +247,7 @@ std::string decimals(int count, double number) {
     return stream.str();
 }
 
-/// Under the C locale, for which the standard conversions and the library's are the same.
+/// Compares under the C locale, for which the standard conversions and the library's are the same.
 void compareWithStandard(const std::string& text, const Reading& reading) {
     require(reading.integer == standard<int>("stoi", [&] { return std::stoi(text, nullptr, 0); }), "as stoi");
     require(reading.decimal == standardUnsigned(text, 10), "as stoul");
@@ -264,7 +265,7 @@ void compareWithStandard(const std::string& text, const Reading& reading) {
     const std::vector<std::string> expected{std::to_string(streamed(text, 5U)), std::to_string(streamed(text, 5)),
                                             decimals(2, streamed(text, 0.5)), std::to_string(streamed(text, false)),
                                             streamed(text, std::string("word"))};
-    require(continuous == expected, "a property holds what a stream reads, and writes it with two decimals");
+    require(continuous == expected, "a property holds the number that a stream reads, and prints it with two decimals");
 }
 
 void checkFormatting(const Reading& reading) {

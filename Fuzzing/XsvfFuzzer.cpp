@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// XSVF files: one byte of switches, one with the number of bytes that the device answers in turn, these, and the file.
+// XSVF files. The input is one byte of switches, one with the number of answer bytes, these bytes, which the device
+// returns in turn, and the file.
 
 #include <array>
 #include <optional>
@@ -15,7 +16,7 @@ using namespace Utilities;
 
 struct OutOfBudget {};
 
-/// A device's JTAG port, with a TAP controller of its own.
+/// The JTAG port of a device, with its own TAP controller.
 class Pins {
 public:
     Pins(bool refusesAccess, Bytes answers) : m_RefusesAccess(refusesAccess), m_Answers(std::move(answers)) {}
@@ -30,7 +31,7 @@ private:
     /// Keeps a run short: files may ask for waits of billions of pulses.
     static constexpr int kMostWords = 20000;
     static constexpr std::uint8_t kReset = 0, kShiftDr = 4, kShiftIr = 11;
-    /// Where TMS 0 and TMS 1 lead from each state (IEEE 1149.1), numbered as in XSVF files.
+    /// The next states with TMS 0 and TMS 1 (IEEE 1149.1), numbered as in XSVF files.
     static constexpr std::array<std::array<std::uint8_t, 2>, 16> kNext{{{1, 0},
                                                                         {1, 2},
                                                                         {3, 9},
@@ -72,7 +73,7 @@ private:
 
     std::uint32_t control(std::uint32_t word) {
         require((m_Words == 1) == (word == 0x501), "the port is opened first and once");
-        require((m_Words == 2) == (word == 0x101), "then it is prepared");
+        require((m_Words == 2) == (word == 0x101), "the port is prepared after opening");
         if (word == 0x501) {
             return m_RefusesAccess ? 0 : 1;
         }
@@ -99,9 +100,10 @@ private:
 
     std::uint32_t transfer(std::uint32_t value, std::uint32_t length) {
         const std::uint32_t bits = value & 0xFFF;
-        require((value & ~0xCFFFU) == 0 && bits >= 1 && bits <= 2048 && length == (bits + 7) / 8, "a transfer's size");
+        require((value & ~0xCFFFU) == 0 && bits >= 1 && bits <= 2048 && length == (bits + 7) / 8,
+                "the size of a transfer");
         require(!m_InStep || m_State == kShiftDr || m_State == kShiftIr, "bits move in a shift state");
-        require(!m_Wanted, "bits that were asked for are read");
+        require(!m_Wanted, "requested bits are read");
         if (isSpent()) {
             throw OutOfBudget{};
         }
@@ -127,11 +129,11 @@ private:
     std::size_t m_NextAnswer = 0;
     int m_Words = 0;
     bool m_Closed = false;
-    std::optional<std::uint32_t> m_Wanted; // bits that were asked for and not read yet
+    std::optional<std::uint32_t> m_Wanted; // bits requested but not read yet
     std::uint8_t m_State = kReset;
     std::uint32_t m_Tms = 1;
     int m_HighClocks = 0;
-    /// False from a wait in a state in which a TAP controller cannot stay to the next reset.
+    /// False from a wait in a state in which a TAP controller cannot stay until the next reset.
     bool m_InStep = false;
 };
 
@@ -140,21 +142,23 @@ bool isMismatch(XsvfError error) {
 }
 
 void requireSane(const XsvfReport& report, const Bytes& file) {
-    require(report.commandCount <= file.size(), "a command takes a byte at least");
+    require(report.commandCount <= file.size(), "a command takes at least one byte");
     require(report.commandOffset < file.size() || (file.empty() && report.commandOffset == 0),
             "the last command lies in the file");
-    require(!report.dataEnded || report.error == XsvfError::IllegalCommand, "data that end early are such an error");
-    require(report.failedTransfers == (report.opened ? 0U : 1U), "nothing fails but what was refused");
-    require(report.expectedTdo.size() == report.capturedTdo.size(), "as much is captured as was expected");
-    require(report.expectedTdo.empty() || isMismatch(report.error), "bits are told after a mismatch");
+    require(!report.dataEnded || report.error == XsvfError::IllegalCommand,
+            "data that ends early is an illegal command");
+    require(report.failedTransfers == (report.opened ? 0U : 1U), "only refused operations fail");
+    require(report.expectedTdo.size() == report.capturedTdo.size(), "captured and expected bits have equal lengths");
+    require(report.expectedTdo.empty() || isMismatch(report.error), "bits are reported only after a mismatch");
     if (isMismatch(report.error)) {
-        require(report.tdoMask.empty() || report.tdoMask.size() == report.expectedTdo.size(), "the mask fits");
+        require(report.tdoMask.empty() || report.tdoMask.size() == report.expectedTdo.size(),
+                "the mask has the length of the bits");
         bool differs = false;
         for (std::size_t index = 0; index < report.expectedTdo.size(); ++index) {
             const unsigned int mask = report.tdoMask.empty() ? 0xFF : report.tdoMask[index];
             differs = differs || ((report.expectedTdo[index] ^ report.capturedTdo[index]) & mask) != 0;
         }
-        require(differs, "what is told as a mismatch is one");
+        require(differs, "a reported mismatch is one");
     }
 }
 
@@ -175,29 +179,30 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Bytes file = input.rest();
 
     const XsvfReport checked = checkXsvf(file);
-    require(checked.opened && !isMismatch(checked.error), "without a device everything is as expected");
+    require(checked.opened && !isMismatch(checked.error), "without a device all comparisons succeed");
     requireSane(checked, file);
 
     XsvfReport played;
     double lastFraction = 0;
     const auto progress = [&](double fraction) {
-        require(fraction >= lastFraction && fraction <= 1, "progress goes on and ends at 1");
+        require(fraction >= lastFraction && fraction <= 1, "progress never decreases and is at most 1");
         lastFraction = fraction;
     };
     const bool ended = !isRefused<OutOfBudget>([&] {
-        require(playXsvf(pins.transport(), file, played, progress) == played.succeeded(), "the report says the same");
+        require(playXsvf(pins.transport(), file, played, progress) == played.succeeded(),
+                "the result and the report agree");
     });
     require(ended || pins.isSpent(), "a play ends by itself");
     require(played.opened == !refusesAccess && pins.isClosed() == played.opened && pins.wasUsed() == played.opened,
-            "what was opened is closed");
+            "an opened port is closed");
     requireSane(played, file);
-    require(played.commandCount <= checked.commandCount, "no device makes a file longer");
+    require(played.commandCount <= checked.commandCount, "no device lengthens a play");
     if (ended && played.opened) {
         require(isMismatch(played.error) || isEqual(played, checked), "only comparisons depend on the device");
         if (answersZeros) {
             XsvfReport without;
             playXsvf(JtagTransport{}, file, without, {});
-            require(isEqual(played, without), "no device is one that answers zeros");
+            require(isEqual(played, without), "a play without a device equals one with zeros");
         }
     }
     return 0;

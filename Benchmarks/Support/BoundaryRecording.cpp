@@ -28,7 +28,7 @@ Parameter inContext(Parameter parameter, const Context& context) {
     }
 }
 
-/// Stands in the table for an operation, notes each call and passes it on.
+/// Replaces an operation in the table; records each call and forwards it.
 template <auto Operation>
 struct Spy;
 template <typename Result, typename... Parameters, Result (*OrvexApi::*Operation)(Parameters...)>

@@ -8,21 +8,21 @@
 
 namespace Benchmarks {
 
-/// The calls of the SDK's boundary that an action makes, to be made again without what was around them.
+/// The calls of the SDK's boundary that an action makes, to replay without the code around them.
 class BoundaryRecording {
 public:
-    /// What a call is made with in place of the recorded pointers.
+    /// The arguments that replace the recorded pointers.
     struct Context {
-        void* handle = nullptr; ///< of the camera that was opened last
-        void* memory = nullptr; ///< where results go; large enough for a whole flash
+        void* handle = nullptr; ///< of the camera opened last
+        void* memory = nullptr; ///< receives results; large enough for a whole flash
     };
     using Call = std::function<void(const OrvexAdapter::OrvexApi& api, Context& context)>;
 
-    /// Records while @p action runs on this thread; no other may call the SDK meanwhile.
+    /// Records while @p action runs on this thread. No other thread may call the SDK meanwhile.
     explicit BoundaryRecording(const std::function<void()>& action);
 
     std::size_t size() const { return m_Calls.size(); }
-    /// @param handle of the open camera, for calls before the first that opens one
+    /// @param handle the open camera's, for calls before the first that opens one
     void replay(void* handle) const;
 
 private:

@@ -5,10 +5,10 @@
 
 namespace Benchmarks {
 
-/// Keeps the calling thread, and the threads that it starts, on one of its cores.
+/// Pins the calling thread, and the threads that it starts, to one of its cores.
 class PinnedToOneCore {
 public:
-    /// @throws std::runtime_error  there is one core only
+    /// @throws std::runtime_error  there is only one core
     PinnedToOneCore();
     PinnedToOneCore(const PinnedToOneCore&) = delete;
     PinnedToOneCore& operator=(const PinnedToOneCore&) = delete;
@@ -18,7 +18,7 @@ private:
     cpu_set_t m_Before{};
 };
 
-/// Moves the calling thread to the core beside the one of PinnedToOneCore. Costs nothing when called again.
+/// Moves the calling thread to a core other than that of PinnedToOneCore. Further calls cost nothing.
 void moveToOtherCore();
 
 } // namespace Benchmarks

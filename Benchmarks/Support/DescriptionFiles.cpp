@@ -128,7 +128,7 @@ namespace {
 
 int checkPrivately();
 
-/// The check is private to the camera class: only an explicit instantiation may name it.
+/// Gives access to the check, which is private to the camera class: an explicit instantiation may name it.
 template <auto Check>
 struct DisconnectCheck {
     friend int checkPrivately() { return Check(); }
@@ -143,7 +143,7 @@ int checkForDisconnectedCameras() {
 
 } // namespace Benchmarks
 
-// What the library itself defines in files that the benchmarks leave out.
+// Replaces definitions of library files that are not linked here.
 
 namespace CameraInterface {
 

@@ -5,24 +5,24 @@
 
 namespace Benchmarks {
 
-/// A camera list file of @p cameras simulated cameras with a few properties and functions each; written once, removed
-/// at exit.
+/// The path of a list file of @p cameras simulated cameras with a few properties and functions each. The file is
+/// written once and removed at exit.
 std::string cameraListFile(int cameras);
 
-/// Makes the simulated cameras of such a file the only ones that there are; the next enumeration reads it.
+/// Makes the simulated cameras of such a file the only cameras; the next enumeration reads it.
 void useCameraList(int cameras);
 
-/// Whether the devices in software are cameras as well, through both of their libraries; at first they are not.
+/// Sets whether the devices in software are cameras as well, through both of their libraries; initially they are not.
 void useDevices(bool use);
 
-/// Like useCameraList(), and fills the process's camera list, without threads that watch it. Nothing happens when it is
-/// filled already.
+/// Calls useCameraList() and fills the process's camera list, without watching threads. Does nothing if it is filled
+/// already.
 void listCameras(int cameras);
 
-/// Empties the process's camera list and ends the threads that watch it, if any.
+/// Empties the process's camera list and ends the watching threads, if any.
 void endList();
 
-/// What the library does twice a second; how many cameras it dropped.
+/// Runs the check that the library makes twice a second; returns how many cameras it removed.
 int checkForDisconnectedCameras();
 
 } // namespace Benchmarks

@@ -20,20 +20,20 @@ struct FrameSize {
 constexpr FrameSize kMediumSize{"1.3 MP", 1280, 1024};
 constexpr FrameSize kLargeSize{"5 MP", 2448, 2048};
 
-/// What a frame of random samples looks like.
+/// The properties of a frame of random samples.
 struct FrameKind {
     FrameSize size;
     unsigned bitDepth;
     Imaging::IMAGE_FORMAT format;
 
-    /// Samples of one pixel, wherever they lie.
+    /// Samples of one pixel, in any layout.
     int samples() const;
     /// OpenCV's depth of a sample.
     int depth() const { return bitDepth == 8 ? CV_8U : CV_16U; }
     std::size_t bytes() const;
 };
 
-/// Several objects in turn, so that none is found in the cache because it was used just before.
+/// Several objects in turn, so that none is in the cache because of its last use.
 template <typename T>
 class Rotation {
 public:
@@ -53,10 +53,10 @@ private:
     std::size_t m_Next = 0;
 };
 
-/// An image of random samples below 2 to the power of its depth, little-endian.
+/// Returns a little-endian image of random samples below 2^depth.
 std::unique_ptr<Imaging::Image> randomFrame(const FrameKind& kind);
 
-/// An image's bytes as OpenCV takes them, not copied: planes below each other, all other samples side by side.
+/// An image's bytes as a matrix of OpenCV, not copied: planes below each other, all other samples side by side.
 cv::Mat matrixOf(Imaging::Image& image);
 
 } // namespace Benchmarks

@@ -8,7 +8,7 @@
 
 namespace Benchmarks {
 
-/// Known to callgrind by its name, see scripts/bench.
+/// callgrind refers to it by name, see scripts/bench.
 [[gnu::noipa]] void countedRuns(const Variant& variant, int runs) {
     for (int i = 0; i < runs; ++i) {
         variant.run();
@@ -17,7 +17,7 @@ namespace Benchmarks {
 
 namespace {
 
-/// What is shorter is run more often, so that rotations and tables have come round.
+/// Shorter runs are repeated, to cover all buffers and tables used in turn.
 constexpr double kFewestInstructions = 1e6;
 
 } // namespace

@@ -7,22 +7,22 @@
 
 namespace Benchmarks {
 
-/// Instructions of one piece.
+/// Instructions per piece.
 struct InstructionCount {
     double floor;
     double ours;
 };
 
-/// Counts instructions under callgrind: what it dumps after each call of countedRuns(), for whose duration it collects,
-/// is read from its files. Unlike times, counts are the same whatever else the machine does.
+/// Counts instructions under callgrind, which collects during countedRuns() and dumps to a file after each call. Unlike
+/// times, counts do not depend on other load.
 class InstructionCounter {
 public:
-    /// @param dumps what callgrind's files are called, without the number at the end
+    /// @param dumps the names of callgrind's files, without the number at the end
     explicit InstructionCounter(std::string dumps) : m_Dumps(std::move(dumps)) {}
 
-    /// Whether all that counts happens on the calling thread.
+    /// Whether all work of a claim happens on the calling thread.
     static bool counts(const Claim& claim);
-    /// @throws std::runtime_error  callgrind does not count
+    /// @throws std::runtime_error  callgrind does not collect
     InstructionCount count(const Claim& claim);
 
 private:

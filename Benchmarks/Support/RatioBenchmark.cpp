@@ -15,10 +15,10 @@ namespace Benchmarks {
 
 namespace {
 
-/// Shorter times would be the clock's and the scheduler's.
+/// Shorter times would measure the clock and the scheduler.
 constexpr double kShortestTimedSeconds = 0.01;
 
-/// Seconds of a clock. Time that the calling thread computed leaves out what other programs take in between.
+/// The time of a clock in seconds. CPU time of the calling thread excludes the time of other programs.
 double secondsOn(Timing timing) {
     timespec time{};
     clock_gettime(timing == Timing::Wall ? CLOCK_MONOTONIC : CLOCK_THREAD_CPUTIME_ID, &time);
@@ -38,7 +38,7 @@ double secondsOf(const Variant& variant, int runs, Timing timing) {
     return variant.partSeconds ? parts : secondsOn(timing) - begin;
 }
 
-/// How many pieces take long enough to be timed together. Warms the variant up, too.
+/// The number of pieces that together take long enough to be timed. Also warms up the variant.
 double piecesPerRound(const Variant& variant, Timing timing) {
     int runs = 1;
     while (secondsOf(variant, runs, timing) < kShortestTimedSeconds) {
@@ -70,7 +70,7 @@ Measurement measure(const Claim& claim, int rounds) {
     }
     const auto [floor, ours] = claim.make();
     const std::array<const Variant*, 2> variants{&floor, &ours};
-    // Both do as much in a round, so that what the other one left in the cache hits both alike.
+    // Both do the same amount per round, so that the cache content left by the other one affects both equally.
     const double pieces = std::max(piecesPerRound(floor, claim.timing), piecesPerRound(ours, claim.timing));
     std::array<std::vector<double>, 2> seconds;
     std::vector<double> ratios;

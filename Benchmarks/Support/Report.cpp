@@ -9,7 +9,7 @@ namespace Benchmarks {
 
 namespace {
 
-/// A time with three digits and the unit that suits it.
+/// A time with three digits and a suitable unit.
 std::string timeText(double seconds) {
     if (seconds == 0) {
         return "-";

@@ -11,14 +11,14 @@
 
 namespace Benchmarks {
 
-/// What a plain benchmark took for a number of items.
+/// The result of a plain benchmark for a number of items.
 struct ScalingResult {
     std::string what;
     double items;
     double seconds;
 };
 
-/// Prints results as they come, as a table, or all of them at the end as one JSON object.
+/// Prints results as a table as they arrive, or all of them at the end as one JSON object.
 class Report {
 public:
     explicit Report(bool asJson) : m_AsJson(asJson) {}

@@ -10,7 +10,7 @@ using namespace OrvexAdapter;
 
 namespace {
 
-constexpr unsigned int kInterface = 2; // where the default devices are
+constexpr unsigned int kInterface = 2; // the interface of the default devices
 
 } // namespace
 
@@ -40,7 +40,7 @@ std::unique_ptr<OrvexCamera> SdkCamera::makeDisconnected() const {
 
 } // namespace Benchmarks
 
-// What the library itself defines in a file that the benchmarks leave out.
+// Replaces the definition of a library file that is not linked here.
 std::string Base::getLibraryFolder() {
     return QUILL_BENCHMARK_LIBRARY_FOLDER;
 }

@@ -11,18 +11,18 @@
 
 namespace Benchmarks {
 
-/// A connected camera behind the boundary of the SDK. One at a time.
+/// A connected camera behind the boundary of the SDK. Only one may exist at a time.
 class SdkCamera {
 public:
-    /// @param replace puts other operations into the table through which the library calls
-    /// @param device 5 megapixels in colour where nothing else is said
+    /// @param replace replaces operations in the table that the library uses
+    /// @param device 5 megapixels in colour by default
     explicit SdkCamera(const std::function<void(OrvexAdapter::OrvexApi&)>& replace = {},
                        const SoftwareDevices::DeviceDescription& device = SoftwareDevices::defaultDevices().front());
     SdkCamera(const SdkCamera&) = delete;
     SdkCamera& operator=(const SdkCamera&) = delete;
     ~SdkCamera();
 
-    /// A camera object of its own for the same device.
+    /// Makes another camera object for the same device.
     std::unique_ptr<OrvexAdapter::OrvexCamera> makeDisconnected() const;
 
     OrvexAdapter::OrvexCamera* operator->() { return m_Camera.get(); }

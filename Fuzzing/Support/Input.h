@@ -13,7 +13,7 @@ namespace Fuzzing {
 
 using Bytes = std::vector<unsigned char>;
 
-/// The bytes that a fuzzer was given, taken from the front. Behind their end are zeros.
+/// The input bytes of a fuzzer, consumed from the front. Zeros follow their end.
 class Input {
 public:
     Input(const std::uint8_t* data, std::size_t size) : m_Next(data), m_Left(size) {}
@@ -29,7 +29,7 @@ public:
         }
         return word;
     }
-    /// So many bytes, or as many as are left.
+    /// Takes @p count bytes, or as many as are left.
     Bytes bytes(std::size_t count) {
         count = std::min(count, m_Left);
         const Bytes taken(m_Next, m_Next + count);
@@ -48,7 +48,7 @@ private:
     std::size_t m_Left;
 };
 
-/// Ends the run where something does not hold that always should.
+/// Ends the run if a condition that must always hold does not.
 inline void require(bool holds, const char* what) {
     if (!holds) {
         std::fprintf(stderr, "Does not hold: %s\n", what);
@@ -56,7 +56,7 @@ inline void require(bool holds, const char* what) {
     }
 }
 
-/// Whether an action throws one of the exceptions that it may throw. Any other one passes through and ends the run.
+/// Whether an action throws one of the permitted exceptions. Any other exception passes through and ends the run.
 template <typename Exception, typename... Others, typename Action>
 bool isRefused(const Action& action) {
     try {

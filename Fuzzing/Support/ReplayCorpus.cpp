@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Feeds every file of a folder to a fuzzer's entry point, which ends the program where something is wrong.
+// Feeds every file of a folder to a fuzzer's entry point, which ends the program at a failure.
 
 #include <cstdint>
 #include <filesystem>
@@ -17,7 +17,7 @@ int main(int argc, char** argv) {
         for (const auto& entry : std::filesystem::directory_iterator(argv[argument])) {
             std::ifstream file(entry.path(), std::ios::binary);
             const std::string content{std::istreambuf_iterator<char>(file), {}};
-            // Said beforehand: the last line names the file that ends the program.
+            // Printed first, so that the last line names the file that ends the program.
             std::cout << entry.path().filename().string() << std::endl;
             LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(content.data()), content.size());
             ++files;

@@ -41,7 +41,7 @@ void applyFaults(Operation operation, Device* device, std::uint64_t callNumber) 
     }
     Faults::unplugInMiddle(effect.unplugged);
     if (effect.unplugged != serial) {
-        Faults::reachMiddleOfCall(); // and the call goes on
+        Faults::reachMiddleOfCall(); // the call continues
     } else if (!hasMiddle(operation)) {
         Faults::reachMiddleOfCall();
         throw Refusal{kCameraGone};
@@ -51,7 +51,7 @@ void applyFaults(Operation operation, Device* device, std::uint64_t callNumber) 
 std::uint32_t closeCamera(Operation operation, const void* handle) noexcept {
     return onHandle(operation, handle, std::uint32_t{0}, {}, [&](Session&) {
         const std::shared_ptr<Session> closed = Registry::instance().forget(handle);
-        require(closed != nullptr, kInvalidArgument); // another thread was faster
+        require(closed != nullptr, kInvalidArgument); // unless another thread has closed it
         closed->capture->close();
         return kSuccess;
     });

@@ -7,17 +7,17 @@
 #include "Device/Refusal.h"
 #include "Device/Registry.h"
 
-// What every boundary call has in common: it is counted and logged, the planned faults befall it, and a refusal becomes
-// its failure value and the handle's last error.
+// The common part of every boundary call: it is counted and logged, planned faults are applied, and a refusal becomes
+// the call's failure value and the handle's last error.
 
 namespace SoftwareDevices::Boundary {
 
 constexpr std::uint32_t kSuccess = 1;
 
-/// Does to a call what is planned for it, or throws the refusal that is planned.
+/// Applies the planned faults to a call; throws if a refusal is planned.
 void applyFaults(Operation operation, Device* device, std::uint64_t callNumber);
 
-/// @param device, session  of the call, or null
+/// @param device, session  those of the call, or null
 template <class Result, class Body>
 Result perform(Operation operation, Device* device, Session* session, Result failure,
                std::initializer_list<double> numbers, Body body) noexcept {
@@ -26,7 +26,7 @@ Result perform(Operation operation, Device* device, Session* session, Result fai
     try {
         applyFaults(operation, device, Registry::instance().callLog().count(operation));
         result = body();
-        require(!Faults::reachMiddleOfCall(), kCameraGone); // which a call without work has not reached
+        require(!Faults::reachMiddleOfCall(), kCameraGone); // not reached by a call without work
     } catch (const Refusal& refusal) {
         code = refusal.code;
     } catch (...) {
@@ -34,7 +34,7 @@ Result perform(Operation operation, Device* device, Session* session, Result fai
     }
     if (code != kNoError) {
         result = failure;
-        Faults::reachMiddleOfCall(); // refused before
+        Faults::reachMiddleOfCall(); // a refused call has not reached it
     }
     try {
         if (session && code != kNoError) {
@@ -57,7 +57,7 @@ Result onModule(Operation operation, Result failure, std::initializer_list<doubl
     return perform(operation, nullptr, nullptr, failure, numbers, body);
 }
 
-/// A call on an open handle, whether its camera is still there or not. The body gets the session.
+/// A call on an open handle, even if its camera is gone. The body gets the session.
 template <class Result, class Body>
 Result onHandle(Operation operation, const void* handle, Result failure, std::initializer_list<double> numbers,
                 Body body) noexcept {
@@ -68,7 +68,7 @@ Result onHandle(Operation operation, const void* handle, Result failure, std::in
     });
 }
 
-/// A call on an open handle whose camera must be there. The body gets the session and returns nothing: it succeeds or
+/// A call on an open handle whose camera must be present. The body gets the session and returns nothing: it succeeds or
 /// throws.
 template <class Body>
 std::uint32_t onCamera(Operation operation, const void* handle, std::initializer_list<double> numbers,
@@ -80,13 +80,13 @@ std::uint32_t onCamera(Operation operation, const void* handle, std::initializer
     });
 }
 
-/// Opens the device that find() gives, or null.
+/// Opens the device that find() returns; null if there is none.
 template <class Find>
 void* openCamera(Operation operation, std::initializer_list<double> numbers, Find find) noexcept {
     std::shared_ptr<Device> device;
     try {
         device = find();
-    } catch (...) { // no memory: like a camera that is not there
+    } catch (...) { // no memory: as if there were no camera
     }
     return perform(operation, device.get(), nullptr, static_cast<void*>(nullptr), numbers, [&] {
         require(device != nullptr, kInvalidArgument);

@@ -9,7 +9,7 @@ namespace SoftwareDevices::Boundary {
 
 namespace {
 
-/// A conversion's result.
+/// The destination of a conversion.
 struct Target {
     std::uint32_t channels;
     std::uint32_t bytesPerSample;
@@ -43,7 +43,7 @@ uint32_t convertExtended(Operation operation, void* handle, const Target& target
                          const uint8_t* source, const ORVEX_IMAGE_FORMAT* format,
                          const ORVEX_CONVERSION_PARAMS* parameters) {
     const ORVEX_IMAGE_FORMAT given =
-        format ? *format : ORVEX_IMAGE_FORMAT{}; // without a format there is nothing to convert
+        format ? *format : ORVEX_IMAGE_FORMAT{}; // without a format, there is nothing to convert
     return convert(operation, handle, target, destination, source, given.width, given.height, given.pixelFormat,
                    parameters);
 }

@@ -19,7 +19,7 @@ constexpr uint8_t kJtagShift = 0x1A;
 
 using FlashChange = void (Flash::*)(std::uint32_t address, const std::uint8_t* data, std::uint32_t length);
 
-/// In two halves: what is unplugged in the middle is left half changed.
+/// Applies a change in two halves, so that unplugging in the middle leaves it half done.
 template <class Apply>
 uint32_t onFlash(Operation operation, void* handle, uint32_t address, uint32_t length, Apply apply) {
     return onCamera(operation, handle, {static_cast<double>(address), static_cast<double>(length)},
@@ -75,7 +75,8 @@ uint32_t sdkVendorRequest(void* handle, uint8_t request, uint32_t value, uint32_
                         } else {
                             hardware.setStartedProgram(index);
                         }
-                        // What leaves the bus now has got its data, or has started, and cannot say so any more.
+                        // A device that leaves the bus now has received its data, or has started, but can no longer
+                        // acknowledge.
                         Faults::reachMiddleOfCall();
                         session.device->requirePresent();
                         if (length == 0) {

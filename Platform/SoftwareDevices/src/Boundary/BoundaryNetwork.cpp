@@ -15,7 +15,7 @@ uint32_t onListedCamera(Operation operation, int32_t index, Body body) noexcept 
     std::shared_ptr<Device> device;
     try {
         device = Registry::instance().enumerated(index > 0 ? static_cast<std::uint64_t>(index) : 0);
-    } catch (...) { // no memory: like a camera that is not there
+    } catch (...) { // no memory: as if there were no camera
     }
     return perform(operation, device.get(), nullptr, uint32_t{0}, {static_cast<double>(index)}, [&] {
         require(device != nullptr, kInvalidArgument);

@@ -25,7 +25,7 @@ bool isSame(const Usb3VisionCameraRecord& a, const Usb3VisionCameraRecord& b) {
     return a.serialNumber == b.serialNumber && std::strncmp(a.modelName, b.modelName, sizeof a.modelName) == 0;
 }
 
-/// @return null: there is none
+/// @return the device, or null
 std::shared_ptr<Device> findDevice(const Usb3VisionCameraRecord* record) {
     if (record == nullptr) {
         return nullptr;

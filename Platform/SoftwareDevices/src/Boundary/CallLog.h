@@ -8,7 +8,7 @@
 
 namespace SoftwareDevices {
 
-/// Counts every boundary call, and records them between start and take. Thread-safe.
+/// Counts all boundary calls, and records them between start and take. Thread-safe.
 class CallLog {
 public:
     /// @return the call's number, counted from 1

@@ -11,8 +11,8 @@ namespace SoftwareDevices {
 
 namespace {
 
-// In the threads' own static block, although this library is loaded late: the block that a late library would get is
-// freed by whichever thread next clears the C library's cache of stacks, which ThreadSanitizer takes for a race.
+// In the static TLS block, although this library is loaded late: the dynamic block of a late library is freed by the
+// thread that next clears the C library's cache of stacks, which ThreadSanitizer takes for a race.
 [[gnu::tls_model("initial-exec")]] thread_local std::uint32_t serialToUnplug = kNoDevice;
 
 } // namespace
@@ -82,7 +82,7 @@ Faults::Effect Faults::onCall(std::uint32_t serial, Operation operation, std::ui
             if (planned.unplugs) {
                 effect.unplugged = planned.count == 0 ? serial : effect.unplugged;
             } else {
-                effect.errorCode = planned.errorCode; // the latest plan counts
+                effect.errorCode = planned.errorCode; // the latest fault wins
             }
         }
     }

@@ -8,14 +8,14 @@
 
 namespace SoftwareDevices {
 
-/// What is to go wrong in which boundary call. Thread-safe.
+/// The planned faults of boundary calls. Thread-safe.
 class Faults {
 public:
-    /// What befalls one call.
+    /// The faults of one call.
     struct Effect {
         std::uint32_t errorCode = kNoError;
         std::chrono::milliseconds delay{0};
-        std::uint32_t unplugged = kNoDevice; ///< the device that leaves the bus
+        std::uint32_t unplugged = kNoDevice; ///< the device to unplug
     };
 
     void failNext(std::uint32_t serial, Operation operation, std::uint32_t count, std::uint32_t errorCode);
@@ -29,10 +29,10 @@ public:
 
     Effect onCall(std::uint32_t serial, Operation operation, std::uint64_t callNumber);
 
-    /// Arms reachMiddleOfCall on this thread.
+    /// Arms reachMiddleOfCall() on this thread.
     static void unplugInMiddle(std::uint32_t serial);
-    /// Called by an operation when half of its work is done, without any lock, and once more when it is over: unplugs
-    /// the device if that is still to happen; whether it did.
+    /// Called by an operation without any lock when half of its work is done, and again at its end. Unplugs the device
+    /// if that is still planned; returns whether it did.
     static bool reachMiddleOfCall();
 
 private:
@@ -48,7 +48,7 @@ private:
     void plan(const Planned& planned);
 
     std::atomic<bool> m_Any{false};
-    std::mutex m_Mutex; // guards what follows
+    std::mutex m_Mutex; // guards the following members
     std::vector<Planned> m_Planned;
     std::uint64_t m_FailingCall = 0; ///< 0: none
     std::uint32_t m_FailingCode = kNoError;

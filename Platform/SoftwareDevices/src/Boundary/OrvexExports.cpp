@@ -4,7 +4,7 @@
 
 // The flat camera SDK: each operation under its export number, with the devices in software behind it.
 
-// What an operation hands on; the table of operations names the parameters together with their types.
+// The arguments that an operation passes on; the table of operations names the parameters together with their types.
 #define ARGUMENTS_sdkSelectInterface (interfaceNumber)
 #define ARGUMENTS_sdkNumCameras ()
 #define ARGUMENTS_sdkEnumCameras (versions, count)

@@ -4,7 +4,7 @@
 
 // The flat USB3 Vision access library: each operation under its name, with the devices in software behind it.
 
-// What an operation hands on; the table of operations names the parameters together with their types.
+// The arguments that an operation passes on; the table of operations names the parameters together with their types.
 #define ARGUMENTS_TarnuNumCameras ()
 #define ARGUMENTS_TarnuEnumCameras (records, count)
 #define ARGUMENTS_TarnuOpenCamera (record)

@@ -5,7 +5,7 @@
 #include "Device/Refusal.h"
 #include "Device/Registry.h"
 
-// The functions of SoftwareDevices.h.
+// Implements SoftwareDevices.h.
 
 namespace SoftwareDevices {
 
@@ -15,7 +15,7 @@ Registry& registry() {
     return Registry::instance();
 }
 
-/// What a device refuses the control side is a mistake in the test.
+/// Turns a refusal into std::invalid_argument: on the control side it is a mistake in the test.
 template <class Function>
 auto orInvalidArgument(const char* what, Function function) {
     try {

@@ -6,7 +6,7 @@ namespace SoftwareDevices {
 
 namespace {
 
-/// Which of the devices below have a property.
+/// The devices below that have a property.
 enum Model : unsigned { kColor = 1, kMono = 2, kTiming = 4, kEvery = kColor | kMono | kTiming };
 
 /// A row of the devices' settings. Times are in milliseconds, temperatures in degrees Celsius, gains are factors.
@@ -139,7 +139,7 @@ DeviceDescription monochromeDevice() {
     device.firmware = 0x0042; // older than cameras with a second FPGA
     device.fpga = 0x0112;
     device.hardwareRevision = 1;
-    device.hardwareInterface = 0; // nor does it know how it is attached
+    device.hardwareInterface = 0; // it cannot report its interface
     device.sensorWidth = 1280;
     device.sensorHeight = 1024;
     device.unitWidth = 4;

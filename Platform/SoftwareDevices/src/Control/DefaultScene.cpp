@@ -49,7 +49,7 @@ int floorToInt(float value) {
     return truncated - (static_cast<float>(truncated) > value ? 1 : 0);
 }
 
-/// Smooth noise between 0 and 1.
+/// Smooth noise from 0 to 1.
 float noise(float x, float y) {
     const int column = floorToInt(x);
     const int row = floorToInt(y);
@@ -62,7 +62,7 @@ float noise(float x, float y) {
     return upper + down * (lower - upper);
 }
 
-/// Octaves of noise, each half as strong and twice as fine; between 0 and 1.
+/// Sums octaves of noise, each half as strong and twice as fine; from 0 to 1.
 float fractalNoise(float x, float y, int octaves) {
     float sum = 0;
     float strength = 0.5f;
@@ -81,7 +81,7 @@ struct Range {
     float height; ///< of its mean ridge
     float relief;
     float frequency;
-    float haze;  ///< 1: lost in it
+    float haze;  ///< 1: invisible
     float trees; ///< height of the trees on it
     Color rock;
 };
@@ -95,7 +95,7 @@ constexpr Range kRanges[] = {
 };
 constexpr std::size_t kRangeCount = std::size(kRanges);
 
-/// Where each range's ridge runs, column by column.
+/// The height of each range's ridge, column by column.
 using Ridges = std::array<std::vector<float>, kRangeCount>;
 
 Ridges ridges() {
@@ -133,7 +133,7 @@ Color mountain(std::size_t i, float u, float v, float ridge) {
     const float relief = fractalNoise(u * 34 + static_cast<float>(i) * 9, v * 44 - u * 18, 4);
     const float slope = relief - fractalNoise(u * 34 + static_cast<float>(i) * 9 + 0.35f, v * 44 - u * 18 - 0.2f, 2);
     Color color = range.rock * std::clamp(0.85f + 1.6f * slope + 0.5f * (relief - 0.5f), 0.25f, 1.6f);
-    if (i == 0) // snow lies where it is high and not steep
+    if (i == 0) // snow lies on high ground that is not steep
         color = mix(color, {236, 240, 248}, smoothStep(0.12f, 0.02f, below + 0.16f * (relief - 0.45f)) * 0.9f);
     const float mist = range.haze + (1 - range.haze) * 0.45f * smoothStep(0.0f, 0.22f, below);
     return mix(color, mix(kHorizon, {178, 196, 216}, 0.55f), std::min(mist, 1.0f));

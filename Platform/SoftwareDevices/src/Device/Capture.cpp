@@ -218,7 +218,7 @@ void Capture::close() {
         return;
     }
     if (m_Thread.get_id() == std::this_thread::get_id()) {
-        m_Thread.detach(); // closed by a callback; the thread keeps this object until it has ended
+        m_Thread.detach(); // closed by a callback; the thread keeps this object alive until it has ended
     } else {
         m_Thread.join();
     }
@@ -250,7 +250,7 @@ void Capture::announceLocked(Lock& lock) {
             try {
                 m_Callbacks.run(kind);
             } catch (const std::bad_alloc&) {
-                // This frame goes unannounced.
+                // The callbacks miss this frame.
             }
             lock.lock();
         }

@@ -10,11 +10,11 @@
 
 namespace SoftwareDevices {
 
-/// The flat library that reaches a device.
+/// The flat library that accesses a device.
 enum class Library { CameraSdk, Usb3Vision };
 
-/// One stay of a device on the bus, from plugging to unplugging; it never comes back, another stay follows.
-/// Thread-safe. What a device refuses is thrown as a Refusal.
+/// One stay of a device on the bus, from plugging to unplugging; replugging begins a new stay. Thread-safe. A device
+/// throws a Refusal for operations that it refuses.
 class Device {
 public:
     explicit Device(std::shared_ptr<Hardware> hardware);
@@ -28,9 +28,9 @@ public:
 
     bool isGone() const { return m_Gone; }
     void requirePresent() const;
-    /// Ends the stay and whoever waits in linger.
+    /// Ends the stay, and the waits in linger().
     void leave();
-    /// Lets the time pass; ends early when the device leaves.
+    /// Waits for the time; ends early when the device leaves.
     void linger(std::chrono::milliseconds time);
 
     ORVEX_VERSION version() const;
@@ -46,20 +46,20 @@ public:
     bool hardwareTrigger() const;
     void setHardwareTrigger(bool enabled);
 
-    /// Ascending, at the present clock speed.
+    /// The rates at the present clock speed, ascending.
     std::vector<float> frameRates() const;
     ORVEX_FRAME_FORMAT format() const;
     float frameRate() const;
     void setFormat(const ORVEX_FRAME_FORMAT& format, float rate);
     SamplingCapability sampling() const;
 
-    /// The present settings of video, and those of stills that do not come with the still settings.
+    /// The present settings of video, and those of stills that are not part of the still settings.
     Exposure videoExposure() const;
     Exposure stillExposure(const ORVEX_SNAPSHOT& snapshot) const;
-    /// From one video frame to the next: exposure or frame rate, whichever is slower.
+    /// The time from one video frame to the next: exposure or frame period, whichever is longer.
     std::chrono::nanoseconds frameInterval() const;
 
-    /// While a stream runs, the format cannot be changed.
+    /// Marks a stream as running: the format cannot be changed meanwhile.
     void beginStream();
     void endStream();
     bool isStreaming() const;
@@ -68,7 +68,7 @@ public:
     void truncateFrames(std::uint32_t count, std::uint32_t bytes);
     /// @return whether this frame is lost
     bool takeDrop();
-    /// @return how many bytes of this frame arrive
+    /// @return the number of bytes of this frame that arrive
     std::size_t takeTruncation(std::size_t imageBytes);
 
 private:
@@ -81,7 +81,7 @@ private:
     JtagAccess m_Jtag;
     std::atomic<bool> m_Gone{false};
 
-    mutable std::mutex m_Mutex; // guards what follows; nothing else is locked under it
+    mutable std::mutex m_Mutex; // guards the following members; nothing else is locked under it
     std::condition_variable m_Left;
     PropertyBank m_Properties;
     ORVEX_FRAME_FORMAT m_Format{};

@@ -23,7 +23,7 @@ public:
 private:
     static constexpr std::uint8_t kErased = 0xFF;
 
-    mutable std::mutex m_Mutex; // guards what follows
+    mutable std::mutex m_Mutex; // guards the following members
     PagedMemory m_Cells{kErased};
     std::uint8_t m_Status = 0;
 };

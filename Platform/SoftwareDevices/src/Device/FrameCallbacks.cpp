@@ -34,7 +34,7 @@ void FrameCallbacks::run(FrameKind kind) {
     m_RunningThread = std::this_thread::get_id();
     for (const Registration& entry : registered) {
         if (entry.kind != kind || findLocked(kind, entry.id) == m_Registrations.end()) {
-            continue; // of the other kind, or removed by the callback before it
+            continue; // of the other kind, or removed by an earlier callback
         }
         m_RunningId = entry.id;
         lock.unlock();

@@ -12,18 +12,18 @@ namespace SoftwareDevices {
 
 enum class FrameKind { Video, Still };
 
-/// The functions to be called for each frame of one open handle. Thread-safe.
+/// The functions that are called for each frame of one open handle. Thread-safe.
 class FrameCallbacks {
 public:
-    /// @return an id that is not used again
+    /// @return an id that is never reused
     std::int32_t add(FrameKind kind, ORVEX_FRAME_CALLBACK callback, void* context);
 
-    /// When it returns, the callback does not run and is not going to; only a callback that removes itself is still
+    /// When it returns, the callback neither runs nor will run, except a callback that removes itself, which is still
     /// running.
-    /// @return false: not registered
+    /// @return false if it is not registered
     bool remove(FrameKind kind, std::int32_t id);
 
-    /// Called on one thread only, the device thread of the handle.
+    /// Called only on the device thread of the handle.
     void run(FrameKind kind);
 
 private:
@@ -37,7 +37,7 @@ private:
 
     std::vector<Registration>::iterator findLocked(FrameKind kind, std::int32_t id);
 
-    std::mutex m_Mutex; // guards what follows; not held while a callback runs
+    std::mutex m_Mutex; // guards the following members; not held while a callback runs
     std::condition_variable m_Returned;
     std::vector<Registration> m_Registrations;
     std::int32_t m_NextId = 1;

@@ -9,8 +9,7 @@
 
 namespace SoftwareDevices {
 
-/// What of a device outlasts its stay on the bus: what it is, its memories, its addresses, and the scene before it.
-/// Thread-safe.
+/// The part of a device that outlasts its stay on the bus: its description, memories, addresses and scene. Thread-safe.
 class Hardware {
 public:
     /// @throws std::invalid_argument  the description contradicts itself
@@ -24,13 +23,13 @@ public:
     bool isAsFastAsAsked() const { return m_AsFastAsAsked; }
     void setAsFastAsAsked(bool asFastAsAsked) { m_AsFastAsAsked = asFastAsAsked; }
 
-    /// @throws Refusal  not a network device
+    /// @throws Refusal  not a GigE device
     NetworkSettings network() const;
     void setCameraAddresses(const std::array<std::uint32_t, 3>& addresses);
 
     void writeRam(std::uint32_t address, const std::uint8_t* data, std::uint32_t length);
     std::vector<std::uint8_t> ram(std::uint32_t address, std::uint32_t length) const;
-    /// Where the last program was started in RAM.
+    /// The RAM address at which the last program was started.
     std::optional<std::uint32_t> startedProgram() const;
     void setStartedProgram(std::uint32_t address);
 
@@ -39,7 +38,7 @@ private:
     Flash m_Flash;
     Sensor m_Sensor;
     std::atomic<bool> m_AsFastAsAsked{false};
-    mutable std::mutex m_Mutex; // guards what follows
+    mutable std::mutex m_Mutex; // guards the following members
     std::optional<NetworkSettings> m_Network;
     PagedMemory m_Ram{0};
     std::optional<std::uint32_t> m_StartedProgram;

@@ -15,7 +15,7 @@ namespace {
 constexpr std::uint32_t kTckLow = 0x000;
 constexpr std::uint32_t kTckHigh = 0x001;
 constexpr std::uint32_t kSelectTap = 0x101;
-constexpr std::uint32_t kRunTest = 0x300; // plus the number of pulses less one
+constexpr std::uint32_t kRunTest = 0x300; // plus the number of pulses minus one
 constexpr std::uint32_t kPulseTmsLow = 0x400;
 constexpr std::uint32_t kPulseTmsHigh = 0x401;
 constexpr std::uint32_t kClose = 0x500;
@@ -24,7 +24,7 @@ constexpr std::uint32_t kOpen = 0x501;
 // Transfers of a shift.
 constexpr std::uint32_t kBits = 0x0FFF;
 constexpr std::uint32_t kNoTdo = 0x4000;
-constexpr std::uint32_t kLeaves = 0x8000; // the shift state, with the last bit
+constexpr std::uint32_t kLeaves = 0x8000; // leaves the shift state with the last bit
 constexpr std::uint32_t kMaximumBits = 2048;
 
 } // namespace
@@ -48,7 +48,7 @@ void JtagAccess::control(const void* user, std::uint32_t word) {
         m_User = nullptr;
         m_CapturedBits = 0;
         return;
-    case kSelectTap: // there is but one
+    case kSelectTap: // there is only one
         return;
     case kTckLow:
         return fallLocked();

@@ -9,13 +9,13 @@
 
 namespace SoftwareDevices {
 
-/// Bytes by 32-bit address, of which only the pages that were written take room. Not thread-safe.
+/// Bytes by 32-bit address, of which only written pages take space. Not thread-safe.
 class PagedMemory {
 public:
-    /// @param fill  what is read where nothing was written
+    /// @param fill  the value of bytes that were never written
     explicit PagedMemory(std::uint8_t fill) : m_Fill(fill) {}
 
-    /// Calls change(bytes in memory, offset in the range, number of bytes) for each piece of the range.
+    /// Calls change(bytes in memory, offset in the range, number of bytes) for each part of the range.
     template <class Change>
     void change(std::uint32_t address, std::uint32_t length, Change change) {
         forEachPiece(address, length,
@@ -44,7 +44,7 @@ public:
                      });
     }
 
-    /// As before anything was written; whole pages take no room any more.
+    /// Restores the initial value; whole pages no longer take space.
     void reset(std::uint32_t address, std::uint32_t length) {
         forEachPiece(address, length, [&](std::uint32_t page, std::uint32_t start, std::uint32_t, std::uint32_t bytes) {
             const auto found = m_Pages.find(page);

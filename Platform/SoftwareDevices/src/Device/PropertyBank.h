@@ -7,7 +7,7 @@
 
 namespace SoftwareDevices {
 
-/// SDK numbers of the properties that the devices themselves act upon.
+/// SDK numbers of the properties that affect the devices.
 namespace PropertyNumber {
 constexpr std::uint32_t kGamma = 5;
 constexpr std::uint32_t kVideoExposure = 20; ///< milliseconds
@@ -28,21 +28,22 @@ constexpr std::uint32_t kVideoClockSpeed = 126;
 /// The numbered settings of one device. Not thread-safe.
 class PropertyBank {
 public:
-    /// The description's rows, and those that follow from its sensor.
+    /// Takes the description's rows, and those that follow from its sensor.
     explicit PropertyBank(const DeviceDescription& description);
 
     /// @throws Refusal  the device lacks the property
     const PropertyRow& row(std::uint32_t number) const;
 
-    /// @return null when the device lacks the property
+    /// @return null if the device lacks the property
     const PropertyRow* find(std::uint32_t number) const;
 
     float valueOr(std::uint32_t number, float otherwise) const;
 
-    /// @throws Refusal  unsupported, read-only, not writable now, or a value outside the range; nothing is changed then
+    /// @throws Refusal  unsupported, read-only, not writable now, or a value outside the range; the property is
+    ///     unchanged
     void write(std::uint32_t number, float value, std::int32_t flags);
 
-    /// Without any check.
+    /// Replaces or adds a row without checks.
     void replace(const PropertyRow& row) { m_Rows[row.number] = row; }
 
     void setWritable(std::uint32_t number, bool writable);

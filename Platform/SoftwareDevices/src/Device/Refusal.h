@@ -5,8 +5,7 @@
 
 namespace SoftwareDevices {
 
-/// Thrown inside the devices when they refuse a call; the boundary turns it into the call's failure value and last
-/// error.
+/// Thrown by the devices when they refuse a call; the boundary turns it into the call's failure value and last error.
 struct Refusal {
     std::uint32_t code;
 };

@@ -215,7 +215,7 @@ void* Registry::open(const std::shared_ptr<Device>& device) {
     auto session = std::make_shared<Session>(device);
     const std::lock_guard<std::mutex> lock(m_Mutex);
     m_Sessions.emplace(++m_LastHandle, std::move(session));
-    return reinterpret_cast<void*>(m_LastHandle); // NOLINT(performance-no-int-to-ptr): a number that nobody follows
+    return reinterpret_cast<void*>(m_LastHandle); // NOLINT(performance-no-int-to-ptr): never dereferenced
 }
 
 std::shared_ptr<Session> Registry::session(const void* handle, Library library) {

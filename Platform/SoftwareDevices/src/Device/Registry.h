@@ -12,7 +12,7 @@
 
 namespace SoftwareDevices {
 
-/// One open handle, of the library that reaches its device.
+/// One open handle, of the library that accesses its device.
 struct Session {
     explicit Session(const std::shared_ptr<Device>& opened)
         : device(opened), capture(std::make_shared<Capture>(opened)) {}
@@ -23,7 +23,7 @@ struct Session {
     std::atomic<std::uint32_t> lastError{kNoError};
 };
 
-/// Which devices are on the bus, and which of them are open. One for the process, never destroyed. Thread-safe.
+/// The devices on the bus, and the open ones among them. One per process, never destroyed. Thread-safe.
 class Registry {
 public:
     static Registry& instance();
@@ -37,9 +37,9 @@ public:
     void plugMissing(const std::vector<DeviceDescription>& descriptions);
     void replug(std::uint32_t serial);
     void unplugAll();
-    /// @return false: it is not there
+    /// @return false if it is not there
     bool leaveBus(std::uint32_t serial);
-    /// Off the bus now, and back after the device's reboot time. Nothing happens to a stay that is over.
+    /// Removes the device from the bus and returns it after its reboot time. Does nothing if the stay is over.
     void reboot(const std::shared_ptr<Device>& device);
     std::vector<std::shared_ptr<Device>> devices();
     /// @throws std::invalid_argument  not plugged in
@@ -48,14 +48,14 @@ public:
 
     // Boundary side.
     void selectInterface(std::uint32_t interfaceNumber);
-    /// Of the camera SDK on the selected interface.
+    /// The devices that a library enumerates; for the camera SDK, on the selected interface.
     std::vector<std::shared_ptr<Device>> enumeration(Library library);
-    /// @return null when the SDK enumerates none of this index, which counts from 1
+    /// @return null if the SDK enumerates none with this index, which counts from 1
     std::shared_ptr<Device> enumerated(std::uint64_t index);
     void* open(const std::shared_ptr<Device>& device);
-    /// @return null for a handle that is not open, or is the other library's
+    /// @return null if the handle is not open, or belongs to the other library
     std::shared_ptr<Session> session(const void* handle, Library library);
-    /// The handle is stale from now on; the session is to be closed by the caller.
+    /// Makes the handle stale; the caller must close the session.
     std::shared_ptr<Session> forget(const void* handle);
 
 private:
@@ -68,19 +68,19 @@ private:
 
     Registry() = default;
 
-    /// Brings the default devices on first use, and back what has rebooted.
+    /// Plugs the default devices on first use, and returns rebooted devices to the bus.
     void settleLocked();
     void plugLocked(std::shared_ptr<Hardware> hardware);
-    /// @return what stayed on the bus until now, or null
+    /// @return the device that was on the bus until now, or null
     std::shared_ptr<Device> takeLocked(std::uint32_t serial);
 
-    /// Wakes all who wait in it. Not under m_Mutex.
+    /// Wakes all threads that wait in the device. Must not be called under m_Mutex.
     void farewell(const std::shared_ptr<Device>& device);
 
     CallLog m_CallLog;
     Faults m_Faults;
 
-    std::mutex m_Mutex; // guards what follows; a flash's is taken under it
+    std::mutex m_Mutex; // guards the following members; the mutex of a flash is locked under it
     bool m_Settled = false;
     std::vector<std::shared_ptr<Device>> m_Devices; ///< in order of plugging
     std::vector<Returning> m_Returning;

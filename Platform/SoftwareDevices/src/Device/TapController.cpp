@@ -8,11 +8,11 @@ namespace SoftwareDevices {
 
 namespace {
 
-constexpr std::uint8_t kInstructionCapture = 0x01; // the standard fixes the two lowest bits
+constexpr std::uint8_t kInstructionCapture = 0x01; // the standard defines the two lowest bits
 
-/// Where a rising edge of TCK leads.
+/// The next states at a rising edge of TCK.
 struct Transition {
-    TapState whenLow; ///< TMS
+    TapState whenLow; ///< with TMS low
     TapState whenHigh;
 };
 

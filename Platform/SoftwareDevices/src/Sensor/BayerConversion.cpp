@@ -13,7 +13,7 @@ namespace {
 
 constexpr ColorMatrix kIdentity{1, 0, 0, 0, 1, 0, 0, 0, 1};
 
-/// The colours of a sensor under one kind of light, brought back to those that a person sees; each row sums up to 1.
+/// Corrects the colours of a sensor under one kind of light to those of human vision; each row adds up to 1.
 struct NamedMatrix {
     std::int32_t code;
     ColorMatrix matrix;
@@ -28,7 +28,7 @@ constexpr NamedMatrix kCorrectionMatrices[] = {
     {5, {1.70f, -0.50f, -0.20f, -0.30f, 1.46f, -0.16f, -0.07f, -0.78f, 1.85f}}, // halogen
     {6, {1.58f, -0.45f, -0.13f, -0.24f, 1.44f, -0.20f, -0.01f, -0.54f, 1.55f}}, // LED
     {14, kIdentity},                                                            // identity
-    {15, kIdentity},                                                            // custom: none is stored
+    {15, kIdentity},                                                            // custom: no matrix is stored
 };
 
 ColorMatrix operator*(const ColorMatrix& left, const ColorMatrix& right) {
@@ -43,7 +43,7 @@ ColorMatrix operator*(const ColorMatrix& left, const ColorMatrix& right) {
     return product;
 }
 
-/// Turns the hue by so many degrees and scales the saturation; leaves grey alone.
+/// Rotates the hue by @p degrees and scales the saturation; does not change grey.
 ColorMatrix hueAndSaturation(float degrees, float saturation) {
     const float radians = degrees * 3.14159265f / 180;
     const float cosine = saturation * std::cos(radians);
@@ -54,7 +54,7 @@ ColorMatrix hueAndSaturation(float degrees, float saturation) {
     return toColors * turn * toLumaChroma;
 }
 
-/// Three rows of a frame with one column more at each side, mirrored so that the filters go on as they are within.
+/// Three rows of a frame with one more column at each side, mirrored so that the pattern of filters continues.
 class RowWindow {
 public:
     explicit RowWindow(const RawFrame& frame) : m_Frame(frame) {
@@ -70,7 +70,7 @@ public:
         load(m_Rows[2], y < last ? y + 1 : last - std::min(1u, last));
     }
 
-    /// The sample that lies so many columns and rows (-1 to 1) from column x.
+    /// The sample at an offset in columns and rows (-1 to 1) from column x.
     int at(std::uint32_t x, int right, int down) const {
         return m_Rows[static_cast<std::size_t>(1 + down)][x + 1 + static_cast<std::size_t>(right)];
     }
@@ -103,7 +103,7 @@ Pixel copyMosaic(const RowWindow& window, const FilterCell&, std::uint32_t x, st
     return {sample, sample, sample};
 }
 
-/// The colours of the pixel's own cell of two by two.
+/// Takes the colours of the pixel's own two-by-two cell.
 Pixel shareCell(const RowWindow& window, const FilterCell& cell, std::uint32_t x, std::uint32_t y) {
     const int right = x & 1 ? -1 : 1;
     const int down = y & 1 ? -1 : 1;
@@ -115,7 +115,7 @@ Pixel shareCell(const RowWindow& window, const FilterCell& cell, std::uint32_t x
     return {samples[kRed], (samples[kGreen1] + samples[kGreen2]) / 2, samples[kBlue]};
 }
 
-/// Each missing colour is the mean of its nearest neighbours.
+/// Computes each missing colour as the mean of its nearest neighbours.
 Pixel interpolate(const RowWindow& window, const FilterCell& cell, std::uint32_t x, std::uint32_t y) {
     const int own = window.at(x, 0, 0);
     const int across = window.at(x, -1, 0) + window.at(x, 1, 0);

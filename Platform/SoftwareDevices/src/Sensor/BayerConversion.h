@@ -8,10 +8,10 @@ namespace SoftwareDevices {
 /// The values are the SDK's.
 enum class Demosaic : std::int32_t { None = 0, Fast = 1, HighQuality = 2, HigherQuality = 3, Simple = 8 };
 
-/// Rows of the result: red, green, blue, made of red, green, blue.
+/// Rows give the result's red, green and blue, columns those of the source.
 using ColorMatrix = std::array<float, 9>;
 
-/// How a raw frame becomes a picture.
+/// The parameters that turn a raw frame into a picture.
 struct Development {
     Demosaic demosaic = Demosaic::HighQuality; ///< None copies the mosaic into every channel
     ColorMatrix matrix{1, 0, 0, 0, 1, 0, 0, 0, 1};
@@ -24,8 +24,8 @@ struct RawFrame {
     const std::uint8_t* data;
     std::uint32_t width;
     std::uint32_t height;
-    std::uint32_t bytesPerSample; ///< also of the result
-    bool bigEndian;               ///< likewise
+    std::uint32_t bytesPerSample; ///< the result has the same
+    bool bigEndian;               ///< the result has the same
     ColorFormat colorFormat;
     std::uint32_t maximum; ///< largest sample
 };
@@ -37,7 +37,7 @@ RawFrame rawFrame(const DeviceDescription& description, const std::uint8_t* data
 Development developmentOf(const ORVEX_CONVERSION& parameters);
 Development developmentOf(const ORVEX_CONVERSION_PARAMS& parameters);
 
-/// Writes the picture in samples of the frame's kind.
+/// Writes the picture with samples like those of the frame.
 /// @param channels  1: monochrome, 3: BGR, 4: BGRA
 void develop(const RawFrame& frame, std::uint8_t* destination, std::uint32_t channels, const Development& development);
 

@@ -5,10 +5,10 @@
 
 namespace SoftwareDevices {
 
-/// The filters of a colour cell: the first green stands in the red row, the second in the blue row.
+/// The filters of a colour cell: the first green is in the red row, the second in the blue row.
 enum Filter : std::uint8_t { kRed = 0, kGreen1 = 1, kGreen2 = 2, kBlue = 3, kFilterCount = 4 };
 
-/// The four filters of a cell, row by row. On a monochrome sensor all are kRed, and mean no filter.
+/// The four filters of a cell, row by row. On a monochrome sensor all are kRed, which means no filter.
 using FilterCell = std::array<Filter, 4>;
 
 constexpr FilterCell filterCell(ColorFormat format) {

@@ -13,11 +13,11 @@ namespace {
 
 constexpr std::uint16_t kBinning = 1;
 
-/// Between which two points of the scene a pixel lies, along one axis.
+/// The two points of the scene between which a pixel lies, along one axis.
 struct Tap {
     std::uint32_t first;
     std::uint32_t second;
-    float part; ///< of the second
+    float part; ///< weight of the second
 };
 
 Tap tapAt(std::uint32_t pixel, std::uint32_t sensorLength, std::uint32_t sceneLength) {
@@ -27,7 +27,7 @@ Tap tapAt(std::uint32_t pixel, std::uint32_t sensorLength, std::uint32_t sceneLe
     return {first, std::min(first + 1, sceneLength - 1), static_cast<float>(inside - first)};
 }
 
-/// Which sensor pixels make one delivered pixel, along one axis.
+/// The sensor pixels that form one delivered pixel, along one axis.
 struct SamplingAxis {
     std::uint32_t offset;
     std::uint32_t factor;
@@ -53,7 +53,7 @@ public:
         m_Row.resize(std::size_t{scene.width} * 3);
     }
 
-    /// Chooses the sensor row that lightAt reads.
+    /// Selects the sensor row that lightAt() reads.
     void selectRow(std::uint32_t y) {
         const Tap tap = tapAt(y, m_SensorHeight, m_Scene.height);
         const std::uint8_t* first = &m_Scene.rgb[std::size_t{tap.first} * m_Row.size()];

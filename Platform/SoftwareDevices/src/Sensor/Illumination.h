@@ -5,7 +5,7 @@
 
 namespace SoftwareDevices {
 
-/// The light that falls on each pixel that a format delivers, behind its colour filter: 0 .. kFullLight, row by row.
+/// The light on each pixel that a format delivers, behind its colour filter: 0 .. kFullLight, row by row.
 using Illumination = std::vector<std::uint16_t>;
 
 constexpr std::uint32_t kFullLight = (1u << 14) - 1;

@@ -25,14 +25,14 @@ std::uint64_t scramble(std::uint64_t value) {
     return value ^ value >> 31;
 }
 
-/// Bell-shaped numbers of standard deviation kNoiseDeviation. Never destroyed: frames may be taken while the process
-/// ends.
+/// Normally distributed numbers with standard deviation kNoiseDeviation. Never destroyed: frames may be taken while the
+/// process exits.
 const std::vector<std::int16_t>& noiseTable() {
     static const auto& table = *new std::vector<std::int16_t>([] {
         std::vector<std::int16_t> noise;
         noise.reserve(kNoiseCount);
         for (std::uint64_t i = 0; i < kNoiseCount; ++i) {
-            int sum = -12 * 128; // twelve even numbers of 0 .. 255: deviation 256, near enough a bell
+            int sum = -12 * 128; // twelve uniform numbers of 0 .. 255: deviation 256, approximately normal
             for (std::uint64_t j = 0; j < 12; ++j) {
                 sum += static_cast<int>(scramble(i * 12 + j + 1) & 0xFF);
             }
@@ -49,7 +49,7 @@ std::shared_ptr<const Scene> sharedDefaultScene() {
 }
 
 bool isSame(const ORVEX_FRAME_FORMAT& a, const ORVEX_FRAME_FORMAT& b) {
-    ORVEX_FRAME_FORMAT sameLayout = b; // the light does not depend on the pixel format
+    ORVEX_FRAME_FORMAT sameLayout = b; // the light is independent of the pixel format
     sameLayout.pixelFormat = a.pixelFormat;
     return std::memcmp(&a, &sameLayout, sizeof a) == 0;
 }
@@ -75,7 +75,7 @@ void Sensor::takeFrame(const ORVEX_FRAME_FORMAT& format, const Exposure& exposur
         return takeRaw(geometry, *light, *response, frameNumber, buffer);
     }
 
-    // Colour computed in the camera.
+    // Colour that the camera computes.
     const PixelLayout delivered = geometry.layout;
     geometry.layout.channels = 1;
     std::vector<std::uint8_t> raw(geometry.imageBytes());

@@ -9,7 +9,7 @@
 
 namespace SoftwareDevices {
 
-/// How one frame is taken.
+/// The settings with which one frame is taken.
 struct Exposure {
     float milliseconds = 0;
     float gain = 1;
@@ -36,7 +36,7 @@ public:
                    std::uint8_t* buffer);
 
 private:
-    /// What one light value becomes.
+    /// The sample and noise that one light value gives.
     struct alignas(std::uint32_t) Response {
         std::uint16_t sample;
         std::uint16_t noise; ///< standard deviation, in sixteenths of a sample value
@@ -57,10 +57,10 @@ private:
     const DeviceDescription& m_Description; ///< of the hardware that owns this sensor
     const FilterCell m_Cell;
 
-    std::mutex m_Mutex;                                 ///< guards what follows; held while it is computed
+    std::mutex m_Mutex;                                 ///< guards the following members; held while they are computed
     std::shared_ptr<const Scene> m_Scene;               ///< null: the default scene
     ORVEX_FRAME_FORMAT m_IlluminatedFormat{};           ///< of m_Illumination
-    std::shared_ptr<const Illumination> m_Illumination; ///< of the last frame, kept for the next
+    std::shared_ptr<const Illumination> m_Illumination; ///< of the last frame, reused for the next
     std::shared_ptr<const Transfer> m_Transfer;         ///< likewise
 };
 
