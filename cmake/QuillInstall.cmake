@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Headers, library, tool, the example camera list, the CMake package and the pkg-config module.
+# Installs headers, library, tool, the example camera list, the CMake package and the pkg-config module.
 
 include(CMakePackageConfigHelpers)
 
@@ -9,13 +9,13 @@ set(quill_cmake_dir "${CMAKE_INSTALL_LIBDIR}/cmake/QuillCamera")
 install(TARGETS quillcamera EXPORT QuillCameraTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 if(QUILL_BUILD_SOFTWARE_DEVICES)
-    # Beside the library, which looks for the flat libraries there and nowhere else.
+    # Beside the library, which searches for the flat libraries only there.
     install(TARGETS softwaredevices orvexapi tarnulibrary LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
 endif()
 install(DIRECTORY Shared/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quillcamera)
 install(FILES Data/TestCameraList.json DESTINATION ${CMAKE_INSTALL_DATADIR}/quillcamera)
 if(QUILL_BUILD_TOOLS)
-    # The tool finds the library beside it, wherever both are moved.
+    # The tool finds the library by a relative path, so that both can be moved.
     file(RELATIVE_PATH quill_library_from_tool "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
     set_property(TARGET quill PROPERTY INSTALL_RPATH "\$ORIGIN/${quill_library_from_tool}")
     install(TARGETS quill RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
@@ -28,7 +28,7 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/QuillCameraConfigVersion
 install(FILES "${PROJECT_BINARY_DIR}/QuillCameraConfig.cmake" "${PROJECT_BINARY_DIR}/QuillCameraConfigVersion.cmake"
     DESTINATION ${quill_cmake_dir})
 
-# Relative to the place of the .pc file, so that the package can be moved.
+# Relative to the .pc file, so that the package can be moved.
 set(quill_pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 file(RELATIVE_PATH quill_pkgconfig_prefix "/${quill_pkgconfig_dir}" "/")
 configure_file(cmake/quillcamera.pc.in "${PROJECT_BINARY_DIR}/quillcamera.pc" @ONLY)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Flags that every target of the project is built with.
+# Flags for every target of the project.
 
 option(QUILL_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)
 set(QUILL_SANITIZERS "" CACHE STRING "Sanitizers to build with, such as address,undefined or thread")
@@ -11,7 +11,7 @@ target_compile_features(quill_flags INTERFACE cxx_std_17)
 target_compile_options(quill_flags INTERFACE
     -Wall -Wextra -Wpedantic
     $<$<BOOL:${QUILL_WARNINGS_AS_ERRORS}>:-Werror>
-    # Exceptions name the throwing file relative to the project.
+    # Exceptions give the throwing file relative to the project.
     "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/="
     ${QUILL_CXX_FLAGS})
 if(QUILL_SANITIZERS)

@@ -1,11 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Sourced by the scripts of this folder: what they need, and how they build.
+# Sourced by the scripts of this folder: installs the packages they need, and builds.
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
 
-# Debian's packages: the tools, what the library is built on, what the devices in software and the quill tool add, what tests and
-# benchmarks add.
+# Debian packages, line by line: the tools; those of the library; of the devices in software; of the quill tool; of tests and benchmarks.
 quillPackages=(
     g++ cmake ninja-build pkg-config
     libopencv-core-dev libopencv-imgproc-dev nlohmann-json3-dev
@@ -18,7 +17,7 @@ isInstalled() {
     [[ "$(dpkg-query --show --showformat '${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
 }
 
-# Installs the packages that are missing; where that is not possible, says which they are and how to install them.
+# Installs missing packages; if that is not possible, prints their names and the command that installs them, and exits.
 ensurePackages() {
     local package missing=() asRoot=()
     for package in "${quillPackages[@]}"; do
@@ -29,7 +28,7 @@ ensurePackages() {
     ((EUID == 0)) || asRoot=(sudo --non-interactive)
     if "${asRoot[@]}" true 2>/dev/null; then
         echo "Installing ${missing[*]}" >&2
-        # A package source that cannot be reached does not matter as long as another one has the packages.
+        # A package source that cannot be reached does not matter if another one has the packages.
         "${asRoot[@]}" apt-get update --quiet >&2 || true
         if "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive \
             apt-get install --quiet --yes --no-install-recommends "${missing[@]}" >&2; then
@@ -41,7 +40,7 @@ ensurePackages() {
     exit 1
 }
 
-# Configures a preset of CMakePresets.json and builds all of it, or only the targets named. Uses ccache if there.
+# Configures a preset of CMakePresets.json and builds all targets, or only those named. Uses ccache if available.
 buildPreset() {
     local preset=$1 launcher=()
     shift

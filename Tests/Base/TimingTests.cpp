@@ -17,7 +17,7 @@ using CameraInterface::StreamStatistics;
 using Utilities::FrameCounter;
 using Utilities::Stopwatch;
 
-/// Passes at least this time, however busy the machine is.
+/// Waits for at least this time, on any load.
 void pass(int milliseconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
@@ -33,10 +33,10 @@ TEST(Stopwatch, AddsUpIntervalsAndCountsFromTheFirstStart) {
     EXPECT_EQ(watch.delta(), first);
     pass(3);
     watch.start();
-    EXPECT_GE(watch.elapsed(), first + 0.003) << "while running, pauses count";
+    EXPECT_GE(watch.elapsed(), first + 0.003) << "a running watch includes pauses";
     pass(1);
     watch.stop();
-    EXPECT_DOUBLE_EQ(watch.elapsed(), first + watch.delta()) << "stopped, they do not";
+    EXPECT_DOUBLE_EQ(watch.elapsed(), first + watch.delta()) << "a stopped watch excludes them";
     const double sum = watch.elapsed();
     watch.stop();
     EXPECT_DOUBLE_EQ(watch.elapsed(), sum + watch.delta()) << "a second stop adds the time since the start again";
@@ -63,11 +63,11 @@ TEST(FrameCounter, DividesByTheTimeSinceTheOldestFrame) {
     counter.setDesiredIntervalTime(0.010);
     EXPECT_EQ(counter.getFramesPerSecond(), 0.0) << "all frames are older than the interval";
     counter.setDesiredIntervalTime(1000.0);
-    EXPECT_EQ(counter.getFramesPerSecond(), 0.0) << "and do not come back";
+    EXPECT_EQ(counter.getFramesPerSecond(), 0.0) << "dropped frames do not come back";
     counter.incrementFrameCount();
     counter.setDesiredIntervalTime(std::numeric_limits<double>::quiet_NaN());
     pass(1);
-    EXPECT_EQ(counter.getFramesPerSecond(), 0.0) << "no age is below an interval that is no number";
+    EXPECT_EQ(counter.getFramesPerSecond(), 0.0) << "no age is less than NaN";
     counter.setDesiredIntervalTime(1000.0);
     counter.incrementFrameCount();
     counter.resetFrameCount();

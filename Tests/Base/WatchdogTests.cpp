@@ -22,12 +22,12 @@ constexpr int kNeverMs = 1'000'000'000;
 TEST(Watchdog, StopWakesAWaitingThreadWithoutACall) {
     Event called;
     Watchdog watchdog;
-    watchdog.stop(); // idle: nothing happens
+    watchdog.stop(); // idle: has no effect
     watchdog.start(kNeverMs, [&] {
         called.raise();
         return true;
     });
-    watchdog.stop(); // would not return before the period ends
+    watchdog.stop(); // must not wait for the end of the period
     EXPECT_EQ(called.count(), 0);
 }
 
@@ -81,7 +81,7 @@ TEST(Watchdog, StopWaitsForARunningCall) {
     releaser.join();
 }
 
-TEST(Watchdog, ACallbackThatWouldWaitForItselfIsToldSo) {
+TEST(Watchdog, ACallbackThatWouldWaitForItselfThrows) {
     Event refused;
     std::string words;
     Watchdog watchdog;

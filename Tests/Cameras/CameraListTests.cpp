@@ -108,7 +108,7 @@ TEST_F(CameraListTest, VanishedCamerasAreDroppedAccordingToTheirState) {
     EXPECT_EQ(reported, (std::vector<std::pair<std::string, std::string>>{{"Model F", "connected"},
                                                                           {"Model F", "disconnected"}}));
     Camera::registerDisconnectCallback({});
-    // The reference is still good for clear answers.
+    // The reference is still usable.
     EXPECT_FALSE(connected.isStreaming());
     EXPECT_EQ(connected.getProperty("Gain").getValue(), "1");
     connected.disconnect();
@@ -119,7 +119,7 @@ TEST_F(CameraListTest, VanishedCamerasAreDroppedAccordingToTheirState) {
 TEST_F(CameraListTest, NothingIsDroppedWhileTheBusIsSilent) {
     m_Bus.plug("1");
     Camera::searchForNewCameras();
-    // An adapter that fails is one whose cameras are not there: only its own connected cameras stay.
+    // The cameras of a failing adapter count as absent, except those that are connected.
     Camera::getCamera("1").connect();
     m_Bus.failEnumeration(true);
     dropVanishedCameras();

@@ -28,8 +28,8 @@ protected:
     struct Kind {
         const char* name; ///< of the class and its file
         Camera& (*open)(const DeviceDescription& description);
-        Operation query; ///< tells whether it is alive
-        /// How often it is queried, after so many failures.
+        Operation query; ///< checks whether it is alive
+        /// The number of queries, by number of failures.
         std::array<std::uint64_t, 4> queries;
     };
     inline static const Kind kKinds[] = {
@@ -37,7 +37,7 @@ protected:
         {"Usb3VisionCamera", openUsb3Vision, Operation::TarnuFlashRead, {1, 2, 3, 3}},
     };
 
-    /// A device that can be either.
+    /// A device that supports both modes.
     static DeviceDescription device() { return SoftwareDevices::defaultDevices()[0]; }
 
     static std::uint32_t refuseToClose(void* /*handle*/) {

@@ -24,7 +24,7 @@ using namespace OrvexAdapter;
 using TestSupport::OrvexApiChange;
 using TestSupport::thrownBy;
 
-/// A camera on the network, found under the index 1.
+/// A GigE camera with the index 1.
 class GigETest : public TestSupport::SoftwareDeviceFixture {
 protected:
     GigETest() {
@@ -74,7 +74,7 @@ TEST_F(GigETest, ReadsAndWritesTheSettingsOfACamera) {
 
 TEST_F(GigETest, ACameraThatSaysItIsOnTheNetworkDescribesIt) {
     SoftwareDevices::DeviceDescription description = SoftwareDevices::gigeDevice();
-    description.interfaceNumber = 2; // where cameras are looked for
+    description.interfaceNumber = 2; // an interface that is searched for cameras
     auto& camera = open(description);
     const std::optional<GigEDescription> network = readGigE(camera);
     ASSERT_TRUE(network);
@@ -83,7 +83,7 @@ TEST_F(GigETest, ACameraThatSaysItIsOnTheNetworkDescribesIt) {
     const std::string report = network->statistics.value();
     EXPECT_EQ(std::count(report.begin(), report.end(), '\n'), 32);
     EXPECT_FALSE(network->failure);
-    // One part that is not told is all that is missing.
+    // If one part cannot be read, only that is missing.
     SoftwareDevices::failNext(description.serial, SoftwareDevices::Operation::sdkGetStreamStats, 1, 7);
     const GigEDescription uncounted = readGigE(camera).value();
     EXPECT_TRUE(uncounted.settings && !uncounted.statistics);
@@ -115,12 +115,12 @@ TEST_F(GigETest, TheSettingsAreThoseOfTheCameraEvenIfAnotherOneLeavesMeanwhile) 
         api.sdkGetEthernetInfo = [](std::int32_t index, std::uint8_t* cameraMac, std::uint32_t* camera,
                                     std::uint8_t* hostMac, std::uint32_t* host) {
             if (leaving != 0) {
-                SoftwareDevices::unplug(std::exchange(leaving, 0)); // the first one: the others move up
+                SoftwareDevices::unplug(std::exchange(leaving, 0)); // the first camera: the others move up
             }
             return OrvexApiChange::original().sdkGetEthernetInfo(index, cameraMac, camera, hostMac, host);
         };
     });
-    EXPECT_EQ(OrvexCamera(versions[1], 4).getSerialNumber(), "01:2:3:4:5:6") << "else the third one's";
+    EXPECT_EQ(OrvexCamera(versions[1], 4).getSerialNumber(), "01:2:3:4:5:6") << "otherwise the third one's";
     EXPECT_EQ(OrvexCamera(versions[2], 4).getSerialNumber(), "06:5:4:3:2:1");
 }
 
@@ -153,7 +153,7 @@ TEST_F(GigETest, ParsesTexts) {
     m_GigE.SetHostMacAddress("0:a:1b:3:4:f5");
     EXPECT_EQ(m_GigE.GetHostMacAddress(), "00:A:1B:3:4:F5");
     m_GigE.SetHostMacAddress("1FF:0x10");
-    EXPECT_EQ(m_GigE.GetHostMacAddress(), "FF:10:1B:3:4:F5") << "what is not given stays";
+    EXPECT_EQ(m_GigE.GetHostMacAddress(), "FF:10:1B:3:4:F5") << "bytes not given stay";
     m_GigE.SetHostIpAddress("1.2.3.4");
     EXPECT_THROW(m_GigE.SetHostIpAddress("9.9.9.9.9"), std::invalid_argument);
     EXPECT_THROW(m_GigE.SetHostMacAddress("9:9:9:9:9:9:9"), std::invalid_argument);
@@ -185,7 +185,7 @@ TEST_F(GigETest, ReportsTheCounters) {
                       "Xact Errors: 104\n");
     api = OrvexApi();
     EXPECT_THROW(m_GigE.GetGigeCamStats(nullptr), KestrelExceptions::KestrelException);
-    EXPECT_EQ(m_GigE.GetGigeCamStatsString(), report) << "the last statistics are there still";
+    EXPECT_EQ(m_GigE.GetGigeCamStatsString(), report) << "the last statistics stay";
     api.sdkGetLastErrorForCamera = [](void*) -> std::uint32_t { return 4000000000U; };
     EXPECT_EQ(thrownBy([&] { m_GigE.GetGigeCamStatsToString(nullptr); }),
               failure("camera error #4000000000, could not get GigE statistics from camera."));

@@ -21,7 +21,7 @@ using namespace CameraInterface;
 using TestSupport::dropVanishedCameras;
 using TestSupport::OrvexApiChange;
 
-/// Three devices with a small picture. Counts the handles that are open.
+/// Three devices with small pictures. Counts the open handles.
 class HotPlugTest : public TestSupport::SoftwareDeviceFixture {
 protected:
     HotPlugTest() {
@@ -35,8 +35,7 @@ protected:
     }
 
     static constexpr std::array<std::uint32_t, 3> kSerials{1, 2, 3};
-    inline static std::function<void()>
-        s_Meanwhile; // what happens once, in the middle of the next opening, query or closing
+    inline static std::function<void()> s_Meanwhile; // runs once, in the middle of the next opening, query or closing
     inline static std::atomic<int> s_OpenHandles{0};
 
 private:
@@ -78,11 +77,11 @@ TEST_F(HotPlugTest, WhatOthersDoInTheMiddleOfACheckOrAConnectMisleadsNobody) {
     camera.disconnect();
     EXPECT_EQ(Camera::getCamerasList().count("2"), 1U) << "it is closed, not gone";
     s_Meanwhile = [] { SoftwareDevices::unplug(kSerials[0]); };
-    camera.connect(); // its place is that of another now: it is looked for again
+    camera.connect(); // another camera has its place: the library searches again
     EXPECT_EQ(camera.getProperty("Hardware Revision").getValue(), "2");
     camera.disconnect();
     s_Meanwhile = [] { CameraWorkspace::instance().cameras().retire("2"); };
-    EXPECT_THROW(camera.connect(), KestrelExceptions::KestrelException_Camera) << "it retired in the middle";
+    EXPECT_THROW(camera.connect(), KestrelExceptions::KestrelException_Camera) << "the camera retired meanwhile";
     EXPECT_EQ(s_OpenHandles, 0);
 }
 
@@ -98,7 +97,7 @@ TEST_F(HotPlugTest, CamerasThatLeftCloseTheirHandles) {
         SoftwareDevices::unplug(serial);
         dropVanishedCameras();
         SoftwareDevices::replug(serial);
-        ASSERT_LE(s_OpenHandles, static_cast<int>(CameraList::kMaximumRetired)) << "one for each that retired";
+        ASSERT_LE(s_OpenHandles, static_cast<int>(CameraList::kMaximumRetired)) << "one for each retired camera";
     }
     Camera::searchForNewCameras();
     Camera& suspended = Camera::getCamera("1");

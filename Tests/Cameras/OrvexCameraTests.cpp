@@ -46,7 +46,7 @@ TEST_F(OrvexCameraTest, EveryDeviceIsListedUnderItsUnsignedSerialNumber) {
     SoftwareDevices::plug(withSerial(1, 0xFFFF));
     EXPECT_EQ(Camera::searchForNewCameras(), 2U);
     EXPECT_EQ(Camera::getCamerasList(), (std::map<std::string, std::string>{{"1", ""}, {"4294967295", "Model 1CE"}}));
-    // A bus that announces more than it fills is no enumeration, and one that announces what cannot be is not asked.
+    // An enumeration fails if the bus fills fewer records than it announces; an impossible count is not enumerated.
     Camera::unitialisedWorkpace();
     SoftwareDevices::failNext(SoftwareDevices::kNoDevice, Operation::sdkEnumCameras, 1, 1);
     EXPECT_EQ(Camera::searchForNewCameras(), 0U);
@@ -75,7 +75,7 @@ TEST_F(OrvexCameraTest, MosaicsOfTheCamerasOwnLayoutAreConvertedByTheCamera) {
         unsigned depth;
         IMAGE_FORMAT from;
         IMAGE_FORMAT to;
-        const char* operation; ///< empty: not by the camera
+        const char* operation; ///< empty: the camera does not convert
     };
     Camera& camera = open(color());
     const std::vector<Case> cases{

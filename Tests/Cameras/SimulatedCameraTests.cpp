@@ -115,7 +115,7 @@ TEST_F(SimulatedCameraTest, PropertiesKeepTheirTextsUncheckedAcrossConnections) 
     EXPECT_EQ(&camera.getProperty("Gain"), &gain);
     EXPECT_EQ(gain.getValue(), "999");
     camera.getProperty("New").setValue("7");
-    EXPECT_EQ(changed, (Texts{"Gain", "New"})) << "a property that came later carries the callback too";
+    EXPECT_EQ(changed, (Texts{"Gain", "New"})) << "a later property has the callback, too";
     gain.resetToDefault();
     EXPECT_EQ(gain.getValue(), "1");
     EXPECT_EQ(gain.getValueList(), (Texts{"a", "b"}));
@@ -143,7 +143,7 @@ TEST_F(SimulatedCameraTest, FlashReadsBackWhatWasWritten) {
     EXPECT_EQ(perform(camera, "Read Flash", {"4000", "10000"}),
               Texts{std::string(90, 'q') + std::string(8200, '\xFF') + std::string(1710, 'q')});
     perform(camera, "Write Flash", {"-2", "abcd"});
-    EXPECT_EQ(perform(camera, "Read Flash", {"0", "2"}), Texts{"cd"}) << "addresses count on modulo 2^32";
+    EXPECT_EQ(perform(camera, "Read Flash", {"0", "2"}), Texts{"cd"}) << "addresses wrap modulo 2^32";
     perform(camera, "Erase Flash", {"0", "2147483647"});
     EXPECT_EQ(perform(camera, "Read Flash", {"0", "2"}), Texts{"\xFF\xFF"});
     EXPECT_EQ(perform(camera, "Read Flash", {"-2", "1"}), Texts{"a"});
@@ -158,7 +158,7 @@ TEST_F(SimulatedCameraTest, StatusRegistersAreAMemoryOfTheirOwn) {
     EXPECT_EQ(perform(camera, "Read Flash", {"7", "1"}), Texts{"\xFF"});
     EXPECT_EQ(perform(camera, "Reboot", {"Bootloader"}), Texts{});
     EXPECT_TRUE(camera.isConnected());
-    EXPECT_EQ(perform(camera, "Jtag", {}), Texts{}) << "a function without simulated behaviour takes anything";
+    EXPECT_EQ(perform(camera, "Jtag", {}), Texts{}) << "a function without simulated behaviour accepts any parameters";
     EXPECT_EQ(camera.getFunction("Jtag").getParameters()[1].m_Label, "Data");
     EXPECT_EQ(camera.getFunction("Jtag").getReturnFormat()[0].m_Type, PARAMETER_TYPE::Integer);
 }
@@ -184,7 +184,7 @@ TEST_F(SimulatedCameraTest, FunctionsRefuseWhatTheyCannotDo) {
     for (const Texts& range : {Texts{"0", "-1"}, Texts{"-16", "32"}, Texts{"-16", "16"}}) {
         expectFailure<KestrelException_Function>([&] { perform(camera, "Read Flash", range); }, "FunctionExecution",
                                                  "Failed to execute function.");
-        EXPECT_EQ(perform(camera, "Erase Flash", range), Texts{}) << "erases nothing and says nothing";
+        EXPECT_EQ(perform(camera, "Erase Flash", range), Texts{}) << "erases nothing and reports nothing";
     }
     EXPECT_NO_THROW(perform(camera, "Read Flash", {"-16", "15"}));
     expectStandard<std::invalid_argument>([&] { perform(camera, "Reboot", {"firmware"}); }, "Reboot mode not valid.");
@@ -193,7 +193,7 @@ TEST_F(SimulatedCameraTest, FunctionsRefuseWhatTheyCannotDo) {
 TEST_F(SimulatedCameraTest, TheEnumerationReadsTheListOnce) {
     EXPECT_EQ(SimulatedCamera::getListOfCameras().size(), 0U);
     describeCameras("{\"Cameras\": [");
-    EXPECT_THROW(SimulatedCamera::getListOfCameras(), json::parse_error) << "not kept: the next call tries again";
+    EXPECT_THROW(SimulatedCamera::getListOfCameras(), json::parse_error) << "not kept: the next call retries";
     Camera::initialiseWorkspace();
     EXPECT_NE(Camera::getEnumerationFailures().at("simulated cameras").find("parse error"), std::string::npos);
     describeCameras(listOf({camera("1")}));
@@ -237,7 +237,7 @@ TEST_F(DescriptionFileTest, DocumentsWithoutCamerasAreEmpty) {
     Camera::initialiseWorkspace();
     const auto failures = Camera::getEnumerationFailures();
     ASSERT_EQ(failures.size(), 1U);
-    EXPECT_LT(failures.begin()->second.size(), 1100U) << "it quotes the document";
+    EXPECT_LT(failures.begin()->second.size(), 1100U) << "the reason quotes the document";
 }
 
 TEST_F(DescriptionFileTest, IncompleteEntriesKeepWhatWasReadBeforeTheFault) {
@@ -259,7 +259,7 @@ TEST_F(DescriptionFileTest, IncompleteEntriesKeepWhatWasReadBeforeTheFault) {
     ASSERT_EQ(identifications.size(), 2U);
     EXPECT_EQ(identifications[0].m_ModelName, "Model 1");
     EXPECT_EQ(identifications[1].m_SerialNumber, "");
-    EXPECT_THROW(loadPropertyDescriptions("1"), json::type_error) << "whichever camera is asked for";
+    EXPECT_THROW(loadPropertyDescriptions("1"), json::type_error) << "for every camera";
     describeCameras(listOf({camera("1", {wrongMinimum, noAvailability, wrongWord, wrongList, 5}, {wrongDescriptor})}));
 
     const auto properties = loadPropertyDescriptions("1");
@@ -324,7 +324,7 @@ TEST_F(DescriptionFileTest, OfAKeyThatComesTwiceTheLastCounts) {
               "21")
         << "in the order of the keys";
     EXPECT_EQ(serialNumbers("{\"Cameras\": {\"a\": " + camera1 + "}, \"Cameras\": null}"), "");
-    // A fault of an entry does not hide one of the text behind it, and is forgotten with its entry.
+    // An error in an entry does not hide one in the text after it, and is dropped with its entry.
     describeCameras("{\"Cameras\": [{}], \"Cameras\": [");
     EXPECT_THROW(loadPropertyDescriptions("1"), json::parse_error);
     describeCameras("{\"Cameras\": [{}], \"Cameras\": []}");

@@ -62,7 +62,7 @@ protected:
     }
     static Bytes storedMode() { return SoftwareDevices::flash(kSerial, kUsb3VisionInfoAddress, 1); }
 
-    TarnuLibrary m_Library = tarnuLibrary(); ///< the devices', unless a test changes it
+    TarnuLibrary m_Library = tarnuLibrary(); ///< that of the devices, unless a test changes it
 };
 
 TEST(TarnuLibrary, AMissingLibraryAnswersFailureEverywhere) {
@@ -91,7 +91,7 @@ TEST_F(Usb3VisionCameraTest, EveryRecordIsACamera) {
         return filled;
     };
     EXPECT_EQ(Camera::searchForNewCameras(), 0U);
-    EXPECT_EQ(enumerations, 0) << "there is nothing to fill";
+    EXPECT_EQ(enumerations, 0) << "there are no records to fill";
     announced = filled = 3;
     EXPECT_EQ(Camera::searchForNewCameras(), 3U);
     EXPECT_EQ(Camera::getCamerasList(),
@@ -107,14 +107,14 @@ TEST_F(Usb3VisionCameraTest, EveryRecordIsACamera) {
     announced = filled = 0xFFFFFFFF;
     enumerations = 0;
     expectNone();
-    EXPECT_EQ(enumerations, 0) << "there cannot be so many";
+    EXPECT_EQ(enumerations, 0) << "the count is impossible";
 }
 
 TEST_F(Usb3VisionCameraTest, ACameraIsOpenedByTheRecordThatItHasNow) {
     openUsb3Vision(device(41, "Y"));
     Camera& camera = open();
     camera.disconnect();
-    openUsb3Vision(device(kSerial, "Y")); // replugged with another name before a check could see it gone
+    openUsb3Vision(device(kSerial, "Y")); // replugged with another name before a check notices its absence
     EXPECT_TRUE(camera.isConnected() && SoftwareDevices::isOpen(kSerial));
     camera.disconnect();
     SoftwareDevices::unplug(kSerial);
@@ -123,7 +123,7 @@ TEST_F(Usb3VisionCameraTest, ACameraIsOpenedByTheRecordThatItHasNow) {
                                            "Failed to connect to camera.");
 }
 
-TEST_F(Usb3VisionCameraTest, TellsOfItsPropertiesFromTheFirstConnectionOn) {
+TEST_F(Usb3VisionCameraTest, DescribesItselfFromTheFirstConnectionOn) {
     open();
     Camera::unitialisedWorkpace();
     Camera::searchForNewCameras();
@@ -137,9 +137,9 @@ TEST_F(Usb3VisionCameraTest, TellsOfItsPropertiesFromTheFirstConnectionOn) {
     EXPECT_EQ(camera.getSupportedProperties().size(), info.size());
     SoftwareDevices::failNext(kSerial, Operation::TarnuFlashRead, 1, SoftwareDevices::kTimedOut);
     info.erase(kMode);
-    EXPECT_EQ(camera.getCameraInfo(), info) << "what cannot be read is left out";
+    EXPECT_EQ(camera.getCameraInfo(), info) << "unreadable properties are omitted";
     camera.getProperty("Vendor Name").update(false);
-    EXPECT_EQ(changed, Texts{"Vendor Name"}) << "the callback is there before the properties are";
+    EXPECT_EQ(changed, Texts{"Vendor Name"}) << "the callback was registered before the properties existed";
 }
 
 TEST_F(Usb3VisionCameraTest, ModeIsTurnedOnOnlyOverAValidFile) {
@@ -157,10 +157,10 @@ TEST_F(Usb3VisionCameraTest, ModeIsTurnedOnOnlyOverAValidFile) {
             << "the block alone: no buffer is made for what cannot be there";
     }
     store({});
-    EXPECT_TRUE(mode.isAvailableForWriting()) << "the digest of no bytes";
+    EXPECT_TRUE(mode.isAvailableForWriting()) << "the digest of empty data";
     store({1, 2, 3});
     SoftwareDevices::writeFlash(kSerial, kUsb3VisionFileAddress + 1, {7});
-    EXPECT_FALSE(mode.isAvailableForWriting()) << "another file than the hash says";
+    EXPECT_FALSE(mode.isAvailableForWriting()) << "the file does not match the hash";
     mode.setValue("Enabled");
     EXPECT_EQ(storedMode(), Bytes{1});
     SoftwareDevices::writeFlash(kSerial, kUsb3VisionFileAddress + 1, {2});
@@ -177,7 +177,7 @@ TEST_F(Usb3VisionCameraTest, ModeIsTurnedOnOnlyOverAValidFile) {
 TEST_F(Usb3VisionCameraTest, ModeReportsWhichAccessFailed) {
     Property& mode = open().getProperty(kMode);
     store({1, 2, 3});
-    // The mode, the block and the file to see whether it can be written, the block once more; then it is written.
+    // Reads the mode, the block and the file to check whether it can be written, and the block again; then writes.
     for (std::uint64_t call = 1; call <= 5; ++call) {
         SoftwareDevices::failCall(call, SoftwareDevices::kTimedOut);
         const auto [word, sentence] = call < 5

@@ -14,7 +14,7 @@ using namespace CameraInterface;
 using SoftwareDevices::DeviceDescription;
 using SoftwareDevices::Operation;
 
-/// A device that can start in either mode, asked for through both libraries.
+/// A device that can start in either mode, enumerated through both libraries.
 class Usb3VisionRoundTripTest : public TestSupport::SoftwareDeviceFixture {
 protected:
     Usb3VisionRoundTripTest() {
@@ -48,7 +48,7 @@ protected:
 
     DeviceDescription m_Device;
     std::string m_Serial;
-    std::string m_Events; ///< what the callbacks told
+    std::string m_Events; ///< reported by the callbacks
 };
 
 TEST_F(Usb3VisionRoundTripTest, ACameraGoesToUsb3VisionModeAndComesBack) {
@@ -63,7 +63,7 @@ TEST_F(Usb3VisionRoundTripTest, ACameraGoesToUsb3VisionModeAndComesBack) {
                                                                             {"Serial Number", m_Serial},
                                                                             {"USB3 Vision Mode", "Enabled"},
                                                                             {"Vendor Name", "Meridane"}}));
-    // A camera that has gone when the call returns has rebooted; one that stays and refuses has not.
+    // A camera that is gone when the call returns has rebooted; a camera that stays and refuses has not.
     std::vector<std::string> mode{"Firmware"};
     SoftwareDevices::failNext(m_Device.serial, Operation::TarnuSglWrite, 1, 1);
     TestSupport::expectStandard<std::runtime_error>([&] { camera().perform("Reboot", mode); },

@@ -23,7 +23,7 @@ using win32::RegistryError;
 const std::string kNotOpen = "Cannot open registry key: RegOpenKeyEx failed.";
 const std::string kValueNotRead = "Cannot read string from registry";
 
-/// What getZephVersion() gives, or how it fails: its status and its text.
+/// The result of getZephVersion(), or the status and the text of its failure.
 std::string version() {
     try {
         return getZephVersion();
@@ -34,12 +34,12 @@ std::string version() {
     }
 }
 
-/// A registry that answers what a test says.
+/// A registry with results set by a test.
 struct Registry {
     LSTATUS open = 0;
     LSTATUS size = 0;
     LSTATUS read = 0;
-    std::u16string text;         ///< with its zero
+    std::u16string text;         ///< including its zero
     std::uint32_t announced = 0; ///< bytes
     int opened = 0;
     int closed = 0;
@@ -100,7 +100,7 @@ TEST(DriverKit, EveryStatusIsReportedAndTheKeyClosed) {
     };
     for (const Row& row : {
              Row{0, 0, 0, two, 8, "2.0"},
-             Row{0, 0, 0, two, 40, "2.0"}, // shorter than it was when its size was asked for
+             Row{0, 0, 0, two, 40, "2.0"}, // shorter than at the query for its size
              Row{0, 0, 0, std::u16string(1, u'\0'), 2, ""},
              Row{0, 0, 0, u"", 0, ""},
              Row{2, 0, 0, two, 8, "2 " + kNotOpen},

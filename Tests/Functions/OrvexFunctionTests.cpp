@@ -24,7 +24,7 @@ protected:
 
     Texts perform(const std::string& name, Texts parameters) { return m_Camera->perform(name, parameters); }
 
-    /// The boundary calls that a function makes: the role name and the numbers.
+    /// The boundary calls that a function makes: role names and numbers.
     std::string callsOf(const std::string& name, const Texts& parameters) {
         SoftwareDevices::startLog();
         perform(name, parameters);
@@ -165,7 +165,7 @@ TEST_F(OrvexFunctionTest, RefusalsLeaveTheCameraUntouched) {
     EXPECT_TRUE(SoftwareDevices::takeLog().empty());
 }
 
-/// A text that says that it has 2^32 bytes, of which there is none.
+/// A text that claims to have 2^32 bytes but has none.
 class HugeText {
 public:
     explicit HugeText(std::string& text) : m_Text(text) { setLength(std::size_t{1} << 32); }
@@ -174,7 +174,7 @@ public:
     ~HugeText() { setLength(0); }
 
 private:
-    /// The length lies behind the pointer to the characters.
+    /// The length is stored after the pointer to the characters.
     void setLength(std::size_t length) {
         std::memcpy(reinterpret_cast<char*>(&m_Text) + sizeof(char*), &length, sizeof(length));
         EXPECT_EQ(m_Text.size(), length);
@@ -222,7 +222,7 @@ TEST_F(OrvexFunctionTest, WhatTheCameraRefusesIsAFailureOfTheFunction) {
                                              "Failed to execute function.");
 }
 
-/// "Jtag" and playXsvf() reach the device, whose access ends whichever transfer fails.
+/// "Jtag" and playXsvf() reach the device; access ends, whichever transfer fails.
 TEST_F(OrvexFunctionTest, XsvfFilesProgramADevice) {
     const std::vector<unsigned char> file{0x02, 8,    SoftwareDevices::kJtagData, // select the data register,
                                           0x08, 0,    0,

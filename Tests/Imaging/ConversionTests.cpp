@@ -125,7 +125,7 @@ Bytes referenceConversion(const Image& image, F to) {
     const F from = image.getFormat();
     std::vector<F> route = intermediates(from, to);
     route.push_back(to);
-    // Only what computes with samples needs them in machine order; the machine of the tests is little-endian.
+    // Only computations need samples in machine order; the machine of the tests is little-endian.
     const bool swap = !image.isLittleEndian() && image.getBytesPerChannel() == 2 && (isBayer(from) || to == F::MONO);
     Bytes bytes = swap ? swapped(image.getData()) : image.getData();
     F current = from;
@@ -201,7 +201,7 @@ TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {
                 std::fill_n(image->getDataAddress(), image->getImageSize() / 3, static_cast<unsigned char>(0xFF));
                 for (const F to : {F::MONO, F::RGB, F::BGRA, F::BGR_PLANAR, F::RGBA_PLANAR}) {
                     if (depth == 8 && to == F::MONO) {
-                        continue; // OpenCV's own is off its formula by one
+                        continue; // OpenCV's result differs from its formula by one
                     }
                     const Bytes expected = referenceConversion(*image, to);
                     for (const Vectors vectors : kindsOfVectors()) {
@@ -321,7 +321,7 @@ TEST(Conversion, TheListNamesEveryPairOnce) {
             EXPECT_EQ(conversionExists(from, to), from != to && !isBayer(to));
         }
     }
-    const auto beyond = static_cast<F>(256 + static_cast<int>(F::RGB)); // of which a key holds the low byte
+    const auto beyond = static_cast<F>(256 + static_cast<int>(F::RGB)); // a key holds only the low byte
     EXPECT_TRUE(conversionExists(F::MONO, beyond));
     EXPECT_THROW(convertImage(patternImage(3, 3, 8, F::MONO, true), beyond), std::runtime_error);
     EXPECT_FALSE(findFormat("rgb").has_value());
@@ -388,7 +388,7 @@ TEST(BufferPool, FreesWhatNobodyTakesForAWhile) {
         }
         return pool.keptBytes() == 0;
     };
-    for (int round = 0; round < 2; ++round) { // the second time its thread has ended
+    for (int round = 0; round < 2; ++round) { // in the second round its thread has ended
         pool.giveBack(Bytes(100'000));
         pool.giveBack(Bytes(300'000));
         EXPECT_TRUE(isEmptyInTime()) << "round " << round;

@@ -160,7 +160,7 @@ TEST(Image, ClonesAreIndependentAndMovedFromImagesHaveNoPixels) {
     expectStandard<std::invalid_argument>([&] { source.getPixel(0, 0); }, "Pixel location is out of image bounds.");
 }
 
-/// The exports as they are defined: pixel by pixel.
+/// The exports by their definition, pixel by pixel.
 std::vector<double> exportModel(const Image& image) {
     std::vector<double> values;
     for (unsigned row = 0; row < image.getHeight(); ++row) {
@@ -211,7 +211,7 @@ TEST(ImageExport, HalvesGoUp) {
     EXPECT_EQ(mono->get8bitImageData(), (Bytes{255, 128}));
     const auto rgb = createImage(1, 1, {100, 0, 200, 0, 50, 0}, 16, true, IMAGE_FORMAT::RGB);
     EXPECT_EQ(rgb->get8bitImageData(), (Bytes{64, 255, 128}));
-    // Every possible largest sample that makes a difference, against the definition.
+    // All largest samples at which the calculation changes, compared with the definition.
     for (const unsigned largest : {1U, 2U, 254U, 255U, 256U, 509U, 510U, 511U, 4095U, 16383U, 16384U, 65534U, 65535U}) {
         Bytes ramp;
         for (unsigned value = 0; value <= largest; ++value) {

@@ -16,7 +16,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-/// Entries of the list that are wrong are passed over in silence: here they show.
+/// Wrong entries of the list are silently ignored; this check detects them.
 void expectComplete(Property& property) {
     EXPECT_THAT(property.getDefault(), Not(IsEmpty()));
     EXPECT_THAT(property.getMinimum(), Not(IsEmpty()));

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# Every block of C++ and CMake in the documents is, line for line but for its licence, a file that is built and run elsewhere in the
+# Checks that every block of C++ and CMake in the documents equals, except for the licence, a file that is built and run elsewhere in the
 # tests.
 # Argument: source folder.
 set -euo pipefail
@@ -15,13 +15,13 @@ awk -v work="$work" '
     block { print > block }' README.md CONTRIBUTING.md docs/*.md
 
 blocks=("$work"/README.md:*)
-[[ -e ${blocks[0]} ]] || { echo "README.md shows no code." >&2 && exit 1; }
+[[ -e ${blocks[0]} ]] || { echo "README.md contains no code." >&2 && exit 1; }
 status=0
 for block in "$work"/*; do
     matched=false
     for file in "${built[@]}"; do
         cmp --silent "$block" <(sed '1{/SPDX-License-Identifier/{N;d}}' "$file") && matched=true
     done
-    $matched || { echo "The code after ${block##*/} is no file that is built." >&2 && status=1; }
+    $matched || { echo "The code after ${block##*/} is not a file that is built." >&2 && status=1; }
 done
 exit $status

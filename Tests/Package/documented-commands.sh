@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# The commands that README.md shows at a prompt print what it says. Arguments: source folder, folder of the quill tool.
+# Checks that the commands that README.md shows at a prompt print the output shown. Arguments: source folder, folder of the quill tool.
 set -euo pipefail
 export PATH="$2:$PATH"
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# The library exports names of its public namespaces and classes, and no others. Argument: the library.
+# Checks that the library exports only names of its public namespaces and classes. Argument: the library.
 set -euo pipefail
 
 names=$(nm --dynamic --defined-only --format=just-symbols "$1" 2>/dev/null)
@@ -8,6 +8,6 @@ public='^_Z((T[VIS])?NK?(15CameraInterface|7Imaging|17KestrelExceptions|9Utiliti
 internal='SimulatedAdapter|OrvexCamera|Usb3VisionAdapter|N8Internal|8nlohmann'
 [[ -n $names ]] || { echo "The library exports nothing." >&2 && exit 1; }
 if grep -Ev "$public" <<<"$names" || grep -E "$internal" <<<"$names"; then
-    echo "These names ought to be hidden." >&2
+    echo "These names must be hidden." >&2
     exit 1
 fi

@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# Installs a build, moves the result elsewhere, and builds and runs a small project with it: through CMake, and through
-# pkg-config.
+# Installs a build, moves it to another folder, and builds and runs a small project with it, through CMake and through pkg-config.
 # Arguments: source folder, build folder, compiler, library folder below the prefix, CMake generator.
 set -euo pipefail
 sourceFolder=$1 buildFolder=$2 compiler=$3 libraryFolder=$4 generator=$5
@@ -19,17 +18,17 @@ mv "$work/staged" "$work/moved"
 package=$work/moved
 library=$package/$libraryFolder/libquillcamera.so
 
-# The tool finds the library by itself; what others build has to be told.
+# The tool finds the library by itself; other programs need LD_LIBRARY_PATH.
 if [[ -e $package/bin/quill ]]; then
     "$package/bin/quill" --version >/dev/null
 fi
 export LD_LIBRARY_PATH=$package/$libraryFolder
 
-# The application has a header of its own under the name of every public one, first on its include path.
+# The application has a header with the name of every public one, first on its include path.
 own=$work/own
 (cd "$package/include/quillcamera" && find . -name '*.h' -not -name Quill.h) | while read -r header; do
     mkdir -p "$own/$(dirname "$header")"
-    echo '#error "The application has this one for itself."' >"$own/$header"
+    echo '#error "This header belongs to the application."' >"$own/$header"
 done
 
 cmake -S "$consumer" -B "$work/cmake" -G "$generator" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="-I$own" \
@@ -42,28 +41,28 @@ export PKG_CONFIG_PATH=$package/$libraryFolder/pkgconfig
 "$compiler" -std=c++17 "-I$own" "$consumer/main.cpp" -o "$work/consumer" $(pkg-config --cflags --libs quillcamera)
 "$work/consumer"
 
-# Nothing leads back to where the package was made, or shows what it was made with.
+# Nothing in the package refers to the folders or the libraries with which it was built.
 if grep --recursive --binary-files=without-match --fixed-strings \
     -e "$sourceFolder" -e "$buildFolder" -e "$work" "$package"; then
-    fail "These files of the package name the folders that it was made in."
+    fail "These files of the package contain the folders in which it was built."
 fi
 if readelf --string-dump=.rodata "$library" | grep --text --fixed-strings "$sourceFolder/Shared"; then
-    fail "The library holds paths of its sources."
+    fail "The library contains paths of its sources."
 fi
 if grep --recursive --extended-regexp '#include.*(opencv|nlohmann)' "$package/include"; then
-    fail "Public headers need headers of other libraries."
+    fail "Public headers include headers of other libraries."
 fi
 
-# The umbrella header leaves nothing out.
+# The umbrella header includes all public headers.
 cd "$package/include/quillcamera"
 missing=$(comm -23 <(find . -name '*.h' -printf '%P\n' | grep -v '^Quill.h$' | sort) \
     <(sed -n 's/^#include "\(.*\)"$/\1/p' Quill.h | sort))
 [[ -z $missing ]] || fail "Quill.h does not include: $missing"
 
-# The library neither asks for an executable stack nor carries a search path.
+# The library neither requests an executable stack nor has a search path.
 readelf --program-headers --wide "$library" | grep -q 'GNU_STACK.* RW ' || fail "The library's stack is executable."
 if readelf --dynamic "$library" | grep -E 'RPATH|RUNPATH|TEXTREL'; then
-    fail "The library carries a search path or is relocated in its code."
+    fail "The library has a search path or text relocations."
 fi
-readelf --dynamic "$library" | grep -q 'FLAGS_1.*NOW' || fail "The library's symbols are not bound at once."
+readelf --dynamic "$library" | grep -q 'FLAGS_1.*NOW' || fail "The library's symbols are not bound at load time."
 readelf --program-headers "$library" | grep -q GNU_RELRO || fail "The library's relocations stay writable."

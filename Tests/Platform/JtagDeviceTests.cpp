@@ -71,14 +71,14 @@ TEST_F(JtagDevice, TheTapWalksItsSixteenStates) {
     }
 }
 
-// A pulse with TMS high, then edges at that level: five clocks are enough from anywhere, and not four.
+// A pulse with TMS high, then edges at that level: five clocks are enough in any state, four are not.
 TEST_F(JtagDevice, FiveEdgesWithTmsHighReset) {
     walk({0});
     toShiftDr();
     walk({1});
     for (int edges = 1; edges < 5; ++edges) {
         EXPECT_NE(tapState(kSerial), TapState::TestLogicReset);
-        EXPECT_TRUE(control(0) && control(1) && control(1)) << "a high line does not rise";
+        EXPECT_TRUE(control(0) && control(1) && control(1)) << "a line that is high has no rising edge";
     }
     EXPECT_EQ(tapState(kSerial), TapState::TestLogicReset);
 }
@@ -97,7 +97,7 @@ TEST_F(JtagDevice, DataShiftedInPiecesAreUpdatedTogetherAndCapturedNext) {
     EXPECT_EQ(exchange(9, {0xC3, 0x01}), (Bytes{0, 0}));
     EXPECT_TRUE(shift(3 | kNoTdo, {0x05}));
     Bytes none(1);
-    EXPECT_FALSE(sdkRegisterRead(handle, kShift, 3, 1, none.data())) << "no TDO was wanted";
+    EXPECT_FALSE(sdkRegisterRead(handle, kShift, 3, 1, none.data())) << "no TDO was requested";
     EXPECT_EQ(tapState(kSerial), TapState::ShiftDr);
     EXPECT_EQ(exchange(8 | kLeave, {0x96}), Bytes{0});
     EXPECT_EQ(tapState(kSerial), TapState::Exit1Dr);
@@ -107,8 +107,8 @@ TEST_F(JtagDevice, DataShiftedInPiecesAreUpdatedTogetherAndCapturedNext) {
     EXPECT_EQ(jtagData(kSerial), stored);
     toShiftDr();
     EXPECT_EQ(exchange(20 | kLeave, Bytes(3)), stored);
-    walk({0, 1, 0}); // a pause, and on with the shift
-    EXPECT_EQ(exchange(20 | kLeave, stored), Bytes(3)) << "what was shifted in comes out";
+    walk({0, 1, 0}); // pauses and continues the shift
+    EXPECT_EQ(exchange(20 | kLeave, stored), Bytes(3)) << "the bits shifted in come out";
     toIdle();
     EXPECT_EQ(jtagData(kSerial), stored);
 }

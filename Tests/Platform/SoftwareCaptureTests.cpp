@@ -17,7 +17,7 @@ using namespace SoftwareDevices;
 using namespace TestSupport;
 
 struct SoftwareCapture : FlatDeviceFixture {
-    /// A capture on a thread of its own; returns when the call has reached the device.
+    /// Starts a capture on another thread; returns when the call has reached the device.
     std::future<std::uint32_t> beginCapture(bool still) {
         const Operation operation = still ? Operation::sdkCaptureStillFrame : Operation::sdkCaptureVideoFrames;
         const std::uint64_t before = calls(operation);
@@ -74,7 +74,7 @@ TEST_F(SoftwareCapture, WhoeverEndsACaptureGivesItItsCode) {
             auto blocked = beginCapture(still);
             end(handle);
             EXPECT_EQ(blocked.get(), code) << name << still;
-            EXPECT_EQ(beginCapture(still).get(), code) << "it stays ended: " << name << still;
+            EXPECT_EQ(beginCapture(still).get(), code) << "captures stay ended: " << name << still;
             EXPECT_TRUE(sdkCameraClose(handle)) << name;
             EXPECT_FALSE(sdkCameraClose(handle)) << "stale: " << name;
         }
@@ -96,7 +96,7 @@ TEST_F(SoftwareCapture, StillsAreCheckedTriggeredAndTimed) {
     ORVEX_SNAPSHOT settings = stillSettings();
     settings.useHardwareTrigger = 1;
     settings.timeout = 1;
-    EXPECT_FALSE(triggerStill(kSerial)) << "nobody listens yet";
+    EXPECT_FALSE(triggerStill(kSerial)) << "no capture waits for a trigger yet";
     ASSERT_TRUE(sdkEnableStillMode(handle, &settings));
     EXPECT_FALSE(sdkCaptureStillFrame(handle, frame.data()));
     EXPECT_EQ(sdkGetLastErrorForCamera(handle), kTimedOut);
@@ -125,7 +125,7 @@ void onFrame(void* context, std::uint32_t, std::uint32_t) {
 
 TEST_F(SoftwareCapture, CallbacksRunForEveryFrameAndRemovalWaitsForThem) {
     open(smallDevice(ColorFormat::MONO));
-    setAsFastAsAsked(kSerial, false); // frames come whether they are captured or not
+    setAsFastAsAsked(kSerial, false); // frames arrive whether or not they are captured
     const std::uint64_t removals = calls(Operation::sdkRemoveStreamingCallback);
     std::int32_t ownId = 0;
     std::atomic<bool> returned{true};

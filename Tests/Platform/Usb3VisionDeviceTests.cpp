@@ -20,7 +20,7 @@ struct Usb3VisionDevice : FlatDeviceFixture {
     }
 
     static void setMode(std::uint8_t mode) { writeFlash(kSerial, kBlock, {mode}); }
-    /// Plugs the device in, and once more as a USB3 Vision camera.
+    /// Plugs the device in, and again as a USB3 Vision camera.
     void* openUsb3Vision() {
         plug(device);
         setMode(0);
@@ -75,7 +75,7 @@ TEST_F(Usb3VisionDevice, ForeignAndStaleHandlesAndRecordsAreRefused) {
     EXPECT_FALSE(TarnuOpenCamera(&record) || TarnuOpenCamera(nullptr));
     record = {"Model 61", kSerial};
     EXPECT_FALSE(TarnuOpenCamera(&record));
-    std::memset(&record, 'M', sizeof record); // a text without an end
+    std::memset(&record, 'M', sizeof record); // a text without a terminator
     EXPECT_FALSE(TarnuOpenCamera(&record));
 
     EXPECT_FALSE(TarnuFlashRead(handle, &byte, 0, 1) || TarnuCloseCamera(handle)) << "the camera SDK's handle";
@@ -90,7 +90,7 @@ TEST_F(Usb3VisionDevice, ForeignAndStaleHandlesAndRecordsAreRefused) {
 
     unplug(kSerial);
     EXPECT_FALSE(TarnuFlashRead(camera, &byte, 0, 1) || TarnuWriteBootSequence(camera, 1) || rebootUsb3Vision(camera));
-    EXPECT_TRUE(TarnuCloseCamera(camera)) << "what is open can be closed";
+    EXPECT_TRUE(TarnuCloseCamera(camera)) << "an open camera can be closed";
     EXPECT_FALSE(TarnuCloseCamera(camera) || TarnuFlashRead(camera, &byte, 0, 1));
 }
 

@@ -37,7 +37,7 @@ void append(Bytes& bytes, std::uint32_t word) {
     }
 }
 
-/// A boot image with sections of so many words, one behind another from address 0x100 on.
+/// A boot image with sections of these numbers of words, one after another from address 0x100 on.
 Bytes bootImage(const std::vector<std::uint32_t>& sections) {
     Bytes image{'C', 'Y', 0x1C, 0xB0};
     std::uint32_t address = 0x100;
@@ -64,14 +64,14 @@ protected:
         return SoftwareDevices::flash(m_Serial, kAddress, static_cast<std::uint32_t>(length));
     }
 
-    /// What happens during an action: "<operation> <address> <length>" for each call.
+    /// The calls during an action, each as "<operation> <address> <length>".
     template <typename Action>
     static std::vector<std::string> callsDuring(Action action) {
         SoftwareDevices::startLog();
         action();
         std::vector<std::string> calls;
         for (const SoftwareDevices::CallRecord& call : SoftwareDevices::takeLog()) {
-            const std::size_t first = call.numbers.size() - 2; // behind request and value of a RAM write
+            const std::size_t first = call.numbers.size() - 2; // after request and value of a RAM write
             calls.push_back(call.name + " " + std::to_string(static_cast<unsigned int>(call.numbers[first])) + " " +
                             std::to_string(static_cast<unsigned int>(call.numbers[first + 1])));
         }
@@ -143,7 +143,7 @@ TEST_F(ProgrammerTest, WhatCannotBeWrittenLeavesTheCameraUntouched) {
 
 TEST_F(ProgrammerTest, ARamImageIsLoadedInChunksOf4096AndStarted) {
     Bytes image = bootImage({5000, 2});
-    image.push_back(0xEE); // not looked at
+    image.push_back(0xEE); // ignored
     EXPECT_EQ(callsDuring([&] { Programmer::writeFirmwareToRam(*m_Camera, image, m_Report); }),
               (Calls{"sdkVendorRequest 256 4096", "sdkVendorRequest 4352 4096", "sdkVendorRequest 8448 4096",
                      "sdkVendorRequest 12544 4096", "sdkVendorRequest 16640 3616", "sdkVendorRequest 20256 8",

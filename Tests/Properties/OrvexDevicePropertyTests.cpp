@@ -54,7 +54,7 @@ std::vector<Register> parsed(const char* text) {
     return registers;
 }
 
-/// A register whose numbers have names.
+/// A register with named numbers.
 struct NamedNumbers {
     Register location;
     const char* names;
@@ -73,7 +73,8 @@ const NamedNumbers kNamed[] = {
     {{"Video Tap Configuration", 176}, kTaps},
 };
 
-/// What reads the same for minimum, maximum, default and value on the three devices; null where it is not there.
+/// A property that reads the same for minimum, maximum, default and value, on the three devices; null if a device lacks
+/// it.
 struct Fixed {
     const char* name;
     std::array<const char*, 3> texts;
@@ -99,7 +100,7 @@ const Fixed kFixed[] = {
     {"AFE Timing Version", {nullptr, nullptr, "26.15"}, true},
 };
 
-/// What has a range or a list that no register gives, as the devices start.
+/// A property whose range or list is not that of a register, with its initial texts on the devices.
 struct Choice {
     std::string name;
     unsigned devices;
@@ -128,7 +129,7 @@ const Choice kChoices[] = {
      "Subsampling (4x2), Subsampling (4x4)"},
 };
 
-/// What is switched on and off, and is off at first.
+/// Properties that are switched on and off, and initially off.
 struct Switches {
     unsigned devices;
     Texts names;
@@ -139,7 +140,7 @@ const Switches kSwitches[] = {
     {kTiming, {"Hardware Tap Correction", "Software Tap Correction", "Fan"}},
 };
 
-/// What stands for one of two properties with a register.
+/// A property that stands for one of two properties with a register.
 struct Conditional {
     const char* name;
     Register video;
@@ -271,11 +272,11 @@ TEST_P(OrvexDevicePropertyTest, NamedNumbersReachTheirRegisters) {
                 list.insert(list.begin(), choice);
             }
         }
-        if (!isTap) { // of which the most come first
+        if (!isTap) { // the most taps come first
             std::sort(list.begin(), list.end());
         }
         EXPECT_EQ(tested.getValueList(), list);
-        // A number without a name of its own has that of the next one below: a trigger mode of 7 is "Bulb".
+        // A number without a name has that of the next lower one: a trigger mode of 7 is "Bulb".
         const auto nameOf = [&](float stored) { return std::prev(names.upper_bound(stored))->second; };
         EXPECT_EQ(textsOf(tested), (Texts{nameOf(range.minimum), nameOf(range.maximum), nameOf(range.defaultValue),
                                           nameOf(range.value)}));
@@ -290,7 +291,7 @@ TEST_P(OrvexDevicePropertyTest, NamedNumbersReachTheirRegisters) {
         EXPECT_EQ(thrownBy([&] { tested.setValue("x"); }),
                   "PropertyValueConversion[Shared/include/PropertyValueEnumerations.h]Failed to convert string to "
                   "value. Provided string not found.");
-        // The taps are there for writing while nothing streams; the others ask the camera.
+        // The taps can be written while nothing streams; the other properties query the camera.
         SoftwareDevices::setWritable(m_Serial, number, false);
         EXPECT_EQ(tested.isAvailableForWriting(), isTap);
         if (!isTap) {
@@ -343,7 +344,7 @@ TEST_F(DefaultDevicesTest, HaveEveryPropertyBetweenThemAndLackEveryOneThatACamer
     EXPECT_EQ(found[PROPERTY_TYPE::Float].size(), 52U);
     EXPECT_EQ(found[PROPERTY_TYPE::String].size(), 30U);
     EXPECT_EQ(found[PROPERTY_TYPE::Boolean].size(), 7U);
-    // Whatever is not there without an answer of the camera, and is on all three.
+    // All properties that need a query of the camera, and that all three devices have.
     connect(SoftwareDevices::bareDevice());
     Texts everywhere;
     for (const auto& [name, count] : devices) {

@@ -87,7 +87,7 @@ TEST_F(OrvexInformationTest, PowerModeIsKeptByTheCamera) {
     DeviceDescription description = color();
     description.powerMode = 7;
     connect(description);
-    EXPECT_EQ(property(kPowerMode).getValue(), "Y-Cable") << "whatever is not 0";
+    EXPECT_EQ(property(kPowerMode).getValue(), "Y-Cable") << "any number except 0";
     property(kPowerMode).resetToDefault();
     EXPECT_EQ(SoftwareDevices::powerMode(m_Serial), 0U);
     property(kPowerMode).setValue("Y-Cable");
@@ -113,7 +113,7 @@ TEST_F(OrvexInformationTest, Usb3VisionModeIsTurnedOnOnlyOverAValidFile) {
     };
     std::vector<std::uint8_t> expected = infoBlock();
     spoil();
-    EXPECT_FALSE(mode.isAvailableForWriting()) << "another file than the hash says";
+    EXPECT_FALSE(mode.isAvailableForWriting()) << "the file does not match the hash";
     mode.setValue("Enabled");
     EXPECT_EQ(infoBlock(), expected);
     SoftwareDevices::writeFlash(m_Serial, kVisionFile + 2, {stored});

@@ -72,18 +72,18 @@ TEST_F(OrvexPropertyBuilderTest, AConditionalPropertyHasTheTypeOfItsPartners) {
               "Exposure & Video Exposure }: Property types don't match.");
 }
 
-TEST_F(OrvexPropertyBuilderTest, FramerateAndItsPartnersTellEachOther) {
+TEST_F(OrvexPropertyBuilderTest, FramerateAndLinkedPropertiesNotifyEachOther) {
     Texts changed;
     connect(timing()).registerPropertyChangeCallback([&](Property& one) { changed.push_back(one.getName()); });
-    for (const auto& [name, text, told] : std::vector<std::tuple<const char*, const char*, Texts>>{
+    for (const auto& [name, text, expected] : std::vector<std::tuple<const char*, const char*, Texts>>{
              {kFramerate, "10", {kVideoClockSpeed, kVideoTapConfiguration, kFramerate}},
              {kVideoClockSpeed, "Clock 1", {kFramerate, kVideoClockSpeed}},
              {kVideoTapConfiguration, "Dual", {kFramerate, kVideoTapConfiguration}}}) {
         changed.clear();
         property(name).setValue(text);
-        EXPECT_EQ(changed, told);
+        EXPECT_EQ(changed, expected);
     }
-    EXPECT_EQ(property(kFramerate).getValue(), "5.000000") << "half of what it was, at half the speed";
+    EXPECT_EQ(property(kFramerate).getValue(), "5.000000") << "half the rate at half the clock speed";
     m_Camera->registerPropertyChangeCallback({});
 }
 
@@ -104,11 +104,11 @@ TEST_F(OrvexPropertyBuilderTest, ASecondConnectionKeepsTheObjectsAndAddsWhatWasM
     EXPECT_EQ(&m_Camera->getProperty(kStillClockSpeed), clock);
     EXPECT_EQ(property(kStillClockSpeed).getValueList().size(), 4U);
     property(kStillClockSpeed).setValue("Clock 2");
-    EXPECT_EQ(at(106).value, 2) << "on the handle that was opened again";
+    EXPECT_EQ(at(106).value, 2) << "on the reopened handle";
     EXPECT_TRUE(m_Camera->isPropertySupported(kExposure));
 }
 
-TEST_F(OrvexPropertyBuilderTest, AConstantBecomesWhatALaterConnectionTellsAndNothingElse) {
+TEST_F(OrvexPropertyBuilderTest, AConstantTakesOverOnlyValuesThatCouldBeRead) {
     DeviceDescription description = color();
     description.hardwareRevision = 7;
     const Texts names{kCameraId, kHardwareRevision, kDriverVersion, kApiVersion};
@@ -129,13 +129,13 @@ TEST_F(OrvexPropertyBuilderTest, AConstantBecomesWhatALaterConnectionTellsAndNot
     SoftwareDevices::clearFaults();
     property(kCameraId).addLinkedProperty(property(kTimeout));
     reconnect();
-    const Texts told = texts();
-    EXPECT_EQ(told[0] + " " + told[1], std::to_string(description.cameraId) + " 7");
-    EXPECT_EQ(property(kCameraId).getMaximum(), told[0]);
+    const Texts read = texts();
+    EXPECT_EQ(read[0] + " " + read[1], std::to_string(description.cameraId) + " 7");
+    EXPECT_EQ(property(kCameraId).getMaximum(), read[0]);
     fail(Operation::sdkQueryVersion, 99);
     fail(Operation::sdkGetHardwareRevision);
     reconnect();
-    EXPECT_EQ(texts(), told) << "what cannot be read any more stays";
+    EXPECT_EQ(texts(), read) << "values that can no longer be read stay";
     EXPECT_EQ(changesDuring(property(kTimeout), [&] { property(kCameraId).update(true); }), 1) << "so do links";
 }
 
@@ -145,7 +145,7 @@ TEST_F(OrvexPropertyBuilderTest, AStandardExceptionEndsTheBuilding) {
     use(&api);
     EXPECT_THROW(connect(color()), std::bad_alloc);
     Camera& camera = Camera::getCamera(std::to_string(color().serial));
-    EXPECT_TRUE(camera.isPropertySupported(kHeight)) << "what was made so far stays";
+    EXPECT_TRUE(camera.isPropertySupported(kHeight)) << "properties made before stay";
     EXPECT_FALSE(camera.isPropertySupported(kPixelFormat));
     use(nullptr);
 }

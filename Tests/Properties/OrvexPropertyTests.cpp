@@ -26,7 +26,7 @@ constexpr std::uint32_t kExposureNumber = 20;
 const char* const kNotRead = "Property value could not be read.";
 const char* const kNotWritten = "Property value could not be written.";
 
-/// What a property does beside its registers' everyday, on devices that are made for it.
+/// Special cases of properties, on devices that are made for them.
 class OrvexPropertyTest : public TestSupport::OrvexPropertyFixture {
 protected:
     Texts listOf(const std::string& name) { return property(name).getValueList(); }
@@ -92,7 +92,7 @@ TEST_F(OrvexStandardPropertyTest, ReadsNumbersFromTextsAndReportsChanges) {
     EXPECT_EQ(at(kExposureNumber).value, 10);
     put({kExposureNumber, 0, 0, 0.1000004F, 0});
     property.setValue("0.1000003");
-    EXPECT_EQ(at(kExposureNumber).value, 0.1F) << "the text of the limit counts, which is 0.100000";
+    EXPECT_EQ(at(kExposureNumber).value, 0.1F) << "the limit is that of its text, 0.100000";
     EXPECT_EQ(thrownBy([&] { property.setValue("x"); }), "invalid stod argument");
     EXPECT_EQ(thrownBy([&] { property.setValue("1e999"); }), "stod argument out of range");
 }
@@ -155,7 +155,7 @@ TEST_F(OrvexPropertyTest, SwitchesChangeTheirBitsAndNothingElse) {
                   "ArgumentUnhandled[Shared/src/Properties/" + className +
                       ".cpp]The argument \"value\" is invalid. Provided argument value cannot be handled.");
     }
-    // A flag is written without asking first; the fan asks.
+    // A flag is written without a query; the fan queries first.
     SoftwareDevices::setWritable(m_Serial, 20, false);
     SoftwareDevices::setWritable(m_Serial, 118, false);
     EXPECT_EQ(thrownBy([&] { property(kAutoExposure).setValue("Enabled"); }),
@@ -192,7 +192,7 @@ TEST_F(OrvexPropertyTest, RangesAndCountsThatCannotBeAreNotBelieved) {
     for (const float size : {kInfinite, kNothing, 4294967296.0F, -4294967296.0F}) {
         description.properties.back() = {81, size};
         EXPECT_FALSE(connect(description).isPropertySupported(kMaximumWidth)) << size;
-        EXPECT_FALSE(m_Camera->isPropertySupported(kWidth)) << "whose limit it is";
+        EXPECT_FALSE(m_Camera->isPropertySupported(kWidth)) << "its limit is missing";
     }
     description.properties.back() = {81, 4294967040.0F}; // the largest below 2^32
     EXPECT_EQ(connect(description).getProperty(kWidth).getMaximum(), "4294967040");
@@ -245,19 +245,19 @@ TEST_F(OrvexPropertyTest, HardwareTriggerIsSwitchedOffAndRemembersWhatWasWritten
             switched.push_back(call.numbers.back());
         }
     }
-    EXPECT_EQ(switched, (std::vector<double>{0, 1})) << "off by the constructor, then as the kept property says";
+    EXPECT_EQ(switched, (std::vector<double>{0, 1})) << "switched off by the constructor, then restored";
     EXPECT_EQ(property(kHardwareTrigger).getValue(), "Enabled");
     EXPECT_TRUE(SoftwareDevices::hardwareTrigger(m_Serial));
 
     m_Camera->disconnect();
-    Texts told;
+    Texts changes;
     m_Camera->registerPropertyChangeCallback([&](Property& changed) {
         Camera::searchForNewCameras(); // no lock is held
-        told.push_back(changed.getName() + " " + changed.getValue());
+        changes.push_back(changed.getName() + " " + changed.getValue());
     });
     fail(Operation::sdkSetHardwareTrigger, 2);
     m_Camera->connect();
-    EXPECT_EQ(told, Texts{"Hardware Trigger Disabled"}) << "it could not be switched on again";
+    EXPECT_EQ(changes, Texts{"Hardware Trigger Disabled"}) << "it could not be switched on again";
     m_Camera->registerPropertyChangeCallback({});
 }
 
@@ -277,7 +277,7 @@ TEST_F(OrvexPropertyTest, ARegionIsLimitedButNotRounded) {
     }
     EXPECT_EQ(thrownBy([&] { property(kWidth).setValue("wide"); }), "invalid stoul argument");
     EXPECT_EQ(thrownBy([&] { property(kWidth).setValue("4294967296"); }), "stoul argument out of range");
-    EXPECT_EQ(SoftwareDevices::frameFormat(m_Serial).width, 2592U) << "the stream tells the camera";
+    EXPECT_EQ(SoftwareDevices::frameFormat(m_Serial).width, 2592U) << "the stream writes the region to the camera";
     for (const auto& [name, text] :
          std::map<std::string, std::string>{{kWidth, "640"}, {kHeight, "480"}, {kXOffset, "16"}, {kYOffset, "8"}}) {
         property(name).setValue(text);
@@ -293,12 +293,12 @@ TEST_F(OrvexPropertyTest, ARegionIsLimitedButNotRounded) {
 
 TEST_F(OrvexPropertyTest, PixelFormatsAreTriedAndTheFormerOneRestored) {
     DeviceDescription description = color();
-    description.pixelFormats = {6, 1, 7}; // the first is that of the start
+    description.pixelFormats = {6, 1, 7}; // the first is the initial one
     connect(description);
     EXPECT_EQ(listOf(kPixelFormat), (Texts{"16", "32", "48"}));
     EXPECT_EQ(textsOf(property(kPixelFormat)), (Texts{"16", "48", "32", "32"}));
     EXPECT_EQ(SoftwareDevices::frameFormat(m_Serial).pixelFormat, 6U);
-    fail(Operation::sdkSetFormat, 6); // five formats and the way back
+    fail(Operation::sdkSetFormat, 6); // five formats and the restoration
     EXPECT_FALSE(connect(description).isPropertySupported(kPixelFormat));
 }
 
@@ -319,7 +319,7 @@ TEST_F(OrvexPropertyTest, SamplingTextsCoverWhatTheCameraCanDo) {
     };
     use(&api);
     connect(color());
-    EXPECT_EQ(property(kSamplingDescription).getMaximum(), "Subsampling (2x2)") << "eight at most";
+    EXPECT_EQ(property(kSamplingDescription).getMaximum(), "Subsampling (2x2)") << "at most eight factors are read";
     use(nullptr);
 }
 
@@ -341,7 +341,7 @@ TEST_F(OrvexPropertyTest, FramerateTakesTheFirstRateThatContainsTheText) {
     EXPECT_EQ(thrownBy([&] { property(kFramerate).getMaximum(); }),
               propertyFailure("PropertyReadFailure", "OrvexFramerate", kFramerate, kNotRead));
 
-    // The default lies as many rates below the fastest as the default clock above the slowest.
+    // The default is as many rates below the fastest as the default clock is above the slowest.
     for (const auto& [minimum, maximum, defaultValue, rate] :
          std::vector<std::tuple<float, float, float, const char*>>{{0, 3, 0, "30.000000"},
                                                                    {0, 3, 2, "7.500000"},

@@ -36,7 +36,7 @@ MemoryProperty<int> discrete() {
     return {"Steps", PROPERTY_TYPE::Integer, 5, 100, 5, false, true, {{"5 x", 5}, {"100 x", 100}}};
 }
 
-/// Counts what a property reports.
+/// Counts the changes that a property reports.
 struct ChangeListener {
     explicit ChangeListener(Property& property) {
         property.registerOnChangeCallback([this](Property& changed) { names.push_back(changed.getName()); });
@@ -51,7 +51,7 @@ TEST(PropertyValueEnumeration, ConvertsBothWaysAndNamesWhatItCannot) {
          std::vector<std::pair<std::string, int>>{{"Off", 0}, {"Disabled", 0}, {"a", 1}, {"a", 2}}) {
         values.insert(text, value);
     }
-    EXPECT_EQ(values.getList(), (Texts{"Disabled", "Off", "a"})) << "capitals come before small letters";
+    EXPECT_EQ(values.getList(), (Texts{"Disabled", "Off", "a"})) << "capitals come before lower-case letters";
     EXPECT_EQ(values.toString(0), "Disabled") << "the first text in order";
     EXPECT_EQ(values.toValue("a"), 1) << "the first insertion stays";
     expectFailure<KestrelException>([&] { values.toString(2); }, "PropertyValueConversion", kNoValue);
@@ -76,7 +76,7 @@ TEST(MemoryProperty, ReportsEachWriteThatIsMade) {
     property.setValue("2.50");
     EXPECT_EQ(listener.names.size(), 0U) << "the present text is not a change";
     property.setValue("2.5");
-    EXPECT_EQ(listener.names.size(), 1U) << "another text for the same number is";
+    EXPECT_EQ(listener.names.size(), 1U) << "another text for the same number is a change";
     property = std::string("4");
     EXPECT_EQ(std::string(property), "4.00");
     property.unregisterOnChangeCallback();
@@ -84,7 +84,7 @@ TEST(MemoryProperty, ReportsEachWriteThatIsMade) {
     EXPECT_EQ(listener.names.size(), 2U);
     auto infinite = continuous(PROPERTY_TYPE::Float, -std::numeric_limits<double>::infinity());
     infinite.setValue("-inf");
-    EXPECT_EQ(infinite.getValue(), "-inf") << "the present text, too, though none is read as infinity";
+    EXPECT_EQ(infinite.getValue(), "-inf") << "also the present text, which is not parsed as infinity";
 }
 
 TEST(MemoryProperty, DiscreteTakesOnlyItsTexts) {

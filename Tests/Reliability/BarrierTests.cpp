@@ -18,15 +18,15 @@ using OrvexAdapter::OrvexApi;
 using TestSupport::Event;
 using TestSupport::OrvexApiChange;
 
-/// Something of the application's, or of a stream, that is under way when it is told to stop.
+/// An activity of the application or of a stream that is in progress when it is stopped.
 struct Running {
     void operator()() {
         entered.raise();
         release.wait();
-        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // so that whoever does not wait is early
+        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // so that a stop that does not wait returns early
         finished = true;
     }
-    /// Whether @p stop returns after this has ended and not before.
+    /// Whether @p stop returns after this activity has ended, not before.
     bool endsBefore(const std::function<void()>& stop) {
         if (!entered.wait()) {
             return false;
@@ -49,7 +49,7 @@ protected:
     ~CallbackBarrier() override { useAdapters({}); }
 
     TestSupport::FakeBus m_Bus;
-    Running m_Running; // outlived by no callback
+    Running m_Running; // outlives all callbacks
 };
 
 TEST_F(CallbackBarrier, WhatReplacesOrEndsACallbackWaitsForIt) {
@@ -81,7 +81,7 @@ TEST_F(CallbackBarrier, WhatReplacesOrEndsACallbackWaitsForIt) {
     }
 }
 
-/// Owned by a callback, uses the library when that is destroyed.
+/// Owned by a callback; uses the library when that is destroyed.
 struct ComesBack {
     ~ComesBack() {
         Camera::registerDisconnectCallback({});

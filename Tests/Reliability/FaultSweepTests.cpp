@@ -49,14 +49,14 @@ void updateList() {
     TestSupport::addNewCameras();
 }
 
-/// Until the device is back on the bus, plugged in again or rebooted, and listed. Waiting makes no boundary calls.
+/// Waits until the device is back on the bus, replugged or rebooted, and listed. Waiting makes no boundary calls.
 void awaitReboot() {
     const auto deadline = std::chrono::steady_clock::now() + TestSupport::kLongEnough;
     while (!isPlugged() && std::chrono::steady_clock::now() < deadline) {
         try {
             SoftwareDevices::replug(kSerial);
         } catch (const std::invalid_argument&) {
-            std::this_thread::yield(); // it reboots
+            std::this_thread::yield(); // rebooting
         }
     }
     SoftwareDevices::setAsFastAsAsked(kSerial, true);
@@ -109,13 +109,13 @@ const Words kStreaming{
     "StreamStopped"};
 const Words kRebooting = kListing + kConnecting + Words{"FunctionExecution"};
 
-/// Something that an application does with a connected camera, and what it may be told when a call fails meanwhile: the
-/// word of an exception of the library, the text of a standard one.
+/// An action of an application on a connected camera, and the exceptions it may get when a call fails meanwhile: the
+/// word of an exception of the library, the text of a standard exception.
 struct Scenario {
     const char* name;
     void (*action)();
     Words words;
-    std::size_t device = 0; ///< of the default ones
+    std::size_t device = 0; ///< index of the default device
 };
 
 void PrintTo(const Scenario& scenario, std::ostream* stream) {
@@ -180,7 +180,7 @@ const std::vector<Scenario>& scenarios() {
              }
              try {
                  camera().disconnect();
-             } catch (const KestrelExceptions::KestrelException_Stream&) { // which was to be seen
+             } catch (const KestrelExceptions::KestrelException_Stream&) { // expected
              }
              camera().disconnect();
              camera().connect();
@@ -203,7 +203,7 @@ const std::vector<Scenario>& scenarios() {
          {"FunctionExecution"}},
         {"PlayXsvf",
          [] {
-             // An instruction of eight bits, a register of 32, and the end.
+             // An instruction of 8 bits, a register of 32 bits, and the end.
              Programmer::jtagXsvf(camera(), {0x02, 8, 0x02, 0x08, 0, 0, 0, 32, 0x03, 1, 2, 3, 4, 0x00});
          },
          {}},
@@ -262,7 +262,7 @@ const std::vector<Scenario>& scenarios() {
     return table;
 }
 
-/// What differs between the devices: what is probed, and the ways of capturing.
+/// The scenarios that differ between devices: probing at connection, and capturing.
 std::vector<Scenario> scenariosOfOtherDevices() {
     std::vector<Scenario> table;
     for (Scenario scenario : scenarios()) {
@@ -287,7 +287,7 @@ protected:
         SoftwareDevices::setAsFastAsAsked(kSerial, true);
         ready();
         m_Properties = camera().getSupportedProperties();
-        for (int run = 0; run < 5; ++run) { // the fewest: a stream's worker may have made some on its own
+        for (int run = 0; run < 5; ++run) { // takes the minimum: a stream's worker may have made extra calls
             const std::uint64_t before = SoftwareDevices::boundaryCalls();
             GetParam().action();
             m_Calls = std::min(m_Calls, SoftwareDevices::boundaryCalls() - before);
@@ -299,7 +299,7 @@ protected:
         useAdapters({});
     }
 
-    /// The camera listed and connected, and no fault planned, whatever was before.
+    /// Lists and connects the camera and clears all faults, in any previous state.
     void ready() {
         SoftwareDevices::clearFaults();
         awaitReboot();
@@ -322,7 +322,7 @@ protected:
         return std::includes(names.begin(), names.end(), m_Properties.begin(), m_Properties.end());
     }
 
-    /// Does the action while something fails.
+    /// Performs the action while a call fails.
     void disturbed() {
         ++m_Faults;
         SoftwareDevices::startLog();
@@ -340,7 +340,7 @@ protected:
         SoftwareDevices::clearFaults();
     }
 
-    /// After an unplug the list may have dropped the camera already.
+    /// After an unplug, the camera may already have left the list.
     void expectAllowed(const std::string& word) {
         EXPECT_TRUE(GetParam().words.count(word) != 0 || (m_IsUnplugged && kListing.count(word) != 0)) << word;
     }
@@ -377,7 +377,7 @@ std::string nameOf(const ::testing::TestParamInfo<Scenario>& info) {
 INSTANTIATE_TEST_SUITE_P(EveryCall, FaultSweep, ::testing::ValuesIn(scenarios()), nameOf);
 INSTANTIATE_TEST_SUITE_P(OtherDevices, FaultSweep, ::testing::ValuesIn(scenariosOfOtherDevices()), nameOf);
 
-TEST_P(FaultSweep, AFailureIsToldAndLeavesNothingBehind) {
+TEST_P(FaultSweep, AFailureIsReportedAndLeavesNothingBehind) {
     for (std::uint64_t call = 1; call <= m_Calls; ++call) {
         for (const std::uint32_t error : kErrorCodes) {
             SCOPED_TRACE("call " + std::to_string(call) + ", error " + std::to_string(error));
@@ -390,7 +390,7 @@ TEST_P(FaultSweep, AFailureIsToldAndLeavesNothingBehind) {
             }
         }
         Camera::unitialisedWorkpace();
-        if (m_CloseFailed) { // and is not tried again: the device may have kept the handle, until it leaves the bus
+        if (m_CloseFailed) { // the close is not retried: the device may keep the handle until it leaves the bus
             SoftwareDevices::unplug(kSerial);
             m_CloseFailed = false;
         } else {
@@ -400,12 +400,12 @@ TEST_P(FaultSweep, AFailureIsToldAndLeavesNothingBehind) {
     }
 }
 
-TEST_P(FaultSweep, AnUnplugIsToldAndLeavesNothingBehind) {
+TEST_P(FaultSweep, AnUnplugIsReportedAndLeavesNothingBehind) {
     m_IsUnplugged = true;
     for (std::uint64_t call = 1; call <= m_Calls; ++call) {
         SCOPED_TRACE("call " + std::to_string(call));
         {
-            Utilities::Watchdog watchdog; // like the list's own, but at once, and without a call before the unplug
+            Utilities::Watchdog watchdog; // like the list's own, but immediate, and without a call before the unplug
             watchdog.start(1, [] {
                 if (SoftwareDevices::pluggedDevices().empty()) {
                     TestSupport::dropVanishedCameras();

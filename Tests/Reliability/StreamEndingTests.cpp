@@ -56,8 +56,8 @@ protected:
         return camera;
     }
 
-    inline static std::atomic<int> s_FailingStops{0};        ///< so many fail from now on
-    inline static ORVEX_FRAME_CALLBACK s_Callback = nullptr; ///< as it was registered last
+    inline static std::atomic<int> s_FailingStops{0};        ///< the number of stops that still fail
+    inline static ORVEX_FRAME_CALLBACK s_Callback = nullptr; ///< the last one registered
     inline static void* s_Context = nullptr;
 
 private:
@@ -95,7 +95,7 @@ TEST_F(StreamEnding, AFailedStopAroundAnImageStaysVisibleAndCanBeTriedAgain) {
 TEST_F(StreamEnding, WithoutAThreadTheDeviceIsStoppedAndTheNextStartClearsWhatIsLeft) {
     for (const EndingMode& mode : kEndingModes) {
         Camera& camera = openIn(mode.name);
-        camera.getImage(); // the device has its own thread from now on
+        camera.getImage(); // starts the device's own thread
         for (const bool stopFails : {false, true}) {
             s_FailingStops = stopFails ? 1 : 0;
             {
@@ -140,7 +140,7 @@ TEST_F(StreamEnding, IsBoundedWhenTheDeviceKeepsACapture) {
     failEveryTime(Operation::sdkCameraClose);
     Camera::unitialisedWorkpace();
     for (const SoftwareDevices::CallRecord& call : SoftwareDevices::takeLog()) {
-        EXPECT_NE(call.operation, Operation::sdkCaptureStillFrame) << "it was waited for";
+        EXPECT_NE(call.operation, Operation::sdkCaptureStillFrame) << "the library waited for the capture to end";
     }
     SoftwareDevices::startEmpty();
     EXPECT_TRUE(eventually([&] { return TestSupport::threadsOfProcess() <= threads; })) << "the worker ends by itself";

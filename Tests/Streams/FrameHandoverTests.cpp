@@ -15,7 +15,7 @@ constexpr std::chrono::hours kLong{1};
 
 TEST(FrameHandover, WhoCameFirstIsServedFirstAndATimeoutTakesNobodyElsesRequest) {
     FrameHandover handover;
-    handover.deliver({9}); // before anybody asked
+    handover.deliver({9}); // before the first request
     FrameHandover::Request first(handover);
     FrameHandover::Request second(handover);
     {

@@ -26,13 +26,13 @@ constexpr unsigned kHeight = 16;
 
 using Rgb = std::array<double, 3>;
 
-/// The colours of a ramp: every sensor pixel has a light of its own in each colour, and the mean of some pixels is that
-/// of their mean place.
+/// The colours of a ramp: every sensor pixel has a different light in each colour, and the mean of several pixels is
+/// that of their mean position.
 Rgb rampAt(double x, double y) {
     return {20 + 9 * x, 10 + 15 * y, 30 + 4 * (x + y)};
 }
 
-/// Four quadrants, each of one colour.
+/// The colours of four quadrants.
 Rgb quadrantAt(unsigned x, unsigned y) {
     static const std::array<Rgb, 4> colors{{{200, 40, 20}, {30, 180, 60}, {10, 50, 220}, {140, 140, 140}}};
     return colors[(y < kHeight / 2 ? 0 : 2) + (x < kWidth / 2 ? 0 : 1)];
@@ -52,7 +52,7 @@ Scene sceneOf(ColorAt colorAt) {
 struct Layout {
     ColorFormat colorFormat;
     IMAGE_FORMAT imageFormat;
-    std::array<int, 4> colors; ///< of a cell of two by two, row by row: 0 red, 1 green, 2 blue
+    std::array<int, 4> colors; ///< of a two-by-two cell, row by row: 0 red, 1 green, 2 blue
 };
 
 const std::array<Layout, 4> kMosaics{{
@@ -62,7 +62,7 @@ const std::array<Layout, 4> kMosaics{{
     {ColorFormat::BGGR, IMAGE_FORMAT::BAYER_BGGR, {2, 1, 1, 0}},
 }};
 
-/// Cameras with a small sensor without noise, on which the brightest light just fills a pixel.
+/// Cameras with a small sensor without noise, on which the brightest light exactly fills a pixel.
 class OrvexImageTest : public TestSupport::SoftwareDeviceFixture {
 protected:
     static Camera& openSmall(ColorFormat colorFormat, const Scene& scene, unsigned bitDepth, bool bigEndian = false) {
@@ -75,7 +75,7 @@ protected:
         description.bigEndian = bigEndian;
         description.noise = 0;
         description.sampling = SoftwareDevices::SamplingCapability{false, {2, 4}, {2, 3}};
-        Camera::unitialisedWorkpace(); // the camera before this one has the same serial number
+        Camera::unitialisedWorkpace(); // the previous camera has the same serial number
         Camera& camera = open(description);
         SoftwareDevices::presentScene(description.serial, scene);
         SoftwareDevices::setAsFastAsAsked(description.serial, true);
@@ -83,7 +83,7 @@ protected:
     }
 };
 
-/// Of a sensor's samples the upper eight bits arrive in 8-bit data, all bits in 16-bit data.
+/// The sample of a light: the upper eight bits of the sensor's in 8-bit data, all bits in 16-bit data.
 double sampleOf(double light, unsigned bitDepth, bool wide) {
     const double sample = light / 255 * ((1U << bitDepth) - 1);
     return wide ? sample : std::floor(sample / (1U << (bitDepth - 8)));
@@ -114,7 +114,7 @@ TEST_F(OrvexImageTest, EachSampleIsThatOfItsPlaceInTheScene) {
     layouts.push_back({ColorFormat::MONO, IMAGE_FORMAT::MONO, {}});
     for (const auto& [colorFormat, imageFormat, colors] : layouts) {
         const bool mono = imageFormat == IMAGE_FORMAT::MONO;
-        const unsigned period = mono ? 1 : 2; // pixels of one colour are so far apart
+        const unsigned period = mono ? 1 : 2; // the distance of pixels of one colour
         for (const Case& row : cases) {
             Camera& camera = openSmall(colorFormat, sceneOf(rampAt), row.bitDepth, row.bigEndian);
             set(camera, "Pixel Format", row.pixelFormat);
@@ -174,12 +174,13 @@ TEST_F(OrvexImageTest, AMosaicBecomesTheColorsOfTheScene) {
                     for (unsigned i = 0; i < kWidth * kHeight; ++i) {
                         const unsigned x = i % kWidth;
                         const unsigned y = i / kWidth;
-                        // Where two quadrants meet a pixel takes colours from its neighbours.
+                        // At the border of two quadrants, a pixel takes colours from its neighbours.
                         if ((x + 1) / 2 == kWidth / 4 || (y + 1) / 2 == kHeight / 4) {
                             continue;
                         }
                         const Rgb light = quadrantAt(x, y);
-                        const double grey = (77 * light[0] + 150 * light[1] + 29 * light[2]) / 256; // by the camera
+                        // As the camera computes it.
+                        const double grey = (77 * light[0] + 150 * light[1] + 29 * light[2]) / 256;
                         const bool mono = format == IMAGE_FORMAT::MONO;
                         for (int color = 0; color < (mono ? 1 : 3); ++color) {
                             ASSERT_NEAR(image->getPixel(y, x).channel[color],
@@ -211,7 +212,7 @@ TEST_F(OrvexImageTest, ALongerExposureIsBrighterInProportionUntilItSaturates) {
         set(camera, "Pixel Format", pixelFormat);
         for (const char* mode : {"Video", "Still"}) {
             set(camera, "Streaming Mode", mode);
-            // 10 ms are enough for the brightest light; this scene has a fifth of it.
+            // 10 ms saturate the brightest light; this scene has a fifth of it.
             for (const double exposureMs : {1, 2, 5, 10, 40, 49, 51, 1000}) {
                 set(camera, "Exposure", std::to_string(static_cast<int>(exposureMs)));
                 const double light = std::min(51 * exposureMs / 10, 255.0);

@@ -31,7 +31,7 @@ class OrvexStreamTest : public TestSupport::SoftwareDeviceFixture {
 protected:
     static DeviceDescription color() { return SoftwareDevices::defaultDevices()[0]; }
     static DeviceDescription mono() { return SoftwareDevices::defaultDevices()[1]; }
-    /// A camera of small frames that come as soon as they are captured.
+    /// Opens a camera with small frames that are delivered as soon as they are captured.
     static Camera& openFast(const DeviceDescription& description) {
         Camera& camera = open(description);
         SoftwareDevices::setAsFastAsAsked(description.serial, true);
@@ -74,17 +74,17 @@ TEST_P(StreamLifeCycle, DeliversAnyNumberOfFramesAndStops) {
     }
     EXPECT_GT(camera.getStreamStatistics().getCaptureTime(), 0.0);
     camera.getImage();
-    EXPECT_FALSE(camera.isStreaming()) << "a run around one image ends with it";
+    EXPECT_FALSE(camera.isStreaming()) << "a run for one image ends with it";
     camera.startStream();
     camera.suspend();
     EXPECT_FALSE(camera.isStreaming());
-    camera.startStream(); // with the handle that the next connection replaces
+    camera.startStream(); // uses the handle that the next connection replaces
     camera.connect();
     EXPECT_FALSE(camera.isStreaming());
     EXPECT_EQ(camera.getImage()->getWidth(), 64U) << "the region is kept";
 }
 
-TEST_P(StreamLifeCycle, WhoeverWaitsIsToldWhyNoFrameCame) {
+TEST_P(StreamLifeCycle, AWaitWithoutAFrameThrowsTheReason) {
     Camera& camera = openInMode();
     const std::uint32_t serial = description().serial;
     const Operation capture = std::string(std::get<1>(GetParam())) == "Video" ? Operation::sdkCaptureVideoFrames
@@ -93,7 +93,7 @@ TEST_P(StreamLifeCycle, WhoeverWaitsIsToldWhyNoFrameCame) {
         SoftwareDevices::clearFaults();
         SoftwareDevices::failNext(serial, capture, 1'000'000'000, SoftwareDevices::kTimedOut);
         camera.startStream();
-        // The waiter has seen the stream run when it reads the colour format.
+        // The waiter has found the stream running when it reads the colour format.
         const std::uint64_t reads = SoftwareDevices::calls(Operation::sdkGetProperty);
         auto waiter = std::async(std::launch::async, [&] {
             expectFailure<KestrelException_Stream>([&] { camera.getImage(); }, word, sentence);
@@ -113,7 +113,7 @@ TEST_P(StreamLifeCycle, WhoeverWaitsIsToldWhyNoFrameCame) {
     waitFor([] {}, "StreamTimeout", "No frame arrived in time.");
     SoftwareDevices::clearFaults();
     set(camera, "Timeout", "-1");
-    EXPECT_EQ(camera.getImage()->getWidth(), 64U) << "and the next run is well";
+    EXPECT_EQ(camera.getImage()->getWidth(), 64U) << "the next run succeeds";
 }
 
 TEST_F(OrvexStreamTest, RefusalsOfTheDeviceAreNamed) {
@@ -247,7 +247,7 @@ TEST_F(OrvexStreamTest, CountsWhatTheCameraDeliversAndWhatIsHandedOut) {
     statistics.setDesiredIntervalTime(STREAM_TYPE::Received, 1000);
     camera.startStream();
     const auto deadline = std::chrono::steady_clock::now() + TestSupport::kLongEnough;
-    do { // the device announces on a thread of its own
+    do { // the device calls back on a thread of its own
         camera.getImage();
     } while (statistics.getFrameCount(STREAM_TYPE::Received) == 0 && std::chrono::steady_clock::now() < deadline);
     camera.stopStream();
@@ -256,7 +256,7 @@ TEST_F(OrvexStreamTest, CountsWhatTheCameraDeliversAndWhatIsHandedOut) {
     EXPECT_EQ(statistics.getFramesPerSecond(STREAM_TYPE::Reserved), 0);
 }
 
-/// Notes the buffers that the device is given.
+/// Records the buffers passed to the device.
 class BufferSpy {
 public:
     BufferSpy() { s_Buffers.clear(); }
@@ -285,10 +285,10 @@ TEST_F(OrvexStreamTest, FramesAreMovedToTheCallerInAHandfulOfBuffers) {
     Camera& camera = openFast(mono());
     setRegion(camera, 320, 240); // large enough to be pooled
     camera.startStream();
-    constexpr std::size_t kInFlight = 4; // one captured into, one handed over, one held, one to spare
+    constexpr std::size_t kInFlight = 4; // one for the capture, one handed over, one held, one spare
     for (int frame = 0; frame < 50; ++frame) {
         const auto image = camera.getImage();
-        ASSERT_EQ(BufferSpy::buffers().count(image->getDataAddress()), 1U) << "the device wrote these very bytes";
+        ASSERT_EQ(BufferSpy::buffers().count(image->getDataAddress()), 1U) << "the device wrote into this buffer";
     }
     EXPECT_LE(BufferSpy::buffers().size(), kInFlight);
 }

@@ -58,7 +58,7 @@ CameraAdapter CameraListFixture::simulatedAdapter() {
 
 } // namespace TestSupport
 
-// What the library itself defines in files that the tests leave out.
+// Replaces definitions of library files that are not linked here.
 
 namespace CameraInterface {
 

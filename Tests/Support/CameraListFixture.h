@@ -14,7 +14,7 @@
 
 namespace TestSupport {
 
-/// A fixture whose camera list file is its own and whose adapters it chooses; at first the simulated cameras alone.
+/// A fixture with its own camera list file and selectable adapters; initially only that of the simulated cameras.
 class CameraListFixture : public ::testing::Test {
 protected:
     CameraListFixture();
@@ -23,9 +23,9 @@ protected:
     /// Replaces the list of simulated cameras; the next enumeration reads it.
     void describeCameras(const std::string& json);
     void removeCameraList();
-    /// Replaces the adapters that the camera list asks.
+    /// Replaces the adapters of the camera list.
     static void useAdapters(std::vector<CameraInterface::CameraAdapter> adapters);
-    /// Adapter of the simulated cameras.
+    /// The adapter of the simulated cameras.
     static CameraInterface::CameraAdapter simulatedAdapter();
 
 private:

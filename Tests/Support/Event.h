@@ -8,11 +8,11 @@
 
 namespace TestSupport {
 
-/// How long a test waits for what must happen, on however busy a machine.
+/// The time that a test waits for an event that must happen, on any load.
 inline constexpr std::chrono::seconds kLongEnough{300};
 
 /// Waits for a condition.
-/// @return whether it came true in time
+/// @return whether it became true in time
 template <typename Condition>
 bool eventually(Condition condition) {
     const auto deadline = std::chrono::steady_clock::now() + kLongEnough;
@@ -22,7 +22,7 @@ bool eventually(Condition condition) {
     return condition();
 }
 
-/// A count that one thread raises and another waits for.
+/// A count that one thread increments and another waits for.
 class Event {
 public:
     void raise() {

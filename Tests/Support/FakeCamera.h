@@ -13,16 +13,16 @@
 
 namespace TestSupport {
 
-/// Cameras that a test plugs in and pulls out.
+/// Cameras that a test plugs in and unplugs.
 class FakeBus {
 public:
-    /// What a camera on the bus looks like. Read by the watchdogs while the test changes it.
+    /// The state of a camera on the bus. Read by the watchdogs while the test changes it.
     struct Device {
         std::string serialNumber;
         std::string modelName = "Model F";
         std::atomic<bool> alive{true};
         std::atomic<bool> unreadable{false}; ///< the model name cannot be read
-        std::atomic<int> objects{0};         ///< camera objects that exist
+        std::atomic<int> objects{0};         ///< number of existing camera objects
     };
 
     std::shared_ptr<Device> plug(const std::string& serialNumber, const std::string& modelName = "Model F");

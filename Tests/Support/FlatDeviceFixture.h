@@ -10,7 +10,7 @@
 
 #include "Support/Event.h"
 
-// The devices through the two flat libraries, those of the camera SDK called under the role names.
+// The devices through the two flat libraries; operations of the camera SDK have their role names.
 #define DECLARE_OPERATION(role, number, Result, failure, parameters)                                                   \
     extern "C" Result orvexapi_##number parameters;                                                                    \
     [[maybe_unused]] static constexpr auto role = &orvexapi_##number;
@@ -27,7 +27,7 @@ using Bytes = std::vector<std::uint8_t>;
 constexpr std::uint32_t kSerial = 7;
 constexpr std::uint32_t kGain = 40;
 
-/// A small sensor without noise, whose samples are those of the scene.
+/// A device with a small sensor without noise, whose samples are those of the scene.
 inline SoftwareDevices::DeviceDescription smallDevice(SoftwareDevices::ColorFormat colorFormat,
                                                       std::uint32_t bitDepth = 12, bool bigEndian = false) {
     SoftwareDevices::DeviceDescription device;
@@ -46,7 +46,7 @@ inline SoftwareDevices::DeviceDescription smallDevice(SoftwareDevices::ColorForm
     return device;
 }
 
-/// No devices at first; the handle is that of the last one opened through the camera SDK.
+/// Starts without devices; the handle is that of the last device opened through the camera SDK.
 struct FlatDeviceFixture : testing::Test {
     FlatDeviceFixture() { SoftwareDevices::startEmpty(); }
     ~FlatDeviceFixture() override { SoftwareDevices::startEmpty(); }

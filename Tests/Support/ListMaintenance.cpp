@@ -11,7 +11,7 @@ namespace {
 bool runDropVanished();
 bool runAddNew();
 
-/// An explicit instantiation may name what is private; this one hands it out.
+/// Gives access to private functions: an explicit instantiation may name them.
 template <bool (*dropVanished)(), bool (*addNew)()>
 struct ListMaintenance {
     friend bool runDropVanished() { return dropVanished(); }

@@ -3,7 +3,7 @@
 
 namespace TestSupport {
 
-/// Runs of the list's maintenance, with callbacks, at the moment that a test chooses instead of by the clock.
+/// Runs the list's maintenance, with callbacks, at a moment that the test chooses instead of by the clock.
 bool dropVanishedCameras();
 bool addNewCameras();
 

@@ -7,7 +7,7 @@
 
 namespace TestSupport {
 
-/// Lets the process start no thread.
+/// Prevents the process from starting threads.
 class NoThreads {
 public:
     NoThreads() {

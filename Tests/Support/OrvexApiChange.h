@@ -6,8 +6,8 @@
 
 namespace TestSupport {
 
-/// Replaces operations of the camera SDK for its own lifetime, and ends the workspace before they come back. One at a
-/// time.
+/// Replaces operations of the camera SDK for its own lifetime, and ends the workspace before restoring them. Only one
+/// may exist at a time.
 class OrvexApiChange {
 public:
     template <typename Change>

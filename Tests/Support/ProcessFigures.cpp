@@ -30,7 +30,7 @@ std::size_t threadsOfProcess() {
 }
 
 std::size_t openDescriptors() {
-    return entriesOf("/proc/self/fd") - 1; // but for that of the folder
+    return entriesOf("/proc/self/fd") - 1; // without that of the folder itself
 }
 
 } // namespace TestSupport

@@ -5,7 +5,7 @@
 
 namespace TestSupport {
 
-// What this process has at present.
+// The present resources of this process.
 std::size_t residentBytes();
 std::size_t threadsOfProcess();
 std::size_t openDescriptors();

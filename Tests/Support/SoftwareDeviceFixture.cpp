@@ -60,7 +60,7 @@ void SoftwareDeviceFixture::setRegion(Camera& camera, unsigned width, unsigned h
 
 } // namespace TestSupport
 
-// What the library itself defines in a file that the tests leave out.
+// Replaces the definition of a library file that is not linked here.
 std::string Base::getLibraryFolder() {
     return QUILL_TEST_LIBRARY_FOLDER;
 }

@@ -11,7 +11,7 @@
 
 namespace TestSupport {
 
-/// A fixture without devices, whose camera list asks for SDK and USB3 Vision cameras.
+/// A fixture without devices, whose camera list has the adapters of SDK and USB3 Vision cameras.
 class SoftwareDeviceFixture : public CameraListFixture {
 protected:
     SoftwareDeviceFixture();
@@ -23,7 +23,7 @@ protected:
     static CameraInterface::Camera& openUsb3Vision(const SoftwareDevices::DeviceDescription& description);
     static std::string value(CameraInterface::Camera& camera, const std::string& property);
     static void set(CameraInterface::Camera& camera, const std::string& property, const std::string& text);
-    /// A small one keeps frames quick to compute, under a sanitizer on a busy machine above all.
+    /// A small region keeps frames quick to compute, above all under a sanitizer on a busy machine.
     static void setRegion(CameraInterface::Camera& camera, unsigned width, unsigned height);
 };
 

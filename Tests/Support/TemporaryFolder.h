@@ -6,7 +6,7 @@
 
 namespace TestSupport {
 
-/// A folder of its own, removed at the end.
+/// A temporary folder, removed by the destructor.
 class TemporaryFolder {
 public:
     TemporaryFolder();

@@ -10,10 +10,10 @@
 
 namespace TestSupport {
 
-/// What a state that forbids a call says.
+/// The sentence of a state that forbids a call.
 inline constexpr const char* kTransitionRefused = "State transition not allowed.";
 
-/// Runs @p action, expects exactly an @p Exception and gives a copy of it.
+/// Runs @p action, expects exactly an @p Exception and returns a copy of it.
 template <typename Exception, typename Action>
 Exception expectThrown(Action action) {
     try {
@@ -48,7 +48,7 @@ inline std::string lineOf(const KestrelExceptions::KestrelException& failure) {
     return std::string(failure.who()) + where.substr(begin, where.rfind(']') - begin + 1) + failure.why();
 }
 
-/// What an action throws, in one line; the text alone for a standard exception.
+/// The exception of an action in one line; only the text of a standard exception.
 template <typename Action>
 std::string thrownBy(Action action) {
     try {
@@ -61,7 +61,7 @@ std::string thrownBy(Action action) {
     return "nothing";
 }
 
-/// What thrownBy() gives for a failure of a property.
+/// The result of thrownBy() for a failure of a property.
 inline std::string propertyFailure(const std::string& word, const std::string& className, const std::string& name,
                                    const std::string& sentence) {
     return word + "[Shared/src/Properties/" + className + ".cpp]Error with property {" + name + "}: " + sentence;

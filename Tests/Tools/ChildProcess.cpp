@@ -18,10 +18,10 @@ namespace TestSupport {
 
 namespace {
 
-/// After which a child counts as hanging, on however busy a machine.
+/// The time after which a child counts as hanging, on any load.
 constexpr std::chrono::seconds kTimeLimit{600};
 
-/// Where a stream of the child is read and where the child writes it.
+/// The two ends of a stream: the one read here and the one that the child writes.
 struct Channel {
     explicit Channel(bool terminal) {
         std::array<int, 2> ends{};
@@ -63,7 +63,7 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
 pid_t spawn(const ChildProcess& child, const Channel& output, const Channel& errors) {
     std::vector<std::string> arguments{child.program};
     arguments.insert(arguments.end(), child.arguments.begin(), child.arguments.end());
-    std::vector<std::string> environment = child.environment; // the first of a name counts
+    std::vector<std::string> environment = child.environment; // the first entry of a name counts
     for (char** variable = environ; *variable != nullptr; ++variable) {
         environment.emplace_back(*variable);
     }

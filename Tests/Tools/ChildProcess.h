@@ -9,20 +9,20 @@
 
 namespace TestSupport {
 
-/// What is done once standard output holds a text.
+/// An action to take once standard output contains a text.
 struct Reaction {
     std::string text;
     std::function<void(pid_t process)> action;
 };
 
-/// A program to run and what surrounds it.
+/// A program to run, with its environment.
 struct ChildProcess {
-    std::string program; ///< looked for in PATH unless it has a slash
+    std::string program; ///< searched in PATH unless it contains a slash
     std::vector<std::string> arguments;
-    std::vector<std::string> environment; ///< NAME=VALUE, on top of this process's own
+    std::vector<std::string> environment; ///< NAME=VALUE, in addition to that of this process
     std::string inputFile = "/dev/null";
     bool onTerminal = false;           ///< standard output is a terminal rather than a pipe
-    std::vector<Reaction> reactions{}; ///< each waits for the one before it
+    std::vector<Reaction> reactions{}; ///< each waits for the previous one
 };
 
 struct ChildResult {
@@ -31,7 +31,7 @@ struct ChildResult {
     std::string errors;
 };
 
-/// Whether a child can have a terminal: there are none where /dev/pts is not mounted.
+/// Whether a child can have a terminal: there are none if /dev/pts is not mounted.
 bool canOpenTerminal();
 
 /// Runs a program to its end. One that takes longer than a minute is killed.

@@ -22,14 +22,14 @@ constexpr unsigned kAddress = 0x100;
 
 enum class Mishap { None, Failure, Interrupt };
 
-/// What happens at which call of a function.
+/// A mishap at a certain call of a function.
 struct Incident {
     std::string function;
     int call = 0;
     Mishap mishap = Mishap::None;
 };
 
-/// A camera with a flash, and one incident.
+/// A camera with flash and one incident.
 class FragileCamera : public CameraInterface::Camera {
 public:
     explicit FragileCamera(const Incident& incident) : m_Incident(incident) { buildFunctions(); }
@@ -44,7 +44,7 @@ public:
     void suspend() override {}
 
     std::map<unsigned long, char> m_Flash;
-    std::optional<unsigned long> m_DeadByte; ///< keeps what it has
+    std::optional<unsigned long> m_DeadByte; ///< never changes
 
 private:
     class FlashFunction : public CameraInterface::Function {
@@ -160,7 +160,7 @@ TEST_F(FlashJobTest, NamesStageAddressAndStateOfWhatEndsIt) {
         const bool interrupted = incident.mishap == Mishap::Interrupt;
         try {
             write(camera, m_Data, firmware);
-            ADD_FAILURE() << "It ended well.";
+            ADD_FAILURE() << "The write succeeded.";
         } catch (const ToolError& failure) {
             EXPECT_EQ(failure.code(), interrupted ? ExitCode::Interrupted : ExitCode::CameraGone);
             EXPECT_EQ(failure.what(),
@@ -178,7 +178,7 @@ TEST_F(FlashJobTest, FindsTheFirstByteThatDiffers) {
         camera.m_DeadByte = kAddress + 13;
         try {
             write(camera, m_Data, firmware);
-            ADD_FAILURE() << "It ended well.";
+            ADD_FAILURE() << "The write succeeded.";
         } catch (const ToolError& failure) {
             EXPECT_EQ(failure.code(), ExitCode::Difference);
             EXPECT_STREQ(failure.what(), "camera 1: 0x100..0x114 differs at 0x10D: 0x00 instead of 0x0D");

@@ -28,7 +28,7 @@ using QuillTool::readImageFile;
 using QuillTool::writeImageFile;
 using ::testing::HasSubstr;
 
-/// 5 x 3 pixels whose samples sweep the depth, its smallest and largest values among them.
+/// 5 x 3 pixels whose samples span the depth, including its smallest and largest values.
 std::unique_ptr<Image> makeImage(IMAGE_FORMAT format, unsigned bitDepth, bool littleEndian) {
     const unsigned largest = (1U << bitDepth) - 1;
     std::vector<unsigned char> data;
@@ -66,7 +66,7 @@ std::string png(const std::string& chunks) {
 
 class ImageFile : public ::testing::Test {
 protected:
-    /// The pixels that reading a file gives, or the error's text.
+    /// The pixels read from a file, or the text of the error.
     std::string readOutcome(const std::string& name, const std::optional<RawDescription>& raw = std::nullopt) const {
         try {
             return described(*readImageFile(m_Folder.file(name), raw));
@@ -120,7 +120,7 @@ TEST_F(ImageFile, ShowsTwelveBitsInTheFullRangeOfAPngAndCutsWhatLiesBeyond) {
     const std::vector<unsigned char> words{0, 0, 0x08, 0, 0x0f, 0xff, 0xff, 0xff};
     writeImageFile(Imaging::createImage(2, 2, words, 12, false, IMAGE_FORMAT::MONO), m_Folder.file("a.png"));
     EXPECT_EQ(readOutcome("a.png"), "MONO12 0 2048 4095 4095");
-    // A damaged chunk of significant bits is passed over, as by a viewer that does not know it.
+    // A damaged chunk of significant bits is ignored, as by a viewer that does not know it.
     std::string content = TestSupport::readFile(m_Folder.file("a.png"));
     content[content.find("sBIT") + 4] ^= 1;
     m_Folder.write("a.png", content);

@@ -21,8 +21,8 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using namespace TestSupport;
 
-/// A camera with all flash functions, one whose flash can be erased but not written, one without functions,
-/// and one that has what a camera in USB3 Vision mode has.
+/// A camera with all flash functions, one whose flash can be erased but not written, one without functions, and one
+/// with the features of a camera in USB3 Vision mode.
 constexpr const char* kFlashCameras = R"({"Cameras": [
   {"Identification": {"Model Name": "Whole", "Serial Number": "70001"}, "Properties": [], "Functions": [
     {"Name": "Erase Flash", "Parameters": [], "Return Format": []},
@@ -53,7 +53,7 @@ const std::string kImage("CY\x1c\xb0"
 class MaintenanceTool : public ToolFixture {
 protected:
     MaintenanceTool() : ToolFixture(kFlashCameras) {
-        std::filesystem::current_path(m_Folder.path()); // files are named as they are typed
+        std::filesystem::current_path(m_Folder.path()); // messages name files as they were typed
         m_Folder.write("table.bin", "0123456789abcdef");
         m_Folder.write("image", kImage);
         m_Folder.write("cut", kImage.substr(0, kImage.size() - 1));
@@ -61,10 +61,10 @@ protected:
     }
     ~MaintenanceTool() override { std::filesystem::current_path("/"); }
 
-    /// The tool with the devices in software.
+    /// The tool, with the devices in software.
     static ChildProcess withDevices(const Words& words) { return {QUILL_WITH_DEVICES, words, {}}; }
 
-    /// The objects, one a line.
+    /// Parses one object per line.
     static std::vector<json> parseLines(const std::string& text) {
         std::istringstream lines(text);
         std::vector<json> objects;
@@ -151,7 +151,7 @@ TEST_F(MaintenanceTool, DryRunTouchesNothing) {
     }
 }
 
-TEST_F(MaintenanceTool, WritesFirmwareAndTellsItAsJson) {
+TEST_F(MaintenanceTool, WritesFirmwareAndReportsItAsJson) {
     const ChildResult check = run({"firmware", "check", "image", "--json"});
     EXPECT_EQ(json::parse(check.output), json({{"size", 40},
                                                {"imageSize", 40},
@@ -176,7 +176,7 @@ TEST_F(MaintenanceTool, WritesFirmwareAndTellsItAsJson) {
     EXPECT_EQ(json(parseLines(written.output)), expected);
 }
 
-/// 16 MiB in chunks of one byte last for seconds, and come to an end all the same.
+/// 16 MiB in chunks of one byte take seconds, but finish even without the interruption.
 TEST_F(MaintenanceTool, EndsCleanlyWhenInterrupted) {
     m_Folder.write("large", kImage + std::string((16U << 20) - kImage.size(), 'x'));
     ChildProcess write = withDevices({"firmware", "write", "41500101", "large", "--json", "--chunk", "1"});
@@ -211,8 +211,8 @@ TEST_F(MaintenanceTool, DrawsABarOnATerminal) {
 
 TEST_F(MaintenanceTool, PlaysXsvfAndSaysWhatFailed) {
     const std::string setup("\x08\0\0\0\x20"        // shifts of 32 bits
-                            "\x01\xff\xff\xff\xff"  // all of which count
-                            "\x12\x01\x09\0\0\0\0", // shift in zeros and see
+                            "\x01\xff\xff\xff\xff"  // all of them compared
+                            "\x12\x01\x09\0\0\0\0", // shift in zeros and compare
                             17);
     m_Folder.write("good.xsvf", setup + std::string("\x14\x95\x11\xc3\0", 5));
     m_Folder.write("other.xsvf", setup + std::string("\x14\x95\x11\xc4\0", 5));
@@ -256,7 +256,7 @@ TEST_F(MaintenanceTool, PlaysXsvfAndSaysWhatFailed) {
     }
 }
 
-TEST_F(MaintenanceTool, CamerasComeBackInTheModeThatTheyWereToldToStartIn) {
+TEST_F(MaintenanceTool, CamerasReturnInTheSelectedMode) {
     const ChildResult result = runScript("firmware load 41500101 image\n"
                                          "usb3vision on 41500103\n"
                                          "usb3vision on 41500101 --reboot\n"
@@ -298,7 +298,7 @@ TEST_F(MaintenanceTool, CamerasComeBackInTheModeThatTheyWereToldToStartIn) {
     EXPECT_THAT(run({"usb3vision", "status", "80002"}).output, HasSubstr("a simulated camera"));
 }
 
-TEST_F(MaintenanceTool, TellsAWaitThatIsInVainFromACameraThatStays) {
+TEST_F(MaintenanceTool, DistinguishesAVainWaitFromACameraThatStays) {
     EXPECT_EQ(run({"reboot", "70001", "--timeout", "1"}).errors,
               "quill: camera 70001: answers, and did not leave the list\n");
     const ChildResult gone = runChild(withDevices({"reboot", "41500101", "--timeout", "3"}));
@@ -306,7 +306,7 @@ TEST_F(MaintenanceTool, TellsAWaitThatIsInVainFromACameraThatStays) {
     EXPECT_THAT(gone.errors, EndsWith("left the list and did not come back within 3 s\n"));
 }
 
-TEST_F(MaintenanceTool, TellsTheDriverKitsVersionOrWhyNot) {
+TEST_F(MaintenanceTool, PrintsTheDriverKitsVersionOrTheReason) {
     const std::string key =
         "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\{7A3D9F20-4B1C-4E8A-9C55-2D61F0B8E3A7}\\";
     const std::string name = key + "DisplayVersion=";

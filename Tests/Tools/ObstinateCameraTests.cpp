@@ -19,7 +19,7 @@ namespace {
 using namespace CameraInterface;
 using namespace QuillTool;
 
-/// Takes every number, and keeps at most 10.
+/// Accepts every number, and keeps at most 10.
 class LimitedProperty : public MemoryProperty<int> {
 public:
     LimitedProperty() : MemoryProperty("Lines", PROPERTY_TYPE::Integer, 0, 100, 1, false, false, {}) {}
@@ -29,7 +29,7 @@ public:
     }
 };
 
-/// A camera that waits for a trigger while somebody presses Ctrl-C.
+/// A camera that waits for a trigger while the user presses Ctrl-C.
 class ObstinateCamera : public Camera {
 public:
     ObstinateCamera() { m_Properties["Lines"] = std::make_unique<LimitedProperty>(); }
@@ -76,7 +76,7 @@ TEST_F(ObstinateCameraTest, AnInterruptEndsTheWaitForAnImage) {
     interrupt.clear();
 }
 
-TEST_F(ObstinateCameraTest, TheValueThatWasReallySetIsTold) {
+TEST_F(ObstinateCameraTest, TheResultingValueIsPrinted) {
     const WrittenProperty written = writeProperty(m_Selected, "Lines", "0x0C");
     EXPECT_EQ(written.reading.value, "10");
     EXPECT_EQ(written.difference, "camera 1: property 'Lines': was set to '0x0C' and is now '10'");

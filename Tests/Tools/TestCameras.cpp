@@ -13,8 +13,8 @@
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
 #include "DriverKit/RegistryFile.h"
 
-// Simulated cameras that arrive and depart as the list changes that the environment names, and a device in software if
-// it names one.
+// Simulated cameras that arrive and depart as their list file changes, and a device in software; environment variables
+// name both.
 
 namespace {
 
@@ -25,7 +25,7 @@ std::string environmentValue(const char* name) {
     return value == nullptr ? "" : value;
 }
 
-/// A small picture comes in time on however busy a machine.
+/// A device with small pictures, which arrive in time on any load.
 DeviceDescription smallDevice() {
     DeviceDescription device = defaultDevices()[1];
     device.sensorWidth = 64;
@@ -35,11 +35,11 @@ DeviceDescription smallDevice() {
 
 std::uint32_t plugGige() {
     DeviceDescription device = gigeDevice();
-    device.interfaceNumber = 2; // where cameras are looked for
+    device.interfaceNumber = 2; // an interface that is searched for cameras
     return plug(device);
 }
 
-/// By what the environment calls it.
+/// By the name in the environment.
 const std::map<std::string, void (*)()> kDevices{
     {"gige", [] { plugGige(); }},
     {"uncounted", [] { failNext(plugGige(), Operation::sdkGetStreamStats, 1'000'000'000, kInternalError); }},
@@ -61,7 +61,7 @@ const std::map<std::string, void (*)()> kDevices{
     {"leaving", [] { unplugDuring(plug(smallDevice()), Operation::sdkCaptureVideoFrames, 2); }},
 };
 
-/// The record of driver kits is the file that the environment names.
+/// The record of driver kits is in the file that the environment names.
 const Utilities::RegistryApi kRegistry{
     [](Utilities::RegistryHandle /*root*/, const char16_t* path, std::uint32_t /*options*/, std::uint32_t /*access*/,
        Utilities::RegistryHandle* key) {

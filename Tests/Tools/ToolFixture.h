@@ -16,12 +16,12 @@ namespace TestSupport {
 
 using Words = std::vector<std::string>;
 
-/// Runs the tool on a list of simulated cameras of its own.
+/// Runs the tool on its own list of simulated cameras.
 class ToolFixture : public ::testing::Test {
 protected:
     explicit ToolFixture(const std::string& cameraList) { m_Folder.write("list.json", cameraList); }
 
-    /// @param device in software that is plugged in; TestCameras.cpp names them
+    /// @param device the device in software to plug in; TestCameras.cpp lists the names
     ChildProcess command(const Words& words, const std::string& device = "") const {
         return {QUILL_UNDER_TEST,
                 words,

@@ -47,8 +47,8 @@ protected:
     Tool() : ToolFixture(kCameraList) {}
 };
 
-/// Words, exit code, and a part of what is said: on standard output where that is 0, else in the one line on standard
-/// error.
+/// Words, exit code, and a part of the output: of standard output if the exit code is 0, otherwise of the one line on
+/// standard error.
 struct CommandCase {
     Words words;
     int exitCode;
@@ -71,7 +71,7 @@ TEST_F(Tool, EndsWithTheDocumentedCodeAndSaysWhy) {
         {{"--version"}, 0, "quill "},
         {{"--help"}, 0, "130  interrupted"},
         {{"help", "perform"}, 0, "Usage: quill perform [OPTIONS] SERIAL NAME"},
-        {{"help", "capture"}, 0, "Examples:\n  quill capture 41500101 -o"}, // one that sees something
+        {{"help", "capture"}, 0, "Examples:\n  quill capture 41500101 -o"}, // with a picture
         {{"set", "90001", "Gain", "-0.1"}, 1, "property 'Gain': cannot be set to '-0.1': the range is 0.0 .. 24.0"},
         {{"set", "90001", "Gain", "1,5"}, 2, "it takes a number, decimal or hexadecimal as 0x..."},
         {{"set", "90001", "Width", "8.5"}, 2, "it takes a whole number"},
@@ -147,7 +147,7 @@ TEST_F(Tool, GivesJsonWithStableKeys) {
     }
 }
 
-TEST_F(Tool, ShellKeepsWhatACameraWasToldAndGoesOnAfterAFailure) {
+TEST_F(Tool, ShellKeepsSettingsAndContinuesAfterAFailure) {
     const ChildResult result = runScript("# a comment\n"
                                          "perform 90001 \"Write Flash\" 0x10 hex:00FF41 # bytes\n"
                                          "get 90001 'No such'\n"
@@ -163,7 +163,7 @@ TEST_F(Tool, ShellKeepsWhatACameraWasToldAndGoesOnAfterAFailure) {
     EXPECT_THAT(result.errors, HasSubstr("quill: line 5: the quote \" is not closed"));
 }
 
-TEST_F(Tool, WatchTellsWhoDepartsAndArrivesUntilInterrupted) {
+TEST_F(Tool, WatchPrintsDeparturesAndArrivalsUntilInterrupted) {
     const auto useList = [&](const std::string& list) {
         return [this, list](pid_t) {
             std::filesystem::rename(m_Folder.write("next.json", list), m_Folder.file("list.json"));
@@ -183,7 +183,7 @@ TEST_F(Tool, WatchEndsWhenNobodyListens) {
               "ended with 0\n");
 }
 
-TEST_F(Tool, ColoursATerminalUnlessToldNotTo) {
+TEST_F(Tool, ColoursATerminalUnlessDisabled) {
     if (!canOpenTerminal()) {
         GTEST_SKIP() << "No pseudo-terminal can be opened here.";
     }
@@ -261,7 +261,7 @@ TEST_F(Tool, SaysHowACameraOfTheSdkFares) {
         {"worn",
          {"conform", "41500102"},
          1,
-         {"quill: camera 41500102: 5 of its answers are not as documented\n"}}, // whenever it is open
+         {"quill: camera 41500102: 5 of its answers are not as documented\n"}}, // while it is open
     };
     for (const auto& expected : cases) {
         SCOPED_TRACE(::testing::PrintToString(expected.words));
@@ -297,11 +297,11 @@ TEST_F(Tool, WritesTheColourThatACameraComputed) {
                 HasSubstr("Image               BGR, 16 bits\n"));
 }
 
-TEST_F(Tool, TellsRatesBelowOneFrameASecond) {
+TEST_F(Tool, PrintsRatesBelowOneFramePerSecond) {
     const std::string output = runChild(command({"stream", "41500102", "--seconds", "3", "--json"}, "slow")).output;
     std::istringstream lines(output);
     for (std::string line; std::getline(lines, line);) {
-        EXPECT_LT(json::parse(line).at("deliveredPerSecond"), 20) << line; // 0.7, whatever delays the lines
+        EXPECT_LT(json::parse(line).at("deliveredPerSecond"), 20) << line; // 0.7, even if the lines are late
     }
     EXPECT_NE(output, "");
 }

@@ -20,7 +20,7 @@ namespace {
 using namespace Utilities;
 using Bytes = std::vector<unsigned char>;
 
-/// The bytes of hexadecimal numbers of two digits, blanks between them or not.
+/// The bytes of two-digit hexadecimal numbers, with or without blanks between them.
 Bytes bytes(const std::string& text) {
     Bytes result;
     std::string digits;
@@ -45,18 +45,18 @@ std::string hexadecimal(const unsigned char* data, std::size_t length) {
     return text.str();
 }
 
-/// What reaches the registers: control words and shifts ("<value>:<bytes>") in hexadecimal, separated by blanks.
+/// Records the register accesses: control words and shifts ("<value>:<bytes>") in hexadecimal, separated by blanks.
 class Recorder {
 public:
     JtagTransport transport() { return {this, write, read}; }
 
     std::string words;
-    std::deque<Bytes> answers; ///< of the shifts that ask, the last one for ever; none: zeros
+    std::deque<Bytes> answers; ///< to shifts that read, the last one repeated; none: zeros
     std::uint32_t refused = 0xFFFFFFFF;
     std::uint64_t calls = 0;
-    std::uint64_t callsUntilPulled = std::numeric_limits<std::uint64_t>::max(); ///< which fail from then on
+    std::uint64_t callsUntilPulled = std::numeric_limits<std::uint64_t>::max(); ///< calls fail from then on
 
-    /// Without opening, first reset and closing, which every play has.
+    /// The record without opening, first reset and closing, which every play has.
     std::string played() const {
         const std::string head = "501 101 401 0 1 0 1 0 1 0 1 0 1 ";
         const std::string tail = "500 ";
@@ -150,7 +150,7 @@ TEST(Xsvf, EachCommandMovesThePinsAsItsMeaningDemands) {
         EXPECT_EQ(playXsvf(recorder.transport(), bytes(row.file), report, {}), row.error == E::None);
         EXPECT_EQ(report.error, row.error);
         std::string words = row.words;
-        if (!words.empty() && words[0] == '8') { // a data shift, from reset and back to idle unless it says otherwise
+        if (!words.empty() && words[0] == '8') { // a data shift, from reset and back to idle unless specified
             words = toShift + words +
                     (words.find(' ') == std::string::npos ? " " + idle
                      : words.back() == ' '                ? ""
@@ -169,7 +169,7 @@ TEST(Xsvf, PiecesOfOneShiftStayInItsState) {
                          {}));
     EXPECT_EQ(recorder.played(), std::string(kToShiftDr) + "4008:01 4008:02 C008:03 " + kToIdle +
                                      "401 400 400 8:04 8:05 8008:06 " + kToIdle);
-    // Whole bytes are compared, and nothing is tried again.
+    // Whole bytes are compared, and nothing is retried.
     recorder.answers = {bytes("12")};
     EXPECT_FALSE(playXsvf(recorder.transport(), bytes("07 05 01 08 00000008 11 04 11 00"), report, {}));
     EXPECT_EQ(report.error, XsvfError::TdoMismatch);
@@ -217,7 +217,7 @@ TEST(Xsvf, AMismatchIsTriedAgainWithAQuarterMoreTime) {
 TEST(Xsvf, IncrementsAddressAndReplacesDataBits) {
     Recorder recorder;
     XsvfReport report;
-    // Address in the upper byte and its carry, data in every other bit of the lower byte.
+    // Address in the upper byte with its carry, data in every other bit of the lower byte.
     EXPECT_TRUE(playXsvf(recorder.transport(), bytes("08 00000010 0A 0100 0055 0B 01FF 02 05 0A 00"), report, {}));
     const std::string again = "401 400 400 ";
     EXPECT_EQ(recorder.played(), std::string(kToShiftDr) + "8010:FF01 " + kToIdle + again + "8010:BB02 " + kToIdle +
@@ -251,22 +251,22 @@ TEST(Xsvf, AccessIsClosedWhateverHappens) {
     EXPECT_FALSE(report.opened);
 }
 
-TEST(Xsvf, FailedTransfersAreToldAndThoseOfACameraThatIsGoneEndThePlay) {
+TEST(Xsvf, FailedTransfersAreReportedAndThoseOfALostCameraEndThePlay) {
     // Repeat, size, a shift of one bit, a wait of 4096 words, complete.
     const Bytes file = bytes("07 01 08 00000001 03 01 17 01 01 00100000 00");
     Recorder whole;
     XsvfReport report;
     EXPECT_TRUE(playXsvf(whole.transport(), file, report, {}));
     const struct {
-        std::uint64_t calls; ///< that reach the camera
+        std::uint64_t calls; ///< number that reach the camera
         std::uint32_t failedCommand;
         std::size_t failedOffset;
-        std::uint64_t callsToTheEnd; ///< of the camera that is gone, closing included
+        std::uint64_t callsToTheEnd; ///< after the camera is gone, including closing
     } rows[] = {
         {1, 0, 0, 13},               // after opening: preparation, reset
-        {17, 3, 7, 4},               // the shift, which is then not read back, and the way to idle
+        {17, 3, 7, 4},               // the shift, which is not read back then, and the path to idle
         {25, 4, 9, 2},               // a word of the wait
-        {whole.calls - 1, 5, 16, 1}, // all but closing
+        {whole.calls - 1, 5, 16, 1}, // all except closing
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.calls);

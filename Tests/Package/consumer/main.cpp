@@ -19,14 +19,14 @@ bool catchesExceptions() {
     return false;
 }
 
-/// A red pixel stays red when its samples change places.
+/// A red pixel stays red when its samples are reordered.
 bool convertsImages() {
     const auto image = Imaging::createImage(1, 1, {200, 30, 10}, 8, true, Imaging::IMAGE_FORMAT::RGB);
     return Imaging::convertImage(image, Imaging::IMAGE_FORMAT::BGRA)->getData() ==
            std::vector<unsigned char>{10, 30, 200, 255};
 }
 
-/// The template behind in-memory properties is instantiated in the library only.
+/// The template of in-memory properties is instantiated only in the library.
 bool makesProperties() {
     using namespace CameraInterface;
     MemoryProperty<double> property("Gamma", PROPERTY_TYPE::Float, 0, 4, 1, false, false, {});
@@ -34,7 +34,7 @@ bool makesProperties() {
     return property.getValue() == "2.20" && dynamic_cast<Property&>(property).getName() == "Gamma";
 }
 
-/// What the SDK tells of a camera can be asked about with nothing but the package.
+/// Functions on the SDK's version record need only the package.
 bool knowsVersions() {
     ORVEX_VERSION version{};
     version.firmware = 0x100;

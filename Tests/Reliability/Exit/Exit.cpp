@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Ends in the way that its argument names. Whatever runs then, the exit code is 0 and nothing is printed.
+// Exits in the way that its argument names. Whatever runs at that time, the exit code is 0 and nothing is printed.
 
 #include <chrono>
 #include <cstdlib>
@@ -25,7 +25,7 @@ using CameraInterface::Camera;
 
 constexpr std::uint32_t kSerial = 7;
 
-/// On several threads, the library's and OpenCV's.
+/// Converts on several threads, the library's and OpenCV's.
 void convertLargeImages() {
     using Imaging::IMAGE_FORMAT;
     const auto convert = [](IMAGE_FORMAT from, IMAGE_FORMAT to) {
@@ -36,7 +36,7 @@ void convertLargeImages() {
     convert(IMAGE_FORMAT::BAYER_RGGB, IMAGE_FORMAT::MONO);
 }
 
-/// Uses the library after main() has returned and after whatever the library does at exit.
+/// Uses the library after main() has returned and after the library's own actions at exit.
 struct LateUser {
     ~LateUser() {
         Camera::getCamerasList();
@@ -52,7 +52,7 @@ struct LateUser {
 LateUser g_LateUser;
 TestSupport::Event g_Entered;
 
-/// A static object of the application. While it is destroyed a stream, if one is live, delivers many more frames.
+/// A static object of the application. While it is destroyed, a running stream delivers many more frames.
 struct SlowToGo {
     ~SlowToGo() {
         constexpr std::uint64_t kFrames = 50;
@@ -84,7 +84,8 @@ void withAnOpenCamera() {
 
 void withALiveStream() {
     Camera& camera = open();
-    static const SlowToGo slowToGo; // after the library's own static objects that end a stream, before those of a run
+    // Destroyed after the library's static objects that end a stream, before those of a run.
+    static const SlowToGo slowToGo;
     camera.startStream();
     camera.getImage();
 }
@@ -103,7 +104,7 @@ void withACallbackThatComesBack() {
     Camera::registerNewConnectCallback([owned = std::make_shared<ComesBack>()] {});
 }
 
-/// Children of a process in which everything runs: they convert, run a thread of their own, and end as usual.
+/// Children of a process in which everything runs: they convert, run a thread of their own, and exit as usual.
 void inForkedChildren() {
     constexpr int kChildren = 10;
     static Utilities::Watchdog watchdog; // of the application
@@ -145,7 +146,7 @@ void insideACallback() {
     Camera::registerDisconnectCallback([](const std::string&, const std::string&) { std::exit(EXIT_SUCCESS); });
     SoftwareDevices::unplug(kSerial);
     while (true) {
-        std::this_thread::sleep_for(std::chrono::hours(1)); // the callback ends the process meanwhile
+        std::this_thread::sleep_for(std::chrono::hours(1)); // the callback exits the process meanwhile
     }
 }
 
@@ -154,7 +155,7 @@ void atOnce() {
     std::quick_exit(EXIT_SUCCESS);
 }
 
-/// Whether this is what an action fails with.
+/// Whether an action fails with this sentence.
 template <typename Action>
 bool failsBecause(const std::string& sentence, Action action) {
     try {
@@ -165,9 +166,9 @@ bool failsBecause(const std::string& sentence, Action action) {
     return false;
 }
 
-/// A stream that runs out of memory says so, and runs again when there is some.
+/// A stream that runs out of memory reports it, and can run again when there is memory.
 void underAMemoryLimit() {
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // these need all the addresses that there are
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // these need the whole address space
     Camera& camera = open(2560, 1920);
     camera.startStream();
     camera.getImage();
@@ -176,7 +177,7 @@ void underAMemoryLimit() {
     const rlimit limit{pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + (40U << 20), RLIM_INFINITY};
     setrlimit(RLIMIT_AS, &limit);
     std::vector<std::unique_ptr<Imaging::Image>> images;
-    const bool isTold = failsBecause("There was not enough memory for the next frame.", [&] {
+    const bool isReported = failsBecause("There was not enough memory for the next frame.", [&] {
         while (true) {
             images.push_back(camera.getImage());
         }
@@ -185,7 +186,7 @@ void underAMemoryLimit() {
     const bool isRefused = failsBecause("There is not enough memory for a frame.", [&camera] { camera.startStream(); });
     images.clear();
     camera.getImage();
-    if (!isTold || !isRefused) {
+    if (!isReported || !isRefused) {
         std::exit(EXIT_FAILURE);
     }
 #endif

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// A module of an application that uses the library and leaves everything running.
+// A module of an application that uses the library and stops nothing.
 
 #include <Quill.h>
 

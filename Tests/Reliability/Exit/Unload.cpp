@@ -36,7 +36,7 @@ int main(int argc, char** argv) {
             return EXIT_FAILURE;
         }
         const bool isLoaded = dlopen(argv[2], RTLD_NOW | RTLD_NOLOAD) != nullptr;
-        // A thread that was joined may be listed for a moment more.
+        // A joined thread may still be listed for a moment.
         const bool areThreadsGone = TestSupport::eventually([&] { return threadsOfProcess() == threadsBefore; });
         if (isLoaded || SoftwareDevices::isOpen(serial) || !areThreadsGone) {
             return EXIT_FAILURE;
@@ -44,7 +44,7 @@ int main(int argc, char** argv) {
         residentEarly = cycle == 1 ? residentBytes() : residentEarly;
     }
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // these keep freed memory for a while
-    // A frame has more than a megabyte: the buffers of a run must not stay.
+    // A frame has more than a megabyte, so buffers of runs that stay would show.
     if (residentBytes() > residentEarly + (10U << 20)) {
         return EXIT_FAILURE;
     }

@@ -55,7 +55,7 @@ void write(Camera& camera, Random& random) {
     camera.registerPropertyChangeCallback({});
 }
 
-/// Cuts frames, and lets the device refuse to end.
+/// Truncates frames, and lets the device refuse to stop.
 void disturb(Camera& camera, Random& random) {
     using SoftwareDevices::Operation;
     constexpr std::array<Operation, 4> kEndings{Operation::sdkStreamVideoControl, Operation::sdkDisableStillMode,
@@ -81,7 +81,7 @@ void stream(Camera& camera, Random& random) {
         camera.convertImage(image, below(random, 2) == 0 ? Imaging::IMAGE_FORMAT::BGR : Imaging::IMAGE_FORMAT::RGBA);
     }
     if (below(random, 2) == 0) {
-        camera.stopStream(); // otherwise it runs on, into whatever comes next
+        camera.stopStream(); // otherwise it continues during the next step
     }
 }
 
@@ -90,7 +90,7 @@ void changeMode(Camera& camera, Random& random) {
     tolerant([&] { camera.getProperty("USB3 Vision Mode").setValue(below(random, 2) == 0 ? "Enabled" : "Disabled"); });
     std::vector<std::string> mode{"Firmware"};
     camera.perform("Reboot", mode);
-    // It may come back as another kind before anybody looks.
+    // It may return as another kind before the next check.
     switch (below(random, 4)) {
     case 0:
         camera.disconnect();

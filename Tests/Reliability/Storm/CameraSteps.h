@@ -8,13 +8,13 @@
 
 namespace Storm {
 
-/// Something that an application does with a camera, as far as it is not refused.
+/// An action of an application on a camera, which may be refused.
 struct CameraStep {
     void (*take)(CameraInterface::Camera& camera, Random& random);
-    bool restarts; ///< the camera, which leaves the bus for that
+    bool restarts; ///< the camera leaves the bus and restarts
 };
 
-/// Those that are taken more often stand there more often.
+/// The table repeats steps that are taken more often.
 extern const std::array<CameraStep, 8> kCameraSteps;
 
 } // namespace Storm

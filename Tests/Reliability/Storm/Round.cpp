@@ -37,10 +37,11 @@ namespace {
 
 constexpr std::size_t kThreads = 6;
 constexpr std::array<std::uint32_t, 4> kDevices{1, 2, 3, 4};
-/// The list keeps 64 retired cameras, and each search that is under way can list a device once more that has just left.
+/// The list keeps 64 retired cameras, and each search in progress can list a device again that has just left.
 constexpr int kDeparturesBetweenBarriers = 64 / (kThreads + 2);
 
-/// Who holds references to cameras shares it; who would make them dangle has it alone. Nobody starves.
+/// A lock: threads that hold references to cameras share it; a thread that would invalidate them holds it exclusively.
+/// No thread starves.
 class References {
 public:
     std::shared_lock<std::shared_mutex> share() {
@@ -58,7 +59,7 @@ private:
     std::shared_mutex m_Mutex;
 };
 
-/// What the threads of a round share.
+/// The shared state of the threads of a round.
 struct Round {
     explicit Round(bool listHasOneKeeper) : oneKeeper(listHasOneKeeper) {}
 
@@ -66,14 +67,14 @@ struct Round {
     References references;
     std::vector<std::string> serials;
     std::vector<std::mutex> cameras; ///< one thread at a time uses a camera
-    std::mutex plugging;             ///< guards the next two
+    std::mutex plugging;             ///< guards the next two members
     std::set<std::uint32_t> unplugged;
     int departures = 0;
-    std::mutex check; ///< held while the storm's own thread keeps the list
+    std::mutex check; ///< held while the storm's own thread maintains the list
     std::atomic<bool> done{false};
 };
 
-/// A registered callback: must not run once its registration has been replaced.
+/// A registered callback, which must not run after it has been replaced.
 struct Registration {
     std::atomic<bool> replaced{false};
 };
@@ -87,7 +88,7 @@ void expectRefused(const std::function<void()>& call) {
     }
 }
 
-/// On the thread that keeps the list: everything that is allowed there, and everything that is not.
+/// Makes all allowed and forbidden calls on the thread that maintains the list.
 void callBack(Round& round, const std::string& serial) {
     ++tally().callbacks;
     tolerant([] { Camera::getCamerasList(); });
@@ -122,11 +123,12 @@ void registerCallbacks(Round& round) {
     };
     Camera::registerDisconnectCallback([body](const std::string&, const std::string& serial) { body(serial); });
     Camera::registerNewConnectCallback([body] { body({}); });
-    const std::lock_guard check(round.check); // the storm's own checks are none that the library could wait for
+    const std::lock_guard check(round.check); // the library cannot wait for the storm's own checks
     std::exchange(current, next)->replaced = true;
 }
 
-/// Callbacks of a list that one thread keeps: a camera that goes was there, one that comes was not.
+/// Registers callbacks for a list that one thread maintains: a camera that departs was present, one that arrives was
+/// not.
 void registerAlternation() {
     static std::set<std::string> known;
     known.clear();
@@ -135,8 +137,8 @@ void registerAlternation() {
     }
     Camera::registerDisconnectCallback([](const std::string&, const std::string& serial) {
         ++tally().callbacks;
-        require(known.erase(serial) == 1, "camera " + serial + " went without having been there");
-        require(Camera::getCamerasList().count(serial) == 0, "camera " + serial + " went and is listed");
+        require(known.erase(serial) == 1, "camera " + serial + " departed without having been present");
+        require(Camera::getCamerasList().count(serial) == 0, "camera " + serial + " departed and is still listed");
     });
     Camera::registerNewConnectCallback([] {
         ++tally().callbacks;
@@ -144,11 +146,11 @@ void registerAlternation() {
         for (const auto& entry : Camera::getCamerasList()) {
             arrived += known.insert(entry.first).second ? 1 : 0;
         }
-        require(arrived > 0, "no camera came");
+        require(arrived > 0, "no camera arrived");
     });
 }
 
-/// Pulls a plug, or puts it back.
+/// Unplugs a device, or plugs it in again.
 void plug(Round& round, Random& random) {
     const std::uint32_t serial = kDevices[below(random, kDevices.size())];
     const std::lock_guard plugging(round.plugging);
@@ -180,7 +182,7 @@ void useCamera(Round& round, Random& random) {
     tolerant([&] { step.take(Camera::getCamera(round.serials[index]), random); });
 }
 
-/// What only a list without a keeper of its own allows.
+/// Starts and ends the workspace, allowed only if no thread of the storm maintains the list.
 void useWorkspace(Round& round, Random& random) {
     switch (below(random, 8)) {
     case 0:
@@ -274,7 +276,7 @@ void runRound(std::uint32_t number, std::uint32_t operations, std::size_t thread
     for (auto& thread : threads) {
         if (thread.wait_until(deadline) != std::future_status::ready) {
             std::fprintf(stderr, "seed %u: round %u hangs\n", tally().seed, number);
-            std::abort(); // with all threads where they are
+            std::abort(); // keeps the state of all threads in the core
         }
         thread.get();
     }
@@ -285,11 +287,11 @@ void runRound(std::uint32_t number, std::uint32_t operations, std::size_t thread
         require(!SoftwareDevices::isOpen(serial), "device " + std::to_string(serial) + " is open at the end");
     }
     SoftwareDevices::startEmpty();
-    // A thread that was joined may be listed for a moment more.
+    // A joined thread may still be listed for a moment.
     while (threadsOfProcess() > threadsAtStart && Clock::now() < deadline) {
         std::this_thread::yield();
     }
-    require(threadsOfProcess() <= threadsAtStart, "threads are left");
+    require(threadsOfProcess() <= threadsAtStart, "threads are left running");
 }
 
 } // namespace Storm

@@ -6,9 +6,9 @@
 
 namespace Storm {
 
-/// Lets six threads make so many operations each, on devices that are plugged for it, and sees that nothing is left. In
-/// rounds with an odd number the list is kept by one thread alone, so that the callbacks of each camera must alternate.
-/// Ends the process where a thread does not come back.
+/// Lets each of six threads make this number of operations, on devices that are plugged for the round, and checks that
+/// nothing is left. In rounds with an odd number, only one thread maintains the list, so that the callbacks of each
+/// camera must alternate. Ends the process if a thread hangs.
 void runRound(std::uint32_t number, std::uint32_t operations, std::size_t threadsAtStart);
 
 } // namespace Storm

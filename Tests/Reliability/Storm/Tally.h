@@ -10,7 +10,7 @@
 
 namespace Storm {
 
-/// What the storm has done so far.
+/// The counts of the storm so far.
 struct Tally {
     std::uint32_t seed = 1;
     std::atomic<std::uint64_t> operations{0};
@@ -20,10 +20,10 @@ struct Tally {
 };
 Tally& tally();
 
-/// Tells the first thing that is not as it must be, with the seed.
+/// Reports the first condition that does not hold, with the seed.
 void require(bool condition, const std::string& what);
 
-/// Runs a call that may be refused. Anything but a std::exception ends the program.
+/// Runs a call that may be refused. Any exception other than a std::exception ends the program.
 template <typename Action>
 void tolerant(Action action) {
     try {

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Threads that do at once whatever an application may do, while devices come and go. Every thread draws what it does
-// from the seed; the interleaving is the machine's.
+// Threads that concurrently do everything an application may do, while devices come and go. Every thread draws its
+// operations from the seed; their interleaving depends on the machine.
 //
 //   quill_storm [--seed N] [--operations N] [--seconds N] [--samples FILE]
 //
-// A round is so many operations of each thread; with --seconds rounds go on for so long. In every other round the list
-// is kept by one thread alone, so that the callbacks of each camera must alternate. Between rounds the file gets
-// seconds, resident KiB, threads, open descriptors and operations so far.
+// --operations is the number of operations of each thread in a round; with --seconds, rounds repeat for that time. In
+// every other round only one thread maintains the list, so that the callbacks of each camera must alternate. Between
+// rounds the file gets seconds, resident KiB, threads, open descriptors and operations so far.
 
 #include <chrono>
 #include <cstdint>
@@ -27,7 +27,7 @@
 #include "Reliability/Storm/Tally.h"
 #include "Support/ProcessFigures.h"
 
-// What the library itself defines in files that are left out here.
+// Replaces definitions of library files that are not linked here.
 std::string Base::getLibraryFolder() {
     return QUILL_TEST_LIBRARY_FOLDER;
 }
@@ -45,7 +45,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kMemoryAllowance = 24U << 20;
 
-/// On more threads than OpenCV may know of: from then on a thread that the library keeps converts for those that end.
+/// Converts on more threads than may run OpenCV's parallel loops; further threads then convert on the library's own
+/// threads.
 void convertOnManyThreads() {
     using namespace Imaging;
     const auto image = createImage(64, 48, std::vector<unsigned char>(64 * 48), 8, true, IMAGE_FORMAT::BAYER_RGGB);

@@ -26,7 +26,7 @@ constexpr const char* kSimulatedCamera = R"({"Cameras": [
      "ReadOnly": false, "AvailableForWriting": true, "Discrete": false, "ValueList": []}],
    "Functions": [{"Name": "Read Flash", "Parameters": [], "Return Format": []}]}]})";
 
-/// Cameras of every kind, whose plugs the test can pull.
+/// Cameras of every kind, which the test can unplug.
 class ConformanceTest : public TestSupport::SoftwareDeviceFixture {
 protected:
     ConformanceTest() {
@@ -36,7 +36,7 @@ protected:
         describeCameras(kSimulatedCamera);
     }
 
-    /// A device with a small picture, which takes little time.
+    /// A device with small pictures, which take little time.
     static DeviceDescription smallDevice(std::size_t defaultDevice) {
         DeviceDescription device = SoftwareDevices::defaultDevices()[defaultDevice];
         device.sensorWidth = 64;
@@ -58,7 +58,7 @@ protected:
         return {[this] { describeCameras(kNoCameras); }, [this] { describeCameras(kSimulatedCamera); }};
     }
 
-    /// Expects that every answer is as documented, in so many states.
+    /// Expects that every answer in this number of states is as documented.
     static void expectConforming(const std::string& serialNumber, const Plug& plug, Kind kind, std::size_t states) {
         Subject subject(serialNumber, plug, FlashWrites::Allowed);
         EXPECT_EQ(subject.kind(), kind);
