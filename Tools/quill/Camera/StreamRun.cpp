@@ -26,9 +26,11 @@ void RunningStream::stop() {
 }
 
 void StreamRun::describe(CLI::App& parser) {
+    constexpr int kMostTogether = 1000;
     parser.add_option("--set", m_Assignments, "Property to write first, as NAME=VALUE; may be repeated")
         ->take_all()
-        ->expected(1);
+        ->expected(1, kMostTogether)
+        ->allow_extra_args(false); // the parser would take "[a,b]" for two
     parser.add_flag("--still", m_Still, "Single captures instead of video");
 }
 

@@ -22,4 +22,14 @@ void addJsonFlag(CLI::App& parser, bool& json) {
     parser.add_flag("--json", json, "Print the results as JSON");
 }
 
+CLI::Option* addTexts(CLI::App& parser, const std::string& name, std::vector<std::string>& texts,
+                      const std::string& description) {
+    constexpr int kUnlimited = CLI::detail::expected_max_vector_size;
+    // The parser takes "[a,b]" for two texts where extra ones are allowed, so all of them are expected ones.
+    return parser.add_option(name, texts, description)
+        ->expected(kUnlimited, kUnlimited)
+        ->allow_extra_args(false)
+        ->take_all();
+}
+
 } // namespace QuillTool

@@ -61,6 +61,10 @@ void addCameraArgument(CLI::App& parser, std::string& selector);
 void addFileArgument(CLI::App& parser, std::string& path, const std::string& what);
 void addJsonFlag(CLI::App& parser, bool& json);
 
+/// Adds an argument that takes all texts that follow, each as it is.
+CLI::Option* addTexts(CLI::App& parser, const std::string& name, std::vector<std::string>& texts,
+                      const std::string& description);
+
 // The commands, in groups and in the order of the help.
 std::vector<CommandDescription> cameraCommands();
 std::vector<CommandDescription> propertyCommands();

@@ -101,7 +101,7 @@ public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
         parser.add_option("NAME", m_Name, "Name of the function")->required();
-        parser.add_option("ARG", m_Arguments, "Text or number, @FILE, hex:BYTES or text:TEXT");
+        addTexts(parser, "ARG", m_Arguments, "Text or number, @FILE, hex:BYTES or text:TEXT");
         parser.add_option("-o,--output", m_Output, "File for the bytes of the result")->check(notEmpty());
         addJsonFlag(parser, m_Json);
     }

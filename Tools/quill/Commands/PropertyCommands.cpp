@@ -85,7 +85,7 @@ class GetCommand : public Command {
 public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
-        parser.add_option("NAME", m_Names, "Name of the property; several are read in turn")->required();
+        addTexts(parser, "NAME", m_Names, "Name of the property; several are read in turn")->required();
         addJsonFlag(parser, m_Json);
     }
 
