@@ -5,11 +5,11 @@
 namespace QuillTool {
 
 CLI::Validator notEmpty() {
-    return {[](const std::string& text) { return std::string(text.empty() ? "an empty text is given" : ""); }, ""};
+    return {[](const std::string& text) { return std::string(text.empty() ? "the text is empty" : ""); }, ""};
 }
 
 void addCameraArgument(CLI::App& parser, std::string& selector) {
-    parser.add_option("SERIAL", selector, "Serial number of the camera, or a unique beginning")
+    parser.add_option("SERIAL", selector, "Serial number of the camera, or a unique prefix of it")
         ->required()
         ->check(notEmpty());
 }

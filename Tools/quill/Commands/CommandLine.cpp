@@ -15,19 +15,19 @@ namespace {
 
 constexpr const char* kFooter = R"('quill COMMAND --help' explains a command, and so does 'quill help COMMAND'.
 
-A camera is named by its serial number, or by a beginning of it that fits no
-other camera. With --json, commands that list or read print JSON. Results go to
-standard output, everything else to standard error. Colour is used on a
-terminal only, and not where the environment has NO_COLOR.
+A serial number, or a unique prefix of it, identifies a camera. With --json,
+commands that list or read print JSON. Results go to standard output, everything
+else to standard error. Colour appears on terminals only, unless the environment
+variable NO_COLOR is set.
 
 Exit codes:
   0    done
   1    the operation failed
-  2    the command line is wrong, or a camera's name fits several
+  2    the command line is wrong, or a serial number's prefix is ambiguous
   3    no such camera, property or function, or no driver kit
-  4    timed out
+  4    the operation timed out
   5    the camera is gone
-  6    what was read back is not what was written
+  6    reading back, or comparing, found a difference
   130  interrupted
 
 Examples:
