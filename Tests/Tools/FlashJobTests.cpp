@@ -136,8 +136,8 @@ TEST_F(FlashJobTest, NamesStageAddressAndStateOfWhatEndsIt) {
     constexpr bool kFirmware = true;
     const std::string partly = "the flash there is partly written";
     const std::string headless = partly + "; the image's header was not written, so the camera does not start it";
-    const std::string unknown = "the flash there is written but for the image's header, of which that is not known";
-    const std::string changed = "the flash there was changed as asked, but not all of it was verified";
+    const std::string unknown = "the flash there is written, except possibly the image's header";
+    const std::string changed = "the flash there is changed as requested, but only partly verified";
     const struct {
         bool firmware;
         Incident incident;

@@ -83,7 +83,7 @@ TEST_F(MaintenanceTool, RefusesBeforeTheCameraIsTouched) {
     } cases[] = {
         {"flash write 70001 0 empty", 1, "file 'empty': is empty"},
         {"flash write 70001 0 missing", 1, "file 'missing': cannot be read: No such file"},
-        {"flash write 70001 0 table.bin --maximum-size 15", 1, "file 'table.bin': has 16 bytes, which is more than 15"},
+        {"flash write 70001 0 table.bin --maximum-size 15", 1, "file 'table.bin': has 16 bytes, more than 15"},
         {"flash write 70001 0xFFFFF1 table.bin", 2,
          "0xFFFFF1..0x1000001 cannot be erased: the flash ends at 0x1000000"},
         {"flash write 70001 0 table.bin --chunk 0", 2, "--chunk"},
@@ -97,7 +97,7 @@ TEST_F(MaintenanceTool, RefusesBeforeTheCameraIsTouched) {
         {"perform 70001 'Write Flash' '' x", 2, "Address takes a whole number"},
         {"flash write 70002 0 table.bin", 3, "cannot be written: function 'Write Flash': Function not supported."},
         {"flash erase 70001 0 0", 2, "LENGTH"},
-        {"firmware write 70001 cut", 1, "file 'cut': is no boot image, or not all of one: Invalid image file."},
+        {"firmware write 70001 cut", 1, "file 'cut': is not a complete boot image: Invalid image file."},
         {"firmware load 80001 image", 3,
          "camera 80001: 'image' cannot be loaded into its RAM: Function not supported."},
         {"flash", 2, "flash: a command is missing; try 'quill flash --help'"},
@@ -227,9 +227,8 @@ TEST_F(MaintenanceTool, PlaysXsvfAndSaysWhatFailed) {
         {{"good.xsvf", "--dry-run"}, 0, "5 commands of 'good.xsvf' would be played"},
         {{"other.xsvf", "--quiet"},
          1,
-         "quill: camera 41500101: 'other.xsvf' cannot be played into its JTAG port: the device answered other bits "
-         "than "
-         "expected, at command 4, file offset 0xC: expected 149511c4, captured 149511c3, mask ffffffff\n"},
+         "quill: camera 41500101: 'other.xsvf' cannot be played into its JTAG port: the device returned "
+         "unexpected bits, at command 4, file offset 0xC: expected 149511c4, captured 149511c3, mask ffffffff\n"},
         {{"cut.xsvf"},
          1,
          "quill: file 'cut.xsvf': cannot be played: it ends without the command that completes it, at command 4, file "
@@ -285,7 +284,7 @@ TEST_F(MaintenanceTool, CamerasReturnInTheSelectedMode) {
         "quill: line 5: camera 41500101: 0x0..0x4 cannot be read: function 'Read Flash': Function not supported.\n"
         "quill: line 6: camera 41500101: left the list\n"
         "quill: line 6: camera 41500101: is back as an SDK camera\n"
-        "quill: line 8: camera 41500101: a reboot makes it effective\n"
+        "quill: line 8: camera 41500101: the mode takes effect at the next restart\n"
         "quill: line 10: camera 41500101: USB3 Vision Mode cannot be switched on: its flash holds no valid USB3 Vision "
         "file\n");
     EXPECT_EQ(result.output, "USB3 Vision Mode = Enabled\n"
@@ -300,7 +299,7 @@ TEST_F(MaintenanceTool, CamerasReturnInTheSelectedMode) {
 
 TEST_F(MaintenanceTool, DistinguishesAVainWaitFromACameraThatStays) {
     EXPECT_EQ(run({"reboot", "70001", "--timeout", "1"}).errors,
-              "quill: camera 70001: answers, and did not leave the list\n");
+              "quill: camera 70001: responds, and did not leave the list\n");
     const ChildResult gone = runChild(withDevices({"reboot", "41500101", "--timeout", "3"}));
     EXPECT_EQ(gone.exitCode, 4);
     EXPECT_THAT(gone.errors, EndsWith("left the list and did not come back within 3 s\n"));
@@ -320,9 +319,10 @@ TEST_F(MaintenanceTool, PrintsTheDriverKitsVersionOrTheReason) {
         {name + "4\x1b[31m.\x7f\xc2\x9b"
                 "5",
          0, "4 [31m. 5\n"},
-        {key + "=", 1, "quill: driver kit: its version cannot be read: its record names none\n"},
-        {name + "dword:4", 1, "quill: driver kit: its version cannot be read: its record has no text in its place\n"},
-        {name + "\xff", 1, "quill: driver kit: its version cannot be read: it is no UTF-8\n"},
+        {key + "=", 1, "quill: driver kit: its version cannot be read: its record names no version\n"},
+        {name + "dword:4", 1,
+         "quill: driver kit: its version cannot be read: its record holds a version that is not a text\n"},
+        {name + "\xff", 1, "quill: driver kit: its version cannot be read: it is not UTF-8\n"},
     };
     ChildProcess kit = command({"kit"});
     kit.environment.push_back("QUILL_TEST_DRIVERS=" + m_Folder.file("drivers.conf"));
@@ -339,9 +339,8 @@ TEST_F(MaintenanceTool, PrintsTheDriverKitsVersionOrTheReason) {
     kit.environment.back() = "QUILL_TEST_DRIVERS=" + m_Folder.path().string();
     const ChildResult unreadable = runChild(kit);
     EXPECT_EQ(unreadable.exitCode, 1);
-    EXPECT_EQ(
-        unreadable.errors,
-        "quill: driver kit: its record cannot be read, so that nobody knows whether it is installed (status 5)\n");
+    EXPECT_EQ(unreadable.errors,
+              "quill: driver kit: its record cannot be read, so whether it is installed is unknown (status 5)\n");
 }
 
 } // namespace

@@ -89,19 +89,22 @@ TEST_F(Tool, EndsWithTheDocumentedCodeAndSaysWhy) {
          1,
          "file '/nonexistent': cannot be read: No such file"},
         {{"convert", "/nonexistent.png", "-o", "x.pgm"}, 1, "/nonexistent.png"},
-        {{"perform", "90001", "Write Flash", "0", "hex:123"}, 2, "half a byte is left over"},
+        {{"perform", "90001", "Write Flash", "0", "hex:123"}, 2, "the number of digits is odd"},
         {{"perform", "90001", "Write Flash"}, 2, "missing arguments: Address:Integer, Data:String"},
         {{"perform", "90001", "Write Flash", "0", "a", "b"}, 2, "too many arguments"},
-        {{"convert", "x.png", "--to", "PINK", "-o", "x.pgm"}, 2, "PINK: no such format; there are MONO, BAYER_RGGB"},
+        {{"convert", "x.png", "--to", "PINK", "-o", "x.pgm"}, 2, "PINK: no such format; available: MONO, BAYER_RGGB"},
         {{"convert", "x.png", "--width", "3", "-o", "x.pgm"}, 2, "--width requires --from"},
         {{"capture", "90001", "-o", "x.jpeg"}, 2, "x.jpeg"},
-        {{"capture", "90001", "-o", "x.png", "--count", ""}, 2, "--count: '' is no whole number"},
-        {{"info", ""}, 2, "SERIAL: an empty text"},
-        {{"info", "900"}, 2, "camera '900': fits several: 90001, 90002"},
+        {{"capture", "90001", "-o", "x.png", "--count", ""}, 2, "--count: '' is not a whole number"},
+        {{"info", ""}, 2, "SERIAL: the text is empty"},
+        {{"info", "900"}, 2, "camera '900': matches several: 90001, 90002"},
         {{"get", "90001"}, 2, "NAME is required"},
         {{"frobnicate"}, 2, "unknown command 'frobnicate'; try 'quill --help'"},
+        {{"help", "frobnicate"}, 2, "unknown command 'frobnicate'; try 'quill --help'"},
+        {{"--frob", "get"}, 2, "unknown command '--frob'; try 'quill --help'"},
         {{}, 2, "a command is missing"},
         {{"info", "7"}, 3, "camera '7': not found; there are: 81000, 90001, 90002"},
+        {{"get", "90001", "Gain", "--", "-x"}, 3, "camera 90001: property '-x': cannot be read"},
         {{"get", "90001", "[a,b]"}, 3, "camera 90001: property '[a,b]': cannot be read: Property is not supported."},
         {{"perform", "90001", "Fly"}, 3, "camera 90001: function 'Fly': cannot be performed: Function not supported."},
     };
@@ -200,7 +203,7 @@ TEST_F(Tool, SaysThatTheCameraListIsBroken) {
     const ChildResult list = run({"list"});
     EXPECT_EQ(list.exitCode, 1);
     EXPECT_THAT(list.errors, HasSubstr("quill: warning: simulated cameras (" + m_Folder.file("list.json")));
-    EXPECT_THAT(list.errors, HasSubstr("cannot be looked for: parse error"));
+    EXPECT_THAT(list.errors, HasSubstr("cannot be enumerated: parse error"));
     const ChildResult info = run({"info", "90001"});
     EXPECT_EQ(info.exitCode, 3);
     EXPECT_THAT(info.errors, HasSubstr("camera '90001': not found; there is none; simulated cameras"));

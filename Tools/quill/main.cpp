@@ -14,8 +14,8 @@ namespace {
 
 using namespace QuillTool;
 
-/// Gives closed standard streams a descriptor on which every use fails, so that no file that is opened later takes
-/// their place.
+/// Opens closed standard streams on descriptors that fail on every use, so that no file opened later takes their
+/// numbers.
 void occupyStandardStreams() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(descriptor, F_GETFD) == -1) {
@@ -39,7 +39,7 @@ ExitCode run(const std::vector<std::string>& words, Output& output, Interrupt& i
 
 int main(int argc, char** argv) {
     occupyStandardStreams();
-    std::signal(SIGPIPE, SIG_IGN); // a closed standard output is an error of writing
+    std::signal(SIGPIPE, SIG_IGN); // writing to a closed standard output fails with EPIPE
     Output output;
     try {
         Interrupt interrupt;

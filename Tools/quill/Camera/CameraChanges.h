@@ -15,17 +15,17 @@ struct Departure {
     std::string serialNumber;
 };
 
-/// What the library's threads tell the command's thread about the list of cameras, from construction to destruction.
-/// One object at a time.
+/// Passes changes of the camera list from the library's threads to the command's thread, from construction to
+/// destruction. At most one object exists at a time.
 class CameraChanges {
 public:
     CameraChanges();
     CameraChanges(const CameraChanges&) = delete;
     CameraChanges& operator=(const CameraChanges&) = delete;
-    /// When the registrations have ended, no callback runs any more.
+    /// Ends the registrations; no callback runs afterwards.
     ~CameraChanges();
 
-    /// Readable when something changed.
+    /// Becomes readable when the list changes.
     int descriptor() const { return m_Pipe.descriptor(); }
 
     std::vector<Departure> takeDepartures();

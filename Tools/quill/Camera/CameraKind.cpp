@@ -9,7 +9,7 @@ namespace QuillTool {
 
 namespace {
 
-/// @return whether the camera does it
+/// @return whether the action succeeds
 template <typename Action>
 bool does(Action action) {
     try {

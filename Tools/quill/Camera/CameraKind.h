@@ -5,17 +5,17 @@
 
 namespace QuillTool {
 
-/// What reaches a camera.
+/// The interface through which the library reaches a camera.
 enum class CameraKind { Sdk, Usb3Vision, Simulated };
 
-/// Asks a connected camera. Of those without a stream, a simulated camera gives its placeholder image at once; one in
-/// USB3 Vision mode gives none.
+/// Determines the kind of a connected camera. Without a stream, a simulated camera returns its placeholder image at
+/// once; a camera in USB3 Vision mode returns no image.
 CameraKind kindOf(CameraInterface::Camera& camera);
 
-/// "an SDK camera"
+/// Returns the kind with its article: "an SDK camera".
 const char* nameOf(CameraKind kind);
 
-/// What the image of a simulated camera is.
+/// Describes the image of a simulated camera.
 constexpr const char* kPlaceholder = "a placeholder of one black pixel";
 
 } // namespace QuillTool

@@ -17,8 +17,8 @@ using CameraInterface::Camera;
 
 namespace {
 
-/// A camera that restarts leaves within this time: the library looks every half second. One that does not, such as a
-/// simulated one, restarts without leaving.
+/// A restarting camera leaves the list within this time, because the library enumerates every half second. A camera
+/// that stays, such as a simulated camera, restarts without leaving.
 constexpr std::chrono::seconds kDepartureTime{3};
 
 bool isListed(const std::string& serialNumber) {
@@ -28,13 +28,13 @@ bool isListed(const std::string& serialNumber) {
 } // namespace
 
 void ReturnOptions::describe(CLI::App& parser) {
-    parser.add_flag("--no-wait", noWait, "Do not wait until the camera is back");
+    parser.add_flag("--no-wait", noWait, "Do not wait for the camera to return");
     describeTimeout(parser);
 }
 
 CLI::Option* ReturnOptions::describeTimeout(CLI::App& parser) {
     constexpr unsigned kLongest = 3600;
-    return addNumber(parser, "--timeout", timeoutSeconds, "Seconds to wait until the camera is back", 1, kLongest)
+    return addNumber(parser, "--timeout", timeoutSeconds, "Seconds to wait for the camera to return", 1, kLongest)
         ->capture_default_str();
 }
 
@@ -44,16 +44,16 @@ CameraReturn::CameraReturn(Context& context, const SelectedCamera& camera, const
 bool CameraReturn::await() {
     const Clock::time_point begin = Clock::now();
     if (!waitUntil(begin + std::min(kDepartureTime, m_Timeout), [this] { return m_Left; })) {
-        tell("answers, and did not leave the list");
+        report("responds, and did not leave the list");
         return false;
     }
-    tell("left the list");
+    report("left the list");
     const std::string& serialNumber = m_Camera.serialNumber();
     if (!waitUntil(begin + m_Timeout, [&] { return isListed(serialNumber); })) {
         throw ToolError(ExitCode::TimedOut, m_Camera.about(fmt::format(
                                                 "left the list and did not come back within {} s", m_Timeout.count())));
     }
-    tell(fmt::format("is back as {}", nameOf(kindOf(*m_Context.session.connect(serialNumber)))));
+    report(fmt::format("is back as {}", nameOf(kindOf(*m_Context.session.connect(serialNumber)))));
     return true;
 }
 
@@ -74,8 +74,7 @@ void CameraReturn::waitForChange(Clock::time_point deadline) {
                                   pollfd{m_Changes.descriptor(), POLLIN, 0}};
     poll(waiting.data(), waiting.size(), std::max(0, static_cast<int>(left.count())));
     if (m_Context.interrupt.requested()) {
-        throw ToolError(ExitCode::Interrupted,
-                        m_Camera.about("interrupted while it restarts; it goes on doing so by itself"));
+        throw ToolError(ExitCode::Interrupted, m_Camera.about("interrupted during its restart, which continues"));
     }
     const std::vector<Departure> departures = m_Changes.takeDepartures();
     m_Left = m_Left || std::any_of(departures.begin(), departures.end(), [this](const Departure& departure) {
@@ -83,9 +82,9 @@ void CameraReturn::waitForChange(Clock::time_point deadline) {
              });
 }
 
-void CameraReturn::tell(const std::string& what) {
+void CameraReturn::report(const std::string& what) {
     if (!m_Quiet) {
-        m_Context.output.tell(m_Camera.about(what));
+        m_Context.output.notify(m_Camera.about(what));
     }
 }
 

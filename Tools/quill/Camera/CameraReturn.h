@@ -11,26 +11,26 @@
 
 namespace QuillTool {
 
-/// Whether, and how long, somebody waits for a camera that restarts.
+/// Options for waiting until a restarted camera is back.
 struct ReturnOptions {
     bool noWait = false;
     unsigned timeoutSeconds = 30;
     bool quiet = false;
 
     void describe(CLI::App& parser);
-    /// The time alone.
+    /// Adds only --timeout.
     CLI::Option* describeTimeout(CLI::App& parser);
 };
 
-/// Waits for a camera that restarts: it leaves the list and comes back, maybe as one of another kind. Made before the
-/// camera is told to restart, so that nothing is missed; the library's own watching finds out.
+/// Waits for a restarting camera to leave the list and return, possibly as another kind of camera. Construct it before
+/// the restart, so that no change is missed. The library's watchdogs detect the changes.
 class CameraReturn {
 public:
     CameraReturn(Context& context, const SelectedCamera& camera, const ReturnOptions& options);
 
-    /// Tells on standard error what happens, unless it is to be quiet.
-    /// @return whether the camera left; one that did not answers on
-    /// @throws ToolError  it left and did not come back in time, or the wait was interrupted
+    /// Waits, and reports each change on standard error unless --quiet is given.
+    /// @return whether the camera left the list; otherwise it kept responding
+    /// @throws ToolError  the camera left and did not return in time, or the wait was interrupted
     bool await();
 
 private:
@@ -39,7 +39,7 @@ private:
     template <typename Condition>
     bool waitUntil(Clock::time_point deadline, Condition&& isMet);
     void waitForChange(Clock::time_point deadline);
-    void tell(const std::string& what);
+    void report(const std::string& what);
 
     Context& m_Context;
     SelectedCamera m_Camera;

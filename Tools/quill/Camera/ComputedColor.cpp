@@ -20,7 +20,7 @@ struct ComputedColor {
     PixelLayout layout;
 };
 
-/// What the SDK delivers in its pixel formats of so many bits. Alpha is opaque.
+/// Maps the bits of an SDK pixel format to the layout that the SDK delivers. Alpha is opaque.
 constexpr std::array kComputedColors{ComputedColor{24, {IMAGE_FORMAT::BGR, 8}},
                                      ComputedColor{32, {IMAGE_FORMAT::BGRA, 8}},
                                      ComputedColor{48, {IMAGE_FORMAT::BGR, 16}}};

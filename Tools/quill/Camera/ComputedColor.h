@@ -11,17 +11,18 @@ namespace QuillTool {
 /// The layout of pixels.
 struct PixelLayout {
     Imaging::IMAGE_FORMAT format;
-    unsigned bitDepth; ///< of a sample
+    unsigned bitDepth; ///< bits per sample
 };
 
-/// The layout of pixels of 24, 32 and 48 bits, whose colour a camera computed itself; nothing for any other number.
+/// Returns the layout of pixels of 24, 32 or 48 bits, whose colour the camera computes; nothing for any other depth.
 std::optional<PixelLayout> findComputedColor(unsigned bitsPerPixel);
 
-/// Such an image, which the library gives in the format of the camera's sensor, as the picture that its bytes are; any
-/// other image as it is.
+/// Declares the true layout of an image whose colour the camera computed and which the library labels with the sensor's
+/// format. Returns any other image unchanged.
 std::unique_ptr<Imaging::Image> withComputedColor(std::unique_ptr<Imaging::Image> image);
 
-/// The layout of the images that an SDK camera delivers as it is set up; nothing where it cannot be read.
+/// Returns the layout of the images that an SDK camera delivers with its current settings; nothing if it cannot be
+/// read.
 std::optional<PixelLayout> findDeliveredLayout(CameraInterface::Camera& camera);
 
 } // namespace QuillTool

@@ -14,7 +14,7 @@ namespace QuillTool {
 
 namespace {
 
-constexpr int kRepetitionMs = 20; // a stop that comes just before a start stops nothing
+constexpr int kRepetitionMs = 20; // a stop that arrives just before the start has no effect
 
 } // namespace
 
@@ -35,7 +35,7 @@ std::unique_ptr<Imaging::Image> ImageSource::next() {
             attemptStart(m_Camera, "no image can be captured", [this] { return m_Camera->getImage(); }));
     } catch (const ToolError&) {
         if (m_Interrupt.requested()) {
-            return nullptr; // the stream was stopped for it
+            return nullptr; // the interrupt stopped the stream
         }
         throw;
     }
@@ -49,7 +49,7 @@ void ImageSource::stopWhenInterrupted() {
         try {
             m_Camera->stopStream();
         } catch (const std::exception&) {
-            // The wait for the image ends by itself, with the camera's own reason.
+            // The wait for the image ends on its own and reports the camera's reason.
         }
         poll(waiting.data(), 1, kRepetitionMs);
     }

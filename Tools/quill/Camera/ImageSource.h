@@ -12,8 +12,8 @@
 
 namespace QuillTool {
 
-/// The images of a camera. Waiting for one ends at once when an interrupt is requested, whatever the camera waits for:
-/// a thread that lives as long as the source stops the stream then.
+/// Takes images from a camera. An interrupt ends the wait for an image at once, whatever the camera waits for: a thread
+/// with the lifetime of the source stops the stream.
 class ImageSource {
 public:
     ImageSource(const Interrupt& interrupt, const SelectedCamera& camera);
@@ -21,7 +21,7 @@ public:
     ImageSource& operator=(const ImageSource&) = delete;
     ~ImageSource();
 
-    /// The next image; null after an interrupt. Colour that the camera computed itself is declared as such.
+    /// Returns the next image; null after an interrupt. Declares the true layout of colour that the camera computed.
     /// @throws ToolError
     std::unique_ptr<Imaging::Image> next();
 

@@ -45,7 +45,7 @@ private:
         throw ToolError(code, m_Camera.about(fmt::format("property '{}': cannot be {}: {}", m_Name, tried(), reason)));
     }
 
-    // Cameras ignore what they cannot take, or take what they should not: the refusal is the tool's.
+    // Cameras ignore invalid values or accept them, so the tool refuses them itself.
 
     void requireWritable(const PropertyReading& property) const {
         if (property.readOnly) {
@@ -56,7 +56,7 @@ private:
         }
     }
 
-    /// The value as the property takes it.
+    /// Returns the value in the form that the property accepts.
     std::string allowedValue(const PropertyReading& property) const {
         if (property.discrete) {
             const auto& choices = property.choices;
@@ -71,7 +71,7 @@ private:
         return property.isNumber() ? allowedNumber(property) : m_Value;
     }
 
-    /// Whether a text of the property means the given value: 14 is 14.000000.
+    /// Returns whether a text of the property equals the given value: 14 equals 14.000000.
     bool isSameValue(const std::string& text, const PropertyReading& property) const {
         if (text == m_Value) {
             return true;
@@ -89,7 +89,7 @@ private:
                    ExitCode::Usage);
         }
         const std::optional<double> value = parseNumber(*text, numberKindOf(property.type));
-        // A limit that is no number limits nothing.
+        // A limit that is not a number does not limit.
         const std::optional<double> minimum = parseNumber(property.minimum, NumberKind::Real);
         const std::optional<double> maximum = parseNumber(property.maximum, NumberKind::Real);
         if ((minimum && *value < *minimum) || (maximum && *value > *maximum)) {
@@ -168,7 +168,7 @@ void WrittenProperty::requireAsAsked(Output& output) const {
     if (reading.type != PROPERTY_TYPE::Float) {
         throw ToolError(ExitCode::Difference, difference);
     }
-    output.warn(difference); // cameras round to the steps that they have
+    output.warn(difference); // cameras round to their steps
 }
 
 WrittenProperty writeProperty(const SelectedCamera& camera, const std::string& name, const std::string& value) {

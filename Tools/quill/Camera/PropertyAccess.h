@@ -11,7 +11,7 @@
 
 namespace QuillTool {
 
-/// What a property says about itself at one moment.
+/// A snapshot of a property.
 struct PropertyReading {
     std::string name;
     CameraInterface::PROPERTY_TYPE type = CameraInterface::PROPERTY_TYPE::String;
@@ -24,36 +24,36 @@ struct PropertyReading {
     bool readOnly = false;
     bool availableForWriting = false;
 
-    /// The choices, or the range, as a person reads them; may be empty.
+    /// Returns the choices or the range as text for people; may be empty.
     std::string allowed() const;
     bool isNumber() const;
     std::string writability() const;
 };
 
-/// Reads a property, all of it.
-/// @param tried  what a failure makes impossible
+/// Reads a complete property.
+/// @param tried  the participle for the error: "cannot be read"
 /// @throws ToolError
 PropertyReading readProperty(const SelectedCamera& camera, const std::string& name, const std::string& tried = "read");
 
-/// A property after it was written.
+/// The result of writing a property.
 struct WrittenProperty {
     PropertyReading reading;
-    std::string difference; ///< says that the value is another than was asked for; empty where it is not
+    std::string difference; ///< reports a value that differs from the requested value; otherwise empty
 
-    /// Warns of a number that the camera rounded.
-    /// @throws ToolError  of any other difference
+    /// Warns about a number that the camera rounded.
+    /// @throws ToolError  any other difference
     void requireAsAsked(Output& output) const;
 };
 
-/// Writes a property and reads it back. What the property cannot take is refused before anything is written.
+/// Writes a property and reads it back. Refuses an invalid value before writing anything.
 /// @throws ToolError
 WrittenProperty writeProperty(const SelectedCamera& camera, const std::string& name, const std::string& value);
 
-/// The same for somebody to whom only a difference matters.
+/// Does the same and reports only a difference.
 /// @throws ToolError
 void writeProperty(Output& output, const SelectedCamera& camera, const std::string& name, const std::string& value);
 
-/// Writes properties given as NAME=VALUE, in their order.
+/// Writes properties, given as NAME=VALUE, in order.
 /// @throws ToolError
 void writeProperties(Output& output, const SelectedCamera& camera, const std::vector<std::string>& assignments);
 

@@ -17,12 +17,12 @@ namespace PropertyNames = CameraInterface::PropertyNames;
 
 namespace {
 
-/// The properties of one direction.
+/// Names the properties of one direction.
 struct Direction {
     const char* offset;
     const char* length;
     const char* unit;
-    const char* maximum; ///< the sensor's end
+    const char* maximum; ///< of the sensor
 };
 
 constexpr std::array kDirections{
@@ -36,11 +36,11 @@ std::optional<std::uint64_t> readPixels(const SelectedCamera& camera, const char
         const auto number = parseNumber(camera->getProperty(property).getValue(), NumberKind::Real);
         return number && *number >= 0 ? std::optional(static_cast<std::uint64_t>(*number)) : std::nullopt;
     } catch (const std::exception&) {
-        return std::nullopt; // it says nothing
+        return std::nullopt; // unreadable
     }
 }
 
-/// Empty where nothing speaks against the region.
+/// Explains why the region is invalid; empty if it is valid.
 std::string regionTrouble(const SelectedCamera& camera) {
     std::vector<std::string> troubles;
     for (const Direction& direction : kDirections) {

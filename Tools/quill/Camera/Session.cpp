@@ -13,7 +13,7 @@ using CameraInterface::Camera;
 
 namespace {
 
-/// How many cameras a sentence names.
+/// The largest number of cameras that an error lists.
 constexpr std::size_t kCamerasNamed = 10;
 
 std::string enumerate(const std::vector<std::string>& serialNumbers) {
@@ -46,7 +46,7 @@ Session::~Session() {
             Camera::unitialisedWorkpace();
         }
     } catch (const std::exception& failure) {
-        m_Output.warn(fmt::format("the cameras could not be closed: {}", reasonOf(failure)));
+        m_Output.warn(fmt::format("cannot close the cameras: {}", reasonOf(failure)));
     }
 }
 
@@ -59,7 +59,7 @@ std::map<std::string, std::string> Session::listCameras() {
     const std::map<std::string, std::string> failures = Camera::getEnumerationFailures();
     for (const auto& [adapter, reason] : failures) {
         if (m_ReportedFailures.count(adapter) == 0) {
-            m_Output.warn(fmt::format("{}: cannot be looked for: {}", adapter, readable(reason)));
+            m_Output.warn(fmt::format("{}: cannot be enumerated: {}", adapter, readable(reason)));
         }
     }
     m_ReportedFailures = failures;
@@ -71,7 +71,7 @@ std::string Session::incompleteness() {
     for (const auto& failure : Camera::getEnumerationFailures()) {
         adapters.push_back(failure.first);
     }
-    return adapters.empty() ? "" : fmt::format("{} could not be looked for", fmt::join(adapters, ", "));
+    return adapters.empty() ? "" : fmt::format("{} cannot be enumerated", fmt::join(adapters, ", "));
 }
 
 std::string Session::select(const std::string& selector) {
@@ -88,7 +88,7 @@ std::string Session::select(const std::string& selector) {
         }
     }
     if (matches.size() > 1) {
-        throw ToolError(ExitCode::Usage, fmt::format("camera '{}': fits several: {}", selector, enumerate(matches)));
+        throw ToolError(ExitCode::Usage, fmt::format("camera '{}': matches several: {}", selector, enumerate(matches)));
     }
     if (matches.empty()) {
         const std::string present = all.empty() ? "there is none" : "there are: " + enumerate(all);

@@ -22,10 +22,10 @@ public:
     CameraInterface::Camera& operator*() const { return *m_Camera; }
     const std::string& serialNumber() const { return m_SerialNumber; }
 
-    /// "camera 90001: @p what", the beginning of every sentence about it.
+    /// Returns "camera 90001: @p what", the beginning of every message about the camera.
     std::string about(const std::string& what) const { return fmt::format("camera {}: {}", m_SerialNumber, what); }
 
-    /// Runs an action on the camera. What it throws becomes a ToolError: see explain().
+    /// Runs an action on the camera. Turns its exceptions into a ToolError: see explain().
     template <typename Action>
     auto attempt(const std::string& tried, Action&& action) const {
         try {
@@ -35,18 +35,18 @@ public:
         }
     }
 
-    /// A failure as a ToolError about this camera: @p tried says what cannot be done. The camera that went away
-    /// meanwhile is told from the one that refuses.
+    /// Turns a failure into a ToolError about this camera. @p tried names the failed action. Distinguishes a camera
+    /// that has gone from a camera that refuses.
     ToolError explain(const std::string& tried, const std::exception& failure) const;
 
 private:
     bool isGone() const noexcept;
 
-    CameraInterface::Camera* m_Camera; // kept by the library until the session ends
+    CameraInterface::Camera* m_Camera; // the library keeps it until the session ends
     std::string m_SerialNumber;
 };
 
-/// The cameras, from the first command that needs them to the end of the process.
+/// Holds the cameras from the first command that needs them to the end of the process.
 class Session {
 public:
     explicit Session(Output& output) : m_Output(output) {}
@@ -54,14 +54,14 @@ public:
     Session& operator=(const Session&) = delete;
     ~Session();
 
-    /// Looks for cameras and returns the model name of each by its serial number. Warns of kinds of cameras that cannot
-    /// be looked for; incompleteness() says which they are.
+    /// Enumerates the cameras and returns the model name of each by serial number. Warns about kinds of camera that
+    /// cannot be enumerated; incompleteness() names them.
     std::map<std::string, std::string> listCameras();
-    /// Empty, or a sentence that says which cameras the last listCameras() could not look for.
+    /// Names the kinds of camera that the last listCameras() could not enumerate; empty if there are none.
     static std::string incompleteness();
-    /// The camera with this serial number, or the only one whose serial number starts so, connected.
+    /// Connects the camera with this serial number, or the only camera whose serial number begins with it.
     SelectedCamera connect(const std::string& selector);
-    /// The serial number of the same camera, which is left as it is.
+    /// Returns the serial number of the same camera without connecting it.
     std::string select(const std::string& selector);
 
 private:

@@ -15,7 +15,7 @@ RunningStream::~RunningStream() {
     try {
         stop();
     } catch (const ToolError&) {
-        // What ended the command has been told.
+        // The failure that ended the command has been reported.
     }
 }
 
@@ -26,9 +26,11 @@ void RunningStream::stop() {
 }
 
 void StreamRun::describe(CLI::App& parser) {
-    parser.add_option("--set", m_Assignments, "Property to write first, as NAME=VALUE; may be repeated")
+    constexpr int kMostTogether = 1000;
+    parser.add_option("--set", m_Assignments, "Property to write first, as NAME=VALUE; repeatable")
         ->take_all()
-        ->expected(1);
+        ->expected(1, kMostTogether)
+        ->allow_extra_args(false); // see addTexts()
     parser.add_flag("--still", m_Still, "Single captures instead of video");
 }
 

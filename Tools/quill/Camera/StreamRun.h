@@ -11,7 +11,7 @@
 
 namespace QuillTool {
 
-/// A stream that runs, and is stopped at the end whatever happens.
+/// Runs a stream and stops it in any case.
 class RunningStream {
 public:
     /// @throws ToolError
@@ -20,19 +20,19 @@ public:
     RunningStream& operator=(const RunningStream&) = delete;
     ~RunningStream();
 
-    /// Stops the stream and tells if that fails.
-    /// @throws ToolError
+    /// Stops the stream.
+    /// @throws ToolError  the stream cannot be stopped
     void stop();
 
 private:
     SelectedCamera m_Camera;
 };
 
-/// How the commands that take images set a camera up.
+/// Sets up a camera for the commands that take images.
 class StreamRun {
 public:
     void describe(CLI::App& parser);
-    /// Writes the properties that were asked for, and the mode.
+    /// Writes the requested properties and the mode.
     /// @throws ToolError
     void prepare(Output& output, const SelectedCamera& camera) const;
 

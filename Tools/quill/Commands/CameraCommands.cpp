@@ -66,7 +66,7 @@ private:
     bool m_Json = false;
 };
 
-/// An address of a GigE camera or of the host's adapter: how it is called on the screen and in JSON.
+/// Names an address of a GigE camera or of the host's adapter for the table and for JSON.
 struct NetworkAddress {
     const char* title;
     const char* owner;
@@ -188,14 +188,14 @@ private:
 std::vector<CommandDescription> cameraCommands() {
     return {
         {"list", "List the cameras: serial number, model and state",
-         "Ends with 1 where some kind of camera could not be looked for.\n\n"
+         "Ends with 1 if a kind of camera cannot be enumerated.\n\n"
          "Examples:\n"
          "  quill list\n"
          "  quill list --json | jq -r '.cameras[].serialNumber'\n",
          makeCommand<ListCommand>},
         {"info", "Describe a camera",
-         "Of a GigE camera also the addresses, on both ends, and the counters of its stream. Ends with 1 where the\n"
-         "camera does not report one of the two.\n\n"
+         "For a GigE camera, also prints the addresses at both ends and the stream's\n"
+         "counters. Ends with 1 if the camera does not report one of them.\n\n"
          "Examples:\n"
          "  quill info 90001\n"
          "  quill info 90001 --json | jq -r '.information[\"Firmware Version\"]'\n",

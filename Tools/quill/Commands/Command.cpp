@@ -5,11 +5,11 @@
 namespace QuillTool {
 
 CLI::Validator notEmpty() {
-    return {[](const std::string& text) { return std::string(text.empty() ? "an empty text is given" : ""); }, ""};
+    return {[](const std::string& text) { return std::string(text.empty() ? "the text is empty" : ""); }, ""};
 }
 
 void addCameraArgument(CLI::App& parser, std::string& selector) {
-    parser.add_option("SERIAL", selector, "Serial number of the camera, or a unique beginning")
+    parser.add_option("SERIAL", selector, "Serial number of the camera, or a unique prefix of it")
         ->required()
         ->check(notEmpty());
 }
@@ -20,6 +20,16 @@ void addFileArgument(CLI::App& parser, std::string& path, const std::string& wha
 
 void addJsonFlag(CLI::App& parser, bool& json) {
     parser.add_flag("--json", json, "Print the results as JSON");
+}
+
+CLI::Option* addTexts(CLI::App& parser, const std::string& name, std::vector<std::string>& texts,
+                      const std::string& description) {
+    constexpr int kUnlimited = CLI::detail::expected_max_vector_size;
+    // The parser takes "[a,b]" for two texts where extra ones are allowed, so all of them are expected ones.
+    return parser.add_option(name, texts, description)
+        ->expected(kUnlimited, kUnlimited)
+        ->allow_extra_args(false)
+        ->take_all();
 }
 
 } // namespace QuillTool

@@ -14,7 +14,7 @@
 
 namespace QuillTool {
 
-/// What every command works with.
+/// The environment of every command.
 struct Context {
     Session& session;
     Output& output;
@@ -22,7 +22,7 @@ struct Context {
     bool inShell = false;
 };
 
-/// A command with the arguments of one command line.
+/// A command and the arguments of one command line.
 class Command {
 public:
     Command() = default;
@@ -30,18 +30,17 @@ public:
     Command& operator=(const Command&) = delete;
     virtual ~Command() = default;
 
-    /// Tells the parser which arguments there are and which members take them.
+    /// Adds the arguments to the parser and binds them to members.
     virtual void describe(CLI::App& parser) = 0;
-    /// @throws ToolError  what was tried and why it failed
+    /// @throws ToolError  names the failed action and the reason
     virtual ExitCode run(Context& context) = 0;
 };
 
-/// How a command is called, explained and made. A group of commands, such as "flash", makes nothing: the words that may
-/// follow it are its members.
+/// Names, explains and makes a command. A group of commands, such as "flash", has members instead of make().
 struct CommandDescription {
     std::string name;
     std::string summary;
-    std::string details; ///< what follows the list of arguments in its help: explanation and examples
+    std::string details; ///< explanation and examples; follow the list of arguments in the help
     std::unique_ptr<Command> (*make)() = nullptr;
     std::vector<CommandDescription> members{};
 
@@ -53,15 +52,19 @@ std::unique_ptr<Command> makeCommand() {
     return std::make_unique<Class>();
 }
 
-/// Refuses an empty text, such as a variable of the shell that is not set leaves.
+/// Refuses an empty text, such as that of an unset shell variable.
 CLI::Validator notEmpty();
 
-/// The arguments that several commands share.
+// Arguments that several commands share.
 void addCameraArgument(CLI::App& parser, std::string& selector);
 void addFileArgument(CLI::App& parser, std::string& path, const std::string& what);
 void addJsonFlag(CLI::App& parser, bool& json);
 
-// The commands, in groups and in the order of the help.
+/// Adds an argument that takes all texts that follow, unchanged.
+CLI::Option* addTexts(CLI::App& parser, const std::string& name, std::vector<std::string>& texts,
+                      const std::string& description);
+
+// The commands, in the order of the help.
 std::vector<CommandDescription> cameraCommands();
 std::vector<CommandDescription> propertyCommands();
 std::vector<CommandDescription> functionCommands();

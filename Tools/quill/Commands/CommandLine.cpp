@@ -13,29 +13,21 @@ namespace QuillTool {
 
 namespace {
 
-constexpr const char* kHelpHead = R"(quill: see, set and use cameras.
+constexpr const char* kFooter = R"('quill COMMAND --help' explains a command, and so does 'quill help COMMAND'.
 
-Usage: quill COMMAND [ARGUMENT...]
-       quill COMMAND --help
-       quill --version
-
-Commands:
-)";
-
-constexpr const char* kHelpTail = R"(
-A camera is named by its serial number, or by a beginning of it that fits no
-other camera. With --json, commands that list or read print JSON. Results go to
-standard output, everything else to standard error. Colour is used on a
-terminal only, and not where the environment has NO_COLOR.
+A serial number, or a unique prefix of it, identifies a camera. With --json,
+commands that list or read print JSON. Results go to standard output, everything
+else to standard error. Colour appears on terminals only, unless the environment
+variable NO_COLOR is set.
 
 Exit codes:
   0    done
   1    the operation failed
-  2    the command line is wrong, or a camera's name fits several
+  2    the command line is wrong, or a serial number's prefix is ambiguous
   3    no such camera, property or function, or no driver kit
-  4    timed out
+  4    the operation timed out
   5    the camera is gone
-  6    what was read back is not what was written
+  6    reading back, or comparing, found a difference
   130  interrupted
 
 Examples:
@@ -62,121 +54,92 @@ const std::vector<CommandDescription>& allCommands() {
     return commands;
 }
 
-/// @param path  the words before @p name, such as "flash "
-const CommandDescription& findCommand(const std::vector<CommandDescription>& commands, const std::string& path,
-                                      const std::string& name) {
-    const auto command = std::find_if(commands.begin(), commands.end(),
-                                      [&](const CommandDescription& candidate) { return candidate.name == name; });
-    if (command == commands.end()) {
-        throw ToolError(ExitCode::Usage, fmt::format("unknown command '{0}{1}'; try 'quill {0}--help'", path, name));
+class HelpFormatter : public CLI::Formatter {
+    std::string make_description(const CLI::App* parser) const override { return parser->get_description() + ".\n"; }
+    std::string make_footer(const CLI::App* parser) const override { return parser->get_footer(); }
+    /// Commands take a narrower column than options, so that most summaries fit on a line of a terminal.
+    std::string make_subcommand(const CLI::App* command) const override {
+        return fmt::format("  {:<13}{}\n", command->get_name(), command->get_description());
     }
-    return *command;
-}
-
-std::string listing(const std::vector<CommandDescription>& commands) {
-    std::string text;
-    for (const CommandDescription& command : commands) {
-        fmt::format_to(std::back_inserter(text), "  {:<13}{}\n", command.name, command.summary);
-    }
-    return text;
-}
-
-std::string helpOf(const CommandDescription& group, const std::string& path) {
-    return fmt::format(
-        "{0}.\nUsage: quill {1} COMMAND [ARGUMENT...]\n       quill {1} COMMAND --help\n\nCommands:\n{2}\n{3}",
-        group.summary, path, listing(group.members), group.details);
-}
-
-ExitCode printOverview(Context& context) {
-    context.output.print(kHelpHead + listing(allCommands()) + kHelpTail);
-    return ExitCode::Done;
-}
-
-ExitCode printVersion(Context& context) {
-    context.output.printLine("quill " QUILL_TOOL_VERSION);
-    return ExitCode::Done;
-}
-
-/// What stands in the place of a command.
-struct GlobalOption {
-    std::string_view name;
-    ExitCode (*run)(Context& context);
 };
 
-constexpr GlobalOption kGlobalOptions[] = {
-    {"--help", printOverview}, {"-h", printOverview}, {"help", printOverview}, {"--version", printVersion}};
-
-/// The parser takes "[a,b]" for a list of two. An argument that starts so gets this mark in front until it is parsed.
-constexpr char kLiteralMark = '\1';
-
-std::string marked(const std::string& argument) {
-    return argument.rfind('[', 0) == 0 ? kLiteralMark + argument : argument;
-}
-
-std::string unmarked(const std::string& argument) {
-    return argument.rfind(kLiteralMark, 0) == 0 ? argument.substr(1) : argument;
-}
-
-/// @param path  the words that call the command
-ExitCode runCommand(const CommandDescription& description, const std::string& path,
-                    const std::vector<std::string>& arguments, Context& context) {
-    const std::unique_ptr<Command> command = description.make();
-    CLI::App parser(description.summary + ".", "quill " + path);
-    parser.footer(description.details);
-    command->describe(parser);
-    for (CLI::Option* option : parser.get_options()) {
-        option->transform(unmarked);
+/// Adds a parser for each command. What lies below it, members or arguments, is added when the words reach it: to
+/// describe everything delays every start.
+/// @param called  receives the command that the words call
+void addCommands(CLI::App& parent, const std::vector<CommandDescription>& commands, std::unique_ptr<Command>& called) {
+    parent.require_subcommand(1);
+    for (const CommandDescription& description : commands) {
+        CLI::App* const parser = parent.add_subcommand(description.name, description.summary);
+        parser->footer(description.details);
+        parser->preparse_callback([&description, &called, parser](std::size_t /*remainingWords*/) {
+            if (description.isGroup()) {
+                addCommands(*parser, description.members, called);
+            } else {
+                called = description.make();
+                called->describe(*parser);
+            }
+        });
     }
-    std::vector<std::string> reversed; // as the parser takes them
-    std::transform(arguments.rbegin(), arguments.rend(), std::back_inserter(reversed), marked);
-    try {
-        parser.parse(std::move(reversed));
-    } catch (const CLI::CallForHelp&) {
-        context.output.print(parser.help());
-        return ExitCode::Done;
-    } catch (const CLI::ParseError& failure) {
-        throw ToolError(ExitCode::Usage, fmt::format("{0}: {1}; try 'quill {0} --help'", path, failure.what()));
-    }
-    return command->run(context);
 }
 
-bool asksForHelp(const std::string& word) {
-    return word == "--help" || word == "-h";
+bool isGroup(const CLI::App& parser) {
+    return parser.get_require_subcommand_min() != 0;
 }
 
-/// Follows the words through the groups to the command that they call.
-ExitCode runWords(const std::vector<std::string>& words, Context& context) {
-    const CommandDescription* command = &findCommand(allCommands(), "", words.front());
-    std::string path = command->name;
-    auto next = words.begin() + 1;
-    for (; command->isGroup(); ++next) {
-        if (next == words.end()) {
-            throw ToolError(ExitCode::Usage, fmt::format("{0}: a command is missing; try 'quill {0} --help'", path));
-        }
-        if (asksForHelp(*next)) {
-            context.output.print(helpOf(*command, path));
-            return ExitCode::Done;
-        }
-        command = &findCommand(command->members, path + ' ', *next);
-        path += ' ' + command->name;
+/// The words that call a parser, each after a blank.
+std::string pathOf(const CLI::App& parser) {
+    return parser.get_parent() == nullptr ? "" : pathOf(*parser.get_parent()) + ' ' + parser.get_name();
+}
+
+ToolError wrongUsage(const CLI::App& parser, const std::string& reason) {
+    return {ExitCode::Usage, fmt::format("{}; try 'quill{} --help'", reason, pathOf(parser))};
+}
+
+/// Follows the words to the last command that they name. By hand, because the parser reports a missing or unknown
+/// command without its group, and after the errors of a command that follows it.
+/// @throws ToolError  a word is not a command
+const CLI::App& lastCommand(const CLI::App& parser) {
+    const std::vector<std::string> unknown = parser.remaining();
+    if (isGroup(parser) && !unknown.empty()) {
+        throw wrongUsage(parser,
+                         fmt::format("unknown command '{}'", (pathOf(parser) + ' ' + unknown.front()).substr(1)));
     }
-    return runCommand(*command, path, {next, words.end()}, context);
+    const std::vector<CLI::App*> named = parser.get_subcommands();
+    return named.empty() ? parser : lastCommand(*named.front());
+}
+
+ToolError explain(const CLI::App& root, const CLI::ParseError& failure) {
+    const CLI::App& parser = lastCommand(root);
+    const std::string path = pathOf(parser);
+    const std::string reason = isGroup(parser) ? "a command is missing" : failure.what();
+    return wrongUsage(parser, path.empty() ? reason : fmt::format("{}: {}", path.substr(1), reason));
 }
 
 ExitCode dispatch(std::vector<std::string> words, Context& context) {
-    if (words.empty()) {
-        throw ToolError(ExitCode::Usage, "a command is missing; try 'quill --help'");
+    std::unique_ptr<Command> called;
+    CLI::App root("quill: see, set and use cameras", "quill");
+    root.set_version_flag("--version", "quill " QUILL_TOOL_VERSION);
+    root.formatter(std::make_shared<HelpFormatter>())->get_formatter()->label("SUBCOMMAND", "COMMAND [ARGUMENT...]");
+    root.group("Commands"); // the heading of the list, which the commands inherit
+    root.footer(kFooter);
+    addCommands(root, allCommands(), called);
+    for (auto word = words.begin(); word != words.end() && *word == "help"; ++word) {
+        *word = "--help"; // for which the parser prints the help of the command that follows
     }
-    if (words.size() > 1 && words.front() == "help") {
-        words.front() = "--help";
-        std::rotate(words.begin(), words.begin() + 1, words.end());
+    std::reverse(words.begin(), words.end()); // as the parser takes them
+    try {
+        root.parse(std::move(words));
+    } catch (const CLI::CallForHelp&) {
+        lastCommand(root);
+        context.output.print(root.help());
+        return ExitCode::Done;
+    } catch (const CLI::CallForVersion& version) {
+        context.output.printLine(version.what());
+        return ExitCode::Done;
+    } catch (const CLI::ParseError& failure) {
+        throw explain(root, failure);
     }
-    for (const GlobalOption& option : kGlobalOptions) {
-        if (option.name == words.front()) {
-            return option.run(context);
-        }
-    }
-    return runWords(words, context);
+    return called->run(context);
 }
 
 } // namespace

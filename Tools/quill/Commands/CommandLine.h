@@ -8,8 +8,8 @@
 
 namespace QuillTool {
 
-/// Runs one command line, its words without the program's name, and reports what fails.
-/// Lets only OutputClosed escape.
+/// Runs a command line, given as words without the program's name, and reports its failure.
+/// Throws nothing but OutputClosed.
 ExitCode runCommandLine(const std::vector<std::string>& words, Context& context);
 
 } // namespace QuillTool

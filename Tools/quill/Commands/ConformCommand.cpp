@@ -16,7 +16,7 @@ namespace {
 
 using namespace Conformance;
 
-/// Call by state.
+/// Arranges the findings by call and state.
 Table tableOf(const std::vector<Finding>& findings) {
     std::vector<const StateDescription*> columns;
     for (const StateDescription& state : allStates()) {
@@ -78,7 +78,7 @@ public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
         addJsonFlag(parser, m_Json);
-        parser.add_flag("--destructive", m_Destructive, "Also write flash, with what is there already");
+        parser.add_flag("--destructive", m_Destructive, "Also write flash, with its present content");
     }
 
     ExitCode run(Context& context) override {
@@ -86,7 +86,7 @@ public:
         const auto proceed = [&] {
             if (context.interrupt.requested()) {
                 throw ToolError(ExitCode::Interrupted,
-                                fmt::format("camera {}: interrupted while it was examined", serialNumber));
+                                fmt::format("camera {}: interrupted during the examination", serialNumber));
             }
         };
         attempt(fmt::format("camera {}: cannot be examined", serialNumber), [&] {
@@ -132,11 +132,11 @@ private:
 CommandDescription conformCommand() {
     return {"conform", "Check that every call answers as documented, in every state",
             "Makes every public call on the camera: new, connected, streaming, suspended,\n"
-            "disconnected and after the end of the library's workspace. Prints what the\n"
-            "documentation and the camera disagree on; ends with 1 if there is something.\n"
-            "A call that takes more than 10 s fails. All cameras are disconnected afterwards,\n"
-            "and nothing else is changed: no flash is written, no camera restarted. With\n"
-            "--destructive, the mode of a USB3 Vision camera is written, as it is.\n\n"
+            "disconnected and after the end of the library's workspace. Prints each answer\n"
+            "that differs from the documentation, and ends with 1 if there is any. A call\n"
+            "that takes more than 10 s fails. Disconnects all cameras, but changes nothing\n"
+            "else: it neither writes flash nor restarts a camera. With --destructive, it\n"
+            "rewrites the current mode of a USB3 Vision camera.\n\n"
             "Examples:\n"
             "  quill conform 90001\n"
             "  quill conform 41500101 --json | jq '.answers[] | select(.conforms | not)'\n",

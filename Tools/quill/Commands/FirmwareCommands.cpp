@@ -23,7 +23,7 @@ using Utilities::BootImage;
 using Utilities::BootImageSection;
 using Utilities::Programmer;
 
-/// A boot image that was walked through to its end.
+/// A complete boot image.
 struct CheckedImage {
     Bytes data;
     BootImage content;
@@ -31,7 +31,7 @@ struct CheckedImage {
 
 CheckedImage readImage(const std::string& path, std::size_t maximumSize) {
     CheckedImage image{readFileForCamera(path, maximumSize), {}};
-    image.content = attempt(fmt::format("file '{}': is no boot image, or not all of one", path),
+    image.content = attempt(fmt::format("file '{}': is not a complete boot image", path),
                             [&] { return Utilities::readBootImage(image.data); });
     return image;
 }
@@ -88,7 +88,7 @@ public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
         addFileArgument(parser, m_File, "The boot image");
-        addNumber(parser, "--address", m_Address, "Where in flash it begins", 0, kFlashEnd - 1)->capture_default_str();
+        addNumber(parser, "--address", m_Address, "First byte in flash", 0, kFlashEnd - 1)->capture_default_str();
         m_Options.describeMaximumSize(parser);
         m_Options.describeWriting(parser);
     }
@@ -99,7 +99,7 @@ public:
         FlashJob job(context, camera, {m_Address, image.data.size()}, m_Options,
                      {FlashStage::Erase, FlashStage::Write, FlashStage::Verify});
         if (m_Options.dryRun) {
-            job.tellPlan();
+            job.printPlan();
             if (!m_Options.progress.json) {
                 print(context.output, image);
             }
@@ -127,7 +127,7 @@ public:
         addFileArgument(parser, m_File, "The boot image");
         m_Progress.describe(parser);
         m_Return.describe(parser);
-        parser.add_flag("--dry-run", m_DryRun, "Say what would be done, and touch nothing");
+        parser.add_flag("--dry-run", m_DryRun, "Print the plan and leave the camera untouched");
     }
 
     ExitCode run(Context& context) override {
@@ -135,7 +135,7 @@ public:
         const SelectedCamera camera = context.session.connect(m_Camera);
         camera.attempt(tried(), [&] { camera->getFunction("Write Ram"); });
         if (m_DryRun) {
-            tellPlan(context.output, camera, image);
+            printPlan(context.output, camera, image);
             return ExitCode::Done;
         }
         m_Return.quiet = m_Progress.quiet;
@@ -173,7 +173,7 @@ private:
         });
     }
 
-    void tellPlan(Output& output, const SelectedCamera& camera, const CheckedImage& image) const {
+    void printPlan(Output& output, const SelectedCamera& camera, const CheckedImage& image) const {
         if (m_Progress.json) {
             Json plan{{"result", "dry run"}, {"camera", camera.serialNumber()}};
             plan.update(toJson(image));
@@ -196,27 +196,27 @@ private:
 CommandDescription firmwareCommands() {
     return {"firmware",
             "Check a boot image, write it to flash, or load and start it",
-            "An image is walked through to its end before a camera is touched. In flash its\n"
-            "header is written last: a camera does not start what was left unfinished. What\n"
-            "is in flash is started by 'quill reboot'.\n",
+            "Checks the complete image before it touches a camera. Writes the image's header\n"
+            "to flash last, so that a camera does not start an incomplete image. Start the\n"
+            "image in flash with 'quill reboot'.\n",
             nullptr,
             {
-                {"check", "Show what a boot image is made of; needs no camera",
+                {"check", "Show the sections of a boot image; needs no camera",
                  "Examples:\n"
                  "  quill firmware check update.img\n"
                  "  quill firmware check update.img --json | jq '.sections[].loadAddress'\n",
                  makeCommand<FirmwareCheckCommand>},
                 {"write", "Write a boot image to flash and read it back",
-                 "Erases as much flash as the image has bytes, writes all but its header, then the\n"
-                 "header, and compares. An image of more than --maximum-size bytes, or one that\n"
-                 "would reach beyond 0x1000000, is refused.\n\n"
+                 "Erases the flash for the image, writes the image without its header, then the\n"
+                 "header, and compares. Refuses an image of more than --maximum-size bytes, or an\n"
+                 "image that reaches beyond 0x1000000.\n\n"
                  "Examples:\n"
                  "  quill firmware write 41500101 update.img --dry-run\n"
                  "  quill firmware write 41500101 update.img\n"
                  "  quill firmware write 41500101 update.img --address 0x40000\n",
                  makeCommand<FirmwareWriteCommand>},
-                {"load", "Load a boot image into RAM and start it; the flash stays as it is",
-                 "The camera may leave the bus as it starts: the tool waits until it is back.\n\n"
+                {"load", "Load a boot image into RAM and start it; the flash is unchanged",
+                 "The camera may leave the bus when it starts; the tool waits for its return.\n\n"
                  "Examples:\n"
                  "  quill firmware load 41500101 trial.img\n",
                  makeCommand<FirmwareLoadCommand>},

@@ -33,7 +33,7 @@ void addLengthArgument(CLI::App& parser, std::size_t& length) {
 template <typename Work, typename Verify>
 void change(FlashJob& job, const FlashOptions& options, Work work, Verify verify) {
     if (options.dryRun) {
-        job.tellPlan();
+        job.printPlan();
         return;
     }
     work();
@@ -57,7 +57,7 @@ public:
         const SelectedCamera camera = context.session.connect(m_Camera);
         const bool dumps = m_Output.empty() && !m_Options.progress.json;
         if (dumps) {
-            m_Options.progress.quiet = true; // the dump shows it
+            m_Options.progress.quiet = true; // the dump replaces it
         }
         FlashJob job(context, camera, m_Range, m_Options, {FlashStage::Read});
         const std::string bytes = job.read();
@@ -109,7 +109,7 @@ public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
         addAddressArgument(parser, m_Address);
-        addFileArgument(parser, m_File, "The bytes that should be there");
+        addFileArgument(parser, m_File, "The expected bytes");
         m_Options.describeReading(parser);
     }
 
@@ -202,38 +202,37 @@ private:
 CommandDescription flashCommands() {
     return {"flash",
             "Read, write, compare and erase a camera's flash",
-            "The flash ends at 0x1000000. What is written or erased is read back; the first\n"
-            "address that differs is reported, with exit code 6. Work that fails or is\n"
+            "The flash ends at 0x1000000. 'write' and 'erase' read the range back and report\n"
+            "the first address that differs, with exit code 6. Work that fails or is\n"
             "interrupted reports stage, address and the state of the flash.\n"
             "Progress goes to standard error: a bar on a terminal, a line every ten percent\n"
             "elsewhere.\n",
             nullptr,
             {
-                {"read", "Read flash into a file, or show it",
+                {"read", "Read flash into a file, or print it",
                  "Examples:\n"
                  "  quill flash read 41500101 0x1000 64\n"
                  "  quill flash read 41500101 0 0x1000000 -o backup.bin\n",
                  makeCommand<FlashReadCommand>},
-                {"write", "Erase as much flash as a file has bytes, write them and read them back",
-                 "The file is read completely, and the range checked, before anything is erased.\n\n"
+                {"write", "Erase the range, write a file to it and read it back",
+                 "Reads the whole file and checks the range before it erases anything.\n\n"
                  "Examples:\n"
                  "  quill flash write 41500101 0x1000 table.bin --dry-run\n"
                  "  quill flash write 41500101 0x1000 table.bin\n"
                  "  quill flash write 41500101 0x1000 table.bin --json | jq .\n",
                  makeCommand<FlashWriteCommand>},
                 {"compare", "Compare flash with a file",
-                 "Ends with 0 where they are equal, and with 6 and the first address that differs\n"
-                 "where they are not.\n\n"
+                 "Ends with 0 if they are equal; otherwise reports the first address that differs\n"
+                 "and ends with 6.\n\n"
                  "Examples:\n"
                  "  quill flash compare 41500101 0x1000 table.bin\n",
                  makeCommand<FlashCompareCommand>},
-                {"erase", "Erase flash: every byte reads 0xFF afterwards",
+                {"erase", "Erase flash, so that every byte reads 0xFF",
                  "Examples:\n"
                  "  quill flash erase 41500101 0x1000 0x2000\n",
                  makeCommand<FlashEraseCommand>},
-                {"status", "Show the flash status, or set it",
-                 "A status that was set is read back; where something else reads, the exit code\n"
-                 "is 6.\n\n"
+                {"status", "Print the flash status, or set it",
+                 "Reads the status back after setting it; ends with 6 if it differs.\n\n"
                  "Examples:\n"
                  "  quill flash status 41500101\n"
                  "  quill flash status 41500101 0 --set 0x8C\n",

@@ -81,7 +81,7 @@ private:
     bool m_Json = false;
 };
 
-/// The text as a JSON string, or null where it is not UTF-8.
+/// Returns the text as a JSON string; null if it is not UTF-8.
 Json textOrNull(const std::string& bytes) {
     try {
         Json text(bytes);
@@ -101,7 +101,7 @@ public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
         parser.add_option("NAME", m_Name, "Name of the function")->required();
-        parser.add_option("ARG", m_Arguments, "Text or number, @FILE, hex:BYTES or text:TEXT");
+        addTexts(parser, "ARG", m_Arguments, "Text or number, @FILE, hex:BYTES or text:TEXT");
         parser.add_option("-o,--output", m_Output, "File for the bytes of the result")->check(notEmpty());
         addJsonFlag(parser, m_Json);
     }
@@ -127,7 +127,7 @@ public:
     }
 
 private:
-    /// What cannot be done, with the arguments as they were typed, long ones cut.
+    /// Names the failed call with its arguments as typed; cuts long arguments.
     std::string trouble() const {
         constexpr std::size_t kLongest = 40;
         std::vector<std::string> shown;
@@ -166,7 +166,8 @@ private:
         }
     }
 
-    /// Functions would take 010 for eight, and a text without a number for an error of the camera's.
+    /// Converts numbers to plain decimal: functions read 010 as octal, and report a text that is not a number as a
+    /// failure of the camera.
     static std::string readValue(const std::string& argument, const ParameterDescriptor& parameter) {
         std::string value = readArgument(argument);
         const bool whole = parameter.m_Type == PARAMETER_TYPE::Integer;
@@ -204,7 +205,7 @@ private:
         return {{"camera", camera.serialNumber()}, {"function", m_Name}, {"results", array}};
     }
 
-    /// Texts may hold any bytes and are dumped, whatever they look like; numbers are printed.
+    /// Prints numbers, and dumps texts: they may hold any bytes.
     static void printPlain(Output& output, const std::vector<std::string>& results,
                            const std::vector<ParameterDescriptor>& returnFormat) {
         for (std::size_t index = 0; index < results.size(); ++index) {
@@ -229,16 +230,17 @@ private:
 
 std::vector<CommandDescription> functionCommands() {
     return {
-        {"functions", "List a camera's functions and what they take and give",
+        {"functions", "List a camera's functions with parameters and results",
          "Examples:\n"
          "  quill functions 90001\n"
          "  quill functions 90001 --json | jq '.functions[] | {name, parameters}'\n",
          makeCommand<FunctionsCommand>},
         {"perform", "Perform a function",
          "Numbers are decimal, or hexadecimal as 0x.... Bytes come from a file (@FILE) or\n"
-         "from hexadecimal digits (hex:...); text:... is what follows it, whatever that\n"
-         "starts with. Texts among the results are bytes: they are dumped, written to a\n"
-         "file with -o, or given in hexadecimal with --json.\n\n"
+         "from hexadecimal digits (hex:...). text:... passes the rest unchanged. An\n"
+         "argument that begins with '-' and is not a number, or is '++', follows '--'.\n"
+         "Texts among the results are bytes: the tool dumps them, writes them to a file\n"
+         "(-o) or prints them in hexadecimal (--json).\n\n"
          "Examples:\n"
          "  quill perform 90001 \"Read Flash\" 0x1000 64\n"
          "  quill perform 90001 \"Read Flash\" 0 4096 -o flash.bin\n"

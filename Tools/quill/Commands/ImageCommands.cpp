@@ -36,7 +36,7 @@ std::vector<std::string> formatNames() {
 IMAGE_FORMAT parseFormat(const std::string& option, const std::string& name) {
     const std::optional<IMAGE_FORMAT> format = Imaging::findFormat(inCapitals(name));
     if (!format) {
-        throw ToolError(ExitCode::Usage, fmt::format("{} {}: no such format; there are {}", option, name,
+        throw ToolError(ExitCode::Usage, fmt::format("{} {}: no such format; available: {}", option, name,
                                                      fmt::join(formatNames(), ", ")));
     }
     return *format;
@@ -46,12 +46,12 @@ void requireConversion(const std::string& source, IMAGE_FORMAT from, IMAGE_FORMA
     if (from != to && !Imaging::conversionExists(from, to)) {
         throw ToolError(
             ExitCode::Failed,
-            fmt::format("{}: cannot be converted: there is no conversion from {} to {}; see 'quill conversions'",
-                        source, Imaging::getFormatName(from), Imaging::getFormatName(to)));
+            fmt::format("{}: cannot be converted: no conversion from {} to {} exists; see 'quill conversions'", source,
+                        Imaging::getFormatName(from), Imaging::getFormatName(to)));
     }
 }
 
-/// Runs an action on files, whose errors are sentences of their own.
+/// Runs an action on files. Their errors are complete sentences.
 template <typename Action>
 auto onFile(ExitCode code, Action action) {
     try {
@@ -61,7 +61,7 @@ auto onFile(ExitCode code, Action action) {
     }
 }
 
-/// The file and its layout, as the tool tells them.
+/// Prints the file and its layout.
 void report(Output& output, const Image& image, const std::string& path, bool json) {
     const std::string format = Imaging::getFormatName(image.getFormat());
     if (json) {
@@ -76,7 +76,7 @@ void report(Output& output, const Image& image, const std::string& path, bool js
     }
 }
 
-/// Where a command leaves its image.
+/// The output file of a command.
 struct Destination {
     std::string path;
     bool json = false;
@@ -90,7 +90,7 @@ struct Destination {
     void requireWritable() const {
         onFile(ExitCode::Usage, [&] { requireWritableExtension(path); });
     }
-    /// @param number  of an image in a series, counted from 1; 0 for a single one
+    /// @param number  number in a series, counted from 1; 0 for a single image
     void write(Output& output, const std::unique_ptr<Image>& image, unsigned number = 0) const {
         const std::string file = number == 0 ? path : numbered(number);
         onFile(ExitCode::Failed, [&] { writeImageFile(image, file); });
@@ -110,7 +110,7 @@ public:
         addCameraArgument(parser, m_Camera);
         m_Destination.describe(parser);
         parser.add_option("--format", m_Format, "Convert the images to this format first")->check(notEmpty());
-        addNumber(parser, "--count", m_Count, "Number of images; more than one are numbered: NAME-1.EXT", 1, 1'000'000);
+        addNumber(parser, "--count", m_Count, "Number of images; a series is numbered: NAME-1.EXT", 1, 1'000'000);
         m_Run.describe(parser);
     }
 
@@ -142,8 +142,8 @@ public:
     }
 
 private:
-    /// Tells of images that show nothing.
-    /// @throws ToolError  the camera gives none
+    /// Warns if the camera delivers only a placeholder.
+    /// @throws ToolError  the camera delivers no images
     static void requireImages(Output& output, const SelectedCamera& camera) {
         switch (kindOf(*camera)) {
         case CameraKind::Sdk:
@@ -180,14 +180,13 @@ public:
     void describe(CLI::App& parser) override {
         parser.add_option("IN", m_Source, "PNG or PNM file; any other with --from")->required()->check(notEmpty());
         m_Destination.describe(parser);
-        parser.add_option("--to", m_To, "Format of the result; the input's if not given")->check(notEmpty());
-        CLI::Option* from = parser.add_option("--from", m_From, "Format of the bare bytes of a raw frame");
+        parser.add_option("--to", m_To, "Format of the result (default: that of the input)")->check(notEmpty());
+        CLI::Option* from = parser.add_option("--from", m_From, "Pixel format of a raw frame");
         CLI::Option* width = addNumber(parser, "--width", m_Width, "Pixels in a row of the raw frame", 1);
         CLI::Option* height = addNumber(parser, "--height", m_Height, "Rows of the raw frame", 1);
-        CLI::Option* bits =
-            addNumber(parser, "--bits", m_Bits, "Bits of a sample: 8 (if not given), 10, 12 or 16", 8, 16);
+        CLI::Option* bits = addNumber(parser, "--bits", m_Bits, "Bits of a sample: 8 (default), 10, 12 or 16", 8, 16);
         CLI::Option* bigEndian =
-            parser.add_flag("--big-endian", m_BigEndian, "Samples of two bytes have the larger byte first");
+            parser.add_flag("--big-endian", m_BigEndian, "Samples of two bytes have the high byte first");
         from->needs(width)->needs(height)->check(notEmpty());
         for (CLI::Option* option : {width, height, bits, bigEndian}) {
             option->needs(from);
@@ -256,9 +255,8 @@ private:
 std::vector<CommandDescription> imageCommands() {
     return {
         {"capture", "Take an image and write it to a file",
-         "With --count the camera streams while the images are taken. --set writes\n"
-         "properties first, as 'quill set' does. A simulated camera sees nothing: its image\n"
-         "is a placeholder.\n\n"
+         "With --count, the camera streams. --set writes properties first, as 'quill set'\n"
+         "does. The image of a simulated camera is a placeholder.\n\n"
          "Examples:\n"
          "  quill capture 41500101 -o frame.png\n"
          "  quill capture 41500101 -o frame.png --format RGB --set \"Video Exposure=20\"\n"
@@ -266,14 +264,14 @@ std::vector<CommandDescription> imageCommands() {
          "  quill capture 41500101 -o frame.ppm --set \"Pixel Format=24\"\n",
          makeCommand<CaptureCommand>},
         {"convert", "Convert an image file, or a raw frame, to another format",
-         "'quill conversions' lists what can be converted to what. A raw frame is bare\n"
-         "pixels, row by row. A file whose writing fails is not left behind.\n\n"
+         "'quill conversions' lists the available conversions. A raw frame consists of\n"
+         "bare pixels, row by row. A failed conversion leaves no file behind.\n\n"
          "Examples:\n"
          "  quill convert frame.png --to MONO -o grey.pgm\n"
          "  quill convert frame.raw --from BAYER_RGGB --width 640 --height 480 --bits 12 \\\n"
          "      --to RGB -o frame.png\n",
          makeCommand<ConvertCommand>},
-        {"conversions", "List what image format can be converted to what other",
+        {"conversions", "List the conversions between image formats",
          "Examples:\n"
          "  quill conversions | grep ^BAYER_RGGB\n"
          "  quill conversions --json\n",

@@ -23,7 +23,7 @@ using Utilities::XsvfError;
 using Utilities::XsvfReport;
 
 constexpr std::size_t kLargestFile = std::size_t{256}
-                                     << 20; // bytes; the programming files of large devices have tens of MB
+                                     << 20; // bytes; programming files of large devices take tens of MB
 
 struct ErrorWords {
     XsvfError error;
@@ -31,8 +31,8 @@ struct ErrorWords {
 };
 
 constexpr std::array kErrors{
-    ErrorWords{XsvfError::TdoMismatch, "the device answered other bits than expected"},
-    ErrorWords{XsvfError::RetriesExhausted, "the device went on answering other bits than expected"},
+    ErrorWords{XsvfError::TdoMismatch, "the device returned unexpected bits"},
+    ErrorWords{XsvfError::RetriesExhausted, "the device kept returning unexpected bits"},
     ErrorWords{XsvfError::IllegalCommand, "an illegal command"},
     ErrorWords{XsvfError::IllegalState, "a TAP state that does not exist or cannot be reached"},
     ErrorWords{XsvfError::DataOverflow, "a shift of more than 7000 bytes"},
@@ -51,7 +51,7 @@ std::string hexOf(const Bytes& bytes) {
     return toHex(std::string(bytes.begin(), bytes.end()));
 }
 
-/// Long values are cut: the beginning is enough for a person.
+/// Cuts long values: the beginning is enough for people.
 std::string shownHex(const Bytes& bytes) {
     constexpr std::size_t kLongest = 32;
     const std::string digits = hexOf(bytes);
@@ -78,7 +78,7 @@ std::string explainError(const XsvfReport& report) {
 std::string explain(const XsvfReport& report) {
     std::vector<std::string> parts;
     if (!report.opened) {
-        parts.emplace_back("it gives no access to its JTAG port");
+        parts.emplace_back("it refuses access to its JTAG port");
     } else {
         if (report.error != XsvfError::None) {
             parts.push_back(explainError(report));
@@ -118,7 +118,7 @@ public:
         addCameraArgument(parser, m_Camera);
         addFileArgument(parser, m_File, "The XSVF file");
         m_Progress.describe(parser);
-        parser.add_flag("--dry-run", m_DryRun, "Read the file to its end, and leave the camera alone");
+        parser.add_flag("--dry-run", m_DryRun, "Check the file and leave the camera untouched");
     }
 
     ExitCode run(Context& context) override {
@@ -130,8 +130,8 @@ public:
         const SelectedCamera camera = context.session.connect(m_Camera);
         if (!Utilities::canPlayXsvf(*camera)) {
             throw ToolError(ExitCode::NotFound,
-                            camera.about(tried() + ": only that of an SDK camera can be reached; a function 'Jtag' "
-                                                   "that another camera has plays nothing"));
+                            camera.about(tried() + ": only that of an SDK camera can be reached; the function "
+                                                   "'Jtag' of another camera plays nothing"));
         }
         if (m_DryRun) {
             printPlan(context.output, camera, check);
@@ -167,7 +167,7 @@ private:
         };
         job.run(work, [&] {
             return JobPlace{tried(), fmt::format("playing '{}' at {:.0f} %", m_File, reached * 100),
-                            report.opened ? "JTAG access is closed, and the device behind it is as far as the file came"
+                            report.opened ? "JTAG access is closed, and the device behind it is partly programmed"
                                           : "nothing was played",
                             Json{{"camera", camera.serialNumber()}, {"stage", "play"}, {"done", reached}}};
         });
@@ -191,11 +191,10 @@ private:
 
 CommandDescription jtagCommand() {
     return {"jtag", "Play an XSVF file into a camera's JTAG port",
-            "The file is read to its end before the camera is touched. A failure is\n"
-            "reported with the number of the command, its place in the file and, where the\n"
-            "device answered other bits than expected, the expected bits, the captured\n"
-            "bits and the mask of those that count. Transfers that fail are counted, and a\n"
-            "camera that goes away ends the play, with exit code 5.\n\n"
+            "Checks the whole file before it touches the camera. Reports a failure with the\n"
+            "number of the command and its place in the file; for unexpected bits, also with\n"
+            "the expected bits, the captured bits and the mask of the bits that count.\n"
+            "Counts failed transfers. Ends with 5 when the camera goes away.\n\n"
             "Examples:\n"
             "  quill jtag 41500101 logic.xsvf --dry-run\n"
             "  quill jtag 41500101 logic.xsvf\n",

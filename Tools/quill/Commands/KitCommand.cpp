@@ -16,19 +16,19 @@ namespace QuillTool {
 
 namespace {
 
-// The codes of the registry.
+// Status codes of the registry.
 constexpr int kNotFound = 2;           // ERROR_FILE_NOT_FOUND: a key or value is missing
 constexpr int kUnsupportedType = 1630; // ERROR_UNSUPPORTED_TYPE
 
-/// What the registry answered when it was asked for the version, and what that means.
+/// Explains a status of the registry's query for the version.
 struct StatusWords {
     win32::LSTATUS status;
     std::string_view reason;
 };
 
 constexpr std::array kStatuses{
-    StatusWords{kNotFound, "its record names none"},
-    StatusWords{kUnsupportedType, "its record has no text in its place"},
+    StatusWords{kNotFound, "its record names no version"},
+    StatusWords{kUnsupportedType, "its record holds a version that is not a text"},
 };
 
 std::string reasonOf(win32::LSTATUS status) {
@@ -45,13 +45,13 @@ std::string readVersion() {
         if (!isZephInstalled()) {
             throw failure.m_ErrorCode == kNotFound
                 ? ToolError(ExitCode::NotFound, "driver kit: is not installed")
-                : ToolError(ExitCode::Failed, fmt::format("driver kit: its record cannot be read, so that nobody knows "
-                                                          "whether it is installed (status {})",
+                : ToolError(ExitCode::Failed, fmt::format("driver kit: its record cannot be read, so whether it is "
+                                                          "installed is unknown (status {})",
                                                           failure.m_ErrorCode));
         }
         reason = reasonOf(failure.m_ErrorCode);
     } catch (const std::range_error&) {
-        reason = "it is no UTF-8";
+        reason = "it is not UTF-8";
     }
     throw ToolError(ExitCode::Failed, fmt::format("driver kit: its version cannot be read: {}", reason));
 }
@@ -77,9 +77,9 @@ private:
 } // namespace
 
 CommandDescription kitCommand() {
-    return {"kit", "Show the version of the installed driver kit",
-            "Where it is not installed, the exit code is 3; where its record cannot be\n"
-            "read, 1.\n\n"
+    return {"kit", "Print the version of the installed driver kit",
+            "Ends with 3 if no driver kit is installed, and with 1 if its record cannot be\n"
+            "read.\n\n"
             "Examples:\n"
             "  quill kit\n"
             "  quill kit --json | jq -r .version\n",

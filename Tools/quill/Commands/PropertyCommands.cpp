@@ -28,7 +28,7 @@ Json toJson(const PropertyReading& reading) {
             {"readOnly", reading.readOnly}, {"availableForWriting", reading.availableForWriting}};
 }
 
-/// The same document, whoever asks for properties.
+/// The JSON document of all commands on properties.
 Json toJson(const SelectedCamera& camera, const std::vector<PropertyReading>& readings) {
     Json properties = Json::array();
     for (const PropertyReading& reading : readings) {
@@ -56,7 +56,7 @@ public:
                 if (failure.code() == ExitCode::CameraGone) {
                     throw;
                 }
-                context.output.warn(failure.what()); // the others are still worth reading
+                context.output.warn(failure.what()); // reads the others nevertheless
             }
         }
         if (m_Json) {
@@ -85,7 +85,7 @@ class GetCommand : public Command {
 public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
-        parser.add_option("NAME", m_Names, "Name of the property; several are read in turn")->required();
+        addTexts(parser, "NAME", m_Names, "Name of the property; repeatable")->required();
         addJsonFlag(parser, m_Json);
     }
 
@@ -120,7 +120,7 @@ public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
         parser.add_option("NAME", m_Name, "Name of the property")->required();
-        parser.add_option("VALUE", m_Value, "The value: one of the choices, or within the range")->required();
+        parser.add_option("VALUE", m_Value, "One of the choices, or a value within the range")->required();
         addJsonFlag(parser, m_Json);
     }
 
@@ -148,7 +148,7 @@ private:
 std::vector<CommandDescription> propertyCommands() {
     return {
         {"properties", "List a camera's properties",
-         "A property that is 'locked' cannot be written at the moment.\n\n"
+         "A 'locked' property cannot be written at the moment.\n\n"
          "Examples:\n"
          "  quill properties 90001\n"
          "  quill properties 90001 | grep writable\n"
@@ -161,12 +161,11 @@ std::vector<CommandDescription> propertyCommands() {
          "  quill get 90001 Gamma \"Video Exposure\" \"Video Gain\"\n",
          makeCommand<GetCommand>},
         {"set", "Write a property and read it back",
-         "A value that is not among the choices, outside of the range or between two steps\n"
-         "of the image's size is refused before anything is written. Numbers are decimal,\n"
-         "or hexadecimal as 0x.... A value that starts with '-' and is no number is given\n"
-         "after '--'. The value that the property then has is printed; where it is another\n"
-         "than was asked for, the exit code is 6. A Float that the camera rounds is only\n"
-         "warned of.\n\n"
+         "Refuses, before writing, a value that is not among the choices, is out of range\n"
+         "or lies between two steps of the image's size. Numbers are decimal, or\n"
+         "hexadecimal as 0x.... A value that begins with '-' and is not a number, or is\n"
+         "'++', follows '--'. Prints the resulting value; ends with 6 if it differs from\n"
+         "the requested value. A Float that the camera rounds causes only a warning.\n\n"
          "Examples:\n"
          "  quill set 90001 \"Video Exposure\" 12.5\n"
          "  quill set 90001 Shutter Rolling\n",

@@ -19,8 +19,8 @@ namespace {
 
 constexpr const char* kModeProperty = CameraInterface::PropertyNames::kUsb3VisionMode;
 
-/// Restarts a camera and, unless told otherwise, waits until it is back.
-/// @return whether it came back after it had left
+/// Restarts a camera and, unless --no-wait is given, waits for its return.
+/// @return whether the camera left and returned
 bool reboot(Context& context, const SelectedCamera& camera, const std::string& mode, const ReturnOptions& options) {
     CameraReturn back(context, camera, options);
     std::vector<std::string> parameters{mode};
@@ -38,8 +38,8 @@ std::string readFlash(const SelectedCamera& camera, std::uint32_t address, std::
     return results.empty() ? "" : results.front();
 }
 
-/// Whether an SDK camera has what it needs to start in USB3 Vision mode. The property tells it only as long as the mode
-/// is off.
+/// Returns whether the flash of an SDK camera holds a valid USB3 Vision file. The property reports this only while the
+/// mode is off.
 bool hasValidFile(const SelectedCamera& camera) {
     QuillInternal::Usb3VisionInfo info{};
     const std::string block = readFlash(camera, QuillInternal::kUsb3VisionInfoAddress, sizeof info);
@@ -54,7 +54,7 @@ bool hasValidFile(const SelectedCamera& camera) {
     return QuillInternal::isUsb3VisionFileValid({file.begin(), file.end()}, info);
 }
 
-/// A camera that is to start in USB3 Vision mode and lacks what it needs for it: it starts as an SDK camera.
+/// Returns whether the mode is on, but the camera lacks a valid file and therefore starts as an SDK camera.
 bool cannotStart(const SelectedCamera& camera, CameraKind kind, const PropertyReading& mode) {
     return kind == CameraKind::Sdk && mode.value == "Enabled" && !hasValidFile(camera);
 }
@@ -63,7 +63,7 @@ class RebootCommand : public Command {
 public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
-        parser.add_flag("--bootloader", m_Bootloader, "Into its boot loader instead of its firmware");
+        parser.add_flag("--bootloader", m_Bootloader, "Start the boot loader instead of the firmware");
         m_Return.describe(parser);
     }
 
@@ -84,8 +84,7 @@ public:
 
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
-        CLI::Option* now =
-            parser.add_flag("--reboot", m_Reboot, "Restart the camera, and wait until it is back in its mode");
+        CLI::Option* now = parser.add_flag("--reboot", m_Reboot, "Restart the camera and wait for it in its new mode");
         m_Return.describeTimeout(parser)->needs(now);
     }
 
@@ -99,11 +98,11 @@ public:
         context.output.printLine(fmt::format("{} = {}", kModeProperty, wanted()));
         context.output.flush();
         if (!m_Reboot) {
-            context.output.tell(camera.about("a reboot makes it effective"));
+            context.output.notify(camera.about("the mode takes effect at the next restart"));
             return ExitCode::Done;
         }
         if (!reboot(context, camera, "Firmware", m_Return)) {
-            throw ToolError(ExitCode::TimedOut, camera.about("did not restart, so that its mode is not effective"));
+            throw ToolError(ExitCode::TimedOut, camera.about("did not restart, so its mode has no effect yet"));
         }
         requireKind(camera, kindOf(*context.session.connect(camera.serialNumber())));
         return ExitCode::Done;
@@ -114,7 +113,7 @@ private:
 
     void requirePossible(const SelectedCamera& camera, const PropertyReading& mode) const {
         const CameraKind kind = kindOf(*camera);
-        const char* const reason = kind == CameraKind::Simulated ? "it is a simulated camera, and stays one"
+        const char* const reason = kind == CameraKind::Simulated ? "it is a simulated camera"
                                    : !mode.availableForWriting || (m_On && cannotStart(camera, kind, mode))
                                        ? kNoValidFile
                                        : nullptr;
@@ -127,7 +126,7 @@ private:
     void requireKind(const SelectedCamera& camera, CameraKind kind) const {
         const CameraKind expected = m_On ? CameraKind::Usb3Vision : CameraKind::Sdk;
         if (kind != expected) {
-            throw ToolError(ExitCode::Difference, camera.about(fmt::format("was to come back as {} and is {}",
+            throw ToolError(ExitCode::Difference, camera.about(fmt::format("was expected as {} and returned as {}",
                                                                            nameOf(expected), nameOf(kind))));
         }
     }
@@ -177,10 +176,10 @@ private:
 } // namespace
 
 CommandDescription rebootCommand() {
-    return {"reboot", "Restart a camera and wait until it is back",
-            "Tells on standard error that the camera leaves and comes back. One that does\n"
-            "not leave, such as a simulated one, answers all the time. One that does not\n"
-            "come back in time is exit code 4.\n\n"
+    return {"reboot", "Restart a camera and wait for its return",
+            "Reports on standard error when the camera leaves and returns. A camera that\n"
+            "does not leave, such as a simulated camera, keeps responding. Ends with 4 if\n"
+            "the camera does not return in time.\n\n"
             "Examples:\n"
             "  quill reboot 41500101\n"
             "  quill reboot 41500101 --bootloader --no-wait\n",
@@ -189,22 +188,22 @@ CommandDescription rebootCommand() {
 
 CommandDescription usb3VisionCommands() {
     return {"usb3vision",
-            "Make a camera a USB3 Vision camera, or an SDK camera again",
-            "The mode takes effect when the camera restarts. It can be switched on only where\n"
-            "the camera's flash holds a valid USB3 Vision file. A USB3 Vision camera gives\n"
-            "no images here: it is described, switched and restarted.\n",
+            "Switch a camera between USB3 Vision and SDK mode",
+            "The mode takes effect when the camera restarts. Switching it on requires a\n"
+            "valid USB3 Vision file in the camera's flash. The tool describes, switches and\n"
+            "restarts USB3 Vision cameras, but takes no images from them.\n",
             nullptr,
             {
-                {"on", "Start as a USB3 Vision camera from the next restart on",
+                {"on", "Use USB3 Vision mode from the next restart on",
                  "Examples:\n"
                  "  quill usb3vision on 41500101\n"
                  "  quill usb3vision on 41500101 --reboot\n",
                  makeSwitch<true>},
-                {"off", "Start as an SDK camera from the next restart on",
+                {"off", "Use SDK mode from the next restart on",
                  "Examples:\n"
                  "  quill usb3vision off 41500101 --reboot\n",
                  makeSwitch<false>},
-                {"status", "Show the mode, whether it can be switched, and what the camera is at present",
+                {"status", "Print the mode, its writability and the present kind of camera",
                  "Examples:\n"
                  "  quill usb3vision status 41500101\n",
                  makeCommand<Usb3VisionStatusCommand>},

@@ -22,7 +22,7 @@ public:
 
     ExitCode run(Context& context) override {
         if (context.inShell) {
-            throw ToolError(ExitCode::Usage, "shell: this is the shell already");
+            throw ToolError(ExitCode::Usage, "shell: the shell is already running");
         }
         Context inside{context.session, context.output, context.interrupt, true};
         const std::unique_ptr<LineReader> lines = makeLineReader(context.interrupt);
@@ -39,7 +39,7 @@ public:
                 firstFailure = *code;
             }
             if (lines->isInteractive() && context.interrupt.requested()) {
-                context.interrupt.clear(); // it ended the command, not the session
+                context.interrupt.clear(); // ends the command, not the session
                 context.output.printLine("");
             }
         }
@@ -48,7 +48,7 @@ public:
     }
 
 private:
-    /// @return nothing for the word that ends the session
+    /// @return nothing if the line ends the session
     static std::optional<ExitCode> runLine(const std::string& line, Context& context) {
         std::vector<std::string> words;
         try {
@@ -71,11 +71,10 @@ private:
 
 CommandDescription shellCommand() {
     return {"shell", "Run commands in one session, from a prompt or a pipe",
-            "Every line is a command as on the command line, without 'quill'; cameras stay\n"
-            "connected from one to the next. Words are quoted as in a shell, '#' begins a\n"
-            "comment, 'help' lists the commands, 'exit' or 'quit' ends. A command that fails\n"
-            "does not end the session; the exit code of a script is that of the first\n"
-            "failure in it.\n\n"
+            "Each line is a command line without 'quill'. Cameras stay connected between\n"
+            "lines. Quote words as in a shell. '#' begins a comment, 'help' lists the\n"
+            "commands, 'exit' or 'quit' ends the session. A command that fails does not end\n"
+            "the session; a script ends with the exit code of its first failure.\n\n"
             "Examples:\n"
             "  quill shell\n"
             "  quill shell < setup.quill\n"

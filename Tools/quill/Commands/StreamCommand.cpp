@@ -26,8 +26,7 @@ class StreamCommand : public Command {
 public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
-        addNumber(parser, "--seconds", m_Seconds, "End after this time; without it, when interrupted", 1,
-                  1'000'000'000);
+        addNumber(parser, "--seconds", m_Seconds, "End after this time (default: when interrupted)", 1, 1'000'000'000);
         m_Run.describe(parser);
         addJsonFlag(parser, m_Json);
     }
@@ -52,7 +51,7 @@ public:
             }
             const Counts now = countsOf(*statistics, Clock::now());
             printRates(context.output, *statistics, first, std::exchange(last, now), now);
-            // The next line is about half a second at least, however late this one comes.
+            // The next line covers at least half a second, however late this line is.
             second =
                 static_cast<unsigned long long>(std::chrono::round<std::chrono::seconds>(now.time - begin).count()) + 1;
         }
@@ -61,7 +60,7 @@ public:
     }
 
 private:
-    /// Frames counted up to a time.
+    /// Numbers of frames at a point in time.
     struct Counts {
         unsigned long long delivered;
         unsigned long long received;
@@ -83,7 +82,7 @@ private:
         return true;
     }
 
-    /// @param first  at the beginning of the run: a session may have had others
+    /// @param first  counts at the beginning of the run; earlier runs of the session count too
     void printRates(Output& output, StreamStatistics& statistics, const Counts& first, const Counts& last,
                     const Counts& now) const {
         const double seconds = std::chrono::duration<double>(now.time - last.time).count();
@@ -117,11 +116,11 @@ private:
 
 CommandDescription streamCommand() {
     return {"stream", "Stream from a camera and print its frame rates once a second",
-            "One line, or one JSON object, a second, or after the next frame where that takes\n"
-            "longer: frames handed out and frames that the camera delivered since the line\n"
-            "before, each per second; how long the last capture and the last hand-over took;\n"
-            "and how many of all frames of the run nobody took in time. Ends with 130 when\n"
-            "interrupted.\n\n"
+            "Prints a line, or a JSON object, each second, or after the next frame if that\n"
+            "takes longer: frames delivered to the tool and frames received from the camera\n"
+            "per second since the previous line, times of the last capture and the last\n"
+            "transfer, and the number of frames of the run that were not taken in time. Ends\n"
+            "with 130 when interrupted.\n\n"
             "Examples:\n"
             "  quill stream 41500101\n"
             "  quill stream 41500101 --seconds 10 --set \"Video Exposure=5\" --json\n",

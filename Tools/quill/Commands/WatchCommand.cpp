@@ -24,25 +24,25 @@ public:
     void describe(CLI::App& parser) override { addJsonFlag(parser, m_Json); }
 
     ExitCode run(Context& context) override {
-        CameraChanges changes; // before the first look, so that nothing is missed
+        CameraChanges changes; // before the first listing, so that no change is missed
         m_Known = context.session.listCameras();
         for (const auto& [serialNumber, modelName] : m_Known) {
-            tell(context.output, "present", serialNumber, modelName);
+            print(context.output, "present", serialNumber, modelName);
         }
         do {
             for (const Departure& departure : changes.takeDepartures()) {
                 if (m_Known.erase(departure.serialNumber) != 0) {
-                    tell(context.output, "departed", departure.serialNumber, departure.modelName);
+                    print(context.output, "departed", departure.serialNumber, departure.modelName);
                 }
             }
-            tellArrivals(context.output);
+            printArrivals(context.output);
             context.output.flush();
         } while (waitForChange(context.interrupt, changes));
         return ExitCode::Interrupted;
     }
 
 private:
-    void tell(Output& output, const char* event, const std::string& serialNumber, const std::string& modelName) const {
+    void print(Output& output, const char* event, const std::string& serialNumber, const std::string& modelName) const {
         if (m_Json) {
             output.printJsonLine(Json{{"event", event}, {"serialNumber", serialNumber}, {"modelName", modelName}});
         } else {
@@ -50,15 +50,15 @@ private:
         }
     }
 
-    void tellArrivals(Output& output) {
+    void printArrivals(Output& output) {
         for (const auto& [serialNumber, modelName] : Camera::getCamerasList()) {
             if (m_Known.emplace(serialNumber, modelName).second) {
-                tell(output, "arrived", serialNumber, modelName);
+                print(output, "arrived", serialNumber, modelName);
             }
         }
     }
 
-    /// @return false when it is time to end
+    /// @return false after an interrupt
     static bool waitForChange(const Interrupt& interrupt, const CameraChanges& changes) {
         std::array<pollfd, 3> waiting{pollfd{interrupt.descriptor(), POLLIN, 0},
                                       pollfd{changes.descriptor(), POLLIN, 0}, pollfd{STDOUT_FILENO, 0, 0}};
@@ -83,9 +83,9 @@ private:
 } // namespace
 
 CommandDescription watchCommand() {
-    return {"watch", "Tell of cameras that arrive and depart until interrupted",
-            "Begins with the cameras that are there. One line, or one JSON object, for each\n"
-            "camera; ends with 130 when interrupted.\n\n"
+    return {"watch", "Print cameras that arrive and depart until interrupted",
+            "Begins with the cameras that are present. Prints a line, or a JSON object, for\n"
+            "each camera. Ends with 130 when interrupted.\n\n"
             "Examples:\n"
             "  quill watch\n"
             "  quill watch --json | jq -r 'select(.event == \"departed\") | .serialNumber'\n",

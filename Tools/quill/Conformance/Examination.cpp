@@ -28,14 +28,14 @@ Finding makeCall(Subject& subject, const PublicCall& call, const StateDescriptio
     return finding;
 }
 
-/// @return why the camera cannot be brought there; empty when it is
+/// @return why the camera cannot be brought to the state; empty on success
 std::string bring(Subject& subject, const StateDescription& state) {
     try {
         subject.renew();
         state.enter(subject);
         return "";
     } catch (const std::exception& failure) {
-        return "the camera cannot be brought there: " + oneLine(reasonOf(failure));
+        return "the camera cannot be brought to this state: " + oneLine(reasonOf(failure));
     }
 }
 

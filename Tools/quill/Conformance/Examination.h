@@ -10,10 +10,10 @@
 
 namespace QuillTool::Conformance {
 
-/// No call may take longer, whatever state the camera is in.
+/// The time limit of a call in any state.
 constexpr std::chrono::seconds kLongestCall{10};
 
-/// One call in one state: what it should answer and what it did.
+/// One call in one state: the expected and the actual answer.
 struct Finding {
     const PublicCall* call;
     State state;
@@ -23,9 +23,9 @@ struct Finding {
     bool conforms = false;
 };
 
-/// Makes every public call in every state that the camera can be brought to. A state that it cannot be brought to again
-/// is given up with one finding that says why.
-/// @param proceed  asked before each call; what it throws ends the examination
+/// Makes every public call in every state that the camera can reach. Abandons a state that it cannot reach again, with
+/// one finding that gives the reason.
+/// @param proceed  called before each call; its exceptions end the examination
 std::vector<Finding> examine(Subject& subject, const std::function<void()>& proceed);
 
 } // namespace QuillTool::Conformance

@@ -12,17 +12,17 @@ namespace QuillTool::Conformance {
 
 namespace {
 
-/// The answers of one call, by State.
+/// The answers of a call by State.
 struct Answers {
     std::array<const char*, kStateCount> byState{};
 
-    /// The same, but for one state.
+    /// Returns a copy with another answer for one state.
     constexpr Answers but(State state, const char* answer) const {
         Answers changed = *this;
         changed.byState[static_cast<std::size_t>(state)] = answer;
         return changed;
     }
-    /// The same, but for a suspended camera, whether it streams or not.
+    /// Returns a copy with another answer for a suspended camera, streaming or not.
     constexpr Answers butSuspended(const char* answer) const {
         return but(State::Suspended, answer).but(State::SuspendedStreaming, answer);
     }
@@ -36,12 +36,12 @@ constexpr Answers always(const char* answer) {
     return answers;
 }
 
-/// Properties and functions are there from the first connection on.
+/// For calls on properties and functions, which exist from the first connection on.
 constexpr Answers sinceConnected(const char* before, const char* after) {
     return always(after).but(State::NeverConnected, before);
 }
 
-/// Whether the camera is reached matters: a suspended one stays open.
+/// For calls that need an open camera; a suspended camera stays open.
 constexpr Answers whileOpen(const char* before, const char* open, const char* closed) {
     return sinceConnected(before, open)
         .but(State::Disconnected, closed)
@@ -90,7 +90,7 @@ constexpr Answers kState = always("connected")
                                .butSuspended("suspended")
                                .but(State::Disconnected, "disconnected");
 
-/// Hardware retires while it is connected, a simulated camera only while it is disconnected.
+/// Hardware retires while connected, a simulated camera only while disconnected.
 constexpr Answers whenRetired(const Answers& answers, const char* answer) {
     return answers.but(State::Retired, answer);
 }
@@ -119,7 +119,7 @@ constexpr Row kRows[] = {
     {"isCameraAlive", kHardware, whileOpen("false", "true", "false")},
     {"getSerialNumber", kEvery, always(kOk)},
     {"getModelName", kEvery, always(kOk)},
-    {"getCameraInfo", kSimulated, sinceConnected("empty", "ok|empty")}, // what the list of cameras says
+    {"getCameraInfo", kSimulated, sinceConnected("empty", "ok|empty")}, // depends on the list of cameras
     {"getCameraInfo", kHardware, sinceConnected("empty", kOk)},
 
     {"getProperty", kEvery, sinceConnected(kNoProperty, kOk)},
@@ -137,7 +137,7 @@ constexpr Row kRows[] = {
     {"Property::isAvailableForWriting", kUsb3Vision, whileOpen(kNoProperty, kEither, kUnreadable)},
     {"Property::setValue (as it is)", kSdk, whileOpen(kNoProperty, kOk, "PropertyErrorUnknown")},
     {"Property::setValue (as it is)", kUsb3Vision, whileOpen(kNoProperty, kOk, kUnreadable)},
-    // What lies in memory answers whether the camera does or not.
+    // Data in memory is available without the camera.
     {"Property::getValue", kEvery, sinceConnected(kNoProperty, kOk)},
     {"Property::getMinimum", kEvery, sinceConnected(kNoProperty, kOk)},
     {"Property::getMaximum", kEvery, sinceConnected(kNoProperty, kOk)},
@@ -161,7 +161,7 @@ constexpr Row kRows[] = {
          .but(State::StreamingVideo, "true")
          .but(State::StreamingStill, "true")
          .but(State::SuspendedStreaming, "true")
-         .but(State::UnpluggedStreaming, "true")}, // until somebody stops it
+         .but(State::UnpluggedStreaming, "true")}, // until it is stopped
     {"startStream", kSdk, whileOpen(kNoSettings, kOk, kNoSettings).but(State::UnpluggedStreaming, kOk)},
     {"startStream", kSdkWithoutStream, always(kNoSettings)},
     {"stopStream", kAnySdk, always(kOk).but(State::UnpluggedStreaming, "StopStream")},
@@ -175,7 +175,7 @@ constexpr Row kRows[] = {
     {"getImage", kSdkWithoutStream, always(kNoSettings)},
     {"getImage", kUsb3Vision, always("Method not implemented.")},
     {"getImage", kSimulated, always(kOk)},
-    {"convertImage", kSdk, whileOpen(kNoProperty, kOk, kUnreadable)}, // asks for the layout of the sensor
+    {"convertImage", kSdk, whileOpen(kNoProperty, kOk, kUnreadable)}, // reads the layout of the sensor
     {"convertImage", kSdkWithoutStream, sinceConnected(kNoProperty, "ok|PropertyUnsupported|PropertyReadFailure")},
     {"convertImage", kStreamless, always(kOk)},
     {"convertImage (no image)", kEvery, always("Image cannot be null.")},

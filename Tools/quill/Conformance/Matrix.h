@@ -8,14 +8,14 @@
 
 namespace QuillTool::Conformance {
 
-/// The documented answer of a call on a camera of a kind in a state; several, with bars between them, where the
-/// documentation leaves the choice.
+/// Returns the documented answer of a call on a camera of a kind in a state. Bars separate alternatives that the
+/// documentation allows.
 std::string_view documentedAnswer(const PublicCall& call, Kind kind, State state);
 
-/// Whether a documented answer has @p answer among its choices.
+/// Returns whether @p answer is among the alternatives of a documented answer.
 bool allows(std::string_view documented, std::string_view answer);
 
-/// Whether the call can be made at all: after the end of the workspace there is no camera.
+/// Returns whether the call is possible: after the end of the workspace, no camera exists.
 bool isPossible(const PublicCall& call, const StateDescription& state, const Subject& subject);
 
 } // namespace QuillTool::Conformance

@@ -56,7 +56,7 @@ bool hasProperty(const Subject& subject) {
     return !subject.property().empty();
 }
 
-/// Writing the mode of a USB3 Vision camera writes how it starts.
+/// Writing the mode of a USB3 Vision camera writes its flash.
 bool hasHarmlessProperty(const Subject& subject) {
     return hasProperty(subject) && (subject.kind() != Kind::Usb3Vision || subject.mayWriteFlash());
 }
@@ -69,26 +69,26 @@ bool canReadFlash(const Subject& subject) {
     return subject.function() == "Read Flash";
 }
 
-/// A call of a member of Camera that returns nothing.
+/// Calls a member of Camera that returns nothing.
 template <auto operation>
 std::string call(Subject& subject) {
     (subject.camera().*operation)();
     return kDone;
 }
 
-/// A call whose answer is a word.
+/// Makes a call that answers with a word.
 template <auto operation>
 std::string ask(Subject& subject) {
     return answerOf((subject.camera().*operation)());
 }
 
-/// A call that returns a container.
+/// Makes a call that returns a container.
 template <auto operation>
 std::string list(Subject& subject) {
     return contentOf((subject.camera().*operation)());
 }
 
-/// The same for the property.
+/// Does the same on the property.
 template <auto operation>
 std::string askProperty(Subject& subject) {
     return answerOf((propertyOf(subject).*operation)());
@@ -110,7 +110,7 @@ std::string PublicCall::answer(Subject& subject) const {
     } catch (const std::exception& failure) {
         return oneLine(failure.what());
     } catch (...) {
-        return "something that is no exception";
+        return "an object that is not a std::exception";
     }
 }
 

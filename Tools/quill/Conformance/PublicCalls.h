@@ -9,7 +9,7 @@
 namespace QuillTool::Conformance {
 
 enum class Scope { Camera, Library };
-/// Whether a call may leave the camera, or the list, in another state than it found it.
+/// Whether a call may change the state of the camera or of the list.
 enum class Effect { Keeps, Changes };
 
 /// A public operation with its arguments.
@@ -17,12 +17,12 @@ struct PublicCall {
     const char* name;
     Scope scope;
     Effect effect;
-    /// Makes the call and gives its answer in a word.
+    /// Makes the call and returns its answer in a word.
     std::string (*make)(Subject& subject);
-    /// Whether the camera has what the call needs; empty: any has.
+    /// Returns whether the camera supports the call; if empty, every camera does.
     bool (*isPossible)(const Subject& subject) = nullptr;
 
-    /// The answer, or the word of the exception that the library threw, or the text of another one.
+    /// Returns the answer, the kind of the library's exception, or the text of another exception.
     std::string answer(Subject& subject) const;
 };
 

@@ -19,7 +19,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// The library looks every half second.
+/// A generous limit: the library enumerates every half second.
 constexpr std::chrono::seconds kDepartureTime{10};
 
 void connect(Subject& subject) {
@@ -91,7 +91,7 @@ constexpr std::array<StateDescription, kStateCount> kStates{{
          connectOrStream(subject);
          subject.plug().pull();
          if (subject.camera().isCameraAlive()) {
-             subject.camera().disconnect(); // a simulated camera works on as long as it is connected
+             subject.camera().disconnect(); // a simulated camera works as long as it is connected
          }
          awaitRetirement(subject);
      }},

@@ -8,7 +8,7 @@
 
 namespace QuillTool::Conformance {
 
-/// What a camera may have gone through.
+/// The history of a camera.
 enum class State {
     NeverConnected,
     Connected,
@@ -20,7 +20,7 @@ enum class State {
     Unplugged,          ///< while it was connected; the library has not noticed
     UnpluggedStreaming, ///< the same, while it was streaming
     Retired,            ///< unplugged and dropped from the list
-    Ended               ///< unitialisedWorkpace() has returned: there is no camera any more
+    Ended               ///< unitialisedWorkpace() has returned: no camera exists
 };
 
 constexpr std::size_t kStateCount = static_cast<std::size_t>(State::Ended) + 1;
@@ -30,13 +30,13 @@ struct StateDescription {
     const char* name; ///< the heading of its column
     bool needsStream;
     bool needsPlug;
-    /// Brings a camera that was just renewed there.
+    /// Brings a renewed camera to the state.
     void (*enter)(Subject& subject);
 
     bool isPossible(const Subject& subject) const;
 };
 
-/// By State.
+/// All states, indexed by State.
 const std::array<StateDescription, kStateCount>& allStates();
 
 } // namespace QuillTool::Conformance

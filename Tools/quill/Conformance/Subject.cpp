@@ -27,14 +27,14 @@ constexpr KindName kKindNames[] = {{Kind::Sdk, "an SDK camera"},
                                    {Kind::Usb3Vision, "a USB3 Vision camera"},
                                    {Kind::Simulated, "a simulated camera"}};
 
-/// Without one of these a stream cannot be started.
+/// The properties that a stream requires.
 constexpr std::array kStreamProperties{
     PropertyNames::kHeight,        PropertyNames::kPixelFormat,     PropertyNames::kSamplingDescription,
     PropertyNames::kColorFormat,   PropertyNames::kHardwareTrigger, PropertyNames::kStillExposureDelay,
     PropertyNames::kStillExposure, PropertyNames::kStillGain,       PropertyNames::kStillStrobeDelay,
 };
 
-/// All of them take parameters. They are called with none, and the first to read sixteen bytes.
+/// All of them take parameters. The examination calls them without any, and the first also to read 16 bytes.
 constexpr std::array kFunctions{"Read Flash",        "Reboot",       "Write Flash", "Erase Flash",
                                 "Read Flash Status", "Update Flash", "Write Ram"};
 
@@ -64,7 +64,7 @@ Subject::~Subject() {
     try {
         Camera::unitialisedWorkpace();
     } catch (const std::exception&) {
-        // On a thread of the library's; the workspace ends when the process does.
+        // Runs on a thread of the library; the workspace ends with the process.
     }
 }
 

@@ -9,38 +9,37 @@
 
 namespace QuillTool::Conformance {
 
-/// What reaches the camera. Each kind has answers of its own.
+/// The interface that reaches the camera. Each kind has its own answers.
 enum class Kind : unsigned {
     Sdk = 1,
-    SdkWithoutStream = 2, ///< an SDK camera that lacks what a stream needs, such as one whose FPGA is not loaded
+    SdkWithoutStream = 2, ///< an SDK camera that cannot stream, such as a camera without a loaded FPGA
     Usb3Vision = 4,
     Simulated = 8
 };
 
 const char* nameOf(Kind kind);
 
-/// Somebody who takes the camera away from the library and brings it back. Both are empty where nobody can.
+/// Removes the camera and brings it back. Both functions are empty if that is not possible.
 struct Plug {
     std::function<void()> pull;
     std::function<void()> putBack;
 };
 
-/// Whether calls are made that may write the camera's flash, if only what is there already.
+/// Whether calls may write the camera's flash, if only with its present content.
 enum class FlashWrites { Forbidden, Allowed };
 
-/// The camera whose answers are examined. It is made anew as often as need be, for which the library's workspace ends
-/// every time: whoever holds another reference to a camera loses it.
+/// The examined camera. renew() ends the library's workspace and invalidates all references to cameras.
 class Subject {
 public:
-    /// Connects the camera once to see what it offers.
-    /// @throws KestrelException  it is not there, or cannot be connected
+    /// Connects the camera once to read its features.
+    /// @throws KestrelException  the camera is absent, or cannot be connected
     Subject(const std::string& serialNumber, const Plug& plug, FlashWrites flashWrites);
     Subject(const Subject&) = delete;
     Subject& operator=(const Subject&) = delete;
-    /// Ends the workspace, and with it every stream and connection.
+    /// Ends the workspace with all streams and connections.
     ~Subject();
 
-    /// Replaces the object by one that was never connected. Nobody watches the list then.
+    /// Replaces the camera by a new object that was never connected. No watchdog runs afterwards.
     void renew();
 
     CameraInterface::Camera& camera() const { return *m_Camera; }
@@ -49,13 +48,13 @@ public:
 
     const std::string& serialNumber() const { return m_SerialNumber; }
     const std::string& modelName() const { return m_ModelName; }
-    /// Empty where the camera does not tell.
+    /// Returns an empty text if the camera does not report it.
     const std::string& firmwareVersion() const { return m_FirmwareVersion; }
     Kind kind() const { return m_Kind; }
-    /// A property whose value the camera itself holds, if there is one; empty on a camera without properties.
+    /// Returns a property, preferably one stored in the camera; empty for a camera without properties.
     const std::string& property() const { return m_Property; }
     const std::string& propertyValue() const { return m_PropertyValue; }
-    /// A function that takes parameters; empty on a camera without one.
+    /// Returns a function with parameters; empty for a camera without one.
     const std::string& function() const { return m_Function; }
 
 private:

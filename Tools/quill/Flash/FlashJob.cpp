@@ -20,12 +20,12 @@ namespace {
 
 constexpr std::size_t kHeaderBytes = 4; // of a boot image
 
-/// What is said of a stage.
+/// The words of messages about a stage.
 struct StageWords {
     const char* name;
     const char* doing;
     const char* done;
-    const char* function; ///< of the camera, that it needs
+    const char* function; ///< that the camera needs for it
 };
 
 // In the order of FlashStage.
@@ -59,12 +59,12 @@ void FlashOptions::describeReading(CLI::App& parser) {
 
 void FlashOptions::describeWriting(CLI::App& parser) {
     describeReading(parser);
-    parser.add_flag("--no-verify", noVerify, "Do not read back what was done");
-    parser.add_flag("--dry-run", dryRun, "Say what would be done, and touch nothing");
+    parser.add_flag("--no-verify", noVerify, "Do not read the flash back");
+    parser.add_flag("--dry-run", dryRun, "Print the plan and leave the camera untouched");
 }
 
 void FlashOptions::describeMaximumSize(CLI::App& parser) {
-    addNumber(parser, "--maximum-size", maximumSize, "Refuse a file of more bytes", 1, kFlashEnd)
+    addNumber(parser, "--maximum-size", maximumSize, "Largest accepted file, in bytes", 1, kFlashEnd)
         ->capture_default_str();
 }
 
@@ -95,7 +95,7 @@ void FlashJob::requireFunctions() const {
     }
 }
 
-void FlashJob::tellPlan() const {
+void FlashJob::printPlan() const {
     Json plan = Json::array();
     for (const FlashStage stage : m_Stages) {
         plan.push_back(wordsOf(stage).name);
@@ -187,7 +187,7 @@ void FlashJob::run(FlashStage stage, Work&& work) {
     m_Job.run(reachAndWork, [this] { return place(); });
 }
 
-/// The programmer erases, and then tells its progress only after the first chunk.
+/// The programmer erases first, and reports its progress only after the first chunk.
 template <typename Write>
 void FlashJob::runWriting(Write&& write) {
     run(FlashStage::Erase, [&] {
@@ -213,20 +213,20 @@ JobPlace FlashJob::place() const {
 
 std::string FlashJob::stateLeft() const {
     if (!m_Changed) {
-        return "the flash is as it was";
+        return "the flash is unchanged";
     }
     switch (m_Stage) {
     case FlashStage::Erase:
         return m_Done == 0 ? "the flash there may be partly erased" : "the flash there is erased";
     case FlashStage::Write:
         if (m_HeaderFailed) {
-            return "the flash there is written but for the image's header, of which that is not known";
+            return "the flash there is written, except possibly the image's header";
         }
         return m_HeaderLast ? "the flash there is partly written; the image's header was not written, so the camera "
                               "does not start it"
                             : "the flash there is partly written";
     default:
-        return "the flash there was changed as asked, but not all of it was verified";
+        return "the flash there is changed as requested, but only partly verified";
     }
 }
 
@@ -234,7 +234,7 @@ bool FlashJob::isAtHeader() const {
     return m_HeaderLast && m_Stage == FlashStage::Write && m_Done >= m_Range.length;
 }
 
-/// Where the stage would have gone on.
+/// Returns the address at which the stage failed.
 std::size_t FlashJob::failingAddress() const {
     return isAtHeader() ? m_Range.address : m_Range.address + m_Done;
 }
@@ -255,7 +255,7 @@ std::string FlashJob::readChunk(std::size_t offset) const {
 }
 
 void FlashJob::failDifferent(const Bytes& data) {
-    std::string found = "but not when read once more";
+    std::string found = "but not when read again";
     const auto search = [&] {
         const std::string chunk = readChunk(m_Done);
         const auto isByte = [](char read, unsigned char wanted) { return static_cast<unsigned char>(read) == wanted; };

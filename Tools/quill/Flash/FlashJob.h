@@ -10,7 +10,7 @@
 
 namespace QuillTool {
 
-/// Where the flash of cameras ends: what 24 bits of address reach, 16 MiB.
+/// The end of the flash of cameras: 24 bits of address reach 16 MiB.
 constexpr unsigned kFlashEnd = 0x1000000;
 
 /// A range of a camera's flash, in bytes.
@@ -19,11 +19,11 @@ struct FlashRange {
     std::size_t length = 0;
 
     std::size_t end() const { return address + length; }
-    /// "0x1000..0x2000", the end excluded.
+    /// Returns "0x1000..0x2000", the end excluded.
     std::string text() const;
 };
 
-/// How flash is worked on.
+/// Options of work on flash.
 struct FlashOptions {
     unsigned chunkSize = 4096;
     unsigned maximumSize = kFlashEnd;
@@ -31,7 +31,7 @@ struct FlashOptions {
     bool dryRun = false;
     ProgressOptions progress;
 
-    /// For work that only reads.
+    /// Adds the options of work that only reads.
     void describeReading(CLI::App& parser);
     void describeWriting(CLI::App& parser);
     void describeMaximumSize(CLI::App& parser);
@@ -39,31 +39,31 @@ struct FlashOptions {
 
 enum class FlashStage { Read, Erase, Write, Verify, Compare };
 
-/// Work on a range of a camera's flash, stage after stage. Each operation reports its progress, and fails with a
-/// ToolError that names stage and address and says in what state the flash is left.
+/// Works on a range of a camera's flash, stage by stage. Each operation reports its progress, and fails with a
+/// ToolError that names the stage, the address and the resulting state of the flash.
 class FlashJob {
 public:
     using Bytes = std::vector<unsigned char>;
 
     /// @param options  outlive the job
-    /// @throws ToolError  the range reaches beyond the flash, or the camera lacks a function that @p stages need; the
-    ///     camera is untouched
+    /// @throws ToolError  the range reaches beyond the flash, or the camera lacks a function that @p stages require;
+    ///     the camera is untouched
     FlashJob(Context& context, const SelectedCamera& camera, const FlashRange& range, const FlashOptions& options,
              const std::vector<FlashStage>& stages);
 
-    /// Prints what the stages would do.
-    void tellPlan() const;
+    /// Prints the plan without touching the camera.
+    void printPlan() const;
 
     std::string read();
     void erase();
     void write(const Bytes& data);
-    /// The image's header last.
+    /// Writes a boot image, its header last.
     void writeFirmware(const Bytes& data);
     /// Compares the flash with data, in the last stage of the job.
-    /// @throws ToolError  it differs: the first address that does
+    /// @throws ToolError  they differ; names the first address
     void compare(const Bytes& data);
 
-    /// Ends the job: the last stage was successful.
+    /// Ends the job after its last stage succeeded.
     void finish(const Json& details = Json::object());
 
 private:
@@ -91,9 +91,9 @@ private:
     std::vector<FlashStage> m_Stages;
     LongJob m_Job;
     FlashStage m_Stage = FlashStage::Read;
-    std::size_t m_Done = 0;    ///< bytes of the range that the stage has done
-    bool m_Changed = false;    ///< the camera has been asked to change its flash
-    bool m_HeaderLast = false; ///< the image's header is still to be written when all else is
+    std::size_t m_Done = 0;    ///< bytes of the range that the stage has completed
+    bool m_Changed = false;    ///< a change of the flash was requested
+    bool m_HeaderLast = false; ///< the image's header is written after everything else
     bool m_HeaderFailed = false;
 };
 

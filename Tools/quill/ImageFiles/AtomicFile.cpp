@@ -14,7 +14,7 @@ namespace QuillTool {
 
 namespace {
 
-/// Permission bits that a replaced file hands on; the other bits of its mode mean something else for other contents.
+/// The permission bits that a new file takes from the file it replaces; other mode bits depend on the content.
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
 [[noreturn]] void raiseSystemError(int error) {
@@ -32,7 +32,7 @@ AtomicFile::AtomicFile(const std::string& path) : m_Path(path), m_File(nullptr, 
     if (exists && S_ISDIR(status.st_mode)) {
         raiseSystemError(EISDIR);
     }
-    // Renaming needs no permission for the file that it replaces.
+    // Renaming does not check the permissions of the replaced file.
     if (exists && ::access(path.c_str(), W_OK) != 0) {
         raiseSystemError(errno);
     }
@@ -40,7 +40,7 @@ AtomicFile::AtomicFile(const std::string& path) : m_Path(path), m_File(nullptr, 
         m_File.reset(std::fopen(path.c_str(), "wbe"));
     } else {
         if (exists) {
-            // A link stays a link: its target is replaced.
+            // Keeps a link and replaces its target.
             m_Path = std::filesystem::canonical(path).string();
         }
         createTemporary();

@@ -8,22 +8,22 @@
 
 namespace QuillTool {
 
-/// An output file that appears whole or not at all: written under another name in the same folder and renamed at the
-/// end, so that a file of that name stays as it was until then. A file that is replaced hands on its permissions.
-/// A pipe or device is written straight to.
+/// Writes a file atomically: under a temporary name in the same folder, renamed at the end, so that an existing file
+/// stays unchanged until then. The new file takes the permissions of the file that it replaces. Writes directly to a
+/// pipe or device.
 class AtomicFile {
 public:
-    /// @throws std::system_error  the operating system's reason
+    /// @throws std::system_error  reason of the operating system
     explicit AtomicFile(const std::string& path);
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
-    /// Without commit(), leaves nothing behind.
+    /// Removes the file unless commit() succeeded.
     ~AtomicFile();
 
-    /// A failure is remembered for commit(): encoders written in C, which no exception may cross, call this.
+    /// Keeps a failure for commit(): encoders in C call this, and exceptions must not cross them.
     void write(const void* bytes, std::size_t size) noexcept;
 
-    /// Ends the file and gives it its name. Nothing is written afterwards.
+    /// Closes and renames the file. Ends writing.
     /// @throws std::system_error  this or an earlier step failed
     void commit();
 
@@ -31,10 +31,10 @@ private:
     void createTemporary();
 
     std::string m_Path;
-    /// Empty: nothing to remove.
+    /// Empty if no file needs removal.
     std::string m_Temporary;
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> m_File;
-    /// The first failure's error number.
+    /// Error number of the first failure.
     int m_Error = 0;
 };
 

@@ -22,7 +22,7 @@ Imaging::IMAGE_FORMAT fileLayout(unsigned samplesPerPixel) {
     case 4:
         return Imaging::IMAGE_FORMAT::RGBA;
     default:
-        throw std::runtime_error(fmt::format("there is no image of {} samples per pixel", samplesPerPixel));
+        throw std::runtime_error(fmt::format("images of {} samples per pixel are not supported", samplesPerPixel));
     }
 }
 

@@ -9,25 +9,25 @@
 
 namespace QuillTool {
 
-/// The depths that images have, in bits per sample.
+/// Supported depths of images, in bits per sample.
 constexpr std::array<unsigned, 4> kBitDepths{8, 10, 12, 16};
 
-/// Samples that one pixel takes in memory: 1 of a mosaic too.
+/// Returns the samples per pixel in memory; 1 for a mosaic.
 unsigned samplesPerPixel(const Imaging::Image& image);
 
-/// The layout that image files of 1, 3 or 4 samples per pixel have.
+/// Returns the layout of image files with 1, 3 or 4 samples per pixel.
 Imaging::IMAGE_FORMAT fileLayout(unsigned samplesPerPixel);
 
-/// The rows of an image as image files store them: bytes, or words with the larger byte first. Samples beyond the
-/// image's depth become its largest value: opaque alpha of 10 and 12 bits lies beyond.
+/// Converts the rows of an image to the form of image files: bytes, or words with the high byte first. Limits samples
+/// to the largest value of the image's depth: opaque alpha of 10 and 12 bits exceeds it.
 class FileSamples {
 public:
-    /// @param image  outlives this object; its pixels follow each other
-    /// @param largest  what samples of more than 8 bits are scaled to; the image's own largest value scales nothing
+    /// @param image  outlives this object; has contiguous pixels
+    /// @param largest  new largest value of samples of more than 8 bits; that of the image leaves them unchanged
     /// @throws std::runtime_error  samples of more than 16 bits
     FileSamples(const Imaging::Image& image, unsigned largest);
 
-    /// The largest value of the image's depth.
+    /// Returns the largest value of the image's depth.
     static unsigned largestValue(const Imaging::Image& image);
 
     std::size_t rowBytes() const { return m_RowBytes; }

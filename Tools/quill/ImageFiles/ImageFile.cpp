@@ -25,18 +25,18 @@ namespace {
 using Reader = std::unique_ptr<Imaging::Image> (*)(const std::vector<unsigned char>& bytes);
 using Writer = void (*)(const Imaging::Image& image, AtomicFile& file);
 
-/// Bits of FileType::holds: samples per pixel.
+/// Bits of FileType::holds for the samples per pixel.
 constexpr unsigned kGrey = 1U << 1;
 constexpr unsigned kColor = 1U << 3;
 constexpr unsigned kAlpha = 1U << 4;
 
 struct FileType {
     std::string_view extension;
-    /// Null: the file says nothing about its pixels.
+    /// Null if the file does not describe its pixels.
     Reader read;
     Writer write;
     unsigned holds;
-    /// Whether pixels are written in the layouts of image files, or as they lie.
+    /// Whether pixels are converted to the layouts of image files, or written unchanged.
     bool ordered;
 };
 constexpr std::array<FileType, 6> kFileTypes{{
@@ -48,7 +48,7 @@ constexpr std::array<FileType, 6> kFileTypes{{
     {".raw", nullptr, writeRaw, kGrey | kColor | kAlpha, false},
 }};
 
-/// The extensions of the file types that @p suits, for a sentence.
+/// Lists the extensions of the file types that @p suits accepts.
 template <typename Predicate>
 std::string extensions(Predicate suits) {
     std::vector<std::string_view> names;
@@ -60,7 +60,7 @@ std::string extensions(Predicate suits) {
     return fmt::format("{}", fmt::join(names, ", "));
 }
 
-/// The file type of a path's extension; null: none.
+/// Returns the file type of a path's extension; null if unknown.
 const FileType* findFileType(const std::string& path) {
     std::string extension = std::filesystem::path(path).extension().string();
     std::transform(extension.begin(), extension.end(), extension.begin(),
@@ -73,7 +73,7 @@ const FileType* findFileType(const std::string& path) {
 const FileType& writableType(const std::string& path) {
     const FileType* type = findFileType(path);
     if (type == nullptr) {
-        throw std::runtime_error(fmt::format("its extension is none of {}", extensions([](auto&) { return true; })));
+        throw std::runtime_error(fmt::format("its extension is not one of {}", extensions([](auto&) { return true; })));
     }
     return *type;
 }
@@ -87,14 +87,14 @@ void requireHolding(const FileType& type, const Imaging::Image& image) {
     }
 }
 
-/// The image in a layout of image files; null: it has one, or is a mosaic, which lies like grey.
+/// Converts the image to a layout of image files; null if it has such a layout or is a mosaic, which is stored as grey.
 std::unique_ptr<Imaging::Image> toFileLayout(const std::unique_ptr<Imaging::Image>& image) {
     const unsigned samples = samplesPerPixel(*image);
     return samples == 1 || image->getFormat() == fileLayout(samples) ? nullptr
                                                                      : convertImage(image, fileLayout(samples));
 }
 
-/// Runs @p action; whatever it throws becomes an ImageFileError that says what was tried.
+/// Runs @p action. Turns its exceptions into an ImageFileError that names the failed action.
 template <typename Action>
 auto explained(std::string_view verb, const std::string& path, Action action) {
     try {
@@ -126,7 +126,7 @@ std::unique_ptr<Imaging::Image> readImageFile(const std::string& path, const std
 void writeImageFile(const std::unique_ptr<Imaging::Image>& image, const std::string& path) {
     explained("write", path, [&] {
         if (!image) {
-            throw std::invalid_argument("there is no image");
+            throw std::invalid_argument("the image is null");
         }
         const FileType& type = writableType(path);
         requireHolding(type, *image);

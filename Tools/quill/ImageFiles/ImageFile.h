@@ -10,7 +10,7 @@
 
 namespace QuillTool {
 
-/// What the bytes of a raw frame do not say about it.
+/// Describes a raw frame.
 struct RawDescription {
     Imaging::IMAGE_FORMAT format;
     unsigned width;
@@ -19,32 +19,32 @@ struct RawDescription {
     bool littleEndian = true;
 };
 
-/// A file that cannot be read or written as an image. The text names the file, what was tried and why it failed.
+/// The failure to read or write an image file. Its text names the file, the action and the reason.
 class ImageFileError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Reads an image file: PNG (.png), PNM (.pgm, .ppm, .pnm, .pam) or, with a description, the bare bytes of a frame in
-/// any other file. Extensions match in upper and lower case.
+/// Reads an image file: PNG (.png), PNM (.pgm, .ppm, .pnm, .pam) or, with a description, a raw frame in any other file.
+/// Extensions match in upper and lower case.
 ///
-/// PNG and PNM give MONO, RGB or RGBA of 8 or 16 bits, or of 10 or 12 where the file says so: a PNG by its significant
-/// bits, a PNM by its largest value. PNM samples keep their values, but for largest values below 255, which are scaled
-/// to 8 bits. PNG palettes, grey with alpha and transparent colours become RGB or RGBA.
+/// Returns MONO, RGB or RGBA of 8 or 16 bits, or of 10 or 12 bits as given by the significant bits of a PNG or the
+/// largest value of a PNM. PNM samples keep their values; those with a largest value below 255 are scaled to 8 bits.
+/// PNG palettes, grey with alpha and transparent colours become RGB or RGBA.
 /// @throws ImageFileError  unreadable, truncated, malformed, of the wrong size, or a raw frame without a description
 std::unique_ptr<Imaging::Image> readImageFile(const std::string& path, const std::optional<RawDescription>& raw);
 
-/// Writes an image, in the format that the extension names: .png, .pgm (grey), .ppm (colour), .pnm (either), .pam
-/// (grey, colour, alpha), .raw (the bare bytes). The file appears whole or not at all.
+/// Writes an image atomically in the format of the extension: .png, .pgm (grey), .ppm (colour), .pnm (either), .pam
+/// (grey, colour, alpha), .raw (bare pixels).
 ///
-/// Layouts that a file format does not know are converted where that changes nothing but the order of samples; a mosaic
-/// is written as it lies, as grey. Samples of 10 or 12 bits keep their values in a PNM; a PNG has them scaled to 16
-/// bits, so that a viewer shows them, and names the significant bits, by which readImageFile() restores the values.
-/// Samples beyond the image's depth become its largest value, but in .raw.
+/// Converts a layout that the file format lacks if only the order of samples changes; writes a mosaic unchanged, as
+/// grey. Samples of 10 or 12 bits keep their values in a PNM. A PNG scales them to 16 bits for viewers and records the
+/// significant bits, from which readImageFile() restores the values. Except in .raw, samples are limited to the largest
+/// value of the image's depth.
 /// @throws ImageFileError  unknown extension, a layout that the format cannot hold, or a failure of the file system
 void writeImageFile(const std::unique_ptr<Imaging::Image>& image, const std::string& path);
 
-/// Checks, before any work is done, that writeImageFile() knows the extension.
+/// Checks that writeImageFile() supports the extension.
 /// @throws ImageFileError
 void requireWritableExtension(const std::string& path);
 

@@ -36,7 +36,7 @@ std::vector<unsigned char> readInputFile(const std::string& path) {
     if (!notRegular) {
         requireReadable(size);
     }
-    // One byte more than a regular file has, so that one reading finds its end.
+    // One byte more than the size of a regular file, so that one read finds its end.
     std::size_t chunk = notRegular ? kFirstChunk : size + 1;
 
     std::vector<unsigned char> bytes;

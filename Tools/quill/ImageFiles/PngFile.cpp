@@ -18,19 +18,19 @@ namespace QuillTool {
 
 namespace {
 
-/// Deflate makes data at most this many times smaller: 258 bytes in two bits.
+/// The largest compression ratio of deflate: 258 bytes in two bits.
 constexpr std::uint64_t kLargestCompression = 1032;
-/// A third of the default level's time, for files at most a tenth larger.
+/// Takes a third of the default level's time; files are at most a tenth larger.
 constexpr int kCompressionLevel = 1;
 constexpr unsigned kWordMaximum = 65535;
 
-/// Bytes that libpng has yet to read.
+/// The bytes that remain for libpng.
 struct Source {
     const unsigned char* next;
     std::size_t left;
 };
 
-/// What the first chunks of a file say.
+/// The content of the first chunks of a file.
 struct PngHeader {
     std::uint64_t width = 0;
     std::uint64_t height = 0;
@@ -54,7 +54,8 @@ void writeBytes(png_structp png, png_bytep bytes, std::size_t size) {
 
 void leaveFlushToTheFile(png_structp /*png*/) {}
 
-/// The depth that all channels of a file of words have by its significant bits, where images have such a depth, or 16.
+/// Returns the common depth of all channels of a 16-bit file by its significant bits if images support it;
+/// otherwise 16.
 unsigned significantBits(png_structp png, png_infop info) {
     png_color_8p bits = nullptr;
     if (png_get_sBIT(png, info, &bits) == 0 || png_get_valid(png, info, PNG_INFO_tRNS) != 0) {
@@ -72,7 +73,7 @@ png_color_8 sameBits(unsigned bits) {
     return {byte, byte, byte, byte, byte};
 }
 
-/// Has libpng deliver grey, RGB or RGBA in bytes or little-endian words; returns the significant bits.
+/// Sets libpng to deliver grey, RGB or RGBA in bytes or little-endian words. Returns the significant bits.
 unsigned chooseSamples(png_structp png, png_infop info) {
     const bool words = png_get_bit_depth(png, info) == 16;
     const unsigned type = png_get_color_type(png, info);
@@ -91,7 +92,7 @@ unsigned chooseSamples(png_structp png, png_infop info) {
     return bitDepth;
 }
 
-/// The PNG colour type of 1, 3 or 4 samples per pixel.
+/// Returns the PNG colour type of 1, 3 or 4 samples per pixel.
 int colorType(unsigned samples) {
     return (samples > 1 ? PNG_COLOR_MASK_COLOR : 0) | (samples == 4 ? PNG_COLOR_MASK_ALPHA : 0);
 }

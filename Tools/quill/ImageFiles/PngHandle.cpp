@@ -10,7 +10,7 @@ namespace QuillTool {
 namespace {
 
 constexpr png_uint_32 kLargestSide = 1'000'000;
-/// Bytes of one chunk beside the pixels, such as a colour profile, and how many of them are looked at.
+/// Limits of ancillary chunks, such as a colour profile: bytes of a chunk, and number of chunks.
 constexpr png_alloc_size_t kLargestChunk = 8'000'000;
 constexpr png_uint_32 kMostChunks = 100;
 

@@ -9,13 +9,13 @@
 
 namespace QuillTool {
 
-/// Owns libpng's structures and turns its errors into exceptions. libpng leaves a failed call by longjmp(), which must
-/// not pass over anything with a destructor: every call of libpng that can fail goes through run().
+/// Owns libpng's structures and turns its errors into exceptions. libpng leaves a failed call with longjmp(), which
+/// must not skip a destructor: every call of libpng that can fail goes through run().
 class PngHandle {
 public:
     enum class Use { Reading, Writing };
 
-    /// Warnings stay silent. Either side is limited to a million pixels.
+    /// Suppresses warnings. Limits both sides to a million pixels.
     /// @throws std::bad_alloc
     explicit PngHandle(Use use);
     PngHandle(const PngHandle&) = delete;
@@ -24,7 +24,7 @@ public:
 
     /// Calls @p action with the two structures. Neither the action nor a callback that libpng makes meanwhile may throw
     /// or, where libpng can fail, have local objects with destructors.
-    /// @throws std::runtime_error  libpng's words
+    /// @throws std::runtime_error  message of libpng
     template <typename Action>
     void run(const Action& action) {
         if (!attempt(action)) {
@@ -35,7 +35,7 @@ public:
 private:
     using Message = std::array<char, 128>;
 
-    /// The frame that longjmp() returns to. Holds nothing that it could damage.
+    /// The frame to which longjmp() returns. Has no locals that it could damage.
     template <typename Action>
     bool attempt(const Action& action) {
         if (setjmp(png_jmpbuf(m_Png)) != 0) { // NOLINT(cert-err52-cpp): libpng's only way to report an error

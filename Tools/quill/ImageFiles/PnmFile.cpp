@@ -22,7 +22,7 @@ namespace {
 constexpr unsigned kLargestMaximum = 65535;
 constexpr unsigned kByteMaximum = 255;
 
-/// Kinds of PNM whose samples follow a header of width, height and largest value.
+/// Kinds of PNM with a header of width, height and largest value.
 struct PlainKind {
     std::string_view magic;
     unsigned samplesPerPixel;
@@ -31,7 +31,7 @@ struct PlainKind {
 constexpr PlainKind kPlainKinds[] = {{"P2", 1, true}, {"P3", 3, true}, {"P5", 1, false}, {"P6", 3, false}};
 constexpr std::string_view kPamMagic = "P7";
 
-/// What the samples of a PAM mean.
+/// The tuple types of a PAM.
 struct TupleType {
     std::string_view name;
     unsigned samplesPerPixel;
@@ -103,10 +103,10 @@ Header readHeader(PnmWordReader& reader) {
     return header;
 }
 
-/// Refuses a header that promises more than the file holds, before memory is taken for it.
+/// Refuses a header that promises more data than the file holds, before any allocation.
 void requireSamples(const Header& header, std::size_t imageBytes, std::size_t fileBytes) {
     const std::size_t bytesPerSample = header.maximum > kByteMaximum ? 2 : 1;
-    // In text, each number but the last has a blank behind it.
+    // In text, a blank follows each number but the last.
     const std::size_t needed = header.text ? imageBytes / bytesPerSample * 2 - 1 : imageBytes;
     if (fileBytes < needed) {
         throw std::runtime_error(
@@ -115,7 +115,7 @@ void requireSamples(const Header& header, std::size_t imageBytes, std::size_t fi
     }
 }
 
-/// Fills little-endian words or bytes with what @p next delivers, sample by sample.
+/// Stores the samples from @p next as bytes or little-endian words.
 template <typename Next>
 void storeSamples(const Header& header, std::vector<unsigned char>& data, Next next) {
     const bool words = header.maximum > kByteMaximum;

@@ -9,9 +9,9 @@
 
 namespace QuillTool {
 
-/// Reads PGM and PPM (binary or text, P2, P3, P5, P6) and PAM (P7), of several images the first. Words are
+/// Reads PGM and PPM (binary or text, P2, P3, P5, P6) and PAM (P7); of several images, the first. Words are
 /// little-endian in the image.
-/// @throws std::runtime_error  malformed or truncated, or a kind of PNM that is not read
+/// @throws std::runtime_error  malformed, truncated or an unsupported kind of PNM
 std::unique_ptr<Imaging::Image> readPnm(const std::vector<unsigned char>& bytes);
 
 /// Writes one sample per pixel as PGM, three as PPM.

@@ -9,11 +9,11 @@
 
 namespace QuillTool {
 
-/// The frame that the bytes are, by its description.
-/// @throws std::runtime_error  not exactly the bytes of such a frame, or no such frame exists
+/// Makes an image of a raw frame's bytes.
+/// @throws std::runtime_error  the description is invalid, or does not match the number of bytes
 std::unique_ptr<Imaging::Image> readRaw(std::vector<unsigned char> bytes, const RawDescription& description);
 
-/// Writes an image's bytes as they lie.
+/// Writes an image's bytes unchanged.
 void writeRaw(const Imaging::Image& image, AtomicFile& file);
 
 } // namespace QuillTool

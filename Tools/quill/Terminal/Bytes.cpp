@@ -36,7 +36,7 @@ std::string fromHex(std::string_view digits) {
         const std::size_t position = kDigits.find(digit);
         if (position == std::string_view::npos) {
             throw ToolError(ExitCode::Usage,
-                            fmt::format("argument 'hex:{}': '{}' is no hexadecimal digit", digits, digit));
+                            fmt::format("argument 'hex:{}': '{}' is not a hexadecimal digit", digits, digit));
         }
         const int value = static_cast<int>(position % 16);
         if (high < 0) {
@@ -47,7 +47,7 @@ std::string fromHex(std::string_view digits) {
         }
     }
     if (high >= 0) {
-        throw ToolError(ExitCode::Usage, fmt::format("argument 'hex:{}': half a byte is left over", digits));
+        throw ToolError(ExitCode::Usage, fmt::format("argument 'hex:{}': the number of digits is odd", digits));
     }
     return bytes;
 }
@@ -56,7 +56,7 @@ std::string literal(const std::string& text) {
     return text;
 }
 
-/// A beginning that says how the rest of an argument is to be read.
+/// A prefix that selects the reading of the rest of an argument.
 struct ArgumentForm {
     std::string_view prefix;
     std::string (*read)(const std::string& rest);
@@ -87,7 +87,7 @@ std::vector<unsigned char> readFileForCamera(const std::string& path, std::size_
     }
     if (bytes.size() > maximumSize) {
         throw ToolError(ExitCode::Failed,
-                        fmt::format("file '{}': has {} bytes, which is more than {}", path, bytes.size(), maximumSize));
+                        fmt::format("file '{}': has {} bytes, more than {}", path, bytes.size(), maximumSize));
     }
     return bytes;
 }

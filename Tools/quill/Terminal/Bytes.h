@@ -7,23 +7,23 @@
 
 namespace QuillTool {
 
-/// The value of an argument of a function: "@FILE" the bytes of a file, "hex:DE AD BE EF" the bytes of hexadecimal
-/// digits, "text:..." what follows it, anything else itself.
-/// @throws ToolError  the file cannot be read, or the digits are none
+/// Returns the value of a function's argument: for "@FILE" the bytes of a file, for "hex:DE AD BE EF" the bytes of
+/// hexadecimal digits, for "text:..." the rest, otherwise the argument itself.
+/// @throws ToolError  the file cannot be read, or the digits are invalid
 std::string readArgument(const std::string& argument);
 
-/// The bytes of a file that is to go into a camera.
-/// @throws ToolError  it cannot be read, is empty or has more than @p maximumSize bytes
+/// Reads a file to be written to a camera.
+/// @throws ToolError  the file cannot be read, is empty or has more than @p maximumSize bytes
 std::vector<unsigned char> readFileForCamera(const std::string& path, std::size_t maximumSize);
 
-/// Two small hexadecimal digits for each byte.
+/// Returns two lower-case hexadecimal digits per byte.
 std::string toHex(std::string_view bytes);
 
-/// Lines of 16 bytes: offset, counted from @p first, hexadecimal digits and characters.
+/// Formats lines of 16 bytes: offset, counted from @p first, hexadecimal digits and characters.
 std::string hexDump(std::string_view bytes, std::size_t first = 0);
 
-/// Writes a file that appears whole or not at all. What is no regular file, such as a pipe, is written straight.
-/// @throws ToolError
+/// Writes a file atomically, or a pipe or device directly.
+/// @throws ToolError  it cannot be written
 void writeWholeFile(const std::string& path, std::string_view bytes);
 
 } // namespace QuillTool

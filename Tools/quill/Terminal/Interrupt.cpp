@@ -31,7 +31,7 @@ extern "C" void requestInterrupt(int /*signal*/) {
 void handleSignals(void (*handler)(int)) {
     struct sigaction action = {};
     action.sa_handler = handler;
-    // Restarted calls keep libraries that know nothing of signals working; poll() ends nevertheless.
+    // Restarted calls keep libraries working that do not expect signals; poll() returns nevertheless.
     action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
     for (const int signal : kSignals) {
         sigaction(signal, &action, nullptr);
@@ -64,7 +64,7 @@ bool Interrupt::waitReadable(int descriptor) const {
     std::array<pollfd, 2> waiting{pollfd{m_Pipe.descriptor(), POLLIN, 0}, pollfd{descriptor, POLLIN, 0}};
     while (!requested()) {
         if (poll(waiting.data(), waiting.size(), -1) > 0 && waiting[0].revents == 0) {
-            return true; // bytes, end of file or an error, which reading will tell
+            return true; // bytes, end of file or an error, which reading reports
         }
     }
     return false;

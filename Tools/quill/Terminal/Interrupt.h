@@ -5,8 +5,8 @@
 
 namespace QuillTool {
 
-/// Turns the first SIGINT or SIGTERM into a request to end, which waits notice at once and everything else when it is
-/// done. A second one ends the process on the spot. One object at a time.
+/// Turns the first SIGINT or SIGTERM into a request to end. Waits end at once, other work when it completes. A second
+/// signal ends the process immediately. At most one object exists at a time.
 class Interrupt {
 public:
     Interrupt();
@@ -15,12 +15,12 @@ public:
     ~Interrupt();
 
     bool requested() const;
-    /// Readable from the request on.
+    /// Is readable from the request on.
     int descriptor() const { return m_Pipe.descriptor(); }
-    /// Forgets the request and waits for another.
+    /// Discards the request and accepts another.
     void clear();
-    /// Waits until @p descriptor can be read.
-    /// @return false if an interrupt was requested
+    /// Waits until @p descriptor is readable.
+    /// @return false after an interrupt
     bool waitReadable(int descriptor) const;
 
 private:

@@ -56,7 +56,7 @@ public:
     explicit PromptLines(Interrupt& interrupt)
         : m_Interrupt(interrupt), m_History(history_init(), &history_end),
           m_Editor(el_init("quill", stdin, stdout, stderr), &el_end) {
-        static_cast<void>(std::setlocale(LC_CTYPE, "")); // which bytes make a character
+        static_cast<void>(std::setlocale(LC_CTYPE, "")); // sets the encoding of characters
         HistEvent event{};
         history(m_History.get(), &event, H_SETSIZE, kHistorySize);
         history(m_History.get(), &event, H_SETUNIQUE, 1);
@@ -98,7 +98,8 @@ private:
 
     static const char* prompt(EditLine* /*editor*/) { return "quill> "; }
 
-    /// The next character of the terminal: 1, 0 at the end of the input or an interrupt, -1 on an error.
+    /// Reads the next character of the terminal. Returns 1, or 0 at the end of the input or after an interrupt, or -1
+    /// on an error.
     static int readCharacter(EditLine* editor, wchar_t* character) {
         void* self = nullptr;
         el_get(editor, EL_CLIENTDATA, &self);
@@ -118,7 +119,7 @@ private:
                 return 1;
             }
             if (used == static_cast<std::size_t>(-1)) {
-                state = {}; // no character: dropped
+                state = {}; // drops an invalid byte
             }
         }
     }

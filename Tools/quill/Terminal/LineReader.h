@@ -9,7 +9,7 @@
 
 namespace QuillTool {
 
-/// Where the shell's lines come from.
+/// Reads the lines of the shell.
 class LineReader {
 public:
     LineReader() = default;
@@ -17,14 +17,14 @@ public:
     LineReader& operator=(const LineReader&) = delete;
     virtual ~LineReader() = default;
 
-    /// The next line without its end; nothing at the end of the input, or when an interrupt ends it.
+    /// Returns the next line without its end; nothing at the end of the input or after an interrupt that ends it.
     virtual std::optional<std::string> next() = 0;
-    /// Whether a person types the lines.
+    /// Returns whether the lines come from a terminal.
     virtual bool isInteractive() const = 0;
 };
 
-/// Lines of standard input: edited at a prompt with a history where it is a terminal, as they come otherwise. An
-/// interrupt at the prompt discards the line, elsewhere it ends the input.
+/// Reads standard input. On a terminal, it offers a prompt with editing and a history, and an interrupt discards the
+/// line; otherwise an interrupt ends the input.
 /// @param interrupt  outlives the reader
 std::unique_ptr<LineReader> makeLineReader(Interrupt& interrupt);
 

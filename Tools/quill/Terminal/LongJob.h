@@ -11,27 +11,27 @@
 
 namespace QuillTool {
 
-/// Where a job stands, as its errors say it.
+/// The place that a job has reached, in the words of its errors.
 struct JobPlace {
-    std::string failed; ///< what cannot be done: "0x0..0x40000 cannot be written at 0x1A000"
-    std::string doing;  ///< what it was at: "writing at 0x1A000 of 0x0..0x40000"
-    std::string state;  ///< in what state the camera is left
-    Json details;       ///< the same for programs
+    std::string failed; ///< failed action: "0x0..0x40000 cannot be written at 0x1A000"
+    std::string doing;  ///< current action: "writing at 0x1A000 of 0x0..0x40000"
+    std::string state;  ///< resulting state of the camera
+    Json details;       ///< the same as JSON
 };
 
-/// Long work on a camera. It tells its progress, ends when interrupted, and says in what state it leaves the camera
-/// when it does not come to its end.
+/// Runs long work on a camera. Reports progress, ends when interrupted, and reports the resulting state of the camera
+/// if the work does not complete.
 class LongJob {
 public:
     LongJob(Context& context, const SelectedCamera& camera, const ProgressOptions& options);
 
     ProgressReport& report() { return m_Report; }
 
-    /// Tells the progress. Called from inside run() and nowhere else.
-    /// @param more  there is still something to do, which an interrupt prevents
+    /// Reports the progress. Call it only from inside run().
+    /// @param more  whether work remains, which an interrupt prevents
     void advance(std::string_view stage, double done, bool more);
 
-    /// Does the work; @p place is asked for a JobPlace when it fails.
+    /// Does the work. Calls @p place for a JobPlace when the work fails.
     /// @throws ToolError  the work failed, or was interrupted
     template <typename Work, typename Place>
     void run(Work&& work, Place&& place) {
@@ -45,7 +45,7 @@ public:
     }
 
 private:
-    /// Comes out of the library's operation through its progress function.
+    /// Thrown in the progress function to end the library's operation.
     struct Interrupted {};
 
     [[noreturn]] void endInterrupted(const JobPlace& place);

@@ -26,7 +26,8 @@ bool isFinite(std::string_view text) {
 std::string withoutLeadingZeros(std::string_view digits) {
     const std::size_t first = std::min(digits.find_first_not_of('0'), digits.size());
     const bool startsWithDigit = first < digits.size() && digits[first] >= '0' && digits[first] <= '9';
-    return std::string(digits.substr(startsWithDigit || first == 0 ? first : first - 1)); // one stays before a point
+    return std::string(
+        digits.substr(startsWithDigit || first == 0 ? first : first - 1)); // keeps one zero before a point
 }
 
 } // namespace
@@ -71,7 +72,7 @@ CLI::Validator Detail::wholeNumber(std::uint64_t least, std::uint64_t most) {
     const auto check = [=](std::string& text) {
         const std::optional<std::uint64_t> number = parseWholeNumber(text);
         if (!number) {
-            return fmt::format("'{}' is no whole number, decimal or hexadecimal as 0x...", text);
+            return fmt::format("'{}' is not a whole number, decimal or hexadecimal as 0x...", text);
         }
         if (*number < least || *number > most) {
             return fmt::format("{} is not within {}", text, range);

@@ -55,7 +55,7 @@ std::string dump(const Json& document, int indentation) {
     return harmlessJson(document.dump(indentation, ' ', false, Json::error_handler_t::replace));
 }
 
-/// The cells of a row under each other's columns; nothing follows the last one.
+/// Aligns the cells of a row with their columns. Adds no blanks after the last cell.
 std::string alignedRow(const std::vector<std::string>& cells, const std::vector<std::size_t>& widths) {
     std::string line;
     for (std::size_t column = 0; column < cells.size(); ++column) {
@@ -110,7 +110,7 @@ void Output::flush() {
     requireWritten(std::fflush(stdout) == 0);
 }
 
-void Output::tell(std::string_view sentence) {
+void Output::notify(std::string_view sentence) {
     complain(kBold, sentence);
 }
 
@@ -123,11 +123,11 @@ void Output::fail(std::string_view sentence) {
 }
 
 void Output::complain(std::string_view style, std::string_view sentence) {
-    static_cast<void>(std::fflush(stdout)); // in the order in which things happened, where both streams go to one place
+    static_cast<void>(std::fflush(stdout)); // keeps the order if both streams have the same target
     const std::string program = m_ColorComplaints ? fmt::format("{}quill:{}", style, kPlain) : "quill:";
     const std::string place = m_Place.empty() ? "" : m_Place + ": ";
     const std::string line = fmt::format("{} {}{}\n", program, place, oneLine(sentence));
-    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr)); // there is nowhere else to say it
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr)); // a failure cannot be reported
 }
 
 } // namespace QuillTool

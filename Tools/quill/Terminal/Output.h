@@ -9,42 +9,42 @@
 
 namespace QuillTool {
 
-/// Keys stay in the order in which they are written.
+/// JSON whose keys keep their order of insertion.
 using Json = nlohmann::ordered_json;
 
-/// Rows under a header, as many cells in each.
+/// Rows under a header; all have the same number of cells.
 struct Table {
     std::vector<std::string> header;
     std::vector<std::vector<std::string>> rows;
 };
 
-/// Whoever read the results has stopped reading. Nothing is left to do and nobody to tell: not an error.
+/// Reports that the reader of the results has closed the pipe. This ends the command and is not an error.
 struct OutputClosed {};
 
-/// Results go to standard output, everything else to standard error. Colour only on a terminal, and never where the
-/// environment has NO_COLOR.
+/// Writes results to standard output, everything else to standard error. Uses colour only on a terminal, and never if
+/// the environment variable NO_COLOR is set.
 ///
-/// What prints results throws OutputClosed, or a ToolError where they cannot be written.
+/// Functions that print results throw OutputClosed, or a ToolError if the results cannot be written.
 class Output {
 public:
     Output();
 
     void print(std::string_view text);
     void printLine(std::string_view text);
-    /// In aligned columns; an empty cell is printed as "-".
+    /// Prints aligned columns, and "-" for an empty cell.
     void printTable(const Table& table);
-    /// Text that is not UTF-8 gets replacement characters.
+    /// Prints replacement characters for bytes that are not UTF-8.
     void printJson(const Json& document);
-    /// On one line.
+    /// Prints the document on one line.
     void printJsonLine(const Json& document);
-    /// Makes sure that everything printed has arrived.
+    /// Writes everything printed so far.
     void flush();
 
-    /// One line on standard error.
-    void tell(std::string_view sentence);
+    /// Prints one line on standard error.
+    void notify(std::string_view sentence);
     void warn(std::string_view sentence);
     void fail(std::string_view sentence);
-    /// Where the lines on standard error come from, such as "line 3"; empty for none.
+    /// Sets the prefix of lines on standard error, such as "line 3"; empty for none.
     void setPlace(const std::string& place) { m_Place = place; }
 
 private:

@@ -24,8 +24,8 @@ constexpr std::chrono::milliseconds kRedrawPeriod{100};
 } // namespace
 
 void ProgressOptions::describe(CLI::App& parser) {
-    CLI::Option* quietly = parser.add_flag("--quiet", quiet, "No progress; errors are printed nevertheless");
-    parser.add_flag("--json", json, "Progress and result as JSON objects, one a line, on standard output")
+    CLI::Option* quietly = parser.add_flag("--quiet", quiet, "Print no progress, only errors");
+    parser.add_flag("--json", json, "Print progress and result as JSON objects, one a line, on standard output")
         ->excludes(quietly);
 }
 
@@ -53,12 +53,12 @@ void ProgressReport::update(std::string_view stage, double done) {
     if (begins) {
         m_Stage = stage;
         m_Percent = percent;
-        m_ToldPercent = 0;
+        m_ReportedPercent = 0;
     } else if (percent <= m_Percent) {
         return;
     }
     m_Percent = percent;
-    const bool reachedStep = begins || percent / kLineStep > m_ToldPercent / kLineStep;
+    const bool reachedStep = begins || percent / kLineStep > m_ReportedPercent / kLineStep;
     switch (m_Form) {
     case Form::None:
         return;
@@ -66,14 +66,14 @@ void ProgressReport::update(std::string_view stage, double done) {
         return draw(begins || percent == kAll);
     case Form::Lines:
         if (reachedStep) {
-            m_Output.tell(fmt::format("{}: {} {} %", m_Subject, m_Stage, percent - percent % kLineStep));
+            m_Output.notify(fmt::format("{}: {} {} %", m_Subject, m_Stage, percent - percent % kLineStep));
         }
         break;
     case Form::Json:
         printJson(Json{{"stage", m_Stage}, {"done", static_cast<double>(percent) / kAll}});
         break;
     }
-    m_ToldPercent = percent;
+    m_ReportedPercent = percent;
 }
 
 void ProgressReport::draw(bool atOnce) {
@@ -100,7 +100,7 @@ void ProgressReport::endLine() {
 void ProgressReport::finish(std::string_view result, const std::string& sentence, const Json& details) {
     fail(result, details);
     if (m_Form == Form::Bar || m_Form == Form::Lines) {
-        m_Output.tell(fmt::format("{}: {}", m_Subject, sentence));
+        m_Output.notify(fmt::format("{}: {}", m_Subject, sentence));
     }
 }
 

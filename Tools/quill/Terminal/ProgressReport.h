@@ -11,7 +11,7 @@
 
 namespace QuillTool {
 
-/// How somebody wants to be told of progress.
+/// Options for the report of progress.
 struct ProgressOptions {
     bool quiet = false;
     bool json = false;
@@ -19,22 +19,22 @@ struct ProgressOptions {
     void describe(CLI::App& parser);
 };
 
-/// Tells how far a long piece of work has come, stage by stage: on a terminal in one line that is redrawn, elsewhere in
-/// a line every ten percent, both on standard error; or in JSON objects, one a line, on standard output.
+/// Reports the progress of long work, stage by stage: on standard error, as a bar on a terminal or else as a line every
+/// ten percent; or on standard output, as one JSON object a line.
 class ProgressReport {
 public:
-    /// @param subject  the beginning of every line, such as "camera 90001"
+    /// @param subject  begins every line, such as "camera 90001"
     ProgressReport(Output& output, const std::string& subject, const ProgressOptions& options);
     ProgressReport(const ProgressReport&) = delete;
     ProgressReport& operator=(const ProgressReport&) = delete;
-    /// Leaves the line where it stands.
+    /// Ends the line without a result.
     ~ProgressReport();
 
-    /// @param done  0 to 1; what is less than before in the same stage is not told
+    /// @param done  0 to 1; a smaller value than before in the same stage is ignored
     void update(std::string_view stage, double done);
-    /// Ends with the one word for how it went and, without JSON, with the sentence that says so.
+    /// Ends the report with the result in one word (JSON) or in a sentence.
     void finish(std::string_view result, const std::string& sentence, const Json& details = Json::object());
-    /// The same for work that failed. Without JSON nothing is said: the error that follows tells it.
+    /// Does the same for failed work. Prints only JSON: the error that follows has the sentence.
     void fail(std::string_view result, const Json& details = Json::object());
 
 private:
@@ -43,7 +43,7 @@ private:
     static Form formOf(const ProgressOptions& options);
     void draw(bool atOnce);
     void endLine();
-    /// What nobody reads, or what cannot be written, does not end the work: the rest is not told.
+    /// Stops reporting if the output is closed or cannot be written; the work continues.
     void printJson(const Json& line);
 
     Output& m_Output;
@@ -51,8 +51,8 @@ private:
     Form m_Form;
     std::string m_Stage;
     int m_Percent = 0;
-    int m_ToldPercent = 0;
-    std::size_t m_Drawn = 0; ///< columns of the line that is being redrawn; 0 for none
+    int m_ReportedPercent = 0;
+    std::size_t m_Drawn = 0; ///< columns of the redrawn line; 0 for none
     std::chrono::steady_clock::time_point m_LastDrawing{};
 };
 

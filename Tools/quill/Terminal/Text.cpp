@@ -10,7 +10,8 @@ namespace QuillTool {
 
 namespace {
 
-/// How many bytes at the front of a text are a control character; those from U+0080 to U+009F have two.
+/// Returns the length of the control character at the front of a text; 0 for none. Those from U+0080 to U+009F take two
+/// bytes.
 std::size_t controlLength(std::string_view text) {
     const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
     if (byte(0) == 0xC2 && text.size() > 1 && byte(1) >= 0x80 && byte(1) < 0xA0) {

@@ -10,16 +10,17 @@ namespace QuillTool {
 /// White space in every locale.
 constexpr std::string_view kBlanks = " \t\n\v\f\r";
 
-/// The text on one line and harmless to a terminal: line breaks and other control characters become single blanks.
+/// Replaces line breaks and other control characters by single blanks, so that the text takes one line and cannot
+/// control a terminal.
 std::string oneLine(std::string_view text);
 
-/// A JSON text with escapes for the control characters behind ASCII's first 32, which JSON allows as they are.
+/// Escapes the control characters from U+007F to U+009F, which JSON allows unescaped.
 std::string harmlessJson(std::string_view json);
 
-/// How many columns a UTF-8 text takes, each character counted as one.
+/// Returns the number of columns of a UTF-8 text, one per character.
 std::size_t displayWidth(std::string_view text);
 
-/// The text in capitals, ASCII letters only.
+/// Converts ASCII letters to capitals.
 std::string inCapitals(std::string text);
 
 } // namespace QuillTool

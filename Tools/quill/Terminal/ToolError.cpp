@@ -15,7 +15,7 @@ namespace {
 
 using KestrelExceptions::KestrelException;
 
-/// Kind of failure, as who() says it, and its exit code. Every other kind is a failed operation.
+/// Maps a kind of failure, as returned by who(), to its exit code. Other kinds have the code Failed.
 struct FailureCode {
     std::string_view kind;
     ExitCode code;
@@ -28,7 +28,7 @@ constexpr std::array kFailureCodes{
     FailureCode{"StreamTimeout", ExitCode::TimedOut},
 };
 
-/// Where the reason begins in a sentence such as "Error with function {Read Flash}: ...".
+/// Precedes the reason in a sentence such as "Error with function {Read Flash}: ...".
 constexpr std::string_view kSubjectEnd = "}: ";
 
 ExitCode codeOf(const std::exception& failure) {
@@ -41,7 +41,7 @@ ExitCode codeOf(const std::exception& failure) {
     return row == kFailureCodes.end() ? ExitCode::Failed : row->code;
 }
 
-/// A part of programmers' words, and what they mean to a person.
+/// Maps a part of a technical message to a sentence for people.
 struct Translation {
     std::string_view part;
     std::string_view sentence;
@@ -49,7 +49,7 @@ struct Translation {
 
 constexpr std::array kTranslations{
     Translation{"argument out of range", "a number is too large or too small"},
-    Translation{"invalid sto", "a text is no number"}, // stoi, stoul, stof, stod
+    Translation{"invalid sto", "a text is not a number"}, // stoi, stoul, stof, stod
     Translation{"Method not implemented.", "The camera cannot do this."},
 };
 

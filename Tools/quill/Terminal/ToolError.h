@@ -9,7 +9,7 @@
 
 namespace QuillTool {
 
-/// What the tool tells the program that started it.
+/// Exit codes of the tool.
 enum class ExitCode {
     Done = 0,
     Failed = 1,
@@ -17,11 +17,11 @@ enum class ExitCode {
     NotFound = 3, ///< no such camera, property or function, or no driver kit
     TimedOut = 4,
     CameraGone = 5,
-    Difference = 6, ///< what was read back is not what was written
+    Difference = 6, ///< reading back, or comparing, found a difference
     Interrupted = 130
 };
 
-/// A command that failed: its exit code and the one line that says what was tried and why it failed.
+/// The failure of a command: its exit code, and one line with the failed action and the reason.
 class ToolError : public std::runtime_error {
 public:
     ToolError(ExitCode code, const std::string& sentence) : std::runtime_error(sentence), m_Code(code) {}
@@ -32,19 +32,19 @@ private:
     ExitCode m_Code;
 };
 
-/// A reason in the words of a person where it is in those of a parser or a conversion.
+/// Rephrases the reasons of parsers and conversions for people.
 std::string readable(std::string_view reason);
 
-/// Why an operation of the library failed, without the subject and the place that the exception names too.
+/// Returns the reason of a failed operation of the library, without the subject and the place in the exception.
 std::string reasonOf(const std::exception& failure);
 
-/// What the exception of the library is about, such as a function's name; may be empty.
+/// Returns the subject of the library's exception, such as a function's name; may be empty.
 std::string subjectOf(const std::exception& failure);
 
-/// "@p tried: reason", with the exit code that fits the failure.
+/// Returns "@p tried: reason" with the exit code of the failure.
 ToolError describeFailure(const std::string& tried, const std::exception& failure);
 
-/// Runs an action of the library. What it throws becomes a ToolError.
+/// Runs an action of the library. Turns its exceptions into a ToolError.
 template <typename Action>
 auto attempt(const std::string& tried, Action&& action) {
     try {

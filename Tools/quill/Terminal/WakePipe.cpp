@@ -15,7 +15,7 @@ namespace QuillTool {
 
 WakePipe::WakePipe() {
     if (pipe2(m_Ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
-        throw ToolError(ExitCode::Failed, fmt::format("no pipe can be made: {}", std::strerror(errno)));
+        throw ToolError(ExitCode::Failed, fmt::format("cannot create a pipe: {}", std::strerror(errno)));
     }
 }
 
@@ -25,7 +25,7 @@ WakePipe::~WakePipe() {
 }
 
 void WakePipe::wake() const noexcept {
-    // A full pipe wakes as well as one byte more.
+    // A full pipe wakes the thread as well.
     [[maybe_unused]] const auto written = write(m_Ends[1], "", 1);
 }
 

@@ -13,7 +13,7 @@ public:
     WakePipe& operator=(const WakePipe&) = delete;
     ~WakePipe();
 
-    /// Readable from wake() until drain().
+    /// Is readable from wake() until drain().
     int descriptor() const { return m_Ends[0]; }
     /// Thread-safe, and safe in a signal handler.
     void wake() const noexcept;

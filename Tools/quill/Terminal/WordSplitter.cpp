@@ -11,7 +11,7 @@ namespace QuillTool {
 
 namespace {
 
-/// Takes words off the front of a line.
+/// Splits a line from its front.
 class WordSplitter {
 public:
     explicit WordSplitter(std::string_view line) : m_Rest(line) {}

@@ -7,9 +7,9 @@
 
 namespace QuillTool {
 
-/// The words of a line, quoted as in a shell: '...' is literal, "..." knows \" and \\, a backslash outside of quotes
-/// takes the next character literally, and a # at the start of a word begins a comment.
-/// @throws ToolError  a quote that is not closed, or a backslash at the end
+/// Splits a line into words, quoted as in a shell: '...' is literal, "..." accepts \" and \\, a backslash outside of
+/// quotes makes the next character literal, and a # at the start of a word begins a comment.
+/// @throws ToolError  an unclosed quote, or a backslash at the end
 std::vector<std::string> splitWords(std::string_view line);
 
 } // namespace QuillTool
