@@ -191,6 +191,53 @@ TEST_F(MaintenanceTool, EndsCleanlyWhenInterrupted) {
     EXPECT_EQ(last.at("stage"), "write");
 }
 
+TEST_F(MaintenanceTool, NamesStageAddressAndStateOfWhatEndsAWriting) {
+    const Words flash{"flash", "write", "41500101", "0x100", "image", "--chunk", "18", "--quiet"};
+    const Words firmware{"firmware", "write", "41500101", "image", "--address", "0x100", "--chunk", "18", "--quiet"};
+    const std::string partly = "the flash there is partly written";
+    const std::string headless = partly + "; the image's header was not written, so the camera does not start it";
+    const std::string unknown = "the flash there is written but for the image's header, of which that is not known";
+    const std::string changed = "the flash there was changed as asked, but not all of it was verified";
+    const struct {
+        Words write;
+        const char* device;
+        std::string place;
+        std::string state;
+    } cases[] = {
+        {flash, "pulled at erase 1", "erased at 0x100", "the flash there may be partly erased"},
+        {flash, "pulled at write 1", "written at 0x100", partly},
+        {flash, "pulled at write 3", "written at 0x124", partly},
+        {flash, "pulled at read 2", "verified at 0x112", changed},
+        {firmware, "pulled at write 1", "written at 0x104", headless},
+        {firmware, "pulled at write 3", "written at 0x100", unknown},
+        {flash, "interrupted at erase 1", "writing at 0x112", partly},
+        {flash, "interrupted at write 3", "verifying at 0x100", changed},
+        {firmware, "interrupted at write 2", "writing at 0x100", headless},
+    };
+    for (const auto& [write, device, place, state] : cases) {
+        SCOPED_TRACE(write[0] + " " + device);
+        const bool interrupted = device[0] == 'i';
+        const ChildResult result = runChild(command(write, device));
+        EXPECT_EQ(result.exitCode, interrupted ? 130 : 5);
+        EXPECT_EQ(result.errors, "quill: camera 41500101: " +
+                                     (interrupted ? "interrupted while " + place + " of 0x100..0x128: " + state
+                                                  : "0x100..0x128 cannot be " + place +
+                                                        ": Failed to execute function. The camera is gone; " + state) +
+                                     "\n");
+    }
+}
+
+TEST_F(MaintenanceTool, FindsTheFirstByteThatDiffersFromWhatWasWritten) {
+    for (const char* write : {"flash write 41500101 0x100 image", "firmware write 41500101 image --address 0x100"}) {
+        const ChildResult result =
+            runScript("perform 41500101 'Write Flash' 0x10D hex:00\n" + std::string(write) + " --chunk 18 --quiet\n",
+                      command({"shell"}, "unerasable"));
+        EXPECT_EQ(result.exitCode, 6);
+        EXPECT_EQ(result.errors,
+                  "quill: line 2: camera 41500101: 0x100..0x128 differs at 0x10D: 0x00 instead of 0x32\n");
+    }
+}
+
 TEST_F(MaintenanceTool, GoesOnWhenNobodyReadsItsProgress) {
     const ChildResult result = runChild(
         shellCommand(R"({ "$0" flash write 70001 0 table.bin --json --chunk 1; echo "ended with $?" >&2; } | true)"));

@@ -258,6 +258,7 @@ TEST_F(Tool, SaysHowACameraOfTheSdkFares) {
          {"capture", "41500102", "-o", image, "--count", "1000"},
          5,
          {"camera 41500102: ", "The camera is gone."}},
+        {"dark", {"capture", "41500102", "-o", image}, 130, {}},
         {"worn",
          {"conform", "41500102"},
          1,
@@ -295,6 +296,12 @@ TEST_F(Tool, WritesTheColourThatACameraComputed) {
     }
     EXPECT_THAT(runScript("set 41500101 'Pixel Format' 48\ninfo 41500101\n", command({"shell"}, "orange")).output,
                 HasSubstr("Image               BGR, 16 bits\n"));
+}
+
+TEST_F(Tool, TellsTheValueThatWasReallySet) {
+    EXPECT_EQ(runChild(command({"set", "41500101", "Video Exposure", "12.3456789"}, "orange")).errors,
+              "quill: warning: camera 41500101: property 'Video Exposure': was set to '12.3456789' and is now "
+              "'12.345679'\n");
 }
 
 TEST_F(Tool, TellsRatesBelowOneFrameASecond) {
