@@ -21,26 +21,6 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using namespace TestSupport;
 
-/// A camera with all flash functions, one whose flash can be erased but not written, one without functions,
-/// and one that has what a camera in USB3 Vision mode has.
-constexpr const char* kFlashCameras = R"({"Cameras": [
-  {"Identification": {"Model Name": "Whole", "Serial Number": "70001"}, "Properties": [], "Functions": [
-    {"Name": "Erase Flash", "Parameters": [], "Return Format": []},
-    {"Name": "Write Flash", "Parameters": [{"Type": "Integer", "Label": "Address"}, {"Type": "String", "Label": "Data"}],
-     "Return Format": []},
-    {"Name": "Read Flash", "Parameters": [], "Return Format": []},
-    {"Name": "Write Flash Status", "Parameters": [], "Return Format": []},
-    {"Name": "Read Flash Status", "Parameters": [], "Return Format": []},
-    {"Name": "Reboot", "Parameters": [], "Return Format": []}]},
-  {"Identification": {"Model Name": "Erasable", "Serial Number": "70002"}, "Properties": [], "Functions": [
-    {"Name": "Erase Flash", "Parameters": [], "Return Format": []},
-    {"Name": "Read Flash", "Parameters": [], "Return Format": []}]},
-  {"Identification": {"Model Name": "Bare", "Serial Number": "80001"}, "Properties": [], "Functions": []},
-  {"Identification": {"Model Name": "Lookalike", "Serial Number": "80002"}, "Properties": [
-    {"Name": "USB3 Vision Mode", "Type": "Boolean", "Minimum": "Disabled", "Maximum": "Enabled", "Default": "Disabled",
-     "ReadOnly": false, "AvailableForWriting": true, "Discrete": true, "ValueList": ["Disabled", "Enabled"]}],
-   "Functions": [{"Name": "Reboot", "Parameters": [], "Return Format": []}]}]})";
-
 /// Two sections, 0x28 bytes with header and end.
 const std::string kImage("CY\x1c\xb0"
                          "\x02\0\0\0\0\x30\0\x40"
@@ -50,9 +30,11 @@ const std::string kImage("CY\x1c\xb0"
                          "\0\0\0\0\0\x30\0\x40",
                          40);
 
+/// The list has a camera with all flash functions, one whose flash can be erased but not written, one without
+/// functions, and one that has what a camera in USB3 Vision mode has.
 class MaintenanceTool : public ToolFixture {
 protected:
-    MaintenanceTool() : ToolFixture(kFlashCameras) {
+    MaintenanceTool() : ToolFixture("FlashCameras.json") {
         std::filesystem::current_path(m_Folder.path()); // files are named as they are typed
         m_Folder.write("table.bin", "0123456789abcdef");
         m_Folder.write("image", kImage);
