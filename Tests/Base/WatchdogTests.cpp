@@ -2,8 +2,10 @@
 
 #include "Utilities/Watchdog.h"
 
+#include <atomic>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -59,6 +61,24 @@ TEST(Watchdog, ASecondStartReplacesTheFirst) {
     const int calls = first.count();
     EXPECT_TRUE(second.wait(3)) << "a period of 0 polls back to back";
     EXPECT_EQ(first.count(), calls);
+}
+
+TEST(Watchdog, StopWaitsForARunningCall) {
+    Event entered;
+    Event release;
+    std::atomic<bool> finished{false};
+    Watchdog watchdog;
+    watchdog.start(0, [&] {
+        entered.raise();
+        release.wait();
+        finished = true;
+        return true;
+    });
+    ASSERT_TRUE(entered.wait());
+    std::thread releaser([&] { release.raise(); });
+    watchdog.stop();
+    EXPECT_TRUE(finished);
+    releaser.join();
 }
 
 TEST(Watchdog, ACallbackThatWouldWaitForItselfIsToldSo) {

@@ -195,6 +195,15 @@ TEST_F(Usb3VisionCameraTest, ModeIsTurnedOnOnlyOverAValidFile) {
     }
 }
 
+TEST(QuillInternal, AFileLiesWithinTheFlash) {
+    Usb3VisionInfo info{};
+    for (const auto& [size, valid] : std::map<std::uint32_t, bool>{
+             {0, false}, {1, true}, {0xE48000, true}, {0xE48001, false}, {0xFFFF8001, false}}) {
+        info.fileSize = size;
+        EXPECT_EQ(QuillInternal::isUsb3VisionInfoValid(info), valid) << size;
+    }
+}
+
 TEST_F(Usb3VisionCameraTest, ModeReportsWhichAccessFailed) {
     Property& mode = open().getProperty(kMode);
     store({1, 2, 3});
