@@ -46,36 +46,6 @@ protected:
     }
 };
 
-std::string described(const std::vector<ParameterDescriptor>& descriptors) {
-    std::string text;
-    for (const ParameterDescriptor& descriptor : descriptors) {
-        text += descriptor.m_Label + (descriptor.m_Type == PARAMETER_TYPE::Integer  ? ":i "
-                                      : descriptor.m_Type == PARAMETER_TYPE::String ? ":s "
-                                                                                    : ":? ");
-    }
-    return text;
-}
-
-TEST_F(OrvexFunctionTest, ACameraHasNineFunctionsWhichDescribeThemselves) {
-    const std::vector<Texts> functions{{"Erase Flash", "Address:i Length:i ", ""},
-                                       {"Jtag", "Data:s ", ""},
-                                       {"Read Flash", "Address:i Length:i ", "Data:s "},
-                                       {"Read Flash Status", "Address:i ", "Status:s "},
-                                       {"Reboot", "Mode:s ", ""},
-                                       {"Update Flash", "Address:i Data:s ", ""},
-                                       {"Write Flash", "Address:i Data:s ", ""},
-                                       {"Write Flash Status", "Address:i Status:s ", ""},
-                                       {"Write Ram", "Address:i Data:s ", ""}};
-    std::vector<Texts> found;
-    for (const std::string& name : m_Camera->getSupportedFunctions()) {
-        Function& function = m_Camera->getFunction(name);
-        EXPECT_TRUE(function.isAvailable());
-        found.push_back(
-            {function.getName(), described(function.getParameters()), described(function.getReturnFormat())});
-    }
-    EXPECT_EQ(found, functions);
-}
-
 TEST_F(OrvexFunctionTest, EachFunctionMakesItsOneCallAndFailsWithIt) {
     const std::string zeros("a\0b\0", 4);
     const std::vector<std::pair<std::pair<std::string, Texts>, std::string>> rows{
