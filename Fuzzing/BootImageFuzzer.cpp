@@ -153,7 +153,8 @@ void checkRam(const BootImage& image, const Bytes& data) {
         for (std::size_t done = 0; done < section.length; done += write->second.size(), ++write) {
             require(write != camera.ramWrites().end() && write->first == section.address + std::uint32_t(done),
                     "pieces follow each other in RAM");
-            require(!write->second.empty() && write->second.size() <= 4096, "a piece has at most 4096 bytes");
+            require(write->second.size() == std::min<std::size_t>(4096, section.length - done),
+                    "a piece has 4096 bytes, the last one the rest");
             require(std::equal(write->second.begin(), write->second.end(),
                                data.begin() + static_cast<std::ptrdiff_t>(section.offset + done),
                                [](char one, unsigned char other) { return static_cast<unsigned char>(one) == other; }),

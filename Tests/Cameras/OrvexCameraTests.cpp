@@ -61,14 +61,6 @@ TEST_F(OrvexCameraTest, EveryDeviceIsListedUnderItsUnsignedSerialNumber) {
     useOrvexApi(nullptr);
 }
 
-TEST_F(OrvexCameraTest, InfoHoldsWhatTheModelHas) {
-    const auto colorInfo = open(color()).getCameraInfo();
-    EXPECT_EQ(colorInfo.at("Vendor Name"), "Meridane");
-    EXPECT_EQ(colorInfo.at("Serial Number"), std::to_string(color().serial));
-    EXPECT_EQ(colorInfo.at("USB3 Vision Mode"), "Disabled");
-    EXPECT_EQ(open(mono()).getCameraInfo().count("FPGA2 Version"), 0U);
-}
-
 TEST_F(OrvexCameraTest, MosaicsOfTheCamerasOwnLayoutAreConvertedByTheCamera) {
     struct Case {
         const char* name;

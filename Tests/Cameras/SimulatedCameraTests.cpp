@@ -71,31 +71,8 @@ Texts perform(Camera& camera, const std::string& name, Texts parameters) {
     return camera.perform(name, parameters);
 }
 
-TEST_F(SimulatedCameraTest, EachCameraHasWhatItsOwnEntryLists) {
-    const std::string list =
-        listOf({camera("1", {property("Video Gain", "1"), property("Exposure", "2")}, {function("Reboot")}),
-                camera("2", {property("Video Exposure", "3")})});
-    Camera& first = open(list);
-    Camera& second = open(list, "2");
-    EXPECT_EQ(Camera::getCamerasList(), (std::map<std::string, std::string>{{"1", "Model 1"}, {"2", "Model 2"}}));
-    EXPECT_EQ(first.getSupportedProperties(), (Texts{"Exposure", "Video Gain"}));
-    EXPECT_EQ(second.getSupportedProperties(), Texts{"Video Exposure"});
-    EXPECT_EQ(first.getSupportedFunctions(), Texts{"Reboot"});
-    EXPECT_TRUE(first.isPropertySupported("Exposure"));
-    EXPECT_FALSE(first.isPropertySupported("exposure"));
-    expectFailure<KestrelException_Property>([&] { first.getProperty("x"); }, "PropertyUnsupported",
-                                             "Property is not supported.");
-    expectFailure<KestrelException_Function>([&] { perform(second, "Reboot", {}); }, "FunctionUnsupported",
-                                             "Function not supported.");
-}
-
-TEST_F(SimulatedCameraTest, HasNoStreamAndOneBlackPixel) {
+TEST_F(SimulatedCameraTest, HasNoStream) {
     Camera& camera = open(listOf({::camera("1")}));
-    camera.disconnect();
-    const auto image = camera.getImage();
-    EXPECT_EQ(image->getImageSize(), 1U);
-    EXPECT_EQ(image->getFormat(), Imaging::IMAGE_FORMAT::MONO);
-    EXPECT_EQ(camera.convertImage(image, Imaging::IMAGE_FORMAT::RGB)->getData().size(), 3U);
     expectFailure<KestrelException>([&] { camera.startStream(); }, "StreamUnsupported", "The camera has no stream.");
 }
 
@@ -201,82 +178,20 @@ TEST_F(SimulatedCameraTest, TheEnumerationReadsTheListOnce) {
     EXPECT_EQ(Camera::searchForNewCameras(), 1U);
 }
 
-TEST_F(SimulatedCameraTest, ConnectPassesTheFailuresOfItsListOn) {
-    describeCameras(listOf({camera("1")}));
-    Camera::initialiseWorkspace();
-    Camera& camera = Camera::getCamera("1");
-    for (const char* broken :
-         {"", "{\"Cameras\": [{}]}", "{\"Cameras\": [{\"Identification\": {\"Serial Number\": 1}}]}",
-          "{\"Cameras\": [{\"Identification\": {\"Serial Number\": \"1\"}, \"Properties\": []}]}"}) {
-        describeCameras(broken);
-        EXPECT_THROW(camera.connect(), json::exception) << broken;
-        EXPECT_EQ(camera.getState(), CameraState::Disconnected);
-    }
-}
-
 class DescriptionFileTest : public TestSupport::CameraListFixture {};
 
-TEST_F(DescriptionFileTest, DocumentsWithoutCamerasAreEmpty) {
-    const auto all = [] {
-        return loadSimulatedCameraList().size() + loadPropertyDescriptions("1").size() +
-               loadFunctionDescriptions("1").size();
-    };
+TEST_F(DescriptionFileTest, NoListIsAnEmptyOneAndABrokenOneIsQuotedInPart) {
     removeCameraList();
-    EXPECT_EQ(all(), 0U);
-    for (const char* document :
-         {"{}", "[]", "3", "null", "{\"Cameras\": []}", "{\"Cameras\": null}", "{\"cameras\": [1]}"}) {
-        describeCameras(document);
-        EXPECT_EQ(all(), 0U) << document;
-    }
-    for (const char* document : {"", "{", "{\"Cameras\": [}", "\xFF\xFE"}) {
-        describeCameras(document);
-        EXPECT_THROW(all(), json::parse_error) << document;
-    }
+    EXPECT_TRUE(loadSimulatedCameraList().empty() && loadPropertyDescriptions("1").empty() &&
+                loadFunctionDescriptions("1").empty());
+    describeCameras("{\"Cameras\": [{}], \"Cameras\": [");
+    EXPECT_THROW(loadPropertyDescriptions("1"), json::parse_error) << "a fault of an entry does not hide it";
     describeCameras(std::string(100'000, '['));
-    EXPECT_THROW(all(), json::parse_error) << "deep nesting";
+    EXPECT_THROW(loadPropertyDescriptions("1"), json::parse_error) << "deep nesting";
     Camera::initialiseWorkspace();
     const auto failures = Camera::getEnumerationFailures();
     ASSERT_EQ(failures.size(), 1U);
     EXPECT_LT(failures.begin()->second.size(), 1100U) << "the reason quotes the document";
-}
-
-TEST_F(DescriptionFileTest, IncompleteEntriesKeepWhatWasReadBeforeTheFault) {
-    json wrongMinimum = property("A", "1");
-    wrongMinimum["Minimum"] = 0;
-    json noAvailability = property("B", "2");
-    noAvailability.erase("AvailableForWriting");
-    noAvailability["ReadOnly"] = true;
-    json wrongWord = property("C", "3");
-    wrongWord["Type"] = "float";
-    json wrongList = property("D", "4");
-    wrongList["ValueList"] = {"a", 1};
-    json wrongDescriptor = function("Reboot");
-    wrongDescriptor["Parameters"][1]["Type"] = "string";
-    describeCameras(listOf({camera("1", {wrongMinimum, noAvailability, wrongWord, wrongList, 5}, {wrongDescriptor}),
-                            {{"Identification", 5}}}));
-
-    const auto identifications = loadSimulatedCameraList();
-    ASSERT_EQ(identifications.size(), 2U);
-    EXPECT_EQ(identifications[0].m_ModelName, "Model 1");
-    EXPECT_EQ(identifications[1].m_SerialNumber, "");
-    EXPECT_THROW(loadPropertyDescriptions("1"), json::type_error) << "for every camera";
-    describeCameras(listOf({camera("1", {wrongMinimum, noAvailability, wrongWord, wrongList, 5}, {wrongDescriptor})}));
-
-    const auto properties = loadPropertyDescriptions("1");
-    ASSERT_EQ(properties.size(), 5U);
-    EXPECT_EQ(properties[0].m_Type, PROPERTY_TYPE::Float);
-    EXPECT_EQ(properties[0].m_Maximum, "");
-    EXPECT_TRUE(properties[1].m_ReadOnly);
-    EXPECT_EQ(properties[1].m_ValueList, Texts{});
-    EXPECT_EQ(properties[2].m_Name, "C");
-    EXPECT_EQ(properties[2].m_Type, PROPERTY_TYPE::String);
-    EXPECT_EQ(properties[3].m_ValueList, Texts{});
-    EXPECT_EQ(properties[4].m_Name, "");
-
-    const auto functions = loadFunctionDescriptions("1");
-    ASSERT_EQ(functions.size(), 1U);
-    EXPECT_EQ(functions[0].m_Parameters.size(), 1U);
-    EXPECT_EQ(functions[0].m_ReturnFormat.size(), 0U);
 }
 
 /// @p count times @p piece as the elements of an array.
@@ -303,39 +218,6 @@ TEST_F(DescriptionFileTest, OnlyWhatIsReadCountsAndIsLimited) {
     EXPECT_THROW(loadPropertyDescriptions("1"), std::length_error);
     std::filesystem::resize_file(getDescriptionFilePath(), kLargestDescriptionFile + 1);
     EXPECT_THROW(loadPropertyDescriptions("1"), std::length_error);
-}
-
-TEST_F(DescriptionFileTest, OfAKeyThatComesTwiceTheLastCounts) {
-    const auto serialNumbers = [this](const std::string& document) {
-        describeCameras(document);
-        std::string all;
-        for (const auto& identification : loadSimulatedCameraList()) {
-            all += identification.m_SerialNumber;
-        }
-        return all;
-    };
-    const std::string camera1 = R"({"Identification": {"Model Name": "A", "Serial Number": "1"}})";
-    const std::string camera2 =
-        R"({"Identification": {"Serial Number": "1"},
-             "Identification": {"Model Name": "A", "Serial Number": "3", "Serial Number": "2"}})";
-    EXPECT_EQ(serialNumbers("{\"Cameras\": [" + camera1 + ", {}], \"Cameras\": [" + camera2 + "]}"), "2");
-    EXPECT_EQ(serialNumbers("{\"Cameras\": [" + camera1 + "], \"Cameras\": {\"b\": " + camera1 + ", \"a\": " + camera2 +
-                            ", \"b\": " + camera1 + "}}"),
-              "21")
-        << "in the order of the keys";
-    EXPECT_EQ(serialNumbers("{\"Cameras\": {\"a\": " + camera1 + "}, \"Cameras\": null}"), "");
-    // An error in an entry does not hide one in the text after it, and is dropped with its entry.
-    describeCameras("{\"Cameras\": [{}], \"Cameras\": [");
-    EXPECT_THROW(loadPropertyDescriptions("1"), json::parse_error);
-    describeCameras("{\"Cameras\": [{}], \"Cameras\": []}");
-    EXPECT_EQ(loadPropertyDescriptions("1").size(), 0U);
-}
-
-TEST_F(DescriptionFileTest, EntriesWithOneSerialNumberAddUp) {
-    describeCameras(listOf({camera("1", {property("A", "1")}), camera("2"), camera("1", {property("B", "2")})}));
-    const auto properties = loadPropertyDescriptions("1");
-    ASSERT_EQ(properties.size(), 2U);
-    EXPECT_EQ(properties[1].m_Name, "B");
 }
 
 } // namespace

@@ -9,6 +9,8 @@
 
 #include "Exceptions/KestrelExceptions.h"
 #include "Internal/QuillInternal.h"
+#include "Support/Event.h"
+#include "Support/ListMaintenance.h"
 #include "Support/SoftwareDeviceFixture.h"
 #include "Support/Throws.h"
 #include "TarnuLibrary/TarnuLibrary.h"
@@ -60,7 +62,9 @@ protected:
         SoftwareDevices::writeFlash(kSerial, kUsb3VisionInfoAddress, block);
         SoftwareDevices::writeFlash(kSerial, kUsb3VisionFileAddress, file);
     }
-    static Bytes storedMode() { return SoftwareDevices::flash(kSerial, kUsb3VisionInfoAddress, 1); }
+    static Bytes storedBlock() {
+        return SoftwareDevices::flash(kSerial, kUsb3VisionInfoAddress, sizeof(Usb3VisionInfo));
+    }
 
     TarnuLibrary m_Library = tarnuLibrary(); ///< that of the devices, unless a test changes it
 };
@@ -135,6 +139,7 @@ TEST_F(Usb3VisionCameraTest, DescribesItselfFromTheFirstConnectionOn) {
         {"Model Name", "X"}, {"Serial Number", "42"}, {kMode, "Enabled"}, {"Vendor Name", "Meridane"}};
     EXPECT_EQ(camera.getCameraInfo(), info);
     EXPECT_EQ(camera.getSupportedProperties().size(), info.size());
+    EXPECT_EQ(camera.getSupportedFunctions(), Texts{"Reboot"});
     SoftwareDevices::failNext(kSerial, Operation::TarnuFlashRead, 1, SoftwareDevices::kTimedOut);
     info.erase(kMode);
     EXPECT_EQ(camera.getCameraInfo(), info) << "unreadable properties are omitted";
@@ -142,36 +147,61 @@ TEST_F(Usb3VisionCameraTest, DescribesItselfFromTheFirstConnectionOn) {
     EXPECT_EQ(changed, Texts{"Vendor Name"}) << "the callback was registered before the properties existed";
 }
 
+/// A camera of the SDK turns its mode on as one in that mode does.
 TEST_F(Usb3VisionCameraTest, ModeIsTurnedOnOnlyOverAValidFile) {
-    Property& mode = open().getProperty(kMode);
+    struct Kind {
+        Camera& (*open)(const DeviceDescription& description);
+        bool takesEmptyFile;
+        std::uint8_t off; ///< as it is stored
+        const char* read;
+    };
     constexpr std::uint32_t kRoom = 0x1000000 - 0x1B8000;
-    store(Bytes(kRoom, 0x5A));
-    EXPECT_TRUE(mode.isAvailableForWriting()) << "up to the end of the flash";
-    for (const std::uint32_t size : {kRoom + 1, 0xFFFF8000U, 0xFFFFFFFFU}) {
-        Bytes bytes(sizeof(size));
-        std::memcpy(bytes.data(), &size, sizeof(size));
-        SoftwareDevices::writeFlash(kSerial, kUsb3VisionInfoAddress + offsetof(Usb3VisionInfo, fileSize), bytes);
-        const std::uint64_t reads = SoftwareDevices::calls(Operation::TarnuFlashRead);
-        EXPECT_FALSE(mode.isAvailableForWriting()) << size;
-        EXPECT_EQ(SoftwareDevices::calls(Operation::TarnuFlashRead), reads + 2)
-            << "the block alone: no buffer is made for what cannot be there";
+    for (const Kind& kind : {Kind{SoftwareDeviceFixture::open, false, 1, "sdkReadFlash"},
+                             Kind{openUsb3Vision, true, 0xFF, "TarnuFlashRead"}}) {
+        SCOPED_TRACE(kind.read);
+        Camera::unitialisedWorkpace();
+        Property& mode = kind.open(device()).getProperty(kMode);
+        store(Bytes(kRoom, 0x5A));
+        EXPECT_TRUE(mode.isAvailableForWriting()) << "up to the end of the flash";
+        for (const std::uint32_t size : {kRoom + 1, 0xFFFF8000U, 0xFFFFFFFFU}) {
+            Bytes bytes(sizeof(size));
+            std::memcpy(bytes.data(), &size, sizeof(size));
+            SoftwareDevices::writeFlash(kSerial, kUsb3VisionInfoAddress + offsetof(Usb3VisionInfo, fileSize), bytes);
+            SoftwareDevices::startLog();
+            EXPECT_FALSE(mode.isAvailableForWriting()) << size;
+            const auto calls = SoftwareDevices::takeLog();
+            ASSERT_EQ(calls.size(), 2U) << "the block alone: no buffer is made for what cannot be there";
+            EXPECT_EQ(calls[1].name, kind.read);
+            EXPECT_EQ(calls[1].numbers, (std::vector<double>{kUsb3VisionInfoAddress, sizeof(Usb3VisionInfo)}));
+        }
+        store({});
+        EXPECT_EQ(mode.isAvailableForWriting(), kind.takesEmptyFile) << "the digest of no bytes";
+        store({1});
+        Bytes block = storedBlock();
+        SoftwareDevices::writeFlash(kSerial, kUsb3VisionFileAddress, {7});
+        EXPECT_FALSE(mode.isAvailableForWriting()) << "another file than the hash says";
+        mode.setValue("Enabled");
+        EXPECT_EQ(storedBlock(), block);
+        SoftwareDevices::writeFlash(kSerial, kUsb3VisionFileAddress, {1});
+        mode.setValue("Enabled");
+        block[0] = 0;
+        EXPECT_EQ(storedBlock(), block) << "nothing but the mode is changed";
+        EXPECT_EQ(mode.getValue(), "Enabled");
+        SoftwareDevices::writeFlash(kSerial, kUsb3VisionFileAddress, {7});
+        mode.setValue("Disabled");
+        EXPECT_EQ(storedBlock()[0], kind.off) << "an enabled mode can always be turned off";
+        store({1});
+        EXPECT_EQ(thrownBy([&] { mode.setValue("On"); }).substr(0, 23), "PropertyValueConversion");
     }
-    store({});
-    EXPECT_TRUE(mode.isAvailableForWriting()) << "the digest of empty data";
-    store({1, 2, 3});
-    SoftwareDevices::writeFlash(kSerial, kUsb3VisionFileAddress + 1, {7});
-    EXPECT_FALSE(mode.isAvailableForWriting()) << "the file does not match the hash";
-    mode.setValue("Enabled");
-    EXPECT_EQ(storedMode(), Bytes{1});
-    SoftwareDevices::writeFlash(kSerial, kUsb3VisionFileAddress + 1, {2});
-    mode.setValue("Enabled");
-    EXPECT_EQ(storedMode(), Bytes{0});
-    EXPECT_EQ(mode.getValue(), "Enabled");
-    SoftwareDevices::writeFlash(kSerial, kUsb3VisionFileAddress + 1, {7});
-    mode.setValue("Disabled");
-    EXPECT_EQ(storedMode(), Bytes{0xFF}) << "an enabled mode can always be turned off";
-    store({1, 2, 3});
-    EXPECT_EQ(thrownBy([&] { mode.setValue("On"); }).substr(0, 23), "PropertyValueConversion");
+}
+
+TEST(QuillInternal, AFileLiesWithinTheFlash) {
+    Usb3VisionInfo info{};
+    for (const auto& [size, valid] : std::map<std::uint32_t, bool>{
+             {0, false}, {1, true}, {0xE48000, true}, {0xE48001, false}, {0xFFFF8001, false}}) {
+        info.fileSize = size;
+        EXPECT_EQ(QuillInternal::isUsb3VisionInfoValid(info), valid) << size;
+    }
 }
 
 TEST_F(Usb3VisionCameraTest, ModeReportsWhichAccessFailed) {
@@ -186,17 +216,19 @@ TEST_F(Usb3VisionCameraTest, ModeReportsWhichAccessFailed) {
         EXPECT_EQ(thrownBy([&] { mode.setValue("Enabled"); }),
                   propertyFailure(word, "Usb3VisionUsb3VisionMode", kMode, sentence))
             << call;
-        EXPECT_EQ(storedMode(), Bytes{1});
+        EXPECT_EQ(storedBlock()[0], 1U);
     }
 }
 
 TEST_F(Usb3VisionCameraTest, RebootWritesItsModeToTheRegister) {
     static std::vector<std::vector<std::uint32_t>> written;
+    static std::uint32_t answer;
     written.clear();
+    answer = 1;
     m_Library.TarnuSglWrite = [](void* /*handle*/, std::uint32_t first, std::uint32_t second, std::uint32_t value,
                                  std::uint32_t length, const std::uint8_t* data) -> std::uint32_t {
         written.push_back({first, second, value, length, *data});
-        return 1;
+        return answer;
     };
     Camera& camera = open();
     const auto reboot = [&](Texts parameters) {
@@ -210,6 +242,93 @@ TEST_F(Usb3VisionCameraTest, RebootWritesItsModeToTheRegister) {
     EXPECT_EQ(reboot({"Bootloader"}), "nothing");
     EXPECT_EQ(reboot({"Firmware", "ignored"}), "nothing");
     EXPECT_EQ(written, (std::vector<std::vector<std::uint32_t>>{{0x1B, 0x1B, 0, 1, 0}, {0x1B, 0x1B, 1, 1, 0}}));
+    answer = 0;
+    EXPECT_EQ(reboot({"Firmware"}), "Failed to reboot camera in the desired mode.") << "it stays";
+}
+
+/// A device that can start in either mode, asked for through both libraries.
+class Usb3VisionRoundTripTest : public TestSupport::SoftwareDeviceFixture {
+protected:
+    Usb3VisionRoundTripTest() {
+        Camera::registerDisconnectCallback([this](const std::string& model, const std::string& serial) {
+            m_Events += "- " + model + " " + serial + "; ";
+        });
+        Camera::registerNewConnectCallback([this] { m_Events += "+; "; });
+        m_Device = SoftwareDevices::defaultDevices()[0];
+        m_Device.rebootTime = std::chrono::milliseconds(1);
+        m_Serial = std::to_string(m_Device.serial);
+    }
+    ~Usb3VisionRoundTripTest() override {
+        Camera::registerDisconnectCallback({});
+        Camera::registerNewConnectCallback({});
+    }
+
+    Camera& camera() const { return Camera::getCamera(m_Serial); }
+
+    void startReboot() {
+        Texts mode{"Firmware"};
+        camera().perform("Reboot", mode);
+    }
+
+    void reboot() {
+        startReboot();
+        TestSupport::dropVanishedCameras();
+        const std::string without = m_Events;
+        TestSupport::eventually([&] { return TestSupport::addNewCameras() && m_Events != without; });
+        camera().connect();
+    }
+
+    DeviceDescription m_Device;
+    std::string m_Serial;
+    std::string m_Events; ///< what the callbacks told
+};
+
+TEST_F(Usb3VisionRoundTripTest, ACameraThatComesBackAsAnotherKindBetweenTwoChecksIsDroppedAndFoundAgain) {
+    struct Case {
+        const char* name;
+        void (*leave)(Camera&); // while it reboots
+    };
+    constexpr Case kCases[] = {{"connected", [](Camera&) {}},
+                               {"disconnected", [](Camera& camera) { camera.disconnect(); }},
+                               {"suspended", [](Camera& camera) { camera.suspend(); }}};
+    open(m_Device);
+    for (const char* mode : {"Enabled", "Disabled"}) {
+        for (const Case& row : kCases) {
+            SCOPED_TRACE(std::string(row.name) + ", USB3 Vision " + mode);
+            set(camera(), kMode, mode);
+            startReboot();
+            row.leave(camera());
+            TestSupport::eventually([] { return !SoftwareDevices::pluggedDevices().empty(); });
+            m_Events.clear();
+            if (camera().getState() == CameraState::Suspended) {
+                TestSupport::dropVanishedCameras();
+                EXPECT_EQ(m_Events, "") << "a suspended camera is kept";
+                EXPECT_THROW(camera().connect(), KestrelException_Camera);
+                EXPECT_EQ(camera().getState(), CameraState::Suspended);
+                TestSupport::dropVanishedCameras();
+            }
+            TestSupport::dropVanishedCameras();
+            TestSupport::addNewCameras();
+            EXPECT_EQ(m_Events, "- Model 613 41500101; +; ");
+            camera().connect();
+            EXPECT_EQ(value(camera(), kMode), mode);
+            if (mode == std::string("Enabled") || &row != std::end(kCases) - 1) { // and back for the next case
+                set(camera(), kMode, mode == std::string("Enabled") ? "Disabled" : "Enabled");
+                reboot();
+            }
+        }
+    }
+}
+
+TEST_F(Usb3VisionRoundTripTest, AnUnpluggedCameraHasRebootedForAllOneKnows) {
+    openUsb3Vision(m_Device);
+    Texts mode{"Bootloader"};
+    SoftwareDevices::unplugDuring(m_Device.serial, Operation::TarnuSglWrite, 1);
+    EXPECT_NO_THROW(camera().perform("Reboot", mode));
+    EXPECT_FALSE(camera().isCameraAlive());
+    TestSupport::dropVanishedCameras();
+    expectFailure<KestrelException_Camera>([&] { camera(); }, "CameraNotFound",
+                                           "Camera was not found in the list of available cameras.");
 }
 
 } // namespace

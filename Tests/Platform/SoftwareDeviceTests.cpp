@@ -91,30 +91,6 @@ TEST_F(SoftwareDevice, LeavesTheBusDuringACallThatHasNoMiddle) {
     }
 }
 
-TEST_F(SoftwareDevice, AProgramStartedInRamTakesTheDeviceOffTheBus) {
-    constexpr std::uint8_t kRamWrite = 0xA0;
-    constexpr std::uint32_t kEntry = 0x40013000;
-    DeviceDescription device = smallDevice(ColorFormat::MONO);
-    device.rebootTime = std::chrono::milliseconds(10);
-    for (const bool canAnswer : {true, false}) {
-        open(device);
-        Bytes program{1, 2, 3};
-        ASSERT_TRUE(sdkVendorRequest(handle, kRamWrite, kEntry >> 16, kEntry, 3, program.data()));
-        EXPECT_FALSE(startedProgram(kSerial).has_value());
-        if (!canAnswer) {
-            unplugDuring(kSerial, Operation::sdkVendorRequest, 1);
-        }
-        EXPECT_EQ(sdkVendorRequest(handle, kRamWrite, kEntry >> 16, kEntry, 0, nullptr), canAnswer ? 1u : 0u);
-        EXPECT_EQ(sdkNumCameras(), 0);
-        if (!canAnswer) {
-            replug(kSerial);
-        }
-        ASSERT_TRUE(eventually([] { return sdkNumCameras() == 1; }));
-        EXPECT_EQ(startedProgram(kSerial), kEntry);
-        EXPECT_EQ(ram(kSerial, kEntry, 3), program);
-    }
-}
-
 TEST_F(SoftwareDevice, ComesBackHoweverManyRebootItAtOnce) {
     DeviceDescription device = smallDevice(ColorFormat::MONO);
     device.rebootTime = std::chrono::milliseconds(1);

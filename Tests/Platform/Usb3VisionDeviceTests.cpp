@@ -94,21 +94,4 @@ TEST_F(Usb3VisionDevice, ForeignAndStaleHandlesAndRecordsAreRefused) {
     EXPECT_FALSE(TarnuCloseCamera(camera) || TarnuFlashRead(camera, &byte, 0, 1));
 }
 
-TEST_F(Usb3VisionDevice, FaultsStrikeItsCallsToo) {
-    void* const camera = openUsb3Vision();
-    std::uint8_t byte = 0;
-    startLog();
-    failNext(kSerial, Operation::TarnuFlashRead, 1, kTimedOut);
-    EXPECT_FALSE(TarnuFlashRead(camera, &byte, 16, 1));
-    failNext(kNoDevice, Operation::TarnuNumCameras, 1, kTimedOut);
-    EXPECT_EQ(TarnuNumCameras(), 0u);
-    failCall(1, kTimedOut);
-    EXPECT_FALSE(TarnuWriteBootSequence(camera, 0));
-    EXPECT_EQ(flash(kSerial, kBlock, 1), Bytes{0});
-    const auto log = takeLog();
-    ASSERT_EQ(log.size(), 3u);
-    EXPECT_EQ(log[0].name, "TarnuFlashRead");
-    EXPECT_EQ(log[0].numbers, (std::vector<double>{16, 1}));
-}
-
 } // namespace

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "Internal/QuillInternal.h"
 #include "PropertyNames.h"
 #include "Support/OrvexPropertyFixture.h"
 #include "Support/Throws.h"
@@ -19,8 +18,6 @@ using TestSupport::propertyFailure;
 using TestSupport::thrownBy;
 
 constexpr std::uint32_t kAfeMetadata = 0x190F00;
-constexpr std::uint32_t kInfoBlock = 0x1B0000;
-constexpr std::uint32_t kVisionFile = 0x1B8000;
 
 class OrvexInformationTest : public TestSupport::OrvexPropertyFixture {
 protected:
@@ -32,7 +29,6 @@ protected:
         description.fpga = fpga;
         return connect(description).isPropertySupported(name);
     }
-    std::vector<std::uint8_t> infoBlock() const { return SoftwareDevices::flash(m_Serial, kInfoBlock, 96); }
 };
 
 TEST_F(OrvexInformationTest, ModelAndVersionsSayWhatThereIs) {
@@ -99,45 +95,12 @@ TEST_F(OrvexInformationTest, PowerModeIsKeptByTheCamera) {
     EXPECT_EQ(thrownBy([&] { property(kPowerMode).setValue("USB"); }), unknown);
 }
 
-TEST_F(OrvexInformationTest, Usb3VisionModeIsTurnedOnOnlyOverAValidFile) {
-    connect(timing());
-    EXPECT_EQ(property(kUsb3VisionMode).getValue(), "Disabled") << "erased flash";
-    property(kUsb3VisionMode).setValue("Enabled");
-    EXPECT_EQ(infoBlock(), std::vector<std::uint8_t>(96, 0xFF));
-
+TEST_F(OrvexInformationTest, Usb3VisionModeThatCannotBeWrittenSaysSo) {
     connect(color());
-    Property& mode = property(kUsb3VisionMode);
-    const std::uint8_t stored = SoftwareDevices::flash(m_Serial, kVisionFile + 2, 1)[0];
-    const auto spoil = [&] {
-        SoftwareDevices::writeFlash(m_Serial, kVisionFile + 2, {static_cast<std::uint8_t>(stored ^ 1)});
-    };
-    std::vector<std::uint8_t> expected = infoBlock();
-    spoil();
-    EXPECT_FALSE(mode.isAvailableForWriting()) << "the file does not match the hash";
-    mode.setValue("Enabled");
-    EXPECT_EQ(infoBlock(), expected);
-    SoftwareDevices::writeFlash(m_Serial, kVisionFile + 2, {stored});
-    mode.setValue("Enabled");
-    expected[0] = 0;
-    EXPECT_EQ(infoBlock(), expected) << "nothing but the mode is changed";
-    EXPECT_EQ(mode.getValue(), "Enabled");
-
-    spoil();
     fail(Operation::sdkUpdateFlash);
-    EXPECT_EQ(thrownBy([&] { mode.setValue("Disabled"); }),
+    EXPECT_EQ(thrownBy([&] { property(kUsb3VisionMode).setValue("Enabled"); }),
               propertyFailure("PropertyWriteFailure", "OrvexUsb3VisionMode", kUsb3VisionMode,
                               "Property value could not be written."));
-    mode.setValue("Disabled");
-    EXPECT_EQ(infoBlock()[0], 1U) << "an enabled mode can always be turned off";
-}
-
-TEST(QuillInternal, AFileLiesWithinTheFlash) {
-    QuillInternal::Usb3VisionInfo info{};
-    for (const auto& [size, valid] : std::map<std::uint32_t, bool>{
-             {0, false}, {1, true}, {0xE48000, true}, {0xE48001, false}, {0xFFFF8001, false}}) {
-        info.fileSize = size;
-        EXPECT_EQ(QuillInternal::isUsb3VisionInfoValid(info), valid) << size;
-    }
 }
 
 } // namespace

@@ -87,16 +87,6 @@ TEST(MemoryProperty, ReportsEachWriteThatIsMade) {
     EXPECT_EQ(infinite.getValue(), "-inf") << "also the present text, which is not parsed as infinity";
 }
 
-TEST(MemoryProperty, DiscreteTakesOnlyItsTexts) {
-    MemoryProperty<int> property = discrete();
-    EXPECT_EQ(property.getValueList(), (Texts{"100 x", "5 x"})) << "sorted by text, not by value";
-    EXPECT_EQ(property.getMaximum(), "100 x");
-    expectFailure<KestrelException>([&] { property.setValue("100"); }, "PropertyValueConversion", kNoText);
-    EXPECT_EQ(continuous(PROPERTY_TYPE::Integer, 3).getValueList(), Texts{});
-    MemoryProperty<int> lost("P", PROPERTY_TYPE::Integer, 0, 1, 9, false, true, {{"0", 0}, {"1", 1}});
-    expectFailure<KestrelException>([&] { lost.getValue(); }, "PropertyValueConversion", kNoValue);
-}
-
 TEST(Property, AChangeTravelsOneLinkFar) {
     MemoryProperty<int> a = integer("A");
     MemoryProperty<int> b = integer("B");

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include "Support/Event.h"
-#include "Support/FakeCamera.h"
 #include "Support/OrvexApiChange.h"
 #include "Support/SoftwareDeviceFixture.h"
 
@@ -43,14 +42,7 @@ struct Running {
     std::atomic<bool> finished{false};
 };
 
-class CallbackBarrier : public TestSupport::CameraListFixture {
-protected:
-    CallbackBarrier() { useAdapters({m_Bus.adapter()}); }
-    ~CallbackBarrier() override { useAdapters({}); }
-
-    TestSupport::FakeBus m_Bus;
-    Running m_Running; // outlives all callbacks
-};
+using CallbackBarrier = TestSupport::SoftwareDeviceFixture;
 
 TEST_F(CallbackBarrier, WhatReplacesOrEndsACallbackWaitsForIt) {
     struct Case {
@@ -66,18 +58,18 @@ TEST_F(CallbackBarrier, WhatReplacesOrEndsACallbackWaitsForIt) {
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);
         const auto running = std::make_shared<Running>();
-        m_Bus.plug("1");
+        const std::uint32_t serial = SoftwareDevices::plug(SoftwareDevices::defaultDevices()[1]);
         Camera::initialiseWorkspace();
         if (row.isDisconnect) {
             Camera::registerDisconnectCallback([&](const std::string&, const std::string&) { (*running)(); });
-            m_Bus.unplug("1");
+            SoftwareDevices::unplug(serial);
         } else {
             Camera::registerNewConnectCallback([&] { (*running)(); });
-            m_Bus.plug("2");
+            SoftwareDevices::plug(SoftwareDevices::defaultDevices()[0]);
         }
         EXPECT_TRUE(running->endsBefore(row.stop));
         Camera::unitialisedWorkpace();
-        m_Bus.unplug("1");
+        SoftwareDevices::unplugAll();
     }
 }
 

@@ -21,26 +21,6 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using namespace TestSupport;
 
-/// A camera with all flash functions, one whose flash can be erased but not written, one without functions, and one
-/// with the features of a camera in USB3 Vision mode.
-constexpr const char* kFlashCameras = R"({"Cameras": [
-  {"Identification": {"Model Name": "Whole", "Serial Number": "70001"}, "Properties": [], "Functions": [
-    {"Name": "Erase Flash", "Parameters": [], "Return Format": []},
-    {"Name": "Write Flash", "Parameters": [{"Type": "Integer", "Label": "Address"}, {"Type": "String", "Label": "Data"}],
-     "Return Format": []},
-    {"Name": "Read Flash", "Parameters": [], "Return Format": []},
-    {"Name": "Write Flash Status", "Parameters": [], "Return Format": []},
-    {"Name": "Read Flash Status", "Parameters": [], "Return Format": []},
-    {"Name": "Reboot", "Parameters": [], "Return Format": []}]},
-  {"Identification": {"Model Name": "Erasable", "Serial Number": "70002"}, "Properties": [], "Functions": [
-    {"Name": "Erase Flash", "Parameters": [], "Return Format": []},
-    {"Name": "Read Flash", "Parameters": [], "Return Format": []}]},
-  {"Identification": {"Model Name": "Bare", "Serial Number": "80001"}, "Properties": [], "Functions": []},
-  {"Identification": {"Model Name": "Lookalike", "Serial Number": "80002"}, "Properties": [
-    {"Name": "USB3 Vision Mode", "Type": "Boolean", "Minimum": "Disabled", "Maximum": "Enabled", "Default": "Disabled",
-     "ReadOnly": false, "AvailableForWriting": true, "Discrete": true, "ValueList": ["Disabled", "Enabled"]}],
-   "Functions": [{"Name": "Reboot", "Parameters": [], "Return Format": []}]}]})";
-
 /// Two sections, 0x28 bytes with header and end.
 const std::string kImage("CY\x1c\xb0"
                          "\x02\0\0\0\0\x30\0\x40"
@@ -50,10 +30,12 @@ const std::string kImage("CY\x1c\xb0"
                          "\0\0\0\0\0\x30\0\x40",
                          40);
 
+/// The list has a camera with all flash functions, one whose flash can be erased but not written, one without
+/// functions, and one that has what a camera in USB3 Vision mode has.
 class MaintenanceTool : public ToolFixture {
 protected:
-    MaintenanceTool() : ToolFixture(kFlashCameras) {
-        std::filesystem::current_path(m_Folder.path()); // messages name files as they were typed
+    MaintenanceTool() : ToolFixture("FlashCameras.json") {
+        std::filesystem::current_path(m_Folder.path()); // files are named as they are typed
         m_Folder.write("table.bin", "0123456789abcdef");
         m_Folder.write("image", kImage);
         m_Folder.write("cut", kImage.substr(0, kImage.size() - 1));
@@ -189,6 +171,53 @@ TEST_F(MaintenanceTool, EndsCleanlyWhenInterrupted) {
     const json last = parseLines(result.output).back();
     EXPECT_EQ(last.at("result"), "interrupted");
     EXPECT_EQ(last.at("stage"), "write");
+}
+
+TEST_F(MaintenanceTool, NamesStageAddressAndStateOfWhatEndsAWriting) {
+    const Words flash{"flash", "write", "41500101", "0x100", "image", "--chunk", "18", "--quiet"};
+    const Words firmware{"firmware", "write", "41500101", "image", "--address", "0x100", "--chunk", "18", "--quiet"};
+    const std::string partly = "the flash there is partly written";
+    const std::string headless = partly + "; the image's header was not written, so the camera does not start it";
+    const std::string unknown = "the flash there is written, except possibly the image's header";
+    const std::string changed = "the flash there is changed as requested, but only partly verified";
+    const struct {
+        Words write;
+        const char* device;
+        std::string place;
+        std::string state;
+    } cases[] = {
+        {flash, "pulled at erase 1", "erased at 0x100", "the flash there may be partly erased"},
+        {flash, "pulled at write 1", "written at 0x100", partly},
+        {flash, "pulled at write 3", "written at 0x124", partly},
+        {flash, "pulled at read 2", "verified at 0x112", changed},
+        {firmware, "pulled at write 1", "written at 0x104", headless},
+        {firmware, "pulled at write 3", "written at 0x100", unknown},
+        {flash, "interrupted at erase 1", "writing at 0x112", partly},
+        {flash, "interrupted at write 3", "verifying at 0x100", changed},
+        {firmware, "interrupted at write 2", "writing at 0x100", headless},
+    };
+    for (const auto& [write, device, place, state] : cases) {
+        SCOPED_TRACE(write[0] + " " + device);
+        const bool interrupted = device[0] == 'i';
+        const ChildResult result = runChild(command(write, device));
+        EXPECT_EQ(result.exitCode, interrupted ? 130 : 5);
+        EXPECT_EQ(result.errors, "quill: camera 41500101: " +
+                                     (interrupted ? "interrupted while " + place + " of 0x100..0x128: " + state
+                                                  : "0x100..0x128 cannot be " + place +
+                                                        ": Failed to execute function. The camera is gone; " + state) +
+                                     "\n");
+    }
+}
+
+TEST_F(MaintenanceTool, FindsTheFirstByteThatDiffersFromWhatWasWritten) {
+    for (const char* write : {"flash write 41500101 0x100 image", "firmware write 41500101 image --address 0x100"}) {
+        const ChildResult result =
+            runScript("perform 41500101 'Write Flash' 0x10D hex:00\n" + std::string(write) + " --chunk 18 --quiet\n",
+                      command({"shell"}, "unerasable"));
+        EXPECT_EQ(result.exitCode, 6);
+        EXPECT_EQ(result.errors,
+                  "quill: line 2: camera 41500101: 0x100..0x128 differs at 0x10D: 0x00 instead of 0x32\n");
+    }
 }
 
 TEST_F(MaintenanceTool, GoesOnWhenNobodyReadsItsProgress) {

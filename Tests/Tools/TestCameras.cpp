@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <csignal>
 #include <cstdlib>
 #include <map>
 
@@ -12,6 +13,7 @@
 #include "Cameras/SimulatedCamera/IdentificationCache.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
 #include "DriverKit/RegistryFile.h"
+#include "OrvexApi/OrvexApi.h"
 
 // Simulated cameras that arrive and depart as their list file changes, and a device in software; environment variables
 // name both.
@@ -19,6 +21,9 @@
 namespace {
 
 using namespace SoftwareDevices;
+using OrvexAdapter::OrvexApi;
+using OrvexAdapter::orvexApi;
+using OrvexAdapter::useOrvexApi;
 
 std::string environmentValue(const char* name) {
     const char* value = std::getenv(name);
@@ -39,7 +44,32 @@ std::uint32_t plugGige() {
     return plug(device);
 }
 
-/// By the name in the environment.
+/// Presses Ctrl-C at a call of an operation of the SDK.
+template <auto operation, typename... Arguments>
+void interruptAt(int call, std::uint32_t (*OrvexApi::* /*operation*/)(Arguments...)) {
+    static const OrvexApi original = orvexApi();
+    static OrvexApi api = original;
+    static int callsLeft = call;
+    api.*operation = [](Arguments... arguments) {
+        if (--callsLeft == 0) {
+            std::raise(SIGINT);
+        }
+        return (original.*operation)(arguments...);
+    };
+    useOrvexApi(&api);
+}
+
+template <auto operation>
+void plugInterrupted(int call, const DeviceDescription& device = defaultDevices()[0]) {
+    plug(device);
+    interruptAt<operation>(call, operation);
+}
+
+void plugPulled(Operation operation, std::uint32_t call) {
+    unplugDuring(plug(defaultDevices()[0]), operation, call);
+}
+
+/// By what the environment calls it.
 const std::map<std::string, void (*)()> kDevices{
     {"gige", [] { plugGige(); }},
     {"uncounted", [] { failNext(plugGige(), Operation::sdkGetStreamStats, 1'000'000'000, kInternalError); }},
@@ -57,7 +87,27 @@ const std::map<std::string, void (*)()> kDevices{
      }},
     {"silent", [] { dropFrames(plug(smallDevice()), 1'000'000'000); }},
     {"worn", [] { failNext(plug(smallDevice()), Operation::sdkReadFlash, 1'000'000'000, kInternalError); }},
-    {"pulled", [] { unplugDuring(plug(defaultDevices()[0]), Operation::sdkRegisterWrite, 20); }},
+    {"pulled", [] { plugPulled(Operation::sdkRegisterWrite, 20); }},
+    {"pulled at erase 1", [] { plugPulled(Operation::sdkEraseFlash, 1); }},
+    {"pulled at write 1", [] { plugPulled(Operation::sdkWriteFlash, 1); }},
+    {"pulled at write 3", [] { plugPulled(Operation::sdkWriteFlash, 3); }},
+    {"pulled at read 2", [] { plugPulled(Operation::sdkReadFlash, 2); }},
+    {"interrupted at erase 1", [] { plugInterrupted<&OrvexApi::sdkEraseFlash>(1); }},
+    {"interrupted at write 2", [] { plugInterrupted<&OrvexApi::sdkWriteFlash>(2); }},
+    {"interrupted at write 3", [] { plugInterrupted<&OrvexApi::sdkWriteFlash>(3); }},
+    {"unerasable",
+     [] {
+         plug(defaultDevices()[0]);
+         static OrvexApi api = orvexApi();
+         api.sdkEraseFlash = [](void*, std::uint32_t, std::uint32_t) { return std::uint32_t{1}; };
+         useOrvexApi(&api);
+     }},
+    {"dark", // the first frame takes a quarter of an hour
+     [] {
+         DeviceDescription device = smallDevice();
+         device.properties.push_back({20, 1e6F, 0, 1e6F, 10});
+         plugInterrupted<&OrvexApi::sdkCaptureVideoFrames>(1, device);
+     }},
     {"leaving", [] { unplugDuring(plug(smallDevice()), Operation::sdkCaptureVideoFrames, 2); }},
 };
 

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstddef>
 #include <filesystem>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -16,10 +14,12 @@ namespace TestSupport {
 
 using Words = std::vector<std::string>;
 
-/// Runs the tool on its own list of simulated cameras.
+/// Runs the tool on a list of simulated cameras of its own, which is a copy of one beside this file.
 class ToolFixture : public ::testing::Test {
 protected:
-    explicit ToolFixture(const std::string& cameraList) { m_Folder.write("list.json", cameraList); }
+    explicit ToolFixture(const std::string& cameraList) {
+        m_Folder.write("list.json", readFile(std::filesystem::path(QUILL_TEST_CAMERA_LISTS) / cameraList));
+    }
 
     /// @param device the device in software to plug in; TestCameras.cpp lists the names
     ChildProcess command(const Words& words, const std::string& device = "") const {
@@ -39,9 +39,6 @@ protected:
     ChildResult runScript(const std::string& script, ChildProcess shell) const {
         shell.inputFile = m_Folder.write("script", script);
         return runChild(shell);
-    }
-    std::size_t filesInFolder() const {
-        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(m_Folder.path()), {}));
     }
 
     TemporaryFolder m_Folder;
