@@ -14,6 +14,9 @@ namespace Imaging {
 
 /// Threads that take a share of long conversions. They start with the first conversion that is shared, and sleep
 /// between conversions until the process exits or the library is unloaded. Thread-safe.
+// Not a packaged pool: oneTBB 2021.8 ends the process if its first thread cannot be started; has no threads in a forked
+// child, where work for another thread waits for ever; and, since Debian's library is not built for it, makes
+// ThreadSanitizer report false races on the images themselves.
 class Workers {
 public:
     /// @param most the maximum number of threads
