@@ -14,6 +14,21 @@ fail() {
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cmake --install "$buildFolder" --prefix "$work/staged" >/dev/null
+
+# An edited list of cameras survives another installation, an unedited one is renewed.
+list=$work/staged/share/quillcamera/TestCameraList.json
+example=${list%.json}.example.json
+cmp --silent "$list" "$sourceFolder/Data/TestCameraList.json" || fail "The list of cameras is not installed."
+for edited in '{}' ''; do
+    echo "$edited" >"$list"
+    [[ -n $edited ]] || echo "$edited" >"$example" # as an older version left both
+    cmake --install "$buildFolder" --prefix "$work/staged" >/dev/null
+    if [[ -n $edited ]]; then
+        [[ $(<"$list") == "$edited" ]] || fail "An edited list of cameras was overwritten."
+    else
+        cmp --silent "$list" "$example" || fail "An unedited list of cameras was not renewed."
+    fi
+done
 mv "$work/staged" "$work/moved"
 package=$work/moved
 library=$package/$libraryFolder/libquillcamera.so
