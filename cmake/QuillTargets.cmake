@@ -18,6 +18,7 @@ if(QUILL_SANITIZERS)
     target_compile_options(quill_flags INTERFACE
         -fsanitize=${QUILL_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(quill_flags INTERFACE -fsanitize=${QUILL_SANITIZERS})
+    target_compile_definitions(quill_flags INTERFACE QUILL_SANITIZED)
 else()
     # The distribution's hardening.
     target_compile_options(quill_flags INTERFACE

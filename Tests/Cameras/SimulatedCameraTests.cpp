@@ -23,6 +23,8 @@ using nlohmann::json;
 using TestSupport::expectFailure;
 using TestSupport::expectStandard;
 using Texts = std::vector<std::string>;
+/// Compilers differ in whether a list of one JSON value is an array of it or the value itself.
+using Entries = std::vector<json>;
 
 json property(const std::string& name, const std::string& value, bool readOnly = false) {
     return {{"Name", name},           {"Type", "Float"},      {"Minimum", "0"},    {"Maximum", "100"},
@@ -34,16 +36,16 @@ json function(const std::string& name) {
     const json address{{"Type", "Integer"}, {"Label", "Address"}};
     return {{"Name", name},
             {"Parameters", {address, {{"Type", "String"}, {"Label", "Data"}}}},
-            {"Return Format", {address}}};
+            {"Return Format", json::array({address})}};
 }
 
-json camera(const std::string& serial, json properties = json::array(), json functions = json::array()) {
+json camera(const std::string& serial, Entries properties = {}, Entries functions = {}) {
     return {{"Identification", {{"Model Name", "Model " + serial}, {"Serial Number", serial}}},
             {"Properties", std::move(properties)},
             {"Functions", std::move(functions)}};
 }
 
-std::string listOf(json cameras) {
+std::string listOf(Entries cameras) {
     return json{{"Cameras", std::move(cameras)}}.dump();
 }
 
@@ -58,12 +60,12 @@ protected:
     }
 
     Camera& openFlash() {
-        json functions = json::array();
+        Entries functions;
         for (const char* name : {"Read Flash", "Write Flash", "Erase Flash", "Update Flash", "Read Flash Status",
                                  "Write Flash Status", "Reboot", "Jtag"}) {
             functions.push_back(function(name));
         }
-        return open(listOf({camera("1", json::array(), functions)}));
+        return open(listOf({camera("1", {}, functions)}));
     }
 };
 

@@ -168,7 +168,7 @@ bool failsBecause(const std::string& sentence, Action action) {
 
 /// A stream that runs out of memory reports it, and can run again when there is memory.
 void underAMemoryLimit() {
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // these need the whole address space
+#ifndef QUILL_SANITIZED // these need the whole address space
     Camera& camera = open(2560, 1920);
     camera.startStream();
     camera.getImage();

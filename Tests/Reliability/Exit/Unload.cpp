@@ -43,7 +43,7 @@ int main(int argc, char** argv) {
         }
         residentEarly = cycle == 1 ? residentBytes() : residentEarly;
     }
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // these keep freed memory for a while
+#ifndef QUILL_SANITIZED // these keep freed memory for a while
     // A frame has more than a megabyte, so buffers of runs that stay would show.
     if (residentBytes() > residentEarly + (10U << 20)) {
         return EXIT_FAILURE;

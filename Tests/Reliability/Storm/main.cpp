@@ -88,7 +88,7 @@ int main(int argc, char** argv) {
         samples << std::chrono::duration<double>(Clock::now() - begin).count() << ' ' << residentBytes() / 1024 << ' '
                 << threadsOfProcess() << ' ' << openDescriptors() << ' ' << tally().operations << std::endl;
     }
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // these keep freed memory for a while
+#ifndef QUILL_SANITIZED // these keep freed memory for a while
     require(residentBytes() < residentEarly + kMemoryAllowance, "memory grows");
 #endif
     require(openDescriptors() == descriptorsEarly, "descriptors are left open");
