@@ -5,7 +5,7 @@ set -euo pipefail
 
 names=$(nm --dynamic --defined-only --format=just-symbols "$1" 2>/dev/null)
 public='^_Z((T[VIS])?NK?(15CameraInterface|7Imaging|17KestrelExceptions|9Utilities|12OrvexAdapter(5CGigE|8readGigE)|5CSHA1|5win32|13QuillInternal)|14getZephVersion|15isZephInstalled)'
-internal='SimulatedAdapter|OrvexCamera|Usb3VisionAdapter|N8Internal|8nlohmann'
+internal='SimulatedAdapter|OrvexCamera|Usb3VisionAdapter|N4Base|8nlohmann'
 [[ -n $names ]] || { echo "The library exports nothing." >&2 && exit 1; }
 if grep -Ev "$public" <<<"$names" || grep -E "$internal" <<<"$names"; then
     echo "These names must be hidden." >&2

@@ -7,7 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include "Camera/CameraChanges.h"
-#include "Commands/Command.h"
+#include "Camera/Context.h"
 
 namespace QuillTool {
 

@@ -7,20 +7,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include "Camera/Session.h"
-#include "Terminal/Interrupt.h"
-#include "Terminal/Output.h"
+#include "Camera/Context.h"
 #include "Terminal/ToolError.h"
 
 namespace QuillTool {
-
-/// The environment of every command.
-struct Context {
-    Session& session;
-    Output& output;
-    Interrupt& interrupt;
-    bool inShell = false;
-};
 
 /// A command and the arguments of one command line.
 class Command {

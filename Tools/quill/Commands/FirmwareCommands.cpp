@@ -9,9 +9,9 @@
 #include <fmt/format.h>
 
 #include "Camera/CameraReturn.h"
+#include "Commands/Bytes.h"
 #include "Commands/Command.h"
 #include "Flash/FlashJob.h"
-#include "Terminal/Bytes.h"
 #include "Terminal/Numbers.h"
 
 namespace QuillTool {

@@ -6,9 +6,9 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
+#include "Commands/Bytes.h"
 #include "Commands/Command.h"
 #include "Flash/FlashJob.h"
-#include "Terminal/Bytes.h"
 #include "Terminal/Numbers.h"
 
 namespace QuillTool {

@@ -9,8 +9,8 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
+#include "Commands/Bytes.h"
 #include "Commands/Command.h"
-#include "Terminal/Bytes.h"
 #include "Terminal/Numbers.h"
 
 namespace QuillTool {

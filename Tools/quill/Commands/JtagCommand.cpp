@@ -10,9 +10,9 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
+#include "Commands/Bytes.h"
 #include "Commands/Command.h"
-#include "Terminal/Bytes.h"
-#include "Terminal/LongJob.h"
+#include "Flash/LongJob.h"
 
 namespace QuillTool {
 

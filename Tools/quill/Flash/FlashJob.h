@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "Terminal/LongJob.h"
+#include "Flash/LongJob.h"
 
 namespace QuillTool {
 

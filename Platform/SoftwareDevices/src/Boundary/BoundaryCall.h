@@ -4,8 +4,8 @@
 #include <initializer_list>
 
 #include "Boundary/Boundary.h"
-#include "Device/Refusal.h"
 #include "Device/Registry.h"
+#include "Refusal.h"
 
 // The common part of every boundary call: it is counted and logged, planned faults are applied, and a refusal becomes
 // the call's failure value and the handle's last error.

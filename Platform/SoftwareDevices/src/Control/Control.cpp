@@ -2,8 +2,8 @@
 
 #include <stdexcept>
 
-#include "Device/Refusal.h"
 #include "Device/Registry.h"
+#include "Refusal.h"
 
 // Implements SoftwareDevices.h.
 

@@ -6,8 +6,8 @@
 #include <cmath>
 #include <new>
 
-#include "Boundary/Faults.h"
-#include "Device/Refusal.h"
+#include "Device/Faults.h"
+#include "Refusal.h"
 #include "Sensor/FrameGeometry.h"
 
 namespace SoftwareDevices {

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "Device/Refusal.h"
 #include "Device/Usb3VisionFlash.h"
+#include "Refusal.h"
 #include "Sensor/FrameGeometry.h"
 
 namespace SoftwareDevices {

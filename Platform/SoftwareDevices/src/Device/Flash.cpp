@@ -2,7 +2,7 @@
 
 #include "Device/Flash.h"
 
-#include "Device/Refusal.h"
+#include "Refusal.h"
 
 namespace SoftwareDevices {
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "Device/Refusal.h"
+#include "Refusal.h"
 
 namespace SoftwareDevices {
 

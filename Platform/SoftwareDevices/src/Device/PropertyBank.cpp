@@ -2,7 +2,7 @@
 
 #include "Device/PropertyBank.h"
 
-#include "Device/Refusal.h"
+#include "Refusal.h"
 
 namespace SoftwareDevices {
 

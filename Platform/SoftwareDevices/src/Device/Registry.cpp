@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "Device/Refusal.h"
+#include "Refusal.h"
 
 namespace SoftwareDevices {
 

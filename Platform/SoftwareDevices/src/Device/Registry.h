@@ -5,10 +5,10 @@
 #include <memory>
 #include <mutex>
 
-#include "Boundary/CallLog.h"
-#include "Boundary/Faults.h"
+#include "Device/CallLog.h"
 #include "Device/Capture.h"
 #include "Device/Device.h"
+#include "Device/Faults.h"
 
 namespace SoftwareDevices {
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "Device/Refusal.h"
+#include "Refusal.h"
 
 namespace SoftwareDevices {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "Boundary/CallLog.h"
+#include "Device/CallLog.h"
 
 namespace SoftwareDevices {
 

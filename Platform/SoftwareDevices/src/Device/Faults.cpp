@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "Boundary/Faults.h"
+#include "Device/Faults.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "Terminal/Bytes.h"
+#include "Commands/Bytes.h"
 
 #include <array>
 #include <iterator>

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "Commands/Command.h"
+#include "Camera/Context.h"
 #include "Terminal/ProgressReport.h"
 
 namespace QuillTool {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "Terminal/LongJob.h"
+#include "Flash/LongJob.h"
 
 #include <fmt/format.h>
 
