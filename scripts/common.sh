@@ -50,3 +50,19 @@ buildPreset() {
     cmake --preset "$preset" "${launcher[@]}" >&2
     cmake --build --preset "$preset" --parallel 2 ${1+--target "$@"} >&2
 }
+
+# What scripts/check allows: tests in percent of the code that they test, and equal tokens in two places.
+maximumTestShare=37
+longestRepetition=130
+
+# Lines of C and C++ in these folders, without blank and comment lines.
+codeLines() { find "$@" -name '*.h' -o -name '*.cpp' -o -name '*.c' | xargs cat | grep --count --invert-match --extended-regexp '^\s*(//.*)?$'; }
+
+# Lines of tests in per mille of those of library, devices in software and tool.
+testShare() { echo $((1000 * $(codeLines Tests) / $(codeLines Shared Platform Tools))); }
+
+printTestShare() {
+    local share
+    share=$(testShare)
+    echo "Tests: $(codeLines Tests) lines for $(codeLines Shared Platform Tools) lines of code, $((share / 10)).$((share % 10)) % (at most $maximumTestShare %)"
+}

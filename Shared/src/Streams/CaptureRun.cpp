@@ -24,11 +24,14 @@ constexpr std::uint32_t kCaptureEndedError = 14;
 /// The bytes of the image in a captured frame; nothing if the frame is incomplete, or larger than requested, which is
 /// invalid. An invalid pixel format is left to the caller that requests the format.
 std::optional<std::size_t> imageBytes(const ORVEX_IMAGE_FORMAT& format, std::size_t bufferSize) {
-    std::size_t bytes = format.imageSize;
-    try {
-        bytes = getFrameSize(format.width, format.height, format.pixelFormat);
-    } catch (const KestrelExceptions::KestrelException&) {
-    }
+    const auto formatBytes = [&format]() -> std::size_t {
+        try {
+            return getFrameSize(format.width, format.height, format.pixelFormat);
+        } catch (const KestrelExceptions::KestrelException&) {
+            return format.imageSize;
+        }
+    };
+    const std::size_t bytes = formatBytes();
     const bool isWhole = bytes > 0 && bytes <= format.imageSize && bytes <= bufferSize;
     return isWhole ? std::optional(bytes) : std::nullopt;
 }
