@@ -39,7 +39,7 @@ ExitCode run(const std::vector<std::string>& words, Output& output, Interrupt& i
 
 int main(int argc, char** argv) {
     occupyStandardStreams();
-    std::signal(SIGPIPE, SIG_IGN); // writing to a closed standard output fails with EPIPE
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN)); // writing to a closed standard output fails with EPIPE
     Output output;
     try {
         Interrupt interrupt;

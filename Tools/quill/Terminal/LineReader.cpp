@@ -56,7 +56,8 @@ public:
     explicit PromptLines(Interrupt& interrupt)
         : m_Interrupt(interrupt), m_History(history_init(), &history_end),
           m_Editor(el_init("quill", stdin, stdout, stderr), &el_end) {
-        static_cast<void>(std::setlocale(LC_CTYPE, "")); // sets the encoding of characters
+        // Sets the encoding of characters, before any other thread runs.
+        static_cast<void>(std::setlocale(LC_CTYPE, "")); // NOLINT(concurrency-mt-unsafe)
         HistEvent event{};
         history(m_History.get(), &event, H_SETSIZE, kHistorySize);
         history(m_History.get(), &event, H_SETUNIQUE, 1);
@@ -114,6 +115,7 @@ private:
             if (length <= 0) {
                 return static_cast<int>(length);
             }
+            // NOLINTNEXTLINE(concurrency-mt-unsafe): with a state of its own
             const std::size_t used = std::mbrtowc(character, &byte, 1, &state);
             if (used <= 1) {
                 return 1;

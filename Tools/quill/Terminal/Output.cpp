@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <system_error>
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -25,12 +25,12 @@ constexpr std::string_view kPlain = "\033[0m";
 constexpr std::string_view kColumnGap = "  ";
 
 bool isSet(const char* variable) {
-    const char* value = std::getenv(variable);
+    const char* value = std::getenv(variable); // NOLINT(concurrency-mt-unsafe): nobody changes the environment
     return value != nullptr && *value != '\0';
 }
 
 bool wantsColor(int descriptor) {
-    const char* terminal = std::getenv("TERM");
+    const char* terminal = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe): as above
     const bool dumb = terminal != nullptr && std::string_view(terminal) == "dumb";
     return isatty(descriptor) == 1 && !isSet("NO_COLOR") && !dumb;
 }
@@ -44,7 +44,8 @@ void requireWritten(bool written) {
     if (reason == EPIPE) {
         throw OutputClosed{};
     }
-    throw ToolError(ExitCode::Failed, fmt::format("standard output: cannot be written: {}", std::strerror(reason)));
+    throw ToolError(ExitCode::Failed,
+                    fmt::format("standard output: cannot be written: {}", std::generic_category().message(reason)));
 }
 
 std::string cellText(const std::string& cell) {

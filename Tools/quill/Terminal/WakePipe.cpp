@@ -3,7 +3,7 @@
 #include "Terminal/WakePipe.h"
 
 #include <cerrno>
-#include <cstring>
+#include <system_error>
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -15,7 +15,8 @@ namespace QuillTool {
 
 WakePipe::WakePipe() {
     if (pipe2(m_Ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
-        throw ToolError(ExitCode::Failed, fmt::format("cannot create a pipe: {}", std::strerror(errno)));
+        throw ToolError(ExitCode::Failed,
+                        fmt::format("cannot create a pipe: {}", std::generic_category().message(errno)));
     }
 }
 

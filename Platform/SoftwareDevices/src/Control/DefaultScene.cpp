@@ -183,7 +183,8 @@ Color landscape(const Ridges& ridges, float u, float v) {
 }
 
 std::uint8_t toByte(float value) {
-    return static_cast<std::uint8_t>(std::clamp(value, 0.0f, 255.0f) + 0.5f);
+    // Without a call of the rounding functions, which no vector holds.
+    return static_cast<std::uint8_t>(std::clamp(value, 0.0f, 255.0f) + 0.5f); // NOLINT(bugprone-incorrect-roundings)
 }
 
 } // namespace

@@ -72,7 +72,8 @@ public:
 
     /// The sample at an offset in columns and rows (-1 to 1) from column x.
     int at(std::uint32_t x, int right, int down) const {
-        return m_Rows[static_cast<std::size_t>(1 + down)][x + 1 + static_cast<std::size_t>(right)];
+        const int row = 1 + down;
+        return m_Rows[static_cast<std::size_t>(row)][x + 1 + static_cast<std::size_t>(right)];
     }
 
 private:
