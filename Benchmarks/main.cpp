@@ -45,7 +45,7 @@ Options parseOptions(int argc, char** argv) {
 }
 
 constexpr int kRounds = 21;
-constexpr int kRoundsOfShortForm = 7;
+constexpr int kRoundsOfShortForm = 3;
 /// Tolerance of the short form, which is for machines with other load.
 constexpr double kToleranceOfShortForm = 2;
 

@@ -28,8 +28,8 @@ using Utilities::Programmer;
 using Bytes = std::vector<unsigned char>;
 using Words = std::set<std::string>;
 
-constexpr std::uint32_t kSerial = 41500101;
-const std::string kSerialNumber = std::to_string(kSerial);
+constexpr std::uint32_t kSweptSerial = 41500101;
+const std::string kSerialNumber = std::to_string(kSweptSerial);
 
 constexpr std::array<std::uint32_t, 6> kErrorCodes{
     SoftwareDevices::kPropertyUnsupported, SoftwareDevices::kPropertyNotWritable,
@@ -41,7 +41,7 @@ Camera& camera() {
 }
 
 bool isPlugged() {
-    return SoftwareDevices::pluggedDevices() == std::vector<std::uint32_t>{kSerial};
+    return SoftwareDevices::pluggedDevices() == std::vector<std::uint32_t>{kSweptSerial};
 }
 
 void updateList() {
@@ -54,12 +54,12 @@ void awaitReboot() {
     const auto deadline = std::chrono::steady_clock::now() + TestSupport::kLongEnough;
     while (!isPlugged() && std::chrono::steady_clock::now() < deadline) {
         try {
-            SoftwareDevices::replug(kSerial);
+            SoftwareDevices::replug(kSweptSerial);
         } catch (const std::invalid_argument&) {
             std::this_thread::yield(); // rebooting
         }
     }
-    SoftwareDevices::setAsFastAsAsked(kSerial, true);
+    SoftwareDevices::setAsFastAsAsked(kSweptSerial, true);
     updateList();
 }
 
@@ -165,7 +165,7 @@ const std::vector<Scenario>& scenarios() {
          kReading + kStreaming},
         {"IncompleteFrames",
          [] {
-             SoftwareDevices::truncateFrames(kSerial, 2, 100);
+             SoftwareDevices::truncateFrames(kSweptSerial, 2, 100);
              takeImage("Video");
          },
          kReading + kStreaming},
@@ -176,7 +176,7 @@ const std::vector<Scenario>& scenarios() {
              for (const auto operation :
                   {SoftwareDevices::Operation::sdkDisableStillMode, SoftwareDevices::Operation::sdkRemoveStillCallback,
                    SoftwareDevices::Operation::sdkCameraClose}) {
-                 SoftwareDevices::failNext(kSerial, operation, 1, SoftwareDevices::kInternalError);
+                 SoftwareDevices::failNext(kSweptSerial, operation, 1, SoftwareDevices::kInternalError);
              }
              try {
                  camera().disconnect();
@@ -279,12 +279,12 @@ class FaultSweep : public TestSupport::SoftwareDeviceFixture, public ::testing::
 protected:
     FaultSweep() {
         SoftwareDevices::DeviceDescription device = SoftwareDevices::defaultDevices()[GetParam().device];
-        device.serial = kSerial;
+        device.serial = kSweptSerial;
         device.sensorWidth = 64;
         device.sensorHeight = 48;
         device.rebootTime = std::chrono::milliseconds(0);
         SoftwareDevices::plug(device);
-        SoftwareDevices::setAsFastAsAsked(kSerial, true);
+        SoftwareDevices::setAsFastAsAsked(kSweptSerial, true);
         ready();
         m_Properties = camera().getSupportedProperties();
         for (int run = 0; run < 5; ++run) { // takes the minimum: a stream's worker may have made extra calls
@@ -307,7 +307,7 @@ protected:
             camera().stopStream();
         }
         camera().connect();
-        if (SoftwareDevices::isUsb3Vision(kSerial)) {
+        if (SoftwareDevices::isUsb3Vision(kSweptSerial)) {
             rebootWithUsb3VisionMode("Disabled");
         }
         if (!hasAllProperties()) {
@@ -350,9 +350,9 @@ protected:
         if (Camera::getCamerasList().count(kSerialNumber) != 0) {
             const CameraState state = camera().getState();
             if (state != CameraState::Suspended && !m_CloseFailed) { // suspended: open, or could not be resumed
-                EXPECT_EQ(state == CameraState::Connected, SoftwareDevices::isOpen(kSerial));
+                EXPECT_EQ(state == CameraState::Connected, SoftwareDevices::isOpen(kSweptSerial));
             }
-            EXPECT_TRUE(camera().isStreaming() || !SoftwareDevices::isStreaming(kSerial));
+            EXPECT_TRUE(camera().isStreaming() || !SoftwareDevices::isStreaming(kSweptSerial));
         }
     }
 
@@ -391,10 +391,10 @@ TEST_P(FaultSweep, AFailureIsReportedAndLeavesNothingBehind) {
         }
         Camera::unitialisedWorkpace();
         if (m_CloseFailed) { // the close is not retried: the device may keep the handle until it leaves the bus
-            SoftwareDevices::unplug(kSerial);
+            SoftwareDevices::unplug(kSweptSerial);
             m_CloseFailed = false;
         } else {
-            EXPECT_FALSE(SoftwareDevices::isOpen(kSerial));
+            EXPECT_FALSE(SoftwareDevices::isOpen(kSweptSerial));
         }
         ready();
     }
@@ -412,13 +412,13 @@ TEST_P(FaultSweep, AnUnplugIsReportedAndLeavesNothingBehind) {
                 }
                 return true;
             });
-            SoftwareDevices::unplugCall(kSerial, call);
+            SoftwareDevices::unplugCall(kSweptSerial, call);
             disturbed();
         }
         expectConsistent();
         expectTheSameSucceeds();
         Camera::unitialisedWorkpace();
-        EXPECT_FALSE(SoftwareDevices::isOpen(kSerial));
+        EXPECT_FALSE(SoftwareDevices::isOpen(kSweptSerial));
         ready();
         if (HasFailure()) {
             return;

@@ -9,6 +9,8 @@
 
 #include <fmt/format.h>
 
+#include "Commands/Command.h"
+
 namespace QuillTool {
 
 namespace {

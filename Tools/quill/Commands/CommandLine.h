@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "Commands/Command.h"
+#include "Camera/Context.h"
+#include "Terminal/ToolError.h"
 
 namespace QuillTool {
 
