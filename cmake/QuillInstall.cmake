@@ -14,8 +14,7 @@ if(QUILL_BUILD_SOFTWARE_DEVICES)
 endif()
 install(DIRECTORY Shared/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quillcamera)
 
-# The list of simulated cameras is a configuration file: one that was edited since it was installed stays. The copy beside it shows what
-# was installed.
+# The list of simulated cameras is a configuration file, and stays if it was edited. The copy beside it is the list as it was installed.
 install(CODE "set(quill_list \"${PROJECT_SOURCE_DIR}/Data/TestCameraList.json\")
 set(quill_list_folder \"${CMAKE_INSTALL_DATADIR}/quillcamera\")")
 install(CODE [[

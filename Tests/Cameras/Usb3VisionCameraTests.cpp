@@ -280,7 +280,7 @@ protected:
 
     DeviceDescription m_Device;
     std::string m_Serial;
-    std::string m_Events; ///< what the callbacks told
+    std::string m_Events; ///< what the callbacks reported
 };
 
 TEST_F(Usb3VisionRoundTripTest, ACameraThatComesBackAsAnotherKindBetweenTwoChecksIsDroppedAndFoundAgain) {

@@ -146,7 +146,7 @@ TEST_F(Tool, ShellKeepsSettingsAndContinuesAfterAFailure) {
     EXPECT_THAT(result.errors, HasSubstr("quill: line 5: the quote \" is not closed"));
 }
 
-TEST_F(Tool, WatchTellsWhoDepartsAndArrivesUntilInterrupted) {
+TEST_F(Tool, WatchPrintsWhoDepartsAndArrivesUntilInterrupted) {
     const std::string cameras = readFile(m_Folder.file("list.json"));
     const auto useList = [&](const std::string& list) {
         return [this, list](pid_t) {
@@ -276,13 +276,13 @@ TEST_F(Tool, WritesTheColourThatACameraComputed) {
                 HasSubstr("Image               BGR, 16 bits\n"));
 }
 
-TEST_F(Tool, TellsTheValueThatWasReallySet) {
+TEST_F(Tool, PrintsTheValueThatWasReallySet) {
     EXPECT_EQ(runChild(command({"set", "41500101", "Video Exposure", "12.3456789"}, "orange")).errors,
               "quill: warning: camera 41500101: property 'Video Exposure': was set to '12.3456789' and is now "
               "'12.345679'\n");
 }
 
-TEST_F(Tool, TellsRatesBelowOneFrameASecond) {
+TEST_F(Tool, PrintsRatesBelowOneFrameASecond) {
     const std::string output = runChild(command({"stream", "41500102", "--seconds", "3", "--json"}, "slow")).output;
     std::istringstream lines(output);
     for (std::string line; std::getline(lines, line);) {

@@ -12,9 +12,9 @@ namespace CameraInterface {
 
 /// Finds cameras of one kind.
 struct CameraAdapter {
-    std::string m_Name;
+    std::string name;
     /// Creates a disconnected object for each attached camera.
-    std::function<std::vector<std::unique_ptr<Camera>>()> m_GetListOfCameras;
+    std::function<std::vector<std::unique_ptr<Camera>>()> getListOfCameras;
 };
 
 /// The adapters, in the order of enumeration: of two cameras with the same serial number the first is listed.

@@ -139,16 +139,16 @@ std::vector<std::unique_ptr<Camera>> Camera::getListOfCameras() {
     std::map<std::string, std::string> failures;
     for (const CameraAdapter& adapter : getCameraAdapters()) {
         try {
-            std::vector<std::unique_ptr<Camera>> found = adapter.m_GetListOfCameras();
+            std::vector<std::unique_ptr<Camera>> found = adapter.getListOfCameras();
             std::move(found.begin(), found.end(), std::back_inserter(cameras));
         } catch (const KestrelException& failure) {
-            failures.emplace(adapter.m_Name, shortened(failure.why()));
+            failures.emplace(adapter.name, shortened(failure.why()));
         } catch (const std::bad_alloc&) {
-            failures.emplace(adapter.m_Name, "Out of memory.");
+            failures.emplace(adapter.name, "Out of memory.");
         } catch (const std::exception& failure) {
-            failures.emplace(adapter.m_Name, shortened(failure.what()));
+            failures.emplace(adapter.name, shortened(failure.what()));
         } catch (...) {
-            failures.emplace(adapter.m_Name, "unknown failure");
+            failures.emplace(adapter.name, "unknown failure");
         }
     }
     workspace().setEnumerationFailures(std::move(failures));
