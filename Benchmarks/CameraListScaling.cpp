@@ -75,7 +75,7 @@ private:
 
 } // namespace
 
-void measureCameraListScaling(const std::string& filter, bool brief, const std::function<void(ScalingResult)>& use) {
+void measureCameraListScaling(const std::string& filter, const std::function<void(ScalingResult)>& use) {
     const std::regex expression(filter);
     bool any = false;
     for (const Operation& operation : kOperations) {
@@ -83,7 +83,7 @@ void measureCameraListScaling(const std::string& filter, bool brief, const std::
             benchmark::RegisterBenchmark(operation.name, operation.run)
                 ->RangeMultiplier(10)
                 ->Range(10, 10000)
-                ->MinTime(brief ? 0.05 : 0.5)
+                ->MinTime(0.5)
                 ->UseRealTime();
             any = true;
         }

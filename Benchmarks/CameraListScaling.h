@@ -9,6 +9,6 @@
 namespace Benchmarks {
 
 /// Runs those measurements of enumeration and disconnect check, with 10 to 10,000 cameras, whose names match @p filter.
-void measureCameraListScaling(const std::string& filter, bool brief, const std::function<void(ScalingResult)>& use);
+void measureCameraListScaling(const std::string& filter, const std::function<void(ScalingResult)>& use);
 
 } // namespace Benchmarks

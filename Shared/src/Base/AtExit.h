@@ -12,7 +12,7 @@ public:
     explicit AtExit(Action action) : m_Action(std::move(action)) {}
     AtExit(const AtExit&) = delete;
     AtExit& operator=(const AtExit&) = delete;
-    ~AtExit() { m_Action(); }
+    ~AtExit() { m_Action(); } // NOLINT(bugprone-exception-escape): a failing mutex leaves nothing but to end
 
 private:
     Action m_Action;

@@ -26,7 +26,7 @@ BufferPool::BufferPool(std::chrono::milliseconds patience) : m_Patience(patience
     m_Kept.reserve(kMaximumBuffers); // so that giveBack() never allocates
 }
 
-BufferPool::~BufferPool() {
+BufferPool::~BufferPool() { // NOLINT(bugprone-exception-escape): a failing mutex leaves nothing but to end
     close();
 }
 

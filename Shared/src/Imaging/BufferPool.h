@@ -22,7 +22,7 @@ public:
     explicit BufferPool(std::chrono::milliseconds patience = std::chrono::seconds(2));
     BufferPool(const BufferPool&) = delete;
     BufferPool& operator=(const BufferPool&) = delete;
-    ~BufferPool();
+    ~BufferPool(); // NOLINT(bugprone-exception-escape): as in its definition
 
     /// The pool of the process. It is never destroyed, so that images may outlive all other objects.
     static BufferPool& instance();
