@@ -14,7 +14,7 @@ namespace OrvexAdapter {
 
 using namespace CameraInterface;
 
-OrvexEraseFlash::OrvexEraseFlash(const std::string& name, OrvexCamera* camera) : Function(name), m_Camera(camera) {
+OrvexEraseFlash::OrvexEraseFlash(const std::string& name, OrvexCamera* camera) : OrvexFunction(name, camera) {
     requireFunctionSupport(OrvexEraseFlash::isFunctionSupported(), name, QUILL_HERE);
 }
 
@@ -31,16 +31,8 @@ std::vector<std::string> OrvexEraseFlash::perform(std::vector<std::string>& para
     return {};
 }
 
-bool OrvexEraseFlash::isAvailable() {
-    return true;
-}
-
 std::vector<ParameterDescriptor> OrvexEraseFlash::getParameters() {
     return {{"Address", PARAMETER_TYPE::Integer}, {"Length", PARAMETER_TYPE::Integer}};
-}
-
-std::vector<ParameterDescriptor> OrvexEraseFlash::getReturnFormat() {
-    return {};
 }
 
 } // namespace OrvexAdapter

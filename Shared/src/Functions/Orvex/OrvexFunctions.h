@@ -12,139 +12,100 @@ namespace OrvexAdapter {
 
 class OrvexCamera;
 
-/// Writes to erased flash.
-class OrvexWriteFlash : public CameraInterface::Function {
+/// A maintenance function of an SDK camera: always available, and without results unless it overrides their format.
+class OrvexFunction : public CameraInterface::Function {
 public:
+    bool isAvailable() override { return true; }
+    std::vector<CameraInterface::ParameterDescriptor> getReturnFormat() override { return {}; }
+
+protected:
     /// @param camera the camera that owns the function
+    OrvexFunction(const std::string& name, OrvexCamera* camera) : Function(name), m_Camera(camera) {}
+
+    OrvexCamera* m_Camera;
+};
+
+/// Writes to erased flash.
+class OrvexWriteFlash : public OrvexFunction {
+public:
     OrvexWriteFlash(const std::string& name, OrvexCamera* camera);
 
     std::vector<std::string> perform(std::vector<std::string>& parameters) override;
-    bool isAvailable() override;
     std::vector<CameraInterface::ParameterDescriptor> getParameters() override;
-    std::vector<CameraInterface::ParameterDescriptor> getReturnFormat() override;
-
-private:
-    OrvexCamera* m_Camera;
 };
 
 /// Writes to flash, whether or not it is erased; the other bytes of the sector are kept.
-class OrvexUpdateFlash : public CameraInterface::Function {
+class OrvexUpdateFlash : public OrvexFunction {
 public:
-    /// @param camera the camera that owns the function
     OrvexUpdateFlash(const std::string& name, OrvexCamera* camera);
 
     std::vector<std::string> perform(std::vector<std::string>& parameters) override;
-    bool isAvailable() override;
     std::vector<CameraInterface::ParameterDescriptor> getParameters() override;
-    std::vector<CameraInterface::ParameterDescriptor> getReturnFormat() override;
-
-private:
-    OrvexCamera* m_Camera;
 };
 
 /// Reads a range of the flash.
-class OrvexReadFlash : public CameraInterface::Function {
+class OrvexReadFlash : public OrvexFunction {
 public:
-    /// @param camera the camera that owns the function
     OrvexReadFlash(const std::string& name, OrvexCamera* camera);
 
     std::vector<std::string> perform(std::vector<std::string>& parameters) override;
-    bool isAvailable() override;
     std::vector<CameraInterface::ParameterDescriptor> getParameters() override;
     std::vector<CameraInterface::ParameterDescriptor> getReturnFormat() override;
-
-private:
-    OrvexCamera* m_Camera;
 };
 
 /// Sets a range of the flash to 0xFF.
-class OrvexEraseFlash : public CameraInterface::Function {
+class OrvexEraseFlash : public OrvexFunction {
 public:
-    /// @param camera the camera that owns the function
     OrvexEraseFlash(const std::string& name, OrvexCamera* camera);
 
     std::vector<std::string> perform(std::vector<std::string>& parameters) override;
-    bool isAvailable() override;
     std::vector<CameraInterface::ParameterDescriptor> getParameters() override;
-    std::vector<CameraInterface::ParameterDescriptor> getReturnFormat() override;
-
-private:
-    OrvexCamera* m_Camera;
 };
 
 /// Reads the status register of the flash: one byte.
-class OrvexReadFlashStatus : public CameraInterface::Function {
+class OrvexReadFlashStatus : public OrvexFunction {
 public:
-    /// @param camera the camera that owns the function
     OrvexReadFlashStatus(const std::string& name, OrvexCamera* camera);
 
     std::vector<std::string> perform(std::vector<std::string>& parameters) override;
-    bool isAvailable() override;
     std::vector<CameraInterface::ParameterDescriptor> getParameters() override;
     std::vector<CameraInterface::ParameterDescriptor> getReturnFormat() override;
-
-private:
-    OrvexCamera* m_Camera;
 };
 
 /// Writes the status register of the flash.
-class OrvexWriteFlashStatus : public CameraInterface::Function {
+class OrvexWriteFlashStatus : public OrvexFunction {
 public:
-    /// @param camera the camera that owns the function
     OrvexWriteFlashStatus(const std::string& name, OrvexCamera* camera);
 
     std::vector<std::string> perform(std::vector<std::string>& parameters) override;
-    bool isAvailable() override;
     std::vector<CameraInterface::ParameterDescriptor> getParameters() override;
-    std::vector<CameraInterface::ParameterDescriptor> getReturnFormat() override;
-
-private:
-    OrvexCamera* m_Camera;
 };
 
 /// Restarts the camera into "Bootloader" or "Firmware". Does not wait for its return.
-class OrvexReboot : public CameraInterface::Function {
+class OrvexReboot : public OrvexFunction {
 public:
-    /// @param camera the camera that owns the function
     OrvexReboot(const std::string& name, OrvexCamera* camera);
 
     std::vector<std::string> perform(std::vector<std::string>& parameters) override;
-    bool isAvailable() override;
     std::vector<CameraInterface::ParameterDescriptor> getParameters() override;
-    std::vector<CameraInterface::ParameterDescriptor> getReturnFormat() override;
-
-private:
-    OrvexCamera* m_Camera;
 };
 
 /// Plays an XSVF file into the JTAG port. Does not report whether that succeeded.
-class OrvexJtag : public CameraInterface::Function {
+class OrvexJtag : public OrvexFunction {
 public:
-    /// @param camera the camera that owns the function
     OrvexJtag(const std::string& name, OrvexCamera* camera);
 
     std::vector<std::string> perform(std::vector<std::string>& parameters) override;
-    bool isAvailable() override;
     std::vector<CameraInterface::ParameterDescriptor> getParameters() override;
-    std::vector<CameraInterface::ParameterDescriptor> getReturnFormat() override;
-
-private:
-    OrvexCamera* m_Camera;
 };
 
 /// Loads bytes into RAM; with no bytes, starts the loaded program at the address.
-class OrvexWriteRam : public CameraInterface::Function {
+class OrvexWriteRam : public OrvexFunction {
 public:
-    /// @param camera the camera that owns the function
     OrvexWriteRam(const std::string& name, OrvexCamera* camera);
 
     std::vector<std::string> perform(std::vector<std::string>& parameters) override;
-    bool isAvailable() override;
     std::vector<CameraInterface::ParameterDescriptor> getParameters() override;
-    std::vector<CameraInterface::ParameterDescriptor> getReturnFormat() override;
-
-private:
-    OrvexCamera* m_Camera;
 };
 
 /// Adds the maintenance functions of an SDK camera to its table. Omits functions that cannot be constructed.

@@ -11,7 +11,7 @@ namespace OrvexAdapter {
 
 using namespace CameraInterface;
 
-OrvexJtag::OrvexJtag(const std::string& name, OrvexCamera* camera) : Function(name), m_Camera(camera) {
+OrvexJtag::OrvexJtag(const std::string& name, OrvexCamera* camera) : OrvexFunction(name, camera) {
     requireFunctionSupport(OrvexJtag::isFunctionSupported(), name, QUILL_HERE);
 }
 
@@ -22,16 +22,8 @@ std::vector<std::string> OrvexJtag::perform(std::vector<std::string>& parameters
     return {};
 }
 
-bool OrvexJtag::isAvailable() {
-    return true;
-}
-
 std::vector<ParameterDescriptor> OrvexJtag::getParameters() {
     return {{"Data", PARAMETER_TYPE::String}};
-}
-
-std::vector<ParameterDescriptor> OrvexJtag::getReturnFormat() {
-    return {};
 }
 
 } // namespace OrvexAdapter

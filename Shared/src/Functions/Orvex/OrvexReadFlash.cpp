@@ -16,7 +16,7 @@ namespace OrvexAdapter {
 
 using namespace CameraInterface;
 
-OrvexReadFlash::OrvexReadFlash(const std::string& name, OrvexCamera* camera) : Function(name), m_Camera(camera) {
+OrvexReadFlash::OrvexReadFlash(const std::string& name, OrvexCamera* camera) : OrvexFunction(name, camera) {
     requireFunctionSupport(OrvexReadFlash::isFunctionSupported(), name, QUILL_HERE);
 }
 
@@ -35,10 +35,6 @@ std::vector<std::string> OrvexReadFlash::perform(std::vector<std::string>& param
                                              static_cast<std::uint32_t>(length)) != 0,
                      getName(), QUILL_HERE);
     return {std::move(data)};
-}
-
-bool OrvexReadFlash::isAvailable() {
-    return true;
 }
 
 std::vector<ParameterDescriptor> OrvexReadFlash::getParameters() {

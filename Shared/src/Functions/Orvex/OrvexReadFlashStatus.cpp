@@ -15,8 +15,7 @@ namespace OrvexAdapter {
 
 using namespace CameraInterface;
 
-OrvexReadFlashStatus::OrvexReadFlashStatus(const std::string& name, OrvexCamera* camera)
-    : Function(name), m_Camera(camera) {
+OrvexReadFlashStatus::OrvexReadFlashStatus(const std::string& name, OrvexCamera* camera) : OrvexFunction(name, camera) {
     requireFunctionSupport(OrvexReadFlashStatus::isFunctionSupported(), name, QUILL_HERE);
 }
 
@@ -28,10 +27,6 @@ std::vector<std::string> OrvexReadFlashStatus::perform(std::vector<std::string>&
                                                static_cast<std::uint32_t>(address), 1, &status) != 0,
                      getName(), QUILL_HERE);
     return {std::string(1, static_cast<char>(status))};
-}
-
-bool OrvexReadFlashStatus::isAvailable() {
-    return true;
 }
 
 std::vector<ParameterDescriptor> OrvexReadFlashStatus::getParameters() {

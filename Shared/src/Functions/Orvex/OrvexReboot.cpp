@@ -14,7 +14,7 @@ namespace OrvexAdapter {
 
 using namespace CameraInterface;
 
-OrvexReboot::OrvexReboot(const std::string& name, OrvexCamera* camera) : Function(name), m_Camera(camera) {
+OrvexReboot::OrvexReboot(const std::string& name, OrvexCamera* camera) : OrvexFunction(name, camera) {
     requireFunctionSupport(OrvexReboot::isFunctionSupported(), name, QUILL_HERE);
 }
 
@@ -27,16 +27,8 @@ std::vector<std::string> OrvexReboot::perform(std::vector<std::string>& paramete
     return {};
 }
 
-bool OrvexReboot::isAvailable() {
-    return true;
-}
-
 std::vector<ParameterDescriptor> OrvexReboot::getParameters() {
     return {{"Mode", PARAMETER_TYPE::String}};
-}
-
-std::vector<ParameterDescriptor> OrvexReboot::getReturnFormat() {
-    return {};
 }
 
 } // namespace OrvexAdapter

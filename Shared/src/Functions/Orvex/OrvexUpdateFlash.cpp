@@ -14,7 +14,7 @@ namespace OrvexAdapter {
 
 using namespace CameraInterface;
 
-OrvexUpdateFlash::OrvexUpdateFlash(const std::string& name, OrvexCamera* camera) : Function(name), m_Camera(camera) {
+OrvexUpdateFlash::OrvexUpdateFlash(const std::string& name, OrvexCamera* camera) : OrvexFunction(name, camera) {
     requireFunctionSupport(OrvexUpdateFlash::isFunctionSupported(), name, QUILL_HERE);
 }
 
@@ -30,16 +30,8 @@ std::vector<std::string> OrvexUpdateFlash::perform(std::vector<std::string>& par
     return {};
 }
 
-bool OrvexUpdateFlash::isAvailable() {
-    return true;
-}
-
 std::vector<ParameterDescriptor> OrvexUpdateFlash::getParameters() {
     return {{"Address", PARAMETER_TYPE::Integer}, {"Data", PARAMETER_TYPE::String}};
-}
-
-std::vector<ParameterDescriptor> OrvexUpdateFlash::getReturnFormat() {
-    return {};
 }
 
 } // namespace OrvexAdapter

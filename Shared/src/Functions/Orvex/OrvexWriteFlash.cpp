@@ -13,7 +13,7 @@ namespace OrvexAdapter {
 
 using namespace CameraInterface;
 
-OrvexWriteFlash::OrvexWriteFlash(const std::string& name, OrvexCamera* camera) : Function(name), m_Camera(camera) {
+OrvexWriteFlash::OrvexWriteFlash(const std::string& name, OrvexCamera* camera) : OrvexFunction(name, camera) {
     requireFunctionSupport(OrvexWriteFlash::isFunctionSupported(), name, QUILL_HERE);
 }
 
@@ -28,16 +28,8 @@ std::vector<std::string> OrvexWriteFlash::perform(std::vector<std::string>& para
     return {};
 }
 
-bool OrvexWriteFlash::isAvailable() {
-    return true;
-}
-
 std::vector<ParameterDescriptor> OrvexWriteFlash::getParameters() {
     return {{"Address", PARAMETER_TYPE::Integer}, {"Data", PARAMETER_TYPE::String}};
-}
-
-std::vector<ParameterDescriptor> OrvexWriteFlash::getReturnFormat() {
-    return {};
 }
 
 } // namespace OrvexAdapter

@@ -15,7 +15,7 @@ namespace OrvexAdapter {
 using namespace CameraInterface;
 
 OrvexWriteFlashStatus::OrvexWriteFlashStatus(const std::string& name, OrvexCamera* camera)
-    : Function(name), m_Camera(camera) {
+    : OrvexFunction(name, camera) {
     requireFunctionSupport(OrvexWriteFlashStatus::isFunctionSupported(), name, QUILL_HERE);
 }
 
@@ -30,16 +30,8 @@ std::vector<std::string> OrvexWriteFlashStatus::perform(std::vector<std::string>
     return {};
 }
 
-bool OrvexWriteFlashStatus::isAvailable() {
-    return true;
-}
-
 std::vector<ParameterDescriptor> OrvexWriteFlashStatus::getParameters() {
     return {{"Address", PARAMETER_TYPE::Integer}, {"Status", PARAMETER_TYPE::String}};
-}
-
-std::vector<ParameterDescriptor> OrvexWriteFlashStatus::getReturnFormat() {
-    return {};
 }
 
 } // namespace OrvexAdapter

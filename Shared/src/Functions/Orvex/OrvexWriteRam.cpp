@@ -13,7 +13,7 @@ namespace OrvexAdapter {
 
 using namespace CameraInterface;
 
-OrvexWriteRam::OrvexWriteRam(const std::string& name, OrvexCamera* camera) : Function(name), m_Camera(camera) {
+OrvexWriteRam::OrvexWriteRam(const std::string& name, OrvexCamera* camera) : OrvexFunction(name, camera) {
     requireFunctionSupport(OrvexWriteRam::isFunctionSupported(), name, QUILL_HERE);
 }
 
@@ -30,16 +30,8 @@ std::vector<std::string> OrvexWriteRam::perform(std::vector<std::string>& parame
     return {};
 }
 
-bool OrvexWriteRam::isAvailable() {
-    return true;
-}
-
 std::vector<ParameterDescriptor> OrvexWriteRam::getParameters() {
     return {{"Address", PARAMETER_TYPE::Integer}, {"Data", PARAMETER_TYPE::String}};
-}
-
-std::vector<ParameterDescriptor> OrvexWriteRam::getReturnFormat() {
-    return {};
 }
 
 } // namespace OrvexAdapter
