@@ -13,6 +13,9 @@ quillPackages=(
     libgtest-dev libgmock-dev libbenchmark-dev libssl-dev
 )
 
+# Those of scripts/check.
+quillCheckPackages=(clang-format clang-tidy clang similarity-tester codespell)
+
 isInstalled() {
     [[ "$(dpkg-query --show --showformat '${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
 }
