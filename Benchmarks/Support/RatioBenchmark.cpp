@@ -17,6 +17,8 @@ namespace {
 
 /// Shorter times would measure the clock and the scheduler.
 constexpr double kShortestTimedSeconds = 0.01;
+/// What the slower of two very different variants may take longer than once.
+constexpr double kLongestTimedSeconds = 0.2;
 
 /// The time of a clock in seconds. CPU time of the calling thread excludes the time of other programs.
 double secondsOn(Timing timing) {
@@ -38,13 +40,21 @@ double secondsOf(const Variant& variant, int runs, Timing timing) {
     return variant.partSeconds ? parts : secondsOn(timing) - begin;
 }
 
-/// The number of pieces that together take long enough to be timed. Also warms up the variant.
-double piecesPerRound(const Variant& variant, Timing timing) {
+/// How often a variant is run per round.
+struct Runs {
+    int enough; ///< together they take long enough to be timed
+    int most;   ///< together they take kLongestTimedSeconds
+};
+
+/// Finds out how long a variant takes. Also warms it up.
+Runs runsPerRound(const Variant& variant, Timing timing) {
     int runs = 1;
-    while (secondsOf(variant, runs, timing) < kShortestTimedSeconds) {
+    double seconds = secondsOf(variant, runs, timing);
+    while (seconds < kShortestTimedSeconds) {
         runs *= 2;
+        seconds = secondsOf(variant, runs, timing);
     }
-    return runs * variant.pieces;
+    return {runs, static_cast<int>(std::ceil(runs * kLongestTimedSeconds / seconds))};
 }
 
 } // namespace
@@ -70,14 +80,15 @@ Measurement measure(const Claim& claim, int rounds) {
     }
     const auto [floor, ours] = claim.make();
     const std::array<const Variant*, 2> variants{&floor, &ours};
+    const std::array<Runs, 2> known{runsPerRound(floor, claim.timing), runsPerRound(ours, claim.timing)};
     // Both do the same amount per round, so that the cache content left by the other one affects both equally.
-    const double pieces = std::max(piecesPerRound(floor, claim.timing), piecesPerRound(ours, claim.timing));
+    const double pieces = std::max(known[0].enough * floor.pieces, known[1].enough * ours.pieces);
     std::array<std::vector<double>, 2> seconds;
     std::vector<double> ratios;
     for (int round = 0; round < rounds; ++round) {
         for (int turn = 0; turn < 2; ++turn) {
             const auto i = static_cast<std::size_t>((round + turn) % 2);
-            const int runs = static_cast<int>(std::ceil(pieces / variants[i]->pieces));
+            const int runs = std::min(static_cast<int>(std::ceil(pieces / variants[i]->pieces)), known[i].most);
             seconds[i].push_back(secondsOf(*variants[i], runs, claim.timing) / (runs * variants[i]->pieces));
         }
         ratios.push_back(seconds[1].back() / seconds[0].back());
