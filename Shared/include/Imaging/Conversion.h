@@ -29,5 +29,7 @@ QUILL_API bool conversionExists(IMAGE_FORMAT from, IMAGE_FORMAT to);
 /// @throws std::invalid_argument "Image cannot be null."
 /// @throws cv::Exception  OpenCV cannot address the dimensions
 QUILL_API std::unique_ptr<Image> convertImage(const std::unique_ptr<Image>& image, IMAGE_FORMAT format);
+/// The same for an image that is not the caller's own, such as that of a Frame.
+QUILL_API std::unique_ptr<Image> convertImage(const Image& image, IMAGE_FORMAT format);
 
 } // namespace Imaging

@@ -76,6 +76,8 @@ protected:
     Image(Image&& other) noexcept;
     Image& operator=(Image&& other) noexcept;
 
+    /// Gives the bytes away. The image has no pixels then.
+    std::vector<unsigned char> releaseData() noexcept;
     /// Truncates the data to the image's size, or pads it with zeros.
     void validateDataSize();
     void validatePixelIndices(unsigned& row, unsigned& column) const;
@@ -116,5 +118,6 @@ QUILL_API std::unique_ptr<Image> createImage(unsigned width, unsigned height, st
 /// Returns an independent copy.
 /// @throws std::invalid_argument "Image cannot be null."
 QUILL_API std::unique_ptr<Image> cloneImage(const std::unique_ptr<Image>& image);
+QUILL_API std::unique_ptr<Image> cloneImage(const Image& image);
 
 } // namespace Imaging

@@ -14,8 +14,6 @@ namespace Imaging {
 
 namespace {
 
-/// Below this size the allocator is as fast as the pool.
-constexpr std::size_t kSmallestPooled = 64 * 1024;
 /// Eight results of a 5-megapixel camera at 16 bits and three channels.
 constexpr std::size_t kMaximumPooledBytes = 256 * 1024 * 1024;
 constexpr std::size_t kMaximumBuffers = 16;

@@ -18,6 +18,9 @@ class BufferPool {
 public:
     using Buffer = std::vector<unsigned char>;
 
+    /// Below this size the allocator is as fast as the pool.
+    static constexpr std::size_t kSmallestPooled = 64 * 1024;
+
     /// @param patience how long an unused buffer is kept; it is freed within one and a half times that
     explicit BufferPool(std::chrono::milliseconds patience = std::chrono::seconds(2));
     BufferPool(const BufferPool&) = delete;

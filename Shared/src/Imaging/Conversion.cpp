@@ -72,40 +72,45 @@ bool conversionExists(IMAGE_FORMAT from, IMAGE_FORMAT to) {
 }
 
 std::unique_ptr<Image> convertImage(const std::unique_ptr<Image>& image, IMAGE_FORMAT format) {
-    if (!image || image->getFormat() == format) {
+    return image ? convertImage(*image, format) : cloneImage(image);
+}
+
+std::unique_ptr<Image> convertImage(const Image& image, IMAGE_FORMAT format) {
+    if (image.getFormat() == format) {
         return cloneImage(image);
     }
-    const int depth = sampleDepth(*image);
-    if (!canConvert(image->getFormat(), format)) {
+    const int depth = sampleDepth(image);
+    if (!canConvert(image.getFormat(), format)) {
         throw std::runtime_error("Conversion between selected formats is not possible.");
     }
-    const FormatDescription& from = describe(image->getFormat());
+    const FormatDescription& from = describe(image.getFormat());
     const FormatDescription& to = describe(format);
-    const int width = matrixDimension(image->getWidth());
-    const int height = matrixDimension(image->getHeight());
+    const int width = matrixDimension(image.getWidth());
+    const int height = matrixDimension(image.getHeight());
     const std::size_t planeBytes =
-        static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * image->getBytesPerChannel();
+        static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * image.getBytesPerChannel();
     const std::size_t sourceBytes = planeBytes * from.samplesPerPixel();
     const std::size_t targetBytes = planeBytes * to.samplesPerPixel();
-    if (planeBytes == 0 || image->getImageSize() < sourceBytes) {
+    if (planeBytes == 0 || image.getImageSize() < sourceBytes) {
         throw std::invalid_argument("Image has fewer samples than its format needs.");
     }
 
     // Samples used in computations are swapped to machine order before and back afterwards.
     const bool swap =
-        depth == CV_16U && image->isLittleEndian() != machineIsLittleEndian() && computesWithSamples(from, to);
+        depth == CV_16U && image.isLittleEndian() != machineIsLittleEndian() && computesWithSamples(from, to);
     ScratchBuffer swapped(swap ? sourceBytes : 0);
     if (swap) {
-        swapSampleBytes(image->getDataAddress(), swapped.data(), sourceBytes / 2);
+        swapSampleBytes(image.getDataAddress(), swapped.data(), sourceBytes / 2);
     }
     std::vector<unsigned char> result = BufferPool::instance().take(targetBytes);
-    const PixelView source(swap ? swapped.data() : image->getDataAddress(), width, height, depth, planeBytes, from);
+    auto* const bytes = const_cast<unsigned char*>(image.getDataAddress()); // only read
+    const PixelView source(swap ? swapped.data() : bytes, width, height, depth, planeBytes, from);
     convertPixels(source, PixelView(result.data(), width, height, depth, planeBytes, to));
     if (swap) {
         swapSampleBytes(result.data(), result.data(), targetBytes / 2);
     }
-    return createImage(image->getWidth(), image->getHeight(), std::move(result), image->getBitDepth(),
-                       image->isLittleEndian(), format);
+    return createImage(image.getWidth(), image.getHeight(), std::move(result), image.getBitDepth(),
+                       image.isLittleEndian(), format);
 }
 
 } // namespace Imaging

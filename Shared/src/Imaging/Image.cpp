@@ -12,11 +12,8 @@
 
 #include "Imaging/BufferPool.h"
 #include "Imaging/ByteOrder.h"
-#include "Imaging/Color.h"
 #include "Imaging/FormatTable.h"
-#include "Imaging/Mono.h"
-#include "Imaging/PlanarColor.h"
-#include "Imaging/Raw.h"
+#include "Imaging/ImageClasses.h"
 
 namespace Imaging {
 
@@ -199,31 +196,29 @@ void Image::writeColorPixel(const FormatDescription& description, std::size_t of
     }
 }
 
+std::vector<unsigned char> Image::releaseData() noexcept {
+    m_Width = m_Height = 0;
+    return std::move(m_Data);
+}
+
 std::unique_ptr<Image> createImage(unsigned width, unsigned height, std::vector<unsigned char> data, unsigned bitDepth,
                                    bool littleEndian, IMAGE_FORMAT format) {
-    const FormatDescription& description = describe(format);
-    const auto make = [&](auto* type) -> std::unique_ptr<Image> {
-        return std::make_unique<std::remove_pointer_t<decltype(type)>>(
-            width, height, std::move(data), bitDepth, littleEndian, format, description.channels, description.planes);
-    };
-    switch (description.layout) {
-    case Layout::Mosaic:
-        return make(static_cast<Raw*>(nullptr));
-    case Layout::Interleaved:
-        return make(static_cast<Color*>(nullptr));
-    case Layout::Planar:
-        return make(static_cast<PlanarColor*>(nullptr));
-    default:
-        return std::make_unique<Mono>(width, height, std::move(data), bitDepth, littleEndian);
-    }
+    return withImageClass(format, [&](auto* imageClass, auto... layout) -> std::unique_ptr<Image> {
+        return std::make_unique<std::remove_pointer_t<decltype(imageClass)>>(width, height, std::move(data), bitDepth,
+                                                                             littleEndian, layout...);
+    });
 }
 
 std::unique_ptr<Image> cloneImage(const std::unique_ptr<Image>& image) {
     if (!image) {
         throw std::invalid_argument("Image cannot be null.");
     }
-    return createImage(image->getWidth(), image->getHeight(), image->getData(), image->getBitDepth(),
-                       image->isLittleEndian(), image->getFormat());
+    return cloneImage(*image);
+}
+
+std::unique_ptr<Image> cloneImage(const Image& image) {
+    return createImage(image.getWidth(), image.getHeight(), image.getData(), image.getBitDepth(),
+                       image.isLittleEndian(), image.getFormat());
 }
 
 } // namespace Imaging
