@@ -10,6 +10,7 @@
 
 #include "Cameras/Camera.h"
 
+#include "Cameras/CallbackThread.h"
 #include "Cameras/CameraAdapters.h"
 #include "Cameras/CameraWorkspace.h"
 #include "Exceptions/Raise.h"
@@ -67,13 +68,13 @@ std::string shortened(std::string reason) {
 } // namespace
 
 void Camera::initialiseWorkspace() {
-    CameraWorkspace::refuseOnWatchdogThread();
+    CallbackThread::refuse();
     addNewCamerasToList(getListOfCameras());
     workspace().startWatchdogs(callbackWatchdogNewConnect, callbackWatchdogDisconnect);
 }
 
 void Camera::unitialisedWorkpace() {
-    CameraWorkspace::refuseOnWatchdogThread();
+    CallbackThread::refuse();
     removeWatchdogs();
     removeAllCamerasFromList();
 }
@@ -104,12 +105,12 @@ unsigned int Camera::searchForNewCameras() {
 }
 
 void Camera::registerNewConnectCallback(std::function<void()> callback) {
-    CameraWorkspace::refuseOnWatchdogThread();
+    CallbackThread::refuse();
     workspace().setNewConnectCallback(std::move(callback));
 }
 
 void Camera::registerDisconnectCallback(std::function<void(const std::string&, const std::string&)> callback) {
-    CameraWorkspace::refuseOnWatchdogThread();
+    CallbackThread::refuse();
     workspace().setDisconnectCallback(std::move(callback));
 }
 
@@ -212,7 +213,7 @@ void Camera::removeWatchdogs() {
 }
 
 bool Camera::callbackWatchdogNewConnect() {
-    const CameraWorkspace::WatchdogThread mark;
+    const CallbackThread mark;
     if (searchForNewCameras() > 0) {
         runNewConnectCallback();
     }
@@ -220,7 +221,7 @@ bool Camera::callbackWatchdogNewConnect() {
 }
 
 bool Camera::callbackWatchdogDisconnect() {
-    const CameraWorkspace::WatchdogThread mark;
+    const CallbackThread mark;
     removeInactiveCamerasFromList();
     return true;
 }

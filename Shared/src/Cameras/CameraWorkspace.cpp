@@ -6,7 +6,7 @@
 
 #include "Base/AtExit.h"
 #include "Base/ProcessWide.h"
-#include "Exceptions/Raise.h"
+#include "Cameras/CallbackThread.h"
 
 namespace CameraInterface {
 
@@ -17,8 +17,6 @@ namespace {
 
 constexpr int kDisconnectPeriodMs = 500;
 constexpr int kNewConnectPeriodMs = 5000;
-
-thread_local bool t_IsWatchdogThread = false;
 
 void start(std::unique_ptr<Watchdog>& watchdog, int periodMs, const std::function<bool()>& callback) {
     if (!watchdog) {
@@ -35,7 +33,7 @@ CameraWorkspace& CameraWorkspace::instance() {
     static const Base::AtExit guard([] {
         // The process exits without unitialisedWorkpace(). An exit from within a callback cannot wait for that
         // callback.
-        if (!t_IsWatchdogThread) {
+        if (!CallbackThread::isHere()) {
             workspace.get().stopWatchdogs();
             workspace.get().cameras().clear();
         }
@@ -106,21 +104,6 @@ void CameraWorkspace::setEnumerationFailures(std::map<std::string, std::string> 
 std::map<std::string, std::string> CameraWorkspace::enumerationFailures() const {
     const MutexLock lock(m_CallbackMutex);
     return m_EnumerationFailures;
-}
-
-void CameraWorkspace::refuseOnWatchdogThread() {
-    if (t_IsWatchdogThread) {
-        using namespace KestrelExceptions;
-        raise<KestrelException>(QUILL_HERE, Errors::kWouldWaitForItself);
-    }
-}
-
-CameraWorkspace::WatchdogThread::WatchdogThread() {
-    t_IsWatchdogThread = true;
-}
-
-CameraWorkspace::WatchdogThread::~WatchdogThread() {
-    t_IsWatchdogThread = false;
 }
 
 } // namespace CameraInterface

@@ -38,19 +38,6 @@ public:
     void setEnumerationFailures(std::map<std::string, std::string> failures);
     std::map<std::string, std::string> enumerationFailures() const;
 
-    /// @throws KestrelException "WouldWaitForItself"  the calling thread is a watchdog's, for which the caller would
-    ///     wait
-    static void refuseOnWatchdogThread();
-
-    /// Marks the thread of a watchdog while it runs list maintenance and callbacks.
-    class WatchdogThread {
-    public:
-        WatchdogThread();
-        WatchdogThread(const WatchdogThread&) = delete;
-        WatchdogThread& operator=(const WatchdogThread&) = delete;
-        ~WatchdogThread();
-    };
-
 private:
     /// Exchanges @p callback and the present one while the watchdog does not run.
     template <typename Callback>
