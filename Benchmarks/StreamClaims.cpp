@@ -27,6 +27,7 @@ namespace Benchmarks {
 namespace {
 
 using namespace OrvexAdapter;
+using CameraInterface::FrameHandover;
 using CameraInterface::PropertyNames::kHeight;
 using CameraInterface::PropertyNames::kPixelFormat;
 using CameraInterface::PropertyNames::kTimeout;

@@ -6,9 +6,9 @@
 
 namespace {
 
-using OrvexAdapter::FrameHandover;
+using CameraInterface::FrameHandover;
 using Outcome = FrameHandover::Outcome;
-using Frame = std::vector<unsigned char>;
+using Bytes = std::vector<unsigned char>;
 
 constexpr std::chrono::nanoseconds kNoTime{0};
 constexpr std::chrono::hours kLong{1};
@@ -31,9 +31,9 @@ TEST(FrameHandover, WhoCameFirstIsServedFirstAndATimeoutTakesNobodyElsesRequest)
     handover.close(Outcome::CaptureEnded);
     handover.close(Outcome::Stopped);
     EXPECT_EQ(first.wait(kLong), Outcome::Frame);
-    EXPECT_EQ(first.takeImageData(), Frame{1});
+    EXPECT_EQ(first.takeImageData(), Bytes{1});
     EXPECT_EQ(second.wait(kLong), Outcome::Frame);
-    EXPECT_EQ(second.takeImageData(), Frame{2});
+    EXPECT_EQ(second.takeImageData(), Bytes{2});
     EXPECT_EQ(last.wait(kLong), Outcome::CaptureEnded);
     EXPECT_EQ(FrameHandover::Request(handover).wait(kLong), Outcome::CaptureEnded);
 }

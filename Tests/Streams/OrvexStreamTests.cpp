@@ -201,7 +201,9 @@ TEST_F(OrvexStreamTest, AWaitIsAsLongAsTheTimeoutSaysAndTheFrameTakes) {
     }
     ORVEX_SNAPSHOT settings = buildStreamSettings(camera, QUILL_HERE);
     settings.timeout = 0.9F;
-    EXPECT_EQ(CaptureRun(StreamMode::Still, nullptr, settings, {}, {}).timeout(), toWaitingTime(0.9F));
+    EXPECT_EQ(
+        CaptureRun(StreamMode::Still, nullptr, settings, std::make_shared<FrameHub>()->makeRun(), {}, {}).timeout(),
+        toWaitingTime(0.9F));
     EXPECT_GT(toWaitingTime(0.9F), std::chrono::microseconds(899));
     EXPECT_GT(toWaitingTime(1e30), std::chrono::hours(24 * 365));
     set(camera, "Still Exposure Delay", "900");

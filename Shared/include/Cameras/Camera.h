@@ -14,12 +14,15 @@
 #include "../Imaging/Conversion.h"
 #include "../Imaging/Image.h"
 #include "../Properties/Property.h"
+#include "../Streams/FrameQueue.h"
 #include "../Streams/Stream.h"
+#include "../Utilities/Mutex.h"
 #include "CameraState.h"
 
 namespace CameraInterface {
 
 class CameraList;
+class FrameDispatcher;
 class PresentCameras;
 
 /// A camera, independent of how it is reached, and the process-wide list of cameras.
@@ -108,6 +111,26 @@ public:
     virtual std::unique_ptr<Imaging::Image> convertImage(const std::unique_ptr<Imaging::Image>& image,
                                                          Imaging::IMAGE_FORMAT format);
 
+    // --- Every frame ---
+
+    /// Opens a queue that gets every frame from now on, in this run of the stream and in later ones. Does not start the
+    /// stream.
+    /// @throws KestrelException "StreamUnsupported"  the camera has no stream
+    /// @throws KestrelException_InvalidArgument "ArgumentUnhandled"  the capacity is out of range
+    FrameQueue openFrameQueue(const FrameQueueSettings& settings = {});
+    /// Replaces the function that is called for every frame, on a thread of its own, from a queue with these settings.
+    /// An empty function clears it. When the call returns, the former function no longer runs and is destroyed. The
+    /// function may use the camera like any other thread, but must not wait for a thread that makes this call.
+    /// Exceptions that it throws are dropped. Once the camera leaves the list, it is no longer called.
+    /// @throws KestrelException "WouldWaitForItself"  called by such a function, as are initialiseWorkspace(),
+    ///     unitialisedWorkpace() and the two registrations
+    /// @throws std::system_error  the thread cannot be started; then there is no function
+    void setFrameCallback(std::function<void(const Frame&)> callback, const FrameQueueSettings& settings = {});
+    /// Returns what became of all frames that this object captured, and the frames that open queues dropped. "Captured"
+    /// is the sum of "Delivered", "Turned Away", "Unused" and the losses. Thread-safe.
+    /// @throws KestrelException "StreamUnsupported"  the camera has no stream
+    std::vector<StreamCounter> getStreamCounters();
+
     /// Returns descriptive key/value pairs, read from the camera's properties; empty before the first connection.
     virtual std::map<std::string, std::string> getCameraInfo() = 0;
     /// The identity of the camera in the list.
@@ -189,6 +212,9 @@ protected:
     };
     /// Passes the property-change callback to every property. Called after they are built.
     void updatePropertyChangeCallback();
+    /// Lets the stream find out again what frames are described by, whenever the property changes while queues are
+    /// open.
+    void describeFramesAfterChangeOf(const std::string& propertyName);
 
     // Destroyed from the last to the first.
     std::atomic<CameraState> m_State{CameraState::Disconnected}; // read by the watching thread
@@ -213,12 +239,19 @@ private:
     Stream& requireStream();
     /// Stops the stream of a retired camera.
     void stopForGood() noexcept;
+    /// Says why the stream will end, or does not run.
+    void expectStreamEnd(FrameQueueStatus reason);
+    /// Exchanges the dispatcher; destroys the former one, without a lock, before it returns.
+    void setFrameDispatcher(std::unique_ptr<FrameDispatcher> dispatcher);
     /// Makes a suspended camera that could not be resumed disconnected.
     void endFailedResumption();
 
     std::atomic<unsigned int> m_ClosingSteps{0}; // odd while the camera is being closed
     std::atomic<bool> m_Retired{false};          // set once, when the camera leaves the list
     std::atomic<bool> m_ResumptionFailed{false}; // the last connect() of a suspended camera
+
+    Utilities::Mutex m_FrameDispatcherMutex; // guards the pointer, which the watching thread clears
+    std::unique_ptr<FrameDispatcher> m_FrameDispatcher QUILL_GUARDED_BY(m_FrameDispatcherMutex);
 };
 
 } // namespace CameraInterface

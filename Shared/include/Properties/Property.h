@@ -85,10 +85,13 @@ protected:
     void executeOnChangeCallback();
 
 private:
+    friend class Camera;
+
     std::string m_Name;
     PROPERTY_TYPE m_Type;
     std::map<std::string, Property*> m_LinkedProperties; // not owned: all belong to one camera
     std::function<void(Property&)> m_OnChangeCallback;
+    std::function<void()> m_Observer; // the camera's own; called before the callback
 };
 
 } // namespace CameraInterface

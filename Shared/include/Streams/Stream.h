@@ -2,12 +2,15 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "../Export.h"
 #include "StreamStatistics.h"
 
 namespace CameraInterface {
+
+class FrameHub;
 
 /// The mode of a stream: continuous video or single captures.
 enum class StreamMode { Video = 0, Still = 1 };
@@ -22,7 +25,7 @@ struct FrameGeometry {
 /// The image stream of a camera, owned by it.
 class QUILL_API Stream {
 public:
-    Stream() = default;
+    Stream();
     Stream(const Stream&) = delete;
     Stream& operator=(const Stream&) = delete;
     virtual ~Stream();
@@ -45,6 +48,18 @@ public:
     /// Ends delivery even if the device refuses, because the camera is gone or about to be destroyed. Threads that wait
     /// for a frame get an exception that says so. The base implementation stops the stream and ignores exceptions.
     virtual void forceStop() noexcept;
+    /// Finds out what frames are described by, for the queues; called when a queue is opened. The base implementation
+    /// does nothing.
+    virtual void describeFrames();
+
+protected:
+    /// Where the stream's frames go.
+    FrameHub& frames() const { return *m_Frames; }
+
+private:
+    friend class Camera;
+
+    const std::shared_ptr<FrameHub> m_Frames;
 };
 
 } // namespace CameraInterface

@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "Exceptions/Raise.h"
+#include "Streams/FrameDispatcher.h"
+#include "Streams/FrameHub.h"
 
 namespace CameraInterface {
 
@@ -28,6 +30,7 @@ std::vector<std::string> namesOf(const Table& table) {
 Camera::Camera() = default;
 
 Camera::~Camera() {
+    setFrameDispatcher(nullptr);
     registerPropertyChangeCallback({});
 }
 
@@ -40,6 +43,7 @@ void Camera::startStream() {
 }
 
 void Camera::stopStream() {
+    expectStreamEnd(FrameQueueStatus::Stopped);
     requireStream().stopStream();
 }
 
@@ -54,10 +58,44 @@ Stream& Camera::requireStream() {
     return *m_Stream;
 }
 
+FrameQueue Camera::openFrameQueue(const FrameQueueSettings& settings) {
+    Stream& stream = requireStream();
+    if (settings.capacity < 1 || settings.capacity > FrameQueue::kMaximumCapacity) {
+        raise<KestrelException_InvalidArgument>(QUILL_HERE, Errors::kArgumentUnhandled, "capacity");
+    }
+    stream.describeFrames(); // the first frame may come at once
+    return stream.m_Frames->openQueue(settings);
+}
+
+void Camera::setFrameCallback(std::function<void(const Frame&)> callback, const FrameQueueSettings& settings) {
+    FrameDispatcher::refuseOnItsThread();
+    setFrameDispatcher(nullptr);
+    if (callback) {
+        setFrameDispatcher(std::make_unique<FrameDispatcher>(openFrameQueue(settings), std::move(callback)));
+    }
+}
+
+void Camera::setFrameDispatcher(std::unique_ptr<FrameDispatcher> dispatcher) {
+    const Utilities::MutexLock lock(m_FrameDispatcherMutex);
+    m_FrameDispatcher.swap(dispatcher);
+}
+
+std::vector<StreamCounter> Camera::getStreamCounters() {
+    return requireStream().m_Frames->counters();
+}
+
+void Camera::expectStreamEnd(FrameQueueStatus reason) {
+    if (m_Stream) {
+        m_Stream->m_Frames->expectEnd(reason);
+    }
+}
+
 void Camera::stopForGood() noexcept {
     if (m_Stream) {
+        m_Stream->m_Frames->retire();
         m_Stream->forceStop();
     }
+    setFrameDispatcher(nullptr);
 }
 
 std::unique_ptr<Imaging::Image> Camera::convertImage(const std::unique_ptr<Imaging::Image>& image,
@@ -116,6 +154,17 @@ void Camera::updatePropertyChangeCallback() {
     }
 }
 
+void Camera::describeFramesAfterChangeOf(const std::string& propertyName) {
+    const auto entry = m_Properties.find(propertyName);
+    if (entry != m_Properties.end()) {
+        entry->second->m_Observer = [this] {
+            if (m_Stream && m_Stream->m_Frames->hasQueues()) {
+                m_Stream->describeFrames();
+            }
+        };
+    }
+}
+
 std::string Camera::getStateString(CameraState state) {
     switch (state) {
     case CameraState::Connected:
@@ -154,10 +203,14 @@ void Camera::requireTransition(CameraState target, const SourceLocation& here) {
         raise<KestrelException_CameraState>(here, Errors::kCameraState, getStateString(m_State),
                                             getStateString(target));
     }
+    expectStreamEnd(target == CameraState::Suspended ? FrameQueueStatus::Suspended : FrameQueueStatus::Stopped);
 }
 
 void Camera::refuseConnection(const SourceLocation& here) {
     m_ResumptionFailed = m_State == CameraState::Suspended;
+    if (m_ResumptionFailed) {
+        expectStreamEnd(FrameQueueStatus::Suspended);
+    }
     raise<KestrelException_Camera>(here, Errors::kCameraConnection, getSerialNumber());
 }
 

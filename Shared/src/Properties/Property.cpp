@@ -71,6 +71,9 @@ void Property::onChange(bool notifyLinked) {
 }
 
 void Property::executeOnChangeCallback() {
+    if (m_Observer) {
+        m_Observer();
+    }
     if (m_OnChangeCallback) {
         const auto callback = m_OnChangeCallback; // a copy, because the callback may replace itself while it runs
         callback(*this);

@@ -7,46 +7,61 @@
 
 #include "Base/SharedLibrary.h"
 #include "Exceptions/KestrelException.h"
-#include "Imaging/BufferPool.h"
 #include "Streams/StreamSettings.h"
 #include "Utilities/Stopwatch.h"
 
 namespace OrvexAdapter {
 
 using namespace CameraInterface;
-using Imaging::BufferPool;
 using Utilities::MutexLock;
 
 namespace {
 
+// Error codes of the SDK.
 constexpr std::uint32_t kCaptureEndedError = 14;
+constexpr std::uint32_t kCameraGoneError = 40;
+constexpr std::uint32_t kTimedOutError = 41;
+
+/// A device that refuses at once may do so for a while, above all one that is gone.
+constexpr std::chrono::milliseconds kPauseAfterRefusal{1};
+
+// The device's counters of a stream, and the two of them that count frames.
+constexpr std::uint32_t kStreamCounters = 1;
+constexpr std::size_t kCompletedCounter = 0;
+constexpr std::size_t kDroppedCounter = 2;
+/// A larger increase between two frames is a counter that started again.
+constexpr std::uint32_t kMostLostAtOnce = 1U << 31;
+
+/// Bits per pixel; 0 for a pixel format that is not one of the SDK's.
+std::uint32_t bitsPerPixelOf(const ORVEX_IMAGE_FORMAT& format) {
+    try {
+        return getBitsPerPixel(format.pixelFormat);
+    } catch (const KestrelExceptions::KestrelException&) {
+        return 0;
+    }
+}
 
 /// The bytes of the image in a captured frame; nothing if the frame is incomplete, or larger than requested, which is
 /// invalid. An invalid pixel format is left to the caller that requests the format.
-std::optional<std::size_t> imageBytes(const ORVEX_IMAGE_FORMAT& format, std::size_t bufferSize) {
-    const auto formatBytes = [&format]() -> std::size_t {
-        try {
-            return getFrameSize(format.width, format.height, format.pixelFormat);
-        } catch (const KestrelExceptions::KestrelException&) {
-            return format.imageSize;
-        }
-    };
-    const std::size_t bytes = formatBytes();
+std::optional<std::size_t> imageBytes(const ORVEX_IMAGE_FORMAT& format, std::uint32_t bitsPerPixel,
+                                      std::size_t bufferSize) {
+    const std::size_t bytes =
+        bitsPerPixel == 0 ? format.imageSize : getFrameSize(format.width, format.height, format.pixelFormat);
     const bool isWhole = bytes > 0 && bytes <= format.imageSize && bytes <= bufferSize;
     return isWhole ? std::optional(bytes) : std::nullopt;
 }
 
 } // namespace
 
-CaptureRun::CaptureRun(StreamMode mode, void* handle, const ORVEX_SNAPSHOT& settings,
+CaptureRun::CaptureRun(StreamMode mode, void* handle, const ORVEX_SNAPSHOT& settings, std::shared_ptr<FrameRun> frames,
                        std::shared_ptr<StreamStatistics> statistics, const ORVEX_IMAGE_FORMAT& lastFormat)
     : m_Mode(mode), m_Handle(handle), m_TimeoutMs(settings.timeout),
       m_FrameBufferSize(getFrameSize(settings.format.width, settings.format.height, settings.format.pixelFormat)),
-      m_Statistics(std::move(statistics)), m_Buffer(BufferPool::instance().take(m_FrameBufferSize)),
-      m_ImageFormat(lastFormat) {}
+      m_Statistics(std::move(statistics)), m_Frames(std::move(frames)),
+      m_Buffer(m_Frames->takeBuffer(m_FrameBufferSize)), m_ImageFormat(lastFormat) {}
 
 CaptureRun::~CaptureRun() {
-    BufferPool::instance().giveBack(std::move(m_Buffer));
+    m_Frames->giveBack(std::move(m_Buffer));
 }
 
 std::optional<std::chrono::nanoseconds> CaptureRun::timeout() const {
@@ -62,7 +77,22 @@ ORVEX_IMAGE_FORMAT CaptureRun::imageFormat() {
 }
 
 void CaptureRun::start() {
+    m_Frames->begin();
     m_Thread = std::thread([self = shared_from_this()] { self->runThread(); });
+}
+
+void CaptureRun::requestStop() {
+    {
+        const MutexLock lock(m_StateMutex);
+        m_StopRequested = true;
+    }
+    m_StateChanged.notify_all();
+    m_Frames->letPass();
+}
+
+void CaptureRun::pause() {
+    MutexLock lock(m_StateMutex);
+    lock.waitFor(m_StateChanged, kPauseAfterRefusal, [this] { return m_StopRequested.load(); });
 }
 
 void CaptureRun::join() {
@@ -99,8 +129,8 @@ void CaptureRun::runThread() noexcept {
     } catch (const std::exception&) {
         // There is no memory for the next frame; no other exception occurs.
     }
-    m_Handover.close(why);
-    BufferPool::instance().giveBack(std::move(m_Buffer)); // the run may live long
+    m_Frames->end(why);
+    m_Frames->giveBack(std::move(m_Buffer)); // the run may live long
     const MutexLock lock(m_StateMutex);
     m_Ended = true;
     m_StateChanged.notify_all();
@@ -113,9 +143,12 @@ FrameHandover::Outcome CaptureRun::captureLoop() {
     while (true) {
         stopwatch.reset();
         if (m_Buffer.capacity() < m_FrameBufferSize) {
-            m_Buffer = BufferPool::instance().take(m_FrameBufferSize);
+            m_Buffer = m_Frames->takeBuffer(m_FrameBufferSize);
         }
         m_Buffer.resize(m_FrameBufferSize);
+        if (!m_DeviceCounts && m_Frames->hasQueues()) {
+            m_DeviceCounts = deviceCounts();
+        }
         if (!beginCapture()) {
             return FrameHandover::Outcome::Stopped;
         }
@@ -128,14 +161,50 @@ FrameHandover::Outcome CaptureRun::captureLoop() {
         format.size = sizeof format;
         const bool described = (api.*mode.getImageFormat)(m_Handle, &format) != 0;
         stopwatch.stop();
+        const std::uint32_t error = captured && described ? 0 : api.sdkGetLastErrorForCamera(m_Handle);
+        countLostFrames();
         if (captured && described) {
             m_Statistics->setCaptureTime(stopwatch.delta());
             takeFrame(format);
-        } else if (api.sdkGetLastErrorForCamera(m_Handle) == kCaptureEndedError) {
+            continue;
+        }
+        if (error == kCaptureEndedError) {
             // A stop also cancels the capture, after it has requested the end.
             return m_StopRequested ? FrameHandover::Outcome::Stopped : FrameHandover::Outcome::CaptureEnded;
         }
+        if (captured) {
+            m_Frames->lose(FrameLoss::Undescribed);
+        } else {
+            if (error != kCameraGoneError && error != kTimedOutError) { // without a frame, none is lost
+                m_Frames->lose(FrameLoss::Refused);
+            }
+            pause();
+        }
     }
+}
+
+std::optional<CaptureRun::DeviceCounts> CaptureRun::deviceCounts() const {
+    OrvexApi::_ORVEX_STREAM_STATS read{};
+    if (orvexApi().sdkGetStreamStats(m_Handle, kStreamCounters, &read, sizeof read) == 0) {
+        return std::nullopt;
+    }
+    return DeviceCounts{read.counters[kCompletedCounter], read.counters[kDroppedCounter]};
+}
+
+void CaptureRun::countLostFrames() {
+    const std::optional<DeviceCounts> before = m_DeviceCounts;
+    m_DeviceCounts = m_Frames->hasQueues() ? deviceCounts() : std::nullopt;
+    if (!before || !m_DeviceCounts) {
+        return;
+    }
+    const auto lose = [this](FrameLoss why, std::uint32_t frames) {
+        if (frames > 0 && frames < kMostLostAtOnce) {
+            m_Frames->lose(why, frames);
+        }
+    };
+    const std::uint32_t completed = m_DeviceCounts->completed - before->completed;
+    lose(FrameLoss::Missed, completed > 0 ? completed - 1 : 0); // a capture takes one
+    lose(FrameLoss::DroppedByCamera, m_DeviceCounts->dropped - before->dropped);
 }
 
 bool CaptureRun::beginCapture() {
@@ -151,27 +220,24 @@ bool CaptureRun::endCapture() {
 }
 
 void CaptureRun::takeFrame(const ORVEX_IMAGE_FORMAT& format) {
-    const std::optional<std::size_t> bytes = imageBytes(format, m_Buffer.size());
+    const std::uint32_t bitsPerPixel = bitsPerPixelOf(format);
+    const std::optional<std::size_t> bytes = imageBytes(format, bitsPerPixel, m_Buffer.size());
     if (!bytes) {
         m_Statistics->incrementIncompleteFrameCount();
+        m_Frames->loseIncomplete(format.imageSize, m_FrameBufferSize);
         return;
     }
     {
         const MutexLock lock(m_ImageFormatMutex);
         m_ImageFormat = format;
     }
-    if (m_Handover.isRequested()) {
-        m_Buffer.resize(*bytes); // a sampled frame is smaller than its region
-        deliverFrame();
-    }
-}
-
-void CaptureRun::deliverFrame() {
     Utilities::Stopwatch stopwatch;
     stopwatch.start();
-    m_Handover.deliver(std::move(m_Buffer));
+    m_Frames->publish(m_Buffer, *bytes, {format.height, format.width, bitsPerPixel});
     stopwatch.stop();
-    m_Statistics->setImageDataTransferTime(stopwatch.delta());
+    if (m_Buffer.empty()) { // taken
+        m_Statistics->setImageDataTransferTime(stopwatch.delta());
+    }
 }
 
 } // namespace OrvexAdapter

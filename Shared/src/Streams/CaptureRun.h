@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "OrvexApi/OrvexRecords.h"
-#include "Streams/FrameHandover.h"
+#include "Streams/FrameHub.h"
 #include "Streams/ModeOperations.h"
 #include "Utilities/Mutex.h"
 
@@ -23,9 +23,11 @@ namespace OrvexAdapter {
 /// that a worker that the SDK never releases may outlive the stream.
 class CaptureRun : public std::enable_shared_from_this<CaptureRun> {
 public:
+    /// @param frames where the frames go
     /// @param lastFormat the format of the last frame before this run
     /// @throws std::exception  there is not enough memory for a frame
     CaptureRun(CameraInterface::StreamMode mode, void* handle, const ORVEX_SNAPSHOT& settings,
+               std::shared_ptr<CameraInterface::FrameRun> frames,
                std::shared_ptr<CameraInterface::StreamStatistics> statistics, const ORVEX_IMAGE_FORMAT& lastFormat);
     CaptureRun(const CaptureRun&) = delete;
     CaptureRun& operator=(const CaptureRun&) = delete;
@@ -35,7 +37,7 @@ public:
     void* handle() const { return m_Handle; }
     /// The timeout of a wait for a frame; nothing if the default applies.
     std::optional<std::chrono::nanoseconds> timeout() const;
-    FrameHandover& handover() { return m_Handover; }
+    CameraInterface::FrameRun& frames() const { return *m_Frames; }
     /// The format of the last complete frame.
     ORVEX_IMAGE_FORMAT imageFormat();
 
@@ -43,7 +45,7 @@ public:
 
     /// @throws std::exception  the thread cannot be started
     void start();
-    void requestStop() { m_StopRequested = true; }
+    void requestStop();
     void join();
     /// Joins the worker, which has been asked to stop, unless the SDK holds it in a capture for longer than @p
     /// patience. Such a worker no longer calls the SDK when it returns, so that its handle may be closed.
@@ -53,20 +55,29 @@ public:
     void detach();
 
 private:
+    /// Frames of the device's own statistics; both counters may wrap.
+    struct DeviceCounts {
+        std::uint32_t completed;
+        std::uint32_t dropped;
+    };
+
     void runThread() noexcept;
-    FrameHandover::Outcome captureLoop();
+    CameraInterface::FrameHandover::Outcome captureLoop();
     bool beginCapture();
     bool endCapture();
     void takeFrame(const ORVEX_IMAGE_FORMAT& format);
-    void deliverFrame();
+    void pause();
+    void countLostFrames();
+    std::optional<DeviceCounts> deviceCounts() const;
 
     const CameraInterface::StreamMode m_Mode;
     void* const m_Handle;
     const float m_TimeoutMs;
     const std::size_t m_FrameBufferSize;
     const std::shared_ptr<CameraInterface::StreamStatistics> m_Statistics;
-    FrameHandover m_Handover;
-    std::vector<unsigned char> m_Buffer; // used by the worker only, once it has started
+    const std::shared_ptr<CameraInterface::FrameRun> m_Frames;
+    std::vector<unsigned char> m_Buffer;        // used by the worker only, once it has started
+    std::optional<DeviceCounts> m_DeviceCounts; // after the last capture, while queues are open
     std::thread m_Thread;
     std::atomic<bool> m_StopRequested{false};
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace OrvexAdapter {
+namespace CameraInterface {
 
 using Utilities::MutexLock;
 using Clock = std::chrono::steady_clock;
@@ -47,11 +47,11 @@ void FrameHandover::close(Outcome why) {
     m_Answered.notify_all();
 }
 
-void FrameHandover::deliver(std::vector<unsigned char>&& frame) {
+bool FrameHandover::deliver(std::vector<unsigned char>&& frame) {
     {
         const MutexLock lock(m_RequestMutex);
         if (m_Requests.empty()) {
-            return;
+            return false;
         }
         Request& longest = *m_Requests.front();
         m_Requests.erase(m_Requests.begin());
@@ -61,6 +61,7 @@ void FrameHandover::deliver(std::vector<unsigned char>&& frame) {
         m_LastDelivery = Clock::now();
     }
     m_Answered.notify_all();
+    return true;
 }
 
 void FrameHandover::requestFrame(Request& request) {
@@ -75,4 +76,4 @@ void FrameHandover::dropRequest(Request& request) {
     m_FrameRequested = !m_Requests.empty();
 }
 
-} // namespace OrvexAdapter
+} // namespace CameraInterface

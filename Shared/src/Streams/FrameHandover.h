@@ -9,7 +9,7 @@
 
 #include "Utilities/Mutex.h"
 
-namespace OrvexAdapter {
+namespace CameraInterface {
 
 /// Hands the frames of one run from its worker to waiting callers, one after another in the order of their requests. A
 /// frame is moved, never copied, and never older than the request for it. Thread-safe.
@@ -46,8 +46,9 @@ public:
 
     /// Whether a caller waits. The worker checks it for every frame, without the lock.
     bool isRequested() const { return m_FrameRequested; }
-    /// Gives a frame to the caller that has waited longest. Does nothing if no caller waits any more.
-    void deliver(std::vector<unsigned char>&& frame);
+    /// Gives a frame to the caller that has waited longest.
+    /// @return false: no caller waits any more, and the frame stays where it is
+    bool deliver(std::vector<unsigned char>&& frame);
 
 private:
     void requestFrame(Request& request);
@@ -62,4 +63,4 @@ private:
     Outcome m_Why QUILL_GUARDED_BY(m_RequestMutex) = Outcome::Stopped; // while not open
 };
 
-} // namespace OrvexAdapter
+} // namespace CameraInterface

@@ -6,8 +6,11 @@
 #include <string>
 #include <utility>
 
+#include "Base/TextConversion.h"
+#include "Cameras/OrvexCamera/ColorFormatLayout.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Exceptions/Raise.h"
+#include "Properties/OrvexEnumerations.h"
 #include "PropertyNames.h"
 #include "Streams/StreamSettings.h"
 
@@ -54,7 +57,43 @@ void OrvexStream::startStream() {
     const std::shared_ptr<CaptureRun> run = makeRun(getStreamType());
     clearLeftOver(run->handle());
     startCapture(*run);
+    if (frames().hasQueues()) {
+        describeFrames(run->mode());
+    }
     startWorker(run);
+}
+
+void OrvexStream::describeFrames() {
+    const MutexLock lock(m_ControlMutex);
+    describeFrames(m_Streaming ? currentRun()->mode() : StreamMode::Video);
+}
+
+void OrvexStream::describeFrames(StreamMode mode) {
+    const auto text = [this](const char* name) { return m_Camera->getProperty(name).getValue(); };
+    const auto number = [&](const char* name) -> std::optional<double> {
+        try {
+            double value = 0;
+            Base::extractFirstWord(text(name), value);
+            return value;
+        } catch (const std::exception&) {
+            return std::nullopt;
+        }
+    };
+    try {
+        FrameDescription description;
+        description.layout = getImageFormatFromColorFormat(text(PropertyNames::kColorFormat), QUILL_HERE);
+        description.littleEndian = Endianness().toValue(text(PropertyNames::kEndianness));
+        if (mode == StreamMode::Still) { // fixed since the start of the run
+            description.exposureMs = m_Snapshot.exposure;
+            description.gain = m_Snapshot.gain;
+        } else {
+            description.exposureMs = number(PropertyNames::kVideoExposure);
+            description.gain = number(PropertyNames::kVideoGain);
+        }
+        frames().describe(description);
+    } catch (const std::exception&) {
+        frames().describe(std::nullopt); // frames count as lost until the camera says what they are
+    }
 }
 
 std::shared_ptr<CaptureRun> OrvexStream::makeRun(StreamMode mode) {
@@ -64,7 +103,8 @@ std::shared_ptr<CaptureRun> OrvexStream::makeRun(StreamMode mode) {
         lastFormat = last->imageFormat();
     }
     try {
-        return std::make_shared<CaptureRun>(mode, m_Camera->getHandle(), m_Snapshot, m_Statistics, lastFormat);
+        return std::make_shared<CaptureRun>(mode, m_Camera->getHandle(), m_Snapshot, frames().makeRun(), m_Statistics,
+                                            lastFormat);
     } catch (const std::exception&) {
         raise<KestrelException_Stream>(QUILL_HERE, Errors::kStreamMemory, operationsOf(mode).word);
     }
@@ -134,7 +174,7 @@ void OrvexStream::stopStream() {
     if (!ending.removed) {
         raise<KestrelException>(QUILL_HERE, Errors::kRemoveStreamCallback);
     }
-    run->handover().close(FrameHandover::Outcome::Stopped);
+    run->frames().end(FrameHandover::Outcome::Stopped);
     run->join();
     m_Streaming = false;
 }
@@ -147,7 +187,7 @@ void OrvexStream::forceStop() noexcept {
     const std::shared_ptr<CaptureRun> run = currentRun();
     run->requestStop();
     const Ending ending = endCapture(run->mode(), run->handle());
-    run->handover().close(FrameHandover::Outcome::Stopped);
+    run->frames().end(FrameHandover::Outcome::Stopped);
     if (ending.released) {
         run->join();
     } else if (!run->joinWithin(kEndingPatience)) {
@@ -203,7 +243,7 @@ std::vector<unsigned char> OrvexStream::getImageData() {
     if (!run) {
         raiseWithoutFrame(StreamMode::Video, FrameHandover::Outcome::Stopped);
     }
-    FrameHandover::Request request(run->handover());
+    FrameHandover::Request request(run->frames().handover());
     const FrameHandover::Outcome outcome = waitForFrame(*run, request);
     if (outcome != FrameHandover::Outcome::Frame) {
         raiseWithoutFrame(run->mode(), outcome);

@@ -39,6 +39,7 @@ public:
     std::vector<unsigned char> getImageData() override;
     CameraInterface::FrameGeometry getImageFormat() override;
     CameraInterface::StreamStatistics& getStreamStatistics() override;
+    void describeFrames() override QUILL_EXCLUDES(m_ControlMutex);
 
 private:
     /// The steps of ending a run that the device confirmed.
@@ -48,6 +49,7 @@ private:
         bool removed;
     };
 
+    void describeFrames(CameraInterface::StreamMode mode) QUILL_REQUIRES(m_ControlMutex);
     std::shared_ptr<CaptureRun> makeRun(CameraInterface::StreamMode mode) QUILL_REQUIRES(m_ControlMutex);
     void clearLeftOver(void* handle) QUILL_REQUIRES(m_ControlMutex);
     void startCapture(const CaptureRun& run) QUILL_REQUIRES(m_ControlMutex);
@@ -58,8 +60,10 @@ private:
     void letGo(const std::shared_ptr<CaptureRun>& run) QUILL_REQUIRES(m_ControlMutex);
     FrameCallbackId& callbackIdOf(CameraInterface::StreamMode mode) QUILL_REQUIRES(m_ControlMutex);
     std::shared_ptr<CaptureRun> currentRun() QUILL_EXCLUDES(m_RunMutex);
-    FrameHandover::Outcome waitForFrame(const CaptureRun& run, FrameHandover::Request& request);
-    [[noreturn]] void raiseWithoutFrame(CameraInterface::StreamMode mode, FrameHandover::Outcome outcome);
+    CameraInterface::FrameHandover::Outcome waitForFrame(const CaptureRun& run,
+                                                         CameraInterface::FrameHandover::Request& request);
+    [[noreturn]] void raiseWithoutFrame(CameraInterface::StreamMode mode,
+                                        CameraInterface::FrameHandover::Outcome outcome);
 
     OrvexCamera* m_Camera; // owns the stream
     const std::shared_ptr<CameraInterface::StreamStatistics> m_Statistics;

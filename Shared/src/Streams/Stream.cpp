@@ -2,9 +2,17 @@
 
 #include "Streams/Stream.h"
 
+#include "Streams/FrameHub.h"
+
 namespace CameraInterface {
 
-Stream::~Stream() = default;
+Stream::Stream() : m_Frames(std::make_shared<FrameHub>()) {}
+
+Stream::~Stream() {
+    m_Frames->retire();
+}
+
+void Stream::describeFrames() {}
 
 void Stream::forceStop() noexcept {
     try {

@@ -194,7 +194,7 @@ void OrvexCamera::disconnect() {
 void OrvexCamera::suspend() {
     requireTransition(CameraState::Suspended, QUILL_HERE);
     if (isStreaming()) {
-        stopStream();
+        m_Stream->stopStream(); // queues get "suspended" as the reason, not "stopped"
     }
     m_State = CameraState::Suspended;
 }
@@ -230,6 +230,9 @@ bool OrvexCamera::hasOpenedAnother() {
 void OrvexCamera::buildProperties() {
     OrvexPropertyBuilder::build(m_Properties, *this);
     updatePropertyChangeCallback();
+    for (const char* name : {PropertyNames::kVideoExposure, PropertyNames::kVideoGain, PropertyNames::kColorFormat}) {
+        describeFramesAfterChangeOf(name);
+    }
 }
 
 void OrvexCamera::buildFunctions() {

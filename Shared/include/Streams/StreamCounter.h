@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace CameraInterface {
+
+/// A counter that says what it counts. Counters only grow while the object that has them exists.
+struct StreamCounter {
+    std::string name;        ///< such as "Captured"
+    std::uint64_t value = 0; ///< frames, unless the description names another unit
+    std::string description; ///< one sentence
+};
+
+} // namespace CameraInterface
