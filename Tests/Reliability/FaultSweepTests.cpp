@@ -163,6 +163,16 @@ const std::vector<Scenario>& scenarios() {
              camera().stopStream();
          },
          kReading + kStreaming},
+        {"FrameQueue",
+         [] {
+             FrameQueue queue = camera().openFrameQueue({2, WhenFull::HoldBack, {}});
+             camera().startStream();
+             for (int frame = 0; frame < 3; ++frame) {
+                 queue.pop(TestSupport::kLongEnough);
+             }
+             camera().stopStream();
+         },
+         kReading + kStreaming},
         {"IncompleteFrames",
          [] {
              SoftwareDevices::truncateFrames(kSweptSerial, 2, 100);

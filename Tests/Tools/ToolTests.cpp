@@ -286,9 +286,24 @@ TEST_F(Tool, PrintsRatesBelowOneFrameASecond) {
     const std::string output = runChild(command({"stream", "41500102", "--seconds", "3", "--json"}, "slow")).output;
     std::istringstream lines(output);
     for (std::string line; std::getline(lines, line);) {
-        EXPECT_LT(json::parse(line).at("deliveredPerSecond"), 20) << line; // 0.7, even if the lines are late
+        const json rates = json::parse(line);
+        EXPECT_LT(rates.at("deliveredPerSecond"), 20) << line; // 0.7, even if the lines are late
+        EXPECT_EQ(rates.at("lost").at("Incomplete"), 0);
     }
     EXPECT_NE(output, "");
+}
+
+TEST_F(Tool, PipesFramesAndSaysWhatIsLost) {
+    const ChildResult result = runChild(
+        command({"stream", "41500101", "--set", "Width=64", "--set", "Height=48", "--raw", "-o", "-", "--frames", "20"},
+                "orange"));
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_EQ(result.output.size(), 20U * 64 * 48);
+    EXPECT_THAT(result.errors, HasSubstr("-pixel_format bayer_rggb8 -video_size 64x48"));
+    EXPECT_THAT(result.errors, HasSubstr("20 frames written; lost: "));
+    const ChildResult stalled = runChild(
+        command({"stream", "41500101", "--still", "--set", "Hardware Trigger=Enabled", "--seconds", "2"}, "orange"));
+    EXPECT_THAT(stalled.errors, HasSubstr("no frame for "));
 }
 
 } // namespace

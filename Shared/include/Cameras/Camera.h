@@ -117,6 +117,7 @@ public:
     /// stream.
     /// @throws KestrelException "StreamUnsupported"  the camera has no stream
     /// @throws KestrelException_InvalidArgument "ArgumentUnhandled"  the capacity is out of range
+    /// @throws KestrelException_Property  the stream runs, and a property that describes its frames cannot be read
     FrameQueue openFrameQueue(const FrameQueueSettings& settings = {});
     /// Replaces the function that is called for every frame, on a thread of its own, from a queue with these settings.
     /// An empty function clears it. When the call returns, the former function no longer runs and is destroyed. The
@@ -126,8 +127,9 @@ public:
     ///     unitialisedWorkpace() and the two registrations
     /// @throws std::system_error  the thread cannot be started; then there is no function
     void setFrameCallback(std::function<void(const Frame&)> callback, const FrameQueueSettings& settings = {});
-    /// Returns what became of all frames that this object captured, and the frames that open queues dropped. "Captured"
-    /// is the sum of "Delivered", "Turned Away", "Unused" and the losses. Thread-safe.
+    /// Returns what became of all frames that this object captured: "Captured" is the sum of "Delivered", "Turned Away",
+    /// "Unused" and of the losses before any queue. Then, for each open queue, how many of the delivered frames it
+    /// dropped. While no queue is open, the camera is not asked for what it dropped itself.
     /// @throws KestrelException "StreamUnsupported"  the camera has no stream
     std::vector<StreamCounter> getStreamCounters();
 

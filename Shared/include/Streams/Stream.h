@@ -48,8 +48,9 @@ public:
     /// Ends delivery even if the device refuses, because the camera is gone or about to be destroyed. Threads that wait
     /// for a frame get an exception that says so. The base implementation stops the stream and ignores exceptions.
     virtual void forceStop() noexcept;
-    /// Finds out what frames are described by, for the queues; called when a queue is opened. The base implementation
-    /// does nothing.
+    /// Finds out what frames of the present run are described by besides their bytes, for the queues: called when a
+    /// queue is opened, and after a property of the description changed. The base implementation does nothing.
+    /// @throws std::exception  the camera does not answer
     virtual void describeFrames();
 
 protected:

@@ -11,6 +11,7 @@ struct StreamCounter {
     std::string name;        ///< such as "Captured"
     std::uint64_t value = 0; ///< frames, unless the description names another unit
     std::string description; ///< one sentence
+    bool isLoss = false;     ///< it counts frames that somebody did not get
 };
 
 } // namespace CameraInterface

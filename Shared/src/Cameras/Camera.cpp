@@ -3,6 +3,7 @@
 #include "Cameras/Camera.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "Exceptions/Raise.h"
@@ -64,7 +65,11 @@ FrameQueue Camera::openFrameQueue(const FrameQueueSettings& settings) {
         raise<KestrelException_InvalidArgument>(QUILL_HERE, Errors::kArgumentUnhandled, "capacity");
     }
     stream.describeFrames(); // the first frame may come at once
-    return stream.m_Frames->openQueue(settings);
+    FrameQueue queue = stream.m_Frames->openQueue(settings);
+    if (!stream.m_Frames->isDescribed()) { // another thread has started the stream meanwhile
+        stream.describeFrames();
+    }
+    return queue;
 }
 
 void Camera::setFrameCallback(std::function<void(const Frame&)> callback, const FrameQueueSettings& settings) {
@@ -158,8 +163,13 @@ void Camera::describeFramesAfterChangeOf(const std::string& propertyName) {
     const auto entry = m_Properties.find(propertyName);
     if (entry != m_Properties.end()) {
         entry->second->m_Observer = [this] {
-            if (m_Stream && m_Stream->m_Frames->hasQueues()) {
+            if (!m_Stream || !m_Stream->m_Frames->hasQueues()) {
+                return;
+            }
+            try {
                 m_Stream->describeFrames();
+            } catch (const std::exception&) {
+                // The property itself was written; frames keep their former description.
             }
         };
     }

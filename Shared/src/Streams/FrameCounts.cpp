@@ -34,7 +34,7 @@ void FrameCounts::appendLosses(std::vector<StreamCounter>& counters,
                                const std::array<std::uint64_t, kLosses>& before) const {
     const std::array<std::uint64_t, kLosses> present = presentLosses();
     for (std::size_t i = 0; i < kLosses; ++i) {
-        counters.push_back({kLossTexts[i].name, present[i] - before[i], kLossTexts[i].description});
+        counters.push_back({kLossTexts[i].name, present[i] - before[i], kLossTexts[i].description, true});
     }
 }
 
@@ -42,7 +42,7 @@ std::vector<StreamCounter> FrameCounts::counters() const {
     std::vector<StreamCounter> counters{
         {"Captured", captured, "Frames that the camera captured: the sum of the next eight."},
         {"Delivered", delivered, "Frames given to at least one queue, or to a caller that waited for an image."},
-        {"Turned Away", turnedAway, "Frames that every queue dropped on arrival because it was full."},
+        {"Turned Away", turnedAway, "Frames that every queue dropped on arrival because it was full.", true},
         {"Unused", unused, "Whole frames that nobody wanted: no queue was open, and no caller waited."},
     };
     appendLosses(counters, {});

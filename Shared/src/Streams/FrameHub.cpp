@@ -121,7 +121,7 @@ std::vector<StreamCounter> FrameHub::counters() {
             if (!queue->isClosed()) {
                 const std::string& name = queue->settings().name;
                 counters.push_back({"Dropped by " + (name.empty() ? "queue" : name), queue->dropped(),
-                                    "Delivered frames that this open queue dropped because it was full."});
+                                    "Frames that this open queue dropped because it was full.", true});
             }
         }
     }

@@ -43,6 +43,7 @@ public:
     bool hasQueues() const { return m_HasQueues; }
     /// Sets what further frames are described by; nothing if it is not known.
     void describe(const std::optional<FrameDescription>& description);
+    bool isDescribed() { return description().has_value(); }
     /// Prepares a run. @throws std::bad_alloc
     std::shared_ptr<FrameRun> makeRun();
     /// Says why the present run will end, or why none runs.

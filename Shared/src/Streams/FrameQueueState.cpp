@@ -153,7 +153,7 @@ std::vector<StreamCounter> FrameQueueState::counters() const {
             {"Captured", m_Arrived + lost, "Frames captured since the queue was opened: the sum of all following."},
             {"Delivered", m_Delivered, "Frames that were popped."},
             {"Waiting", m_Waiting, "Frames that wait to be popped; this is no total."},
-            {"Dropped", m_Dropped, "Frames that the queue dropped: it was full, or was closed."},
+            {"Dropped", m_Dropped, "Frames that the queue dropped: it was full, or was closed.", true},
         };
     }
     m_Counts->appendLosses(counters, m_LossesBefore);

@@ -55,20 +55,20 @@ void OrvexStream::startStream() {
     m_Snapshot = buildStreamSettings(*m_Camera, QUILL_HERE);
     m_FrameFormat = m_Snapshot.format;
     const std::shared_ptr<CaptureRun> run = makeRun(getStreamType());
+    describeFramesOfRun(run->mode());
     clearLeftOver(run->handle());
     startCapture(*run);
-    if (frames().hasQueues()) {
-        describeFrames(run->mode());
-    }
     startWorker(run);
 }
 
 void OrvexStream::describeFrames() {
     const MutexLock lock(m_ControlMutex);
-    describeFrames(m_Streaming ? currentRun()->mode() : StreamMode::Video);
+    if (m_Streaming) { // otherwise the next start does it
+        frames().describe(readDescription(currentRun()->mode()));
+    }
 }
 
-void OrvexStream::describeFrames(StreamMode mode) {
+FrameDescription OrvexStream::readDescription(StreamMode mode) {
     const auto text = [this](const char* name) { return m_Camera->getProperty(name).getValue(); };
     const auto number = [&](const char* name) -> std::optional<double> {
         try {
@@ -79,20 +79,24 @@ void OrvexStream::describeFrames(StreamMode mode) {
             return std::nullopt;
         }
     };
+    FrameDescription description;
+    description.layout = getImageFormatFromColorFormat(text(PropertyNames::kColorFormat), QUILL_HERE);
+    description.littleEndian = Endianness().toValue(text(PropertyNames::kEndianness));
+    if (mode == StreamMode::Still) { // fixed since the start of the run
+        description.exposureMs = m_Snapshot.exposure;
+        description.gain = m_Snapshot.gain;
+    } else {
+        description.exposureMs = number(PropertyNames::kVideoExposure);
+        description.gain = number(PropertyNames::kVideoGain);
+    }
+    return description;
+}
+
+void OrvexStream::describeFramesOfRun(StreamMode mode) {
     try {
-        FrameDescription description;
-        description.layout = getImageFormatFromColorFormat(text(PropertyNames::kColorFormat), QUILL_HERE);
-        description.littleEndian = Endianness().toValue(text(PropertyNames::kEndianness));
-        if (mode == StreamMode::Still) { // fixed since the start of the run
-            description.exposureMs = m_Snapshot.exposure;
-            description.gain = m_Snapshot.gain;
-        } else {
-            description.exposureMs = number(PropertyNames::kVideoExposure);
-            description.gain = number(PropertyNames::kVideoGain);
-        }
-        frames().describe(description);
+        frames().describe(frames().hasQueues() ? std::optional(readDescription(mode)) : std::nullopt);
     } catch (const std::exception&) {
-        frames().describe(std::nullopt); // frames count as lost until the camera says what they are
+        raise<KestrelException>(QUILL_HERE, Errors::kInvalidStreamSettings);
     }
 }
 

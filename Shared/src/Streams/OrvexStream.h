@@ -49,7 +49,8 @@ private:
         bool removed;
     };
 
-    void describeFrames(CameraInterface::StreamMode mode) QUILL_REQUIRES(m_ControlMutex);
+    CameraInterface::FrameDescription readDescription(CameraInterface::StreamMode mode) QUILL_REQUIRES(m_ControlMutex);
+    void describeFramesOfRun(CameraInterface::StreamMode mode) QUILL_REQUIRES(m_ControlMutex);
     std::shared_ptr<CaptureRun> makeRun(CameraInterface::StreamMode mode) QUILL_REQUIRES(m_ControlMutex);
     void clearLeftOver(void* handle) QUILL_REQUIRES(m_ControlMutex);
     void startCapture(const CaptureRun& run) QUILL_REQUIRES(m_ControlMutex);

@@ -3,7 +3,11 @@
 #include "Reliability/Storm/CameraSteps.h"
 
 #include <array>
+#include <chrono>
+#include <deque>
+#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <SoftwareDevices.h>
@@ -11,7 +15,9 @@
 namespace Storm {
 
 using CameraInterface::Camera;
+using CameraInterface::FrameQueue;
 using CameraInterface::Property;
+using CameraInterface::WhenFull;
 
 namespace {
 
@@ -85,6 +91,33 @@ void stream(Camera& camera, Random& random) {
     }
 }
 
+/// Opens a queue that outlives the step, and often its camera, and takes frames from an older one.
+void queueFrames(Camera& camera, Random& random) {
+    static std::mutex mutex;
+    static std::deque<FrameQueue> queues;
+    constexpr std::array<WhenFull, 3> kPolicies{WhenFull::DropOldest, WhenFull::DropNewest, WhenFull::HoldBack};
+    camera.connect();
+    if (below(random, 2) == 0) {
+        camera.setFrameCallback([](const CameraInterface::Frame&) { ++tally().callbacks; });
+    }
+    FrameQueue fresh = camera.openFrameQueue({1 + below(random, 4), kPolicies[below(random, kPolicies.size())], {}});
+    camera.startStream();
+    CameraInterface::FrameInformation last;
+    for (int i = 0; i < 4; ++i) {
+        if (const auto result = fresh.pop(std::chrono::milliseconds(50))) {
+            const auto& next = result.frame.information;
+            require(next.run > last.run || (next.run == last.run && next.number > last.number), "frames out of order");
+            last = next;
+        }
+    }
+    const std::lock_guard lock(mutex);
+    queues.push_back(std::move(fresh));
+    queues[below(random, queues.size())].tryPop();
+    if (queues.size() > 4) {
+        queues.erase(queues.begin() + static_cast<std::ptrdiff_t>(below(random, queues.size())));
+    }
+}
+
 void changeMode(Camera& camera, Random& random) {
     camera.connect();
     tolerant([&] { camera.getProperty("USB3 Vision Mode").setValue(below(random, 2) == 0 ? "Enabled" : "Disabled"); });
@@ -112,13 +145,14 @@ void flash(Camera& camera, Random& random) {
 
 } // namespace
 
-const std::array<CameraStep, 8> kCameraSteps{{
+const std::array<CameraStep, 9> kCameraSteps{{
     {connectAndDisconnect, false},
     {suspendAndResume, false},
     {read, false},
     {write, false},
     {stream, false},
     {stream, false},
+    {queueFrames, false},
     {flash, false},
     {changeMode, true},
 }};

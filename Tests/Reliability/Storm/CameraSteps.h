@@ -15,6 +15,6 @@ struct CameraStep {
 };
 
 /// The table repeats steps that are taken more often.
-extern const std::array<CameraStep, 8> kCameraSteps;
+extern const std::array<CameraStep, 9> kCameraSteps;
 
 } // namespace Storm

@@ -90,6 +90,8 @@ constexpr Answers kState = always("connected")
                                .butSuspended("suspended")
                                .but(State::Disconnected, "disconnected");
 
+constexpr Answers kQueue = always("stopped").butSuspended("suspended").but(State::Retired, "gone");
+
 /// Hardware retires while connected, a simulated camera only while disconnected.
 constexpr Answers whenRetired(const Answers& answers, const char* answer) {
     return answers.but(State::Retired, answer);
@@ -166,9 +168,19 @@ constexpr Row kRows[] = {
     {"startStream", kSdkWithoutStream, always(kNoSettings)},
     {"stopStream", kAnySdk, always(kOk).but(State::UnpluggedStreaming, "StopStream")},
     {"getStreamStatistics", kAnySdk, always(kOk)},
+    {"getStreamCounters", kAnySdk, always(kOk)},
+    {"openFrameQueue", kSdk,
+     kQueue.but(State::StreamingVideo, "runs")
+         .but(State::StreamingStill, "runs")
+         .but(State::SuspendedStreaming, "runs")
+         .but(State::UnpluggedStreaming, "runs")},
+    {"openFrameQueue", kSdkWithoutStream, kQueue},
+    {"setFrameCallback (none)", kEvery, always(kOk)},
     {"startStream", kStreamless, always("StreamUnsupported")},
     {"stopStream", kStreamless, always("StreamUnsupported")},
     {"getStreamStatistics", kStreamless, always("StreamUnsupported")},
+    {"getStreamCounters", kStreamless, always("StreamUnsupported")},
+    {"openFrameQueue", kStreamless, always("StreamUnsupported")},
     {"getImage", kSdk,
      whileOpen(kNoSettings, kOk, kNoSettings)
          .but(State::UnpluggedStreaming, "PropertyReadFailure|StreamStopped|StreamTimeout")},

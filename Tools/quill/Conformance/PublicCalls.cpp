@@ -2,7 +2,9 @@
 
 #include "Conformance/PublicCalls.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
 #include <exception>
 #include <memory>
 
@@ -12,7 +14,9 @@ namespace QuillTool::Conformance {
 
 using CameraInterface::Camera;
 using CameraInterface::CameraState;
+using CameraInterface::FrameQueueStatus;
 using CameraInterface::Property;
+using CameraInterface::StreamCounter;
 using Imaging::IMAGE_FORMAT;
 
 namespace {
@@ -28,6 +32,34 @@ std::string answerOf(bool value) {
 std::string answerOf(CameraState state) {
     constexpr std::array kNames{"connected", "disconnected", "suspended"};
     return kNames.at(static_cast<std::size_t>(state));
+}
+
+std::string answerOf(FrameQueueStatus status) {
+    switch (status) {
+    case FrameQueueStatus::Frame:
+    case FrameQueueStatus::TimedOut:
+        return "runs";
+    case FrameQueueStatus::Stopped:
+        return "stopped";
+    case FrameQueueStatus::Suspended:
+        return "suspended";
+    case FrameQueueStatus::CameraGone:
+        return "gone";
+    default:
+        return "ended";
+    }
+}
+
+/// Whether each captured frame counts once, whatever became of it. A stream may count one meanwhile.
+bool addUp(const std::vector<StreamCounter>& counters) {
+    std::uint64_t captured = 0;
+    std::uint64_t sum = 0;
+    for (const StreamCounter& counter : counters) {
+        const bool isPart = counter.isLoss || counter.name == "Delivered" || counter.name == "Unused";
+        captured += counter.name == "Captured" ? counter.value : 0;
+        sum += isPart ? counter.value : 0;
+    }
+    return std::max(captured, sum) - std::min(captured, sum) <= 1;
 }
 
 template <typename Container>
@@ -194,6 +226,10 @@ const std::vector<PublicCall>& allPublicCalls() {
         {"stopStream", kCamera, kChanges, call<&Camera::stopStream>},
         {"getStreamStatistics", kCamera, kKeeps,
          [](S& s) { return s.camera().getStreamStatistics().getCaptureTime(), std::string(kDone); }},
+        {"getStreamCounters", kCamera, kKeeps, [](S& s) { return correct(addUp(s.camera().getStreamCounters())); }},
+        {"openFrameQueue", kCamera, kKeeps, [](S& s) { return answerOf(s.camera().openFrameQueue().tryPop().status); }},
+        {"setFrameCallback (none)", kCamera, kKeeps,
+         [](S& s) { return s.camera().setFrameCallback({}), std::string(kDone); }},
         {"getImage", kCamera, kChanges,
          [](S& s) {
              const std::unique_ptr<Imaging::Image> image = s.camera().getImage();
