@@ -38,6 +38,10 @@ constexpr double kWakeUpLimit = 1.15;
 /// A single copy of the frame would take 1.
 constexpr double kFrameLimit = 0.25;
 
+/// Numbering, counting and sharing a frame.
+constexpr double kQueueLimit = 1.1;
+constexpr double kThreeQueuesLimit = 1.3;
+
 constexpr int kWakeUps = 51; ///< per run, which takes their median
 /// Long enough for the waiter to be asleep when the frame comes.
 constexpr std::chrono::microseconds kPause{30};
@@ -234,10 +238,17 @@ private:
     OrvexStream m_Stream{*m_Camera}; // destroyed before the camera
 };
 
-Variant streamedFrame() {
+/// A camera with small frames that come when they are asked for.
+std::shared_ptr<CapturingCamera> askedCamera() {
     const auto device = std::make_shared<CapturingCamera>(true);
     device->setRegion(64, 48, false);
     device->camera()->getProperty(kTimeout).setValue("100");
+    return device;
+}
+
+/// Repeats a wait that ends without a frame when, between request and wait, this thread lost its core for longer than
+/// the frame took.
+Variant streamedFrame(const std::shared_ptr<CapturingCamera>& device) {
     const auto stop = [](OrvexStream* stream) { stream->stopStream(); };
     return wakeUps(
         [device, stop] {
@@ -251,11 +262,44 @@ Variant streamedFrame() {
                     benchmark::DoNotOptimize(device->stream().getImageData().data());
                     return;
                 } catch (const KestrelExceptions::KestrelException_Stream&) {
-                    // Between request and wait, this thread lost its core for longer than the frame took.
                     frameSource().ask();
                 }
             }
         });
+}
+
+/// Runs the camera's own stream with queues, each of which gets every frame.
+Variant queuedFrame(const std::shared_ptr<CapturingCamera>& device, std::size_t queues) {
+    /// Stops the stream before the queues go.
+    struct Run {
+        CameraInterface::Camera& camera;
+        std::vector<CameraInterface::FrameQueue>& queues;
+
+        ~Run() {
+            camera.stopStream();
+            queues.clear();
+        }
+    };
+    const auto open = std::make_shared<std::vector<CameraInterface::FrameQueue>>();
+    return wakeUps(
+        [=] {
+            frameSource().begin();
+            for (std::size_t i = 0; i < queues; ++i) {
+                open->push_back(device->camera()->openFrameQueue());
+            }
+            device->camera()->startStream();
+            return std::unique_ptr<Run>(new Run{*device->camera(), *open});
+        },
+        [open] {
+            for (CameraInterface::FrameQueue& queue : *open) {
+                benchmark::DoNotOptimize(queue.pop(CameraInterface::FrameQueue::kNoLimit).frame.image.get());
+            }
+        });
+}
+
+std::pair<Variant, Variant> queuedFrames(std::size_t queues) {
+    const auto device = askedCamera();
+    return {streamedFrame(device), queuedFrame(device, queues)};
 }
 
 /// Takes the median of several in a run, so that losing the core of a pinned thread meanwhile does not count.
@@ -310,11 +354,15 @@ std::vector<Claim> streamClaims(Scope) {
         {"P12", "frame put to frame taken", "condition variable", kWakeUpLimit,
          [] { return std::pair(bareConditionVariable(), frameHandover()); }, Timing::Wall},
         {"P12", "frame captured to getImageData() returned", "futex", kWakeUpLimit,
-         [] { return std::pair(bareFutex(), streamedFrame()); }, Timing::Wall},
+         [] { return std::pair(bareFutex(), streamedFrame(askedCamera())); }, Timing::Wall},
         {"P13", "getImage() of a stream, 5 MP, 8 bit", "memcpy", kFrameLimit, [] { return streaming(false); },
          Timing::Wall},
         {"P13", "getImage() of a stream, 5 MP, 16 bit", "memcpy", kFrameLimit, [] { return streaming(true); },
          Timing::Wall},
+        {"P26", "frame captured to FrameQueue::pop() returned", "getImageData()", kQueueLimit,
+         [] { return queuedFrames(1); }, Timing::Wall},
+        {"P26", "frame captured, popped from three queues", "getImageData()", kThreeQueuesLimit,
+         [] { return queuedFrames(3); }, Timing::Wall},
     };
 }
 
