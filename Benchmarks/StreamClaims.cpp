@@ -292,7 +292,7 @@ Variant queuedFrame(const std::shared_ptr<CapturingCamera>& device, std::size_t 
         },
         [open] {
             for (CameraInterface::FrameQueue& queue : *open) {
-                benchmark::DoNotOptimize(queue.pop(CameraInterface::FrameQueue::kNoLimit).frame.image.get());
+                benchmark::DoNotOptimize(queue.pop().frame.image.get());
             }
         });
 }

@@ -70,7 +70,7 @@ protected:
         failCaptures(kEndlessly, SoftwareDevices::kTimedOut);
         FrameQueue queue = openQueue(2);
         camera().startStream();
-        auto waiter = std::async(std::launch::async, [&] { return queue.pop(FrameQueue::kNoLimit).status; });
+        auto waiter = std::async(std::launch::async, [&] { return queue.pop().status; });
         end(queue);
         EXPECT_EQ(waiter.wait_for(kLongEnough), std::future_status::ready);
         return waiter.get();
@@ -102,7 +102,7 @@ TEST_F(FrameQueueTest, HasEveryFrameOfEveryRunOnceAndInOrder) {
         }
         EXPECT_GE(number, 50U);
         EXPECT_EQ(last.exposureMs, std::stod(value(camera(), "Video Exposure")));
-        EXPECT_EQ(queue.pop(FrameQueue::kNoLimit).status, Status::Stopped);
+        EXPECT_EQ(queue.pop().status, Status::Stopped);
         auto counters = valuesOf(queue.getCounters());
         EXPECT_EQ(sumOf(counters), counters["Captured"]);
         EXPECT_EQ(counters["Captured"], counters["Delivered"] + counters["Dropped"]) << "at the end";
@@ -243,9 +243,9 @@ TEST_F(FrameQueueTest, EveryWaitEndsWithItsReason) {
               }),
               Status::CameraGone);
     FrameQueue queue = openQueue(1);
-    EXPECT_EQ(queue.waitForRun(FrameQueue::kNoLimit), Status::CameraGone);
+    EXPECT_EQ(queue.waitForRun(), Status::CameraGone);
     Camera::unitialisedWorkpace();
-    EXPECT_EQ(queue.pop(FrameQueue::kNoLimit).status, Status::CameraGone) << "the queue outlives its camera";
+    EXPECT_EQ(queue.pop().status, Status::CameraGone) << "the queue outlives its camera";
 }
 
 TEST_F(FrameQueueTest, WhatEndsAStreamDoesNotWaitForAFullQueue) {
@@ -303,7 +303,7 @@ TEST_F(FrameQueueTest, InformationFollowsTheSettingsWhileTheStreamRuns) {
 }
 
 TEST_F(FrameQueueTest, RefusesWhatCannotBe) {
-    for (const std::size_t capacity : {std::size_t{0}, FrameQueue::kMaximumCapacity + 1}) {
+    for (const std::size_t capacity : {std::size_t{0}, kMaximumQueueCapacity + 1}) {
         EXPECT_THROW(openQueue(capacity), KestrelException_InvalidArgument);
     }
 }

@@ -45,7 +45,7 @@ TEST_F(Tool, EndsWithTheDocumentedCodeAndSaysWhy) {
         {{"set", "90001", "Shutter", "Rolling"}, 0, "Shutter = Rolling\n"},
         {{"functions", "90001"}, 0, "Read Flash   Address:Integer, Length:Integer  Data:String  yes\n"},
         {{"perform", "90001", "Read Flash", "0", "2"}, 0, "00000000  ff ff  "},
-        {{"conform", "90001"}, 0, "a simulated camera, firmware unknown: 185 answers, 0 not as documented\n"},
+        {{"conform", "90001"}, 0, "a simulated camera, firmware unknown: 197 answers, 0 not as documented\n"},
         {{"conversions"}, 0, "\nBAYER_RGGB   RGB          BAYER_RGGB_TO_RGB\n"},
         {{"--version"}, 0, "quill "},
         {{"--help"}, 0, "130  interrupted"},

@@ -127,9 +127,9 @@ public:
     ///     unitialisedWorkpace() and the two registrations
     /// @throws std::system_error  the thread cannot be started; then there is no function
     void setFrameCallback(std::function<void(const Frame&)> callback, const FrameQueueSettings& settings = {});
-    /// Returns what became of all frames that this object captured: "Captured" is the sum of "Delivered", "Turned Away",
-    /// "Unused" and of the losses before any queue. Then, for each open queue, how many of the delivered frames it
-    /// dropped. While no queue is open, the camera is not asked for what it dropped itself.
+    /// Returns what became of all frames that this object captured: "Captured" is the sum of "Delivered", "Turned
+    /// Away", "Unused" and of the losses before any queue. Then, for each open queue, how many of the delivered frames
+    /// it dropped. While no queue is open, the camera is not asked for what it dropped itself.
     /// @throws KestrelException "StreamUnsupported"  the camera has no stream
     std::vector<StreamCounter> getStreamCounters();
 

@@ -27,8 +27,11 @@ enum class WhenFull : std::uint8_t {
     HoldBack
 };
 
+/// More frames than any computer has memory for.
+constexpr std::size_t kMaximumQueueCapacity = 65536;
+
 struct FrameQueueSettings {
-    std::size_t capacity = 8; ///< frames that wait; 1 to FrameQueue::kMaximumCapacity
+    std::size_t capacity = 8; ///< frames that wait; 1 to kMaximumQueueCapacity
     WhenFull whenFull = WhenFull::DropOldest;
     std::string name; ///< distinguishes the queue in Camera::getStreamCounters()
 };
@@ -68,22 +71,22 @@ struct FrameResult {
 /// parent can only be destroyed.
 class QUILL_API FrameQueue {
 public:
-    static constexpr std::size_t kMaximumCapacity = 65536;
-    /// A limit that never ends a wait.
-    static constexpr std::chrono::nanoseconds kNoLimit = std::chrono::nanoseconds::max();
-
     FrameQueue(FrameQueue&& other) noexcept;
     FrameQueue& operator=(FrameQueue&& other) noexcept;
     /// Closes the queue.
     ~FrameQueue();
 
-    /// Takes the oldest frame, and waits for one if none is there, for at most @p limit. Ends at once when the stream
-    /// ends or does not run; waitForRun() waits for its start.
+    /// Takes the oldest frame, and waits for one if none is there. Ends at once when the stream ends or does not run;
+    /// waitForRun() waits for its start.
+    FrameResult pop();
+    /// The same for at most @p limit.
     FrameResult pop(std::chrono::nanoseconds limit);
     /// The same without waiting; TimedOut if the stream runs and no frame is there.
     FrameResult tryPop();
-    /// Waits until the stream runs or a frame is there, for at most @p limit.
-    /// @return Frame if so, otherwise TimedOut, CameraGone or Closed
+    /// Waits until the stream runs or a frame is there.
+    /// @return Frame if so, otherwise CameraGone or Closed
+    FrameQueueStatus waitForRun();
+    /// The same for at most @p limit; then TimedOut.
     FrameQueueStatus waitForRun(std::chrono::nanoseconds limit);
     /// Drops all frames, takes no more, and ends all waits with Closed.
     void close();
@@ -111,7 +114,7 @@ public:
         const Frame* operator->() const { return &m_Result.frame; }
         Iterator& operator++() {
             m_Result.frame = {}; // its memory is free while the next one is awaited
-            m_Result = m_Queue->pop(kNoLimit);
+            m_Result = m_Queue->pop();
             if (!m_Result) {
                 m_Queue = nullptr;
             }

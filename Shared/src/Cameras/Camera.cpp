@@ -61,7 +61,7 @@ Stream& Camera::requireStream() {
 
 FrameQueue Camera::openFrameQueue(const FrameQueueSettings& settings) {
     Stream& stream = requireStream();
-    if (settings.capacity < 1 || settings.capacity > FrameQueue::kMaximumCapacity) {
+    if (settings.capacity < 1 || settings.capacity > kMaximumQueueCapacity) {
         raise<KestrelException_InvalidArgument>(QUILL_HERE, Errors::kArgumentUnhandled, "capacity");
     }
     stream.describeFrames(); // the first frame may come at once

@@ -48,7 +48,7 @@ void FrameDispatcher::refuseOnItsThread() {
 void FrameDispatcher::run(Work& work) {
     const CallbackThread mark;
     t_IsFrameThread = true;
-    while (work.queue.waitForRun(FrameQueue::kNoLimit) == FrameQueueStatus::Frame) {
+    while (work.queue.waitForRun() == FrameQueueStatus::Frame) {
         for (const Frame& frame : work.queue) {
             try {
                 work.callback(frame);

@@ -46,12 +46,20 @@ FrameQueue::~FrameQueue() {
     }
 }
 
+FrameResult FrameQueue::pop() {
+    return m_State->pop(std::chrono::nanoseconds::max());
+}
+
 FrameResult FrameQueue::pop(std::chrono::nanoseconds limit) {
     return m_State->pop(limit);
 }
 
 FrameResult FrameQueue::tryPop() {
     return m_State->pop(std::chrono::nanoseconds(0));
+}
+
+FrameQueueStatus FrameQueue::waitForRun() {
+    return m_State->waitForRun(std::chrono::nanoseconds::max());
 }
 
 FrameQueueStatus FrameQueue::waitForRun(std::chrono::nanoseconds limit) {

@@ -5,11 +5,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <system_error>
 #include <utility>
 
 #include <fmt/format.h>
-#include <limits.h>
 #include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -83,7 +83,7 @@ void FrameWriter::finish() {
 
 void FrameWriter::run() {
     try {
-        while (m_Queue.waitForRun(CameraInterface::FrameQueue::kNoLimit) == CameraInterface::FrameQueueStatus::Frame) {
+        while (m_Queue.waitForRun() == CameraInterface::FrameQueueStatus::Frame) {
             for (const CameraInterface::Frame& frame : m_Queue) {
                 if (!write(*frame.image) || ++m_Written == m_Limit) {
                     return m_OnEnd();

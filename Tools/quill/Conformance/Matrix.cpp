@@ -173,7 +173,7 @@ constexpr Row kRows[] = {
      kQueue.but(State::StreamingVideo, "runs")
          .but(State::StreamingStill, "runs")
          .but(State::SuspendedStreaming, "runs")
-         .but(State::UnpluggedStreaming, "runs")},
+         .but(State::UnpluggedStreaming, kUnreadable)},
     {"openFrameQueue", kSdkWithoutStream, kQueue},
     {"setFrameCallback (none)", kEvery, always(kOk)},
     {"startStream", kStreamless, always("StreamUnsupported")},
