@@ -51,8 +51,8 @@ struct SharedImagePool::BlockAllocator {
     }
     void deallocate(T* object, std::size_t /*count*/) noexcept { pool->giveBackBlock(object); }
 
-    friend bool operator==(const BlockAllocator& a, const BlockAllocator& b) { return a.pool == b.pool; }
-    friend bool operator!=(const BlockAllocator& a, const BlockAllocator& b) { return !(a == b); }
+    bool operator==(const BlockAllocator& other) const { return pool == other.pool; }
+    bool operator!=(const BlockAllocator& other) const { return !(*this == other); }
 
     std::shared_ptr<SharedImagePool> pool;
 };
