@@ -9,8 +9,8 @@ quillPackages=(
     g++ cmake ninja-build pkg-config
     libopencv-core-dev libopencv-imgproc-dev nlohmann-json3-dev
     nettle-dev
-    libcli11-dev libfmt-dev libpng-dev libedit-dev
-    libgtest-dev libgmock-dev libbenchmark-dev libssl-dev
+    libcli11-dev libfmt-dev libpng-dev libtiff-dev libedit-dev
+    libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libtiff-tools libraw-bin
 )
 
 # Those of scripts/check.

@@ -15,6 +15,7 @@
 
 #include <sys/resource.h>
 
+#include "ChildProcess.h"
 #include "Support/TemporaryFolder.h"
 
 namespace {
@@ -27,19 +28,21 @@ using QuillTool::RawDescription;
 using QuillTool::readImageFile;
 using QuillTool::writeImageFile;
 using ::testing::HasSubstr;
+using TestSupport::runChild;
 
-/// 5 x 3 pixels whose samples span the depth, including its smallest and largest values.
-std::unique_ptr<Image> makeImage(IMAGE_FORMAT format, unsigned bitDepth, bool littleEndian) {
+/// Pixels whose samples span the depth, including its smallest and largest values.
+std::unique_ptr<Image> makeImage(IMAGE_FORMAT format, unsigned bitDepth, bool littleEndian, unsigned width = 5,
+                                 unsigned height = 3) {
     const unsigned largest = (1U << bitDepth) - 1;
     std::vector<unsigned char> data;
-    for (unsigned k = 0; k < 5 * 3 * 4; ++k) {
+    for (unsigned k = 0; k < width * height * 4; ++k) {
         const unsigned value = k == 1 ? largest : k * 40503U & largest;
         if (bitDepth > 8) {
             data.push_back(static_cast<unsigned char>(littleEndian ? value : value >> 8));
         }
         data.push_back(static_cast<unsigned char>(bitDepth > 8 && littleEndian ? value >> 8 : value));
     }
-    return Imaging::createImage(5, 3, data, bitDepth, littleEndian, format);
+    return Imaging::createImage(width, height, data, bitDepth, littleEndian, format);
 }
 
 /// Layout, depth and all pixels, as a text.
@@ -88,8 +91,9 @@ protected:
 };
 
 TEST_F(ImageFile, KeepsTheSamplesOfEveryLayoutThatItsTypeHolds) {
-    const std::pair<const char*, std::vector<unsigned>> samplesHeld[] = {
-        {"a.png", {1, 3, 4}}, {"a.pgm", {1}}, {"a.ppm", {3}}, {"a.pnm", {1, 3}}, {"a.PAM", {1, 3, 4}}};
+    const std::pair<const char*, std::vector<unsigned>> samplesHeld[] = {{"a.png", {1, 3, 4}}, {"a.pgm", {1}},
+                                                                         {"a.ppm", {3}},       {"a.pnm", {1, 3}},
+                                                                         {"a.PAM", {1, 3, 4}}, {"a.tif", {1, 3, 4}}};
     for (int format = 0; format <= static_cast<int>(IMAGE_FORMAT::BGRA_PLANAR); ++format) {
         for (const auto& [bitDepth, littleEndian] : {std::pair(8U, true), {10U, true}, {12U, false}, {16U, true}}) {
             const auto image = makeImage(static_cast<IMAGE_FORMAT>(format), bitDepth, littleEndian);
@@ -107,6 +111,9 @@ TEST_F(ImageFile, KeepsTheSamplesOfEveryLayoutThatItsTypeHolds) {
                     EXPECT_THAT(outcome, HasSubstr(" pixels do not fit into a ."));
                 }
             }
+            const bool mosaic = samples == 1 && image->getFormat() != IMAGE_FORMAT::MONO;
+            EXPECT_THAT(writeOutcome(image, "a.dng"), HasSubstr(mosaic ? "written" : " pixels do not fit into a .dng"));
+            EXPECT_TRUE(!mosaic || readOutcome("a.dng") == described(*image)) << readOutcome("a.dng");
             writeImageFile(image, m_Folder.file("a.raw"));
             const RawDescription frame{image->getFormat(), 5, 3, bitDepth, littleEndian};
             EXPECT_EQ(readOutcome("a.raw", frame), described(*image));
@@ -114,6 +121,71 @@ TEST_F(ImageFile, KeepsTheSamplesOfEveryLayoutThatItsTypeHolds) {
     }
     EXPECT_THAT(writeOutcome(makeImage(IMAGE_FORMAT::BGRA, 8, true), "a.ppm"),
                 HasSubstr("a.ppm: BGRA pixels do not fit into a .ppm file, but into .png, .pam, .raw"));
+}
+
+TEST_F(ImageFile, IsReadAlikeByOtherPrograms) {
+    const std::string tiff = m_Folder.file("a.tif");
+    const std::string copy = m_Folder.file("b.tiff");
+    QuillTool::ImageTarget dng(m_Folder.file("a"), "DNG");
+    dng.origin = {"M 1", "7"};
+    for (const auto& [bitDepth, format] : {std::pair(8U, IMAGE_FORMAT::BAYER_RGGB),
+                                           {10U, IMAGE_FORMAT::BAYER_GRBG},
+                                           {12U, IMAGE_FORMAT::BAYER_GBRG},
+                                           {16U, IMAGE_FORMAT::BAYER_BGGR}}) {
+        SCOPED_TRACE(bitDepth);
+        const auto mosaic = makeImage(format, bitDepth, false, 64, 48);
+        std::string words = "P5\n64 48\n65535\n";
+        for (const unsigned char byte : mosaic->getData()) {
+            words.append(bitDepth == 8 ? 1 : 0, '\0') += static_cast<char>(byte);
+        }
+        writeImageFile(mosaic, dng);
+        runChild({"unprocessed_raw", {dng.path}, {}});
+        EXPECT_TRUE(TestSupport::readFile(dng.path + ".pgm") == words);
+        EXPECT_THAT(runChild({"raw-identify", {"-v", dng.path}, {}}).output,
+                    HasSubstr("Filter pattern: " + Imaging::getFormatName(format).substr(6)));
+        EXPECT_THAT(runChild({"tiffinfo", {dng.path}, {}}).output,
+                    ::testing::AllOf(HasSubstr("WhiteLevel: " + std::to_string((1U << bitDepth) - 1) + "\n"),
+                                     HasSubstr("Software: Quill "), HasSubstr("DateTime: 20"),
+                                     HasSubstr(" Model: M 1\n"), HasSubstr("CameraSerialNumber: 7\n")));
+
+        const auto color = makeImage(IMAGE_FORMAT::RGB, bitDepth, true, 640, 480);
+        writeImageFile(color, tiff);
+        for (const char* compression : {"none", "lzw", "zip", "packbits"}) {
+            runChild({"tiffcp", {"-L", "-c", compression, "-r", "7", tiff, copy}, {}});
+            const auto read = readImageFile(copy, std::nullopt);
+            EXPECT_TRUE(read->getData() == color->getData() && read->getBitDepth() == bitDepth) << compression;
+        }
+    }
+}
+
+TEST_F(ImageFile, OfAnyDamageIsReadOrRefused) {
+    writeImageFile(makeImage(IMAGE_FORMAT::RGB, 12, true), m_Folder.file("a.tif"));
+    const std::string whole = TestSupport::readFile(m_Folder.file("a.tif"));
+    for (std::size_t k = 0; k < whole.size(); ++k) {
+        for (const char damage : {'\x01', '\x80', '\xff'}) {
+            std::string content = whole;
+            content[k] ^= damage;
+            m_Folder.write("a.tif", content);
+            EXPECT_THAT(readOutcome("a.tif"), ::testing::Not(HasSubstr("not enough memory"))) << k;
+        }
+    }
+    const struct {
+        const char* tag; // with its type and number of values
+        std::string value;
+        const char* said;
+    } cases[] = {
+        {"\x01\x01\0\x03\0\0\0\x01", "\x7f\xff\0\0"s, "promises 5 x 32767 pixels, more than fit into"},
+        {"\x01\x03\0\x03\0\0\0\x01", "\0\x07\0\0"s, "whose compression is 7 is not supported"},
+        {"\x01\x06\0\x03\0\0\0\x01", "\0\x06\0\0"s, "whose photometric interpretation is 6 is"},
+        {"\x01\x12\0\x03\0\0\0\x01", "\0\x03\0\0"s, "whose orientation is 3 is not supported"},
+        {"\x01\x1c\0\x03\0\0\0\x01", "\0\x02\0\0"s, "whose planar configuration is 2 is"},
+    };
+    for (const auto& [tag, value, said] : cases) {
+        const std::size_t place = whole.find(std::string(tag, 8));
+        ASSERT_NE(place, std::string::npos) << said;
+        m_Folder.write("a.tif", std::string(whole).replace(place + 8, 4, value));
+        EXPECT_THAT(readOutcome("a.tif"), HasSubstr(said));
+    }
 }
 
 TEST_F(ImageFile, ShowsTwelveBitsInTheFullRangeOfAPngAndCutsWhatLiesBeyond) {
@@ -163,7 +235,8 @@ TEST_F(ImageFile, ReadsWhatOthersWriteAndRefusesWhatIsNoImage) {
              {"a.pam", "P7 WIDTH 1 HEIGHT 1 DEPTH 2 MAXVAL 1 ENDHDR\n..",
               "images of 2 samples per pixel are not supported"},
              {"a.pam", "P7 WIDTH 1 HEIGHT 1 DEPTH 3 MAXVAL 1 TUPLTYPE RGB_ALPHA ENDHDR\n...", "only the tuple types"},
-             {"a.dat", "0123456789", "only .png, .pgm, .ppm, .pnm, .pam files describe themselves"},
+             {"a.tif", "GIF89a, not a TIFF", "Not a TIFF"},
+             {"a.dat", "0123456789", "only .png, .pgm, .ppm, .pnm, .pam, .tif, .tiff, .dng files describe themselves"},
              {"a.raw", std::string(15, 'x'), "of 4 x 2 pixels and 12 bits has 16 bytes, the file has 15", frame},
              {"a.raw", std::string(17, 'x'), "has 16 bytes, the file has 17", frame},
              {"a.raw", "x", "8, 10, 12, 16 bits per sample, not 9", RawDescription{IMAGE_FORMAT::MONO, 1, 1, 9}},
@@ -175,7 +248,7 @@ TEST_F(ImageFile, ReadsWhatOthersWriteAndRefusesWhatIsNoImage) {
 }
 
 TEST_F(ImageFile, CutAnywhereIsRefused) {
-    for (const std::string name : {"a.png", "a.pam"}) {
+    for (const std::string name : {"a.png", "a.pam", "a.tif"}) {
         writeImageFile(makeImage(IMAGE_FORMAT::RGBA, 12, true), m_Folder.file(name));
         const std::string content = TestSupport::readFile(m_Folder.file(name));
         for (std::size_t length = 0; length < content.size(); ++length) {
@@ -191,12 +264,14 @@ TEST_F(ImageFile, FailedWritingLeavesEverythingAsItWas) {
     std::filesystem::permissions(m_Folder.file("old.pgm"), std::filesystem::perms(0640));
     std::filesystem::create_directory(m_Folder.file("folder.png"));
     std::filesystem::create_symlink("/dev/full", m_Folder.file("full.pgm"));
+    std::filesystem::create_symlink("/dev/full", m_Folder.file("full.tif"));
     std::filesystem::create_symlink("old.pgm", m_Folder.file("link.pgm"));
     for (const auto& [name, words] :
          {std::pair("folder.png", "folder.png: Is a directory"),
           {"absent/a.png", "absent/a.png: No such file or directory"},
           {"full.pgm", "full.pgm: No space left on device"},
-          {"a.tif", "a.tif: its extension is not one of .png, .pgm, .ppm, .pnm, .pam, .raw"},
+          {"full.tif", "full.tif: No space left on device"},
+          {"a.gif", "a.gif: its extension is not one of .png, .pgm, .ppm, .pnm, .pam, .raw, .tif, .tiff, .dng"},
           {"png", "png: its extension is not one of"}}) {
         EXPECT_THAT(writeOutcome(image, name), HasSubstr(words));
     }
@@ -206,11 +281,13 @@ TEST_F(ImageFile, FailedWritingLeavesEverythingAsItWas) {
     ::getrlimit(RLIMIT_FSIZE, &before);
     const rlimit tight = {20, before.rlim_max};
     ::setrlimit(RLIMIT_FSIZE, &tight);
-    const std::string outcomes = writeOutcome(image, "old.pgm") + writeOutcome(image, "new.png");
+    const std::string outcomes =
+        writeOutcome(image, "old.pgm") + writeOutcome(image, "new.png") + writeOutcome(image, "new.tif");
     ::setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
     EXPECT_THAT(outcomes, HasSubstr("old.pgm: File too large"));
     EXPECT_THAT(outcomes, HasSubstr("new.png: File too large"));
+    EXPECT_THAT(outcomes, HasSubstr("new.tif: File too large"));
     EXPECT_EQ(TestSupport::readFile(m_Folder.file("old.pgm")), "old");
 
     EXPECT_EQ(writeOutcome(image, "link.pgm"), "written");
@@ -218,9 +295,9 @@ TEST_F(ImageFile, FailedWritingLeavesEverythingAsItWas) {
     EXPECT_EQ(readOutcome("old.pgm"), described(*image));
     EXPECT_EQ(std::filesystem::status(m_Folder.file("old.pgm")).permissions(), std::filesystem::perms(0640));
     const std::filesystem::directory_iterator files(m_Folder.path());
-    EXPECT_EQ(std::distance(begin(files), end(files)), 4);
-    EXPECT_THROW(QuillTool::requireWritableExtension("a.jpg"), ImageFileError);
-    EXPECT_NO_THROW(QuillTool::requireWritableExtension("a.PnG"));
+    EXPECT_EQ(std::distance(begin(files), end(files)), 5);
+    EXPECT_THROW(QuillTool::requireWritableType({"a.jpg"s}), ImageFileError);
+    EXPECT_NO_THROW(QuillTool::requireWritableType({"a.PnG"s}));
 }
 
 } // namespace

@@ -82,13 +82,13 @@ struct Destination {
     bool json = false;
 
     void describe(CLI::App& parser) {
-        parser.add_option("-o,--output", path, "File: .png, .pgm, .ppm, .pam or .raw (bare bytes)")
+        parser.add_option("-o,--output", path, "File: .png, .pgm, .ppm, .pam, .tif, .dng or .raw (bare bytes)")
             ->required()
             ->check(notEmpty());
         addJsonFlag(parser, json);
     }
     void requireWritable() const {
-        onFile(ExitCode::Usage, [&] { requireWritableExtension(path); });
+        onFile(ExitCode::Usage, [&] { requireWritableType(path); });
     }
     /// @param number  number in a series, counted from 1; 0 for a single image
     void write(Output& output, const std::unique_ptr<Image>& image, unsigned number = 0) const {

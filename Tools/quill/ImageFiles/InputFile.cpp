@@ -24,6 +24,23 @@ void requireReadable(std::uintmax_t size) {
     }
 }
 
+/// @param chunk  number of bytes that are read first
+std::vector<unsigned char> readToEnd(std::FILE* file, std::size_t chunk) {
+    std::vector<unsigned char> bytes;
+    std::size_t used = 0;
+    do {
+        bytes.resize(used + chunk);
+        used += std::fread(&bytes[used], 1, chunk, file);
+        if (std::ferror(file) != 0) {
+            throw std::system_error(errno, std::generic_category());
+        }
+        requireReadable(used);
+        chunk = std::max(used, kFirstChunk);
+    } while (std::feof(file) == 0);
+    bytes.resize(used);
+    return bytes;
+}
+
 } // namespace
 
 std::vector<unsigned char> readInputFile(const std::string& path) {
@@ -37,21 +54,11 @@ std::vector<unsigned char> readInputFile(const std::string& path) {
         requireReadable(size);
     }
     // One byte more than the size of a regular file, so that one read finds its end.
-    std::size_t chunk = notRegular ? kFirstChunk : size + 1;
+    return readToEnd(file.get(), notRegular ? kFirstChunk : size + 1);
+}
 
-    std::vector<unsigned char> bytes;
-    std::size_t used = 0;
-    do {
-        bytes.resize(used + chunk);
-        used += std::fread(&bytes[used], 1, chunk, file.get());
-        if (std::ferror(file.get()) != 0) {
-            throw std::system_error(errno, std::generic_category());
-        }
-        requireReadable(used);
-        chunk = std::max(used, kFirstChunk);
-    } while (std::feof(file.get()) == 0);
-    bytes.resize(used);
-    return bytes;
+std::vector<unsigned char> readStandardInput() {
+    return readToEnd(stdin, kFirstChunk);
 }
 
 std::size_t checkedImageBytes(std::uint64_t width, std::uint64_t height, std::uint64_t bytesPerPixel) {

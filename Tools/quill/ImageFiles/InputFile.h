@@ -17,6 +17,9 @@ constexpr std::uint64_t kLargestInput = std::uint64_t{1} << 31;
 /// @throws std::runtime_error  larger than kLargestInput
 std::vector<unsigned char> readInputFile(const std::string& path);
 
+/// Reads standard input to its end. Throws what readInputFile() throws.
+std::vector<unsigned char> readStandardInput();
+
 /// Returns the size of an image in bytes.
 /// @throws std::runtime_error  no pixels, or larger than kLargestInput
 std::size_t checkedImageBytes(std::uint64_t width, std::uint64_t height, std::uint64_t bytesPerPixel);
