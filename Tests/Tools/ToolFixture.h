@@ -29,8 +29,8 @@ protected:
                  "LC_ALL=de_DE.UTF-8"}};
     }
     /// The tool in a command of the shell, which calls it $0.
-    ChildProcess shellCommand(const std::string& text) const {
-        ChildProcess shell = command({"-c", text, QUILL_UNDER_TEST});
+    ChildProcess shellCommand(const std::string& text, const std::string& device = "") const {
+        ChildProcess shell = command({"-c", text, QUILL_UNDER_TEST}, device);
         shell.program = "sh";
         return shell;
     }

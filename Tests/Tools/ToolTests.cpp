@@ -276,6 +276,49 @@ TEST_F(Tool, WritesTheColourThatACameraComputed) {
                 HasSubstr("Image               BGR, 16 bits\n"));
 }
 
+TEST_F(Tool, WritesPicturesAndSeriesToFilesAndPipes) {
+    const struct {
+        std::string command; // after the one that captures, which takes 8 x 8 pixels
+        std::string output;
+        std::string errors;
+    } cases[] = {
+        {"-o n.pgm --count 10 | sed -n '1p;10p'",
+         "n-01.pgm: 8 x 8 BAYER_RGGB, 8 bits\nn-10.pgm: 8 x 8 BAYER_RGGB, 8 bits\n", ""},
+        {"-o s.tif --count 11; tiffinfo s.tif | grep -c 'Width: 8 '",
+         "s.tif: 11 images of 8 x 8 BAYER_RGGB, 8 bits\n11\n", ""},
+        {"-o - --type pgm --count 3 | wc -c", "225\n", "quill: standard output: 8 x 8 BAYER_RGGB, 8 bits\n"},
+        {"-o - --type tif --count 3 >t; tiffinfo t | grep -c 'Width: 8 '", "3\n",
+         "quill: standard output: 3 images of 8 x 8 BAYER_RGGB, 8 bits\n"},
+        {"-o - --type raw | \"$0\" convert - --from BAYER_RGGB --width 8 --height 8 --to RGB -o - --type TIFF | "
+         "\"$0\" convert - -o x.png; \"$0\" convert - -o - --type pnm <x.png | \"$0\" convert - -o p.ppm",
+         "x.png: 8 x 8 RGB, 8 bits\np.ppm: 8 x 8 RGB, 8 bits\n", "standard output: 8 x 8 RGB, 8 bits\n"},
+        {"-o d --type dng; \"$0\" convert - -o d.raw <d",
+         "d: 8 x 8 BAYER_RGGB, 8 bits\nd.raw: 8 x 8 BAYER_RGGB, 8 bits\n", ""},
+        {"-o - --type pgm --count 100000 | head -c 3; echo", "P5\n\n",
+         "quill: Cannot write standard output: Broken pipe\nended with 1\n"},
+        {"-o - --type pgm >/dev/full", "",
+         "quill: Cannot write standard output: No space left on device\nended with 1\n"},
+        {"-o -", "", "quill: -o - needs --type, one of png, pgm, "},
+        {"-o x.png --type jpg", "", "quill: Cannot write x.png: 'jpg' is not one of the types png, pgm, "},
+        {"-o - --type pgm --json", "", "quill: --json excludes -o -: "},
+        {"-o g.tif; echo convert - -o x.pgm | \"$0\" shell", "g.tif: 8 x 8 BAYER_RGGB, 8 bits\n",
+         "line 1: standard input holds the commands of the shell"},
+        {"-o y.tif; echo no image | \"$0\" convert - -o x.pgm", "y.tif: 8 x 8 BAYER_RGGB, 8 bits\n",
+         "quill: Cannot read standard input: it is no PNG, PNM or TIFF file, and a raw frame needs"},
+    };
+    for (const auto& [text, output, errors] : cases) {
+        SCOPED_TRACE(text);
+        const ChildResult result =
+            runChild(shellCommand("cd " + m_Folder.path().string() +
+                                      "; take() { \"$0\" capture 41500101 --set Width=8 --set Height=8 --set "
+                                      "'Video Exposure=10' \"$@\" || echo ended with $? >&2; }; take " +
+                                      text,
+                                  "orange"));
+        EXPECT_EQ(result.output, output) << result.errors;
+        EXPECT_THAT(result.errors, HasSubstr(errors));
+    }
+}
+
 TEST_F(Tool, PrintsTheValueThatWasReallySet) {
     EXPECT_EQ(runChild(command({"set", "41500101", "Video Exposure", "12.3456789"}, "orange")).errors,
               "quill: warning: camera 41500101: property 'Video Exposure': was set to '12.3456789' and is now "

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <Quill.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include "Camera/CameraKind.h"
 #include "Camera/ImageSource.h"
@@ -61,47 +64,87 @@ auto onFile(ExitCode code, Action action) {
     }
 }
 
-/// Prints the file and its layout.
-void report(Output& output, const Image& image, const std::string& path, bool json) {
-    const std::string format = Imaging::getFormatName(image.getFormat());
-    if (json) {
-        output.printJson(Json{{"file", path},
-                              {"width", image.getWidth()},
-                              {"height", image.getHeight()},
-                              {"format", format},
-                              {"bitDepth", image.getBitDepth()}});
-    } else {
-        output.printLine(fmt::format("{}: {} x {} {}, {} bits", path, image.getWidth(), image.getHeight(), format,
-                                     image.getBitDepth()));
-    }
-}
-
 /// The output file of a command.
-struct Destination {
-    std::string path;
-    bool json = false;
-
+class Destination {
+public:
     void describe(CLI::App& parser) {
-        parser.add_option("-o,--output", path, "File: .png, .pgm, .ppm, .pam, .tif, .dng or .raw (bare bytes)")
+        parser
+            .add_option("-o,--output", m_Target.path,
+                        "File: .png, .pgm, .ppm, .pam, .tif, .dng (mosaics) or .raw (bare bytes); - is standard output")
             ->required()
             ->check(notEmpty());
-        addJsonFlag(parser, json);
+        parser.add_option("--type", m_Target.type, "Type of the file, whatever its extension; needed with -o -")
+            ->check(notEmpty());
+        addJsonFlag(parser, m_Json);
     }
     void requireWritable() const {
-        onFile(ExitCode::Usage, [&] { requireWritableType(path); });
+        if (isStandardOutput() && m_Target.type.empty()) {
+            throw ToolError(ExitCode::Usage, fmt::format("-o - needs --type, one of {}", writableTypes()));
+        }
+        onFile(ExitCode::Usage, [&] { requireWritableType(m_Target); });
+        if (isStandardOutput() && m_Json) {
+            throw ToolError(ExitCode::Usage, "--json excludes -o -: standard output has room for one of them");
+        }
+        if (isStandardOutput() && isatty(STDOUT_FILENO) == 1) {
+            throw ToolError(ExitCode::Usage, "standard output is a terminal, not a file or pipe for an image");
+        }
     }
-    /// @param number  number in a series, counted from 1; 0 for a single image
-    void write(Output& output, const std::unique_ptr<Image>& image, unsigned number = 0) const {
-        const std::string file = number == 0 ? path : numbered(number);
-        onFile(ExitCode::Failed, [&] { writeImageFile(image, file); });
-        report(output, *image, file, json);
-    }
+    void setOrigin(const ImageOrigin& origin) { m_Target.origin = origin; }
 
-    std::string numbered(unsigned number) const {
-        const std::filesystem::path file(path);
-        const std::string name = fmt::format("{}-{}{}", file.stem().string(), number, file.extension().string());
+    /// Starts a file for a series; nothing if each image has its own, or all go to standard output one by one.
+    std::unique_ptr<ImageSeries> startSeries(unsigned count) const {
+        return count > 1 && holdsSeries(m_Target)
+                   ? onFile(ExitCode::Failed, [&] { return std::make_unique<ImageSeries>(m_Target, count); })
+                   : nullptr;
+    }
+    /// @param number  number in a series of @p count images, counted from 1
+    void write(Output& output, const std::unique_ptr<Image>& image, unsigned number = 1, unsigned count = 1) const {
+        ImageTarget target = m_Target;
+        if (count > 1 && !isStandardOutput()) {
+            target.path = numbered(number, count);
+        }
+        onFile(ExitCode::Failed, [&] { writeImageFile(image, target); });
+        report(output, *image, target.path);
+    }
+    /// Prints the file and the layout of the image, or of the last one of several.
+    void report(Output& output, const Image& image, const std::string& path, unsigned images = 1) const {
+        const std::string format = Imaging::getFormatName(image.getFormat());
+        if (m_Json) {
+            Json line{{"file", path},
+                      {"width", image.getWidth()},
+                      {"height", image.getHeight()},
+                      {"format", format},
+                      {"bitDepth", image.getBitDepth()}};
+            if (images > 1) {
+                line["images"] = images;
+            }
+            output.printJson(line);
+            return;
+        }
+        const std::string text = fmt::format("{}: {}{} x {} {}, {} bits", isStandardOutput() ? "standard output" : path,
+                                             images > 1 ? fmt::format("{} images of ", images) : "", image.getWidth(),
+                                             image.getHeight(), format, image.getBitDepth());
+        if (isStandardOutput()) {
+            output.notify(text);
+        } else {
+            output.printLine(text);
+        }
+    }
+    const std::string& path() const { return m_Target.path; }
+
+private:
+    bool isStandardOutput() const { return m_Target.path == kStandardStream; }
+
+    /// Returns NAME-0001.EXT: names in the order of the images.
+    std::string numbered(unsigned number, unsigned count) const {
+        const std::filesystem::path file(m_Target.path);
+        const std::string name = fmt::format("{}-{:0{}}{}", file.stem().string(), number, std::to_string(count).size(),
+                                             file.extension().string());
         return (file.parent_path() / name).string();
     }
+
+    ImageTarget m_Target{""};
+    bool m_Json = false;
 };
 
 class CaptureCommand : public Command {
@@ -110,7 +153,8 @@ public:
         addCameraArgument(parser, m_Camera);
         m_Destination.describe(parser);
         parser.add_option("--format", m_Format, "Convert the images to this format first")->check(notEmpty());
-        addNumber(parser, "--count", m_Count, "Number of images; a series is numbered: NAME-1.EXT", 1, 1'000'000);
+        addNumber(parser, "--count", m_Count,
+                  "Number of images: files NAME-01.EXT and so on, or pages of one TIFF file", 1, 1'000'000);
         m_Run.describe(parser);
     }
 
@@ -127,13 +171,14 @@ public:
         if (m_Count > 1) {
             running.emplace(camera);
         }
+        m_Destination.setOrigin(
+            {camera.attempt("its model is unknown", [&] { return camera->getModelName(); }), camera.serialNumber()});
         ImageSource source(context.interrupt, camera);
-        for (unsigned number = 1; number <= m_Count; ++number) {
-            const std::unique_ptr<Image> image = converted(camera, source.next(), format);
-            if (!image) {
-                break;
-            }
-            m_Destination.write(context.output, image, m_Count > 1 ? number : 0);
+        const auto next = [&] { return converted(camera, source.next(), format); };
+        if (const std::unique_ptr<ImageSeries> series = m_Destination.startSeries(m_Count)) {
+            takeInto(*series, context.output, next);
+        } else {
+            takeOneByOne(context.output, next);
         }
         if (running) {
             running->stop();
@@ -142,6 +187,32 @@ public:
     }
 
 private:
+    using Next = std::function<std::unique_ptr<Image>()>;
+
+    void takeOneByOne(Output& output, const Next& next) const {
+        for (unsigned number = 1; number <= m_Count; ++number) {
+            const std::unique_ptr<Image> image = next();
+            if (!image) {
+                break;
+            }
+            m_Destination.write(output, image, number, m_Count);
+        }
+    }
+
+    /// An interrupt leaves a file of the images up to then, if there are any.
+    void takeInto(ImageSeries& series, Output& output, const Next& next) const {
+        std::unique_ptr<Image> last;
+        unsigned taken = 0;
+        for (std::unique_ptr<Image> image; taken < m_Count && (image = next()) != nullptr; ++taken) {
+            onFile(ExitCode::Failed, [&] { series.add(image); });
+            last = std::move(image);
+        }
+        if (last) {
+            onFile(ExitCode::Failed, [&] { series.commit(); });
+            m_Destination.report(output, *last, m_Destination.path(), taken);
+        }
+    }
+
     /// Warns if the camera delivers only a placeholder.
     /// @throws ToolError  the camera delivers no images
     static void requireImages(Output& output, const SelectedCamera& camera) {
@@ -178,7 +249,9 @@ private:
 class ConvertCommand : public Command {
 public:
     void describe(CLI::App& parser) override {
-        parser.add_option("IN", m_Source, "PNG or PNM file; any other with --from")->required()->check(notEmpty());
+        parser.add_option("IN", m_Source, "PNG, PNM or TIFF file; any other with --from; - is standard input")
+            ->required()
+            ->check(notEmpty());
         m_Destination.describe(parser);
         parser.add_option("--to", m_To, "Format of the result (default: that of the input)")->check(notEmpty());
         CLI::Option* from = parser.add_option("--from", m_From, "Pixel format of a raw frame");
@@ -204,6 +277,9 @@ public:
             format = parseFormat("--to", m_To);
         }
         m_Destination.requireWritable();
+        if (context.inShell && m_Source == kStandardStream) {
+            throw ToolError(ExitCode::Usage, "standard input holds the commands of the shell, not an image");
+        }
         std::unique_ptr<Image> image = onFile(ExitCode::Failed, [&] { return readImageFile(m_Source, raw); });
         if (format) {
             const std::string source = fmt::format("file '{}'", m_Source);
@@ -257,15 +333,21 @@ std::vector<CommandDescription> imageCommands() {
         {"capture", "Take an image and write it to a file",
          "With --count, the camera streams. --set writes properties first, as 'quill set'\n"
          "does. The image of a simulated camera is a placeholder.\n\n"
+         "A series makes one TIFF file of as many pages, or one file of any other type for\n"
+         "each image. On standard output, images of other types follow each other. Samples\n"
+         "of 10 and 12 bits keep their values in a TIFF; a PNG shows them in 16 bits.\n\n"
          "Examples:\n"
          "  quill capture 41500101 -o frame.png\n"
          "  quill capture 41500101 -o frame.png --format RGB --set \"Video Exposure=20\"\n"
          "  quill capture 41500101 -o frame.pgm --count 10 --still\n"
-         "  quill capture 41500101 -o frame.ppm --set \"Pixel Format=24\"\n",
+         "  quill capture 41500101 -o frame.ppm --set \"Pixel Format=24\"\n"
+         "  quill capture 41500101 -o series.tif --count 100\n"
+         "  quill capture 41500101 -o - --type pgm | quill convert - -o frame.png\n",
          makeCommand<CaptureCommand>},
         {"convert", "Convert an image file, or a raw frame, to another format",
          "'quill conversions' lists the available conversions. A raw frame consists of\n"
-         "bare pixels, row by row. A failed conversion leaves no file behind.\n\n"
+         "bare pixels, row by row. A failed conversion leaves no file behind.\n"
+         "Of several pages or images in a file, the first is converted.\n\n"
          "Examples:\n"
          "  quill convert frame.png --to MONO -o grey.pgm\n"
          "  quill convert frame.raw --from BAYER_RGGB --width 640 --height 480 --bits 12 \\\n"
