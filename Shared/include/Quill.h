@@ -4,6 +4,7 @@
 /// Includes every public header of the library.
 
 #include "Cameras/Camera.h"
+#include "Cameras/CameraKind.h"
 #include "Cameras/CameraState.h"
 #include "Cameras/OrvexCamera/GigE.h"
 #include "Exceptions/KestrelException.h"

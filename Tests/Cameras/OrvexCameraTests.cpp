@@ -46,6 +46,7 @@ TEST_F(OrvexCameraTest, EveryDeviceIsListedUnderItsUnsignedSerialNumber) {
     SoftwareDevices::plug(withSerial(1, 0xFFFF));
     EXPECT_EQ(Camera::searchForNewCameras(), 2U);
     EXPECT_EQ(Camera::getCamerasList(), (std::map<std::string, std::string>{{"1", ""}, {"4294967295", "Model 1CE"}}));
+    EXPECT_STREQ(getKindName(Camera::getCamera("1").getKind()), "software device");
     // An enumeration fails if the bus fills fewer records than it announces; an impossible count is not enumerated.
     Camera::unitialisedWorkpace();
     SoftwareDevices::failNext(SoftwareDevices::kNoDevice, Operation::sdkEnumCameras, 1, 1);

@@ -132,6 +132,7 @@ TEST_F(Usb3VisionCameraTest, DescribesItselfFromTheFirstConnectionOn) {
     Camera::unitialisedWorkpace();
     Camera::searchForNewCameras();
     Camera& camera = Camera::getCamera(std::to_string(kSerial));
+    EXPECT_STREQ(getKindName(camera.getKind()), "USB3 Vision");
     Texts changed;
     camera.registerPropertyChangeCallback([&](Property& property) { changed.push_back(property.getName()); });
     camera.connect();

@@ -107,7 +107,9 @@ TEST_F(Tool, GivesJsonWithStableKeys) {
         const char* pointer;
         json value;
     } cases[] = {
-        {{"list"}, "/cameras/0", {{"serialNumber", "81000"}, {"modelName", "Three"}, {"state", "disconnected"}}},
+        {{"list"},
+         "/cameras/0",
+         {{"serialNumber", "81000"}, {"modelName", "Three"}, {"state", "disconnected"}, {"kind", "simulated"}}},
         {{"list"}, "/failures", json::array()},
         {{"info", "90001"}, "/information/Model Name", "One"},
         {{"properties", "90001"}, "/properties/2/choices", {"Global", "Rolling"}},

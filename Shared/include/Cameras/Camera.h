@@ -17,6 +17,7 @@
 #include "../Streams/FrameQueue.h"
 #include "../Streams/Stream.h"
 #include "../Utilities/Mutex.h"
+#include "CameraKind.h"
 #include "CameraState.h"
 
 namespace CameraInterface {
@@ -138,6 +139,8 @@ public:
     /// The identity of the camera in the list.
     virtual std::string getSerialNumber() = 0;
     virtual std::string getModelName() = 0;
+    /// What the camera is. Thread-safe; does not ask the camera, and does not change.
+    CameraKind getKind() const { return m_Kind; }
     /// Whether a connected camera still answers. For a camera that is not connected, the result depends on its kind.
     virtual bool isCameraAlive() = 0;
 
@@ -181,7 +184,7 @@ protected:
     virtual void buildProperties() = 0;
     virtual void buildFunctions() = 0;
 
-    Camera();
+    explicit Camera(CameraKind kind = CameraKind::Unknown);
 
     static bool isCameraInList(const std::string& serialNumber, const std::vector<std::unique_ptr<Camera>>& cameras);
     static void runNewConnectCallback();
@@ -248,6 +251,7 @@ private:
     /// Makes a suspended camera that could not be resumed disconnected.
     void endFailedResumption();
 
+    const CameraKind m_Kind;
     std::atomic<unsigned int> m_ClosingSteps{0}; // odd while the camera is being closed
     std::atomic<bool> m_Retired{false};          // set once, when the camera leaves the list
     std::atomic<bool> m_ResumptionFailed{false}; // the last connect() of a suspended camera

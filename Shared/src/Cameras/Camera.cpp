@@ -28,7 +28,7 @@ std::vector<std::string> namesOf(const Table& table) {
 
 } // namespace
 
-Camera::Camera() = default;
+Camera::Camera(CameraKind kind) : m_Kind(kind) {}
 
 Camera::~Camera() {
     setFrameDispatcher(nullptr);

@@ -2,6 +2,8 @@
 
 #include "OrvexApi/OrvexApi.h"
 
+#include <cstdint>
+
 #include "Base/OperationBinding.h"
 #include "Base/SharedLibrary.h"
 #include "Base/TableInUse.h"
@@ -47,6 +49,16 @@ const OrvexApi& orvexApi() {
 
 void useOrvexApi(const OrvexApi* api) {
     tableInUse.replace(api);
+}
+
+bool drivesSoftwareDevices() {
+    static const bool answer = [] {
+        std::uint32_t (*ask)() = nullptr;
+        Base::unbind<0>(ask);
+        Base::bind(ask, Base::SharedLibrary(Base::getLibraryFolder(), "orvexapi").find(ORVEX_SOFTWARE_DEVICES));
+        return ask() != 0;
+    }();
+    return answer;
 }
 
 } // namespace OrvexAdapter

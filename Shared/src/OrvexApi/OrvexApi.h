@@ -33,4 +33,7 @@ const OrvexApi& orvexApi();
 /// SDK camera exists.
 void useOrvexApi(const OrvexApi* api);
 
+/// Whether the flat library beside this one says that its devices are software; see ORVEX_SOFTWARE_DEVICES. Thread-safe.
+bool drivesSoftwareDevices();
+
 } // namespace OrvexAdapter

@@ -3,30 +3,18 @@
 #include "Camera/CameraKind.h"
 
 #include <array>
-#include <exception>
 
 namespace QuillTool {
 
-namespace {
-
-/// @return whether the action succeeds
-template <typename Action>
-bool does(Action action) {
-    try {
-        action();
-        return true;
-    } catch (const std::exception&) {
-        return false;
-    }
-}
-
-} // namespace
-
-CameraKind kindOf(CameraInterface::Camera& camera) {
-    if (does([&] { camera.getStreamStatistics(); })) {
+CameraKind kindOf(const CameraInterface::Camera& camera) {
+    switch (camera.getKind()) {
+    case CameraInterface::CameraKind::Simulated:
+        return CameraKind::Simulated;
+    case CameraInterface::CameraKind::Usb3Vision:
+        return CameraKind::Usb3Vision;
+    default:
         return CameraKind::Sdk;
     }
-    return does([&] { camera.getImage(); }) ? CameraKind::Simulated : CameraKind::Usb3Vision;
 }
 
 const char* nameOf(CameraKind kind) {

@@ -5,12 +5,10 @@
 
 namespace QuillTool {
 
-/// The interface through which the library reaches a camera.
+/// The interface through which the library reaches a camera. Devices in software have that of SDK cameras.
 enum class CameraKind { Sdk, Usb3Vision, Simulated };
 
-/// Determines the kind of a connected camera. Without a stream, a simulated camera returns its placeholder image at
-/// once; a camera in USB3 Vision mode returns no image.
-CameraKind kindOf(CameraInterface::Camera& camera);
+CameraKind kindOf(const CameraInterface::Camera& camera);
 
 /// Returns the kind with its article: "an SDK camera".
 const char* nameOf(CameraKind kind);

@@ -32,12 +32,15 @@ public:
     void describe(CLI::App& parser) override { addJsonFlag(parser, m_Json); }
 
     ExitCode run(Context& context) override {
-        Table table{{"SERIAL", "MODEL", "STATE"}, {}};
+        Table table{{"SERIAL", "MODEL", "KIND", "STATE"}, {}};
         Json cameras = Json::array();
         for (const auto& [serialNumber, modelName] : context.session.listCameras()) {
-            const char* state = stateOf(serialNumber);
-            table.rows.push_back({serialNumber, modelName, state});
-            cameras.push_back({{"serialNumber", serialNumber}, {"modelName", modelName}, {"state", state}});
+            const Listed listed = find(serialNumber);
+            table.rows.push_back({serialNumber, modelName, listed.kind, listed.state});
+            cameras.push_back({{"serialNumber", serialNumber},
+                               {"modelName", modelName},
+                               {"state", listed.state},
+                               {"kind", listed.kind}});
         }
         if (m_Json) {
             Json failures = Json::array();
@@ -55,11 +58,17 @@ public:
     }
 
 private:
-    static const char* stateOf(const std::string& serialNumber) {
+    struct Listed {
+        const char* kind;
+        const char* state;
+    };
+
+    static Listed find(const std::string& serialNumber) {
         try {
-            return stateName(Camera::getCamera(serialNumber).getState());
+            Camera& camera = Camera::getCamera(serialNumber);
+            return {getKindName(camera.getKind()), stateName(camera.getState())};
         } catch (const KestrelExceptions::KestrelException&) {
-            return "gone";
+            return {getKindName(CameraInterface::CameraKind::Unknown), "gone"};
         }
     }
 
@@ -187,7 +196,7 @@ private:
 
 std::vector<CommandDescription> cameraCommands() {
     return {
-        {"list", "List the cameras: serial number, model and state",
+        {"list", "List the cameras: serial number, model, kind and state",
          "Ends with 1 if a kind of camera cannot be enumerated.\n\n"
          "Examples:\n"
          "  quill list\n"

@@ -69,4 +69,8 @@
 
 extern "C" {
 ORVEX_OPERATIONS(ORVEX_API_EXPORT)
+
+SOFTWARE_DEVICES_API uint32_t orvexapi_softwareDevices(void) {
+    return 1;
+}
 }

@@ -40,7 +40,8 @@ constexpr std::uint32_t kMaximumCameras = 1024;
 Utilities::Mutex OrvexCamera::m_CameraEnumerationMutex;
 
 OrvexCamera::OrvexCamera(const ORVEX_VERSION& version, unsigned int interface)
-    : m_Version(version), m_Interface(interface), m_ModelName(getModelNameFromCameraId(version.cameraid)) {
+    : Camera(drivesSoftwareDevices() ? CameraKind::SoftwareDevice : CameraKind::SdkDevice), m_Version(version),
+      m_Interface(interface), m_ModelName(getModelNameFromCameraId(version.cameraid)) {
     if (m_Interface == kGigEInterface) {
         readNetworkSettings(m_GigE);
         m_SerialNumber = m_GigE.GetCamMacAddress();

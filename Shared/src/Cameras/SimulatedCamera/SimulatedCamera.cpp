@@ -18,7 +18,7 @@ namespace CameraInterface::SimulatedAdapter {
 using namespace KestrelExceptions;
 
 SimulatedCamera::SimulatedCamera(const std::string& serialNumber, const std::string& modelName)
-    : m_SerialNumber(serialNumber), m_ModelName(modelName) {}
+    : Camera(CameraKind::Simulated), m_SerialNumber(serialNumber), m_ModelName(modelName) {}
 
 SimulatedCamera::~SimulatedCamera() {
     try {
