@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Properties/PropertyMetadata.h"
 #include "Support/OrvexPropertyFixture.h"
 #include "Support/Throws.h"
 
@@ -202,6 +203,12 @@ TEST_P(OrvexDevicePropertyTest, PropertiesAreExactlyWhatTheDeviceHasAndSayWhatIt
     choices.push_back({"Height", kEvery, std::to_string(device.unitHeight) + height + height + height, ""});
     choices.push_back({"X Offset", kEvery, "0" + width + ", 0, 0", ""});
     choices.push_back({"Y Offset", kEvery, "0" + height + ", 0, 0", ""});
+    for (const auto& [name, unit] : std::map<std::string, unsigned>{{"Width", device.unitWidth},
+                                                                    {"X Offset", device.unitWidth},
+                                                                    {"Height", device.unitHeight},
+                                                                    {"Y Offset", device.unitHeight}}) {
+        EXPECT_EQ(property(name).getIncrement(), std::to_string(unit)) << name;
+    }
     for (const Switches& row : kSwitches) {
         for (const std::string& name : row.names) {
             choices.push_back({name, row.devices, "Disabled, Enabled, Disabled, Disabled", "Disabled, Enabled"});
@@ -325,6 +332,7 @@ TEST_P(OrvexDevicePropertyTest, ConditionalPropertiesFollowTheStreamingModeAtOnc
         }
         if (has(kStillClock)) {
             EXPECT_EQ(property("Speed").getValue(), property(isVideo ? "Framerate" : "Still Clock Speed").getValue());
+            EXPECT_EQ(property("Speed").getUnit(), isVideo ? "fps" : "");
         }
     }
 }
@@ -342,6 +350,9 @@ TEST_F(DefaultDevicesTest, HaveEveryPropertyBetweenThem) {
     EXPECT_EQ(found[PROPERTY_TYPE::Float].size(), 52U);
     EXPECT_EQ(found[PROPERTY_TYPE::String].size(), 30U);
     EXPECT_EQ(found[PROPERTY_TYPE::Boolean].size(), 7U);
+    for (const auto& row : OrvexAdapter::getPropertyTable()) {
+        EXPECT_STREQ(getPropertyMetadata(row.m_Name).name, row.m_Name);
+    }
 }
 
 } // namespace

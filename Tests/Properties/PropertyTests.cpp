@@ -154,6 +154,8 @@ TEST(PropertyConditional, FollowsItsConditionAtOnce) {
     EXPECT_EQ(ofExposure.names, Texts{"Exposure"});
     mode.setValue("Still");
     EXPECT_EQ(exposure.getValue(), "5 x");
+    EXPECT_EQ(video.getUnit() + ", " + video.getCategory(), "ms, Acquisition Control");
+    EXPECT_EQ(exposure.getUnit() + still.getDescription() + still.getCategory(), "") << "those of an unknown name";
     EXPECT_TRUE(exposure.isDiscrete());
     exposure.setValue("100 x");
     exposure.resetToDefault();

@@ -217,6 +217,8 @@ protected:
     };
     /// Passes the property-change callback to every property. Called after they are built.
     void updatePropertyChangeCallback();
+    /// Tells properties, such as "Width", which property holds their increment. Called after they are built.
+    void connectIncrements();
     /// Lets the stream find out again what frames are described by, whenever the property changes while queues are
     /// open.
     void describeFramesAfterChangeOf(const std::string& propertyName);

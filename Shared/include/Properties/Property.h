@@ -58,6 +58,20 @@ public:
     /// @throws KestrelException_Property "PropertyReadOnly"  a constant that the camera reports as writable
     virtual void setValue(const std::string& value) = 0;
 
+    // What people need to know about a property. For a name of PropertyNames.h, one table of the library says it;
+    // elsewhere, and where nobody knows, the text is empty.
+
+    /// The unit of the value and its limits: "ms", "fps", "px", ... A property without a unit, such as a factor, has an
+    /// empty text.
+    virtual std::string getUnit();
+    /// The step, as text, of which the value must be a multiple. Throws what getValue() of the property that holds the
+    /// step throws, such as "Unit Width" for "Width".
+    virtual std::string getIncrement();
+    /// One sentence.
+    virtual std::string getDescription();
+    /// The category of the Standard Features Naming Convention, in words: "Image Format Control", ...
+    virtual std::string getCategory();
+
     std::string getName() const;
     PROPERTY_TYPE getType() const;
 
@@ -89,6 +103,7 @@ private:
 
     std::string m_Name;
     PROPERTY_TYPE m_Type;
+    Property* m_IncrementProperty = nullptr;             // not owned: of the same camera
     std::map<std::string, Property*> m_LinkedProperties; // not owned: all belong to one camera
     std::function<void(Property&)> m_OnChangeCallback;
     std::function<void()> m_Observer; // the camera's own; called before the callback

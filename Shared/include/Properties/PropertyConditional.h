@@ -32,6 +32,9 @@ public:
     std::vector<std::string> getValueList() override;
     /// Throws what getValue() of the condition property and setValue() of the selected property throw.
     void setValue(const std::string& value) override;
+    /// Unit and increment are those of the selected property; description and category go with the name.
+    std::string getUnit() override;
+    std::string getIncrement() override;
 
 private:
     Property& selected();

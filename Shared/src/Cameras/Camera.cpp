@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Exceptions/Raise.h"
+#include "Properties/PropertyMetadata.h"
 #include "Streams/FrameDispatcher.h"
 #include "Streams/FrameHub.h"
 
@@ -156,6 +157,15 @@ void Camera::registerPropertyChangeCallback(std::function<void(Property&)> callb
 void Camera::updatePropertyChangeCallback() {
     for (const auto& entry : m_Properties) {
         entry.second->registerOnChangeCallback(m_PropertyChangeCallback);
+    }
+}
+
+void Camera::connectIncrements() {
+    for (const auto& entry : m_Properties) {
+        const auto holder = m_Properties.find(getPropertyMetadata(entry.first).incrementProperty);
+        if (holder != m_Properties.end()) {
+            entry.second->m_IncrementProperty = holder->second.get();
+        }
     }
 }
 

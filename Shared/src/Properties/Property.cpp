@@ -4,6 +4,8 @@
 
 #include <utility>
 
+#include "Properties/PropertyMetadata.h"
+
 namespace CameraInterface {
 
 Property::Property(const std::string& name, const PROPERTY_TYPE& type) : m_Name(name), m_Type(type) {}
@@ -18,6 +20,27 @@ void Property::resetToDefault() {
 
 void Property::update(bool notifyLinked) {
     onChange(notifyLinked);
+}
+
+std::string Property::getUnit() {
+    return getPropertyMetadata(m_Name).unit;
+}
+
+std::string Property::getIncrement() {
+    std::string text = m_IncrementProperty != nullptr ? m_IncrementProperty->getValue() : "";
+    if (text.find('.') != std::string::npos) { // "8.000000", the number of a camera
+        text.erase(text.find_last_not_of('0') + 1);
+        text.erase(text.find_last_not_of('.') + 1);
+    }
+    return text;
+}
+
+std::string Property::getDescription() {
+    return getPropertyMetadata(m_Name).description;
+}
+
+std::string Property::getCategory() {
+    return getPropertyMetadata(m_Name).category;
 }
 
 std::string Property::getName() const {

@@ -50,4 +50,12 @@ void PropertyConditional::setValue(const std::string& value) {
     selected().setValue(value);
 }
 
+std::string PropertyConditional::getUnit() {
+    return selected().getUnit();
+}
+
+std::string PropertyConditional::getIncrement() {
+    return selected().getIncrement();
+}
+
 } // namespace CameraInterface

@@ -231,6 +231,7 @@ bool OrvexCamera::hasOpenedAnother() {
 void OrvexCamera::buildProperties() {
     OrvexPropertyBuilder::build(m_Properties, *this);
     updatePropertyChangeCallback();
+    connectIncrements();
     for (const char* name : {PropertyNames::kVideoExposure, PropertyNames::kVideoGain, PropertyNames::kColorFormat}) {
         describeFramesAfterChangeOf(name);
     }

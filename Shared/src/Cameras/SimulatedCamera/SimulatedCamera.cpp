@@ -96,6 +96,7 @@ void SimulatedCamera::buildProperties() {
         }
     }
     updatePropertyChangeCallback();
+    connectIncrements();
 }
 
 void SimulatedCamera::buildFunctions() {
