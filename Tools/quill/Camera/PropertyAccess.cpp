@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "Camera/Region.h"
+#include "Terminal/NearestName.h"
 #include "Terminal/Numbers.h"
 
 namespace QuillTool {
@@ -100,7 +101,7 @@ private:
     }
 
     void requireMultiple(const PropertyReading& property, const std::string& text) const {
-        const std::optional<std::uint64_t> unit = unitOf(m_Camera, m_Name);
+        const std::optional<std::uint64_t> unit = unitIn(property.increment);
         const std::optional<std::uint64_t> value = parseWholeNumber(text);
         if (!unit || !value) {
             return;
@@ -140,7 +141,7 @@ std::string PropertyReading::writability() const {
     return readOnly ? "read-only" : availableForWriting ? "writable" : "locked";
 }
 
-PropertyReading readProperty(const SelectedCamera& camera, const std::string& name, const std::string& tried) {
+PropertyReading readProperty(const SelectedCamera& camera, const std::string& name, const std::string& tried) try {
     return camera.attempt(fmt::format("property '{}': cannot be {}", name, tried), [&] {
         Property& property = camera->getProperty(name);
         PropertyReading reading;
@@ -157,8 +158,17 @@ PropertyReading readProperty(const SelectedCamera& camera, const std::string& na
         }
         reading.defaultValue = property.getDefault();
         reading.value = property.getValue();
+        reading.unit = property.getUnit();
+        reading.increment = property.getIncrement();
+        reading.description = property.getDescription();
+        reading.category = property.getCategory();
         return reading;
     });
+} catch (const ToolError& failure) {
+    const std::string nearest =
+        failure.code() == ExitCode::NotFound ? nearestName(name, camera->getSupportedProperties()) : "";
+    throw nearest.empty() ? failure
+                          : ToolError(failure.code(), fmt::format("{} Did you mean '{}'?", failure.what(), nearest));
 }
 
 void WrittenProperty::requireAsAsked(Output& output) const {
@@ -179,13 +189,20 @@ void writeProperty(Output& output, const SelectedCamera& camera, const std::stri
     writeProperty(camera, name, value).requireAsAsked(output);
 }
 
+std::optional<std::pair<std::string, std::string>> splitAssignment(const std::string& text) {
+    const std::size_t sign = text.find('=');
+    return sign == std::string::npos || sign == 0
+               ? std::nullopt
+               : std::optional(std::pair(text.substr(0, sign), text.substr(sign + 1)));
+}
+
 void writeProperties(Output& output, const SelectedCamera& camera, const std::vector<std::string>& assignments) {
     for (const std::string& assignment : assignments) {
-        const std::size_t sign = assignment.find('=');
-        if (sign == std::string::npos || sign == 0) {
+        const auto parts = splitAssignment(assignment);
+        if (!parts) {
             throw ToolError(ExitCode::Usage, fmt::format("--set {}: is not NAME=VALUE", assignment));
         }
-        writeProperty(output, camera, assignment.substr(0, sign), assignment.substr(sign + 1));
+        writeProperty(output, camera, parts->first, parts->second);
     }
 }
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <Quill.h>
@@ -23,6 +25,10 @@ struct PropertyReading {
     bool discrete = false;
     bool readOnly = false;
     bool availableForWriting = false;
+    std::string unit;
+    std::string increment;
+    std::string description;
+    std::string category;
 
     /// Returns the choices or the range as text for people; may be empty.
     std::string allowed() const;
@@ -30,7 +36,7 @@ struct PropertyReading {
     std::string writability() const;
 };
 
-/// Reads a complete property.
+/// Reads a complete property. Suggests another name if the camera has none of this one.
 /// @param tried  the participle for the error: "cannot be read"
 /// @throws ToolError
 PropertyReading readProperty(const SelectedCamera& camera, const std::string& name, const std::string& tried = "read");
@@ -52,6 +58,9 @@ WrittenProperty writeProperty(const SelectedCamera& camera, const std::string& n
 /// Does the same and reports only a difference.
 /// @throws ToolError
 void writeProperty(Output& output, const SelectedCamera& camera, const std::string& name, const std::string& value);
+
+/// Splits NAME=VALUE at its first sign of equality; empty if there is none, or no name.
+std::optional<std::pair<std::string, std::string>> splitAssignment(const std::string& text);
 
 /// Writes properties, given as NAME=VALUE, in order.
 /// @throws ToolError

@@ -21,22 +21,32 @@ namespace {
 struct Direction {
     const char* offset;
     const char* length;
-    const char* unit;
     const char* maximum; ///< of the sensor
 };
 
 constexpr std::array kDirections{
-    Direction{PropertyNames::kXOffset, PropertyNames::kWidth, PropertyNames::kUnitWidth, PropertyNames::kMaximumWidth},
-    Direction{PropertyNames::kYOffset, PropertyNames::kHeight, PropertyNames::kUnitHeight,
-              PropertyNames::kMaximumHeight},
+    Direction{PropertyNames::kXOffset, PropertyNames::kWidth, PropertyNames::kMaximumWidth},
+    Direction{PropertyNames::kYOffset, PropertyNames::kHeight, PropertyNames::kMaximumHeight},
 };
+
+std::optional<std::uint64_t> wholePart(const std::string& text) {
+    const auto number = parseNumber(text, NumberKind::Real);
+    return number && *number >= 0 ? std::optional(static_cast<std::uint64_t>(*number)) : std::nullopt;
+}
 
 std::optional<std::uint64_t> readPixels(const SelectedCamera& camera, const char* property) {
     try {
-        const auto number = parseNumber(camera->getProperty(property).getValue(), NumberKind::Real);
-        return number && *number >= 0 ? std::optional(static_cast<std::uint64_t>(*number)) : std::nullopt;
+        return wholePart(camera->getProperty(property).getValue());
     } catch (const std::exception&) {
         return std::nullopt; // unreadable
+    }
+}
+
+std::uint64_t readUnit(const SelectedCamera& camera, const char* property) {
+    try {
+        return unitIn(camera->getProperty(property).getIncrement()).value_or(1);
+    } catch (const std::exception&) {
+        return 1; // unreadable
     }
 }
 
@@ -50,7 +60,7 @@ std::string regionTrouble(const SelectedCamera& camera) {
         if (!end || !offset || !length) {
             continue;
         }
-        const std::uint64_t unit = unitOf(camera, direction.length).value_or(1);
+        const std::uint64_t unit = readUnit(camera, direction.length);
         for (const auto& [property, value] : {std::pair(direction.offset, *offset), {direction.length, *length}}) {
             if (const std::string trouble = unitTrouble(unit, value, 0, *end); !trouble.empty()) {
                 troubles.push_back(fmt::format("property '{}' is {}: {}", property, value, trouble));
@@ -66,11 +76,8 @@ std::string regionTrouble(const SelectedCamera& camera) {
 
 } // namespace
 
-std::optional<std::uint64_t> unitOf(const SelectedCamera& camera, const std::string& property) {
-    const auto* direction = std::find_if(kDirections.begin(), kDirections.end(), [&](const Direction& candidate) {
-        return property == candidate.offset || property == candidate.length;
-    });
-    const auto unit = direction == kDirections.end() ? std::nullopt : readPixels(camera, direction->unit);
+std::optional<std::uint64_t> unitIn(const std::string& increment) {
+    const auto unit = wholePart(increment);
     return unit && *unit != 0 ? unit : std::nullopt;
 }
 

@@ -10,9 +10,8 @@
 
 namespace QuillTool {
 
-/// Returns the unit of which an edge of the image, such as "Width", must be a multiple; nothing for any other property,
-/// or if the unit cannot be read.
-std::optional<std::uint64_t> unitOf(const SelectedCamera& camera, const std::string& property);
+/// Returns the whole number, not 0, that the text of an increment stands for.
+std::optional<std::uint64_t> unitIn(const std::string& increment);
 
 /// Returns "it takes multiples of 8; the nearest are 96 and 104", limited to those from @p least to @p most; empty if
 /// @p value is a multiple.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <Quill.h>
@@ -25,7 +27,9 @@ Json toJson(const PropertyReading& reading) {
             {"value", reading.value},       {"default", reading.defaultValue},
             {"minimum", reading.minimum},   {"maximum", reading.maximum},
             {"discrete", reading.discrete}, {"choices", reading.choices},
-            {"readOnly", reading.readOnly}, {"availableForWriting", reading.availableForWriting}};
+            {"readOnly", reading.readOnly}, {"availableForWriting", reading.availableForWriting},
+            {"unit", reading.unit},         {"increment", reading.increment},
+            {"category", reading.category}, {"description", reading.description}};
 }
 
 /// The JSON document of all commands on properties.
@@ -62,12 +66,7 @@ public:
         if (m_Json) {
             context.output.printJson(toJson(camera, readings));
         } else {
-            Table table{{"NAME", "TYPE", "VALUE", "WRITABILITY", "RANGE OR CHOICES"}, {}};
-            for (const PropertyReading& reading : readings) {
-                table.rows.push_back(
-                    {reading.name, typeName(reading.type), reading.value, reading.writability(), reading.allowed()});
-            }
-            context.output.printTable(table);
+            context.output.printTable(byCategory(readings));
         }
         if (readings.size() < names.size()) {
             throw ToolError(ExitCode::Failed, camera.about(fmt::format("{} of {} properties cannot be read",
@@ -77,7 +76,64 @@ public:
     }
 
 private:
+    static Table byCategory(const std::vector<PropertyReading>& readings) {
+        std::map<std::pair<bool, std::string>, std::vector<const PropertyReading*>> categories; // the nameless one last
+        for (const PropertyReading& reading : readings) {
+            categories[{reading.category.empty(), reading.category}].push_back(&reading);
+        }
+        Table table{{"NAME", "TYPE", "VALUE", "UNIT", "STEP", "WRITABILITY", "RANGE OR CHOICES"}, {}};
+        for (const auto& [category, members] : categories) {
+            table.rows.push_back({fmt::format("[{}]", category.first ? "Other" : category.second)});
+            for (const PropertyReading* reading : members) {
+                table.rows.push_back({reading->name, typeName(reading->type), reading->value, reading->unit,
+                                      reading->increment, reading->writability(), reading->allowed()});
+            }
+        }
+        return table;
+    }
+
     std::string m_Camera;
+    bool m_Json = false;
+};
+
+class DescribeCommand : public Command {
+public:
+    void describe(CLI::App& parser) override {
+        addCameraArgument(parser, m_Camera);
+        parser.add_option("NAME", m_Name, "Name of the property")->required();
+        addJsonFlag(parser, m_Json);
+    }
+
+    ExitCode run(Context& context) override {
+        const SelectedCamera camera = context.session.connect(m_Camera);
+        const PropertyReading reading = readProperty(camera, m_Name);
+        if (m_Json) {
+            context.output.printJson(toJson(camera, {reading}));
+            return ExitCode::Done;
+        }
+        Table table{{"WHAT", "VALUE"},
+                    {{"Name", reading.name},
+                     {"Description", reading.description},
+                     {"Category", reading.category},
+                     {"Type", typeName(reading.type)},
+                     {"Value", reading.value},
+                     {"Default", reading.defaultValue},
+                     {"Unit", reading.unit},
+                     {"Writability", reading.writability()}}};
+        if (reading.discrete) {
+            table.rows.push_back({"Choices", reading.allowed()});
+        } else {
+            table.rows.push_back({"Minimum", reading.minimum});
+            table.rows.push_back({"Maximum", reading.maximum});
+            table.rows.push_back({"Step", reading.increment});
+        }
+        context.output.printTable(table);
+        return ExitCode::Done;
+    }
+
+private:
+    std::string m_Camera;
+    std::string m_Name;
     bool m_Json = false;
 };
 
@@ -119,27 +175,67 @@ class SetCommand : public Command {
 public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
-        parser.add_option("NAME", m_Name, "Name of the property")->required();
-        parser.add_option("VALUE", m_Value, "One of the choices, or a value within the range")->required();
+        addTexts(parser, "NAME=VALUE", m_Words, "Property and value, repeatable; or NAME and VALUE as two words")
+            ->required();
         addJsonFlag(parser, m_Json);
     }
 
     ExitCode run(Context& context) override {
+        const auto assignments = parseWords();
         const SelectedCamera camera = context.session.connect(m_Camera);
-        const WrittenProperty written = writeProperty(camera, m_Name, m_Value);
-        if (m_Json) {
-            context.output.printJson(toJson(camera, {written.reading}));
-        } else {
-            context.output.printLine(fmt::format("{} = {}", written.reading.name, written.reading.value));
+        std::vector<WrittenProperty> written;
+        try {
+            for (const auto& [name, value] : assignments) {
+                written.push_back(writeProperty(camera, name, value));
+                if (!m_Json) {
+                    const PropertyReading& reading = written.back().reading;
+                    context.output.printLine(fmt::format("{} = {}", reading.name, reading.value));
+                }
+            }
+        } catch (const ToolError&) {
+            printDocument(context.output, camera, written); // what was written before stays written
+            throw;
         }
-        written.requireAsAsked(context.output);
+        printDocument(context.output, camera, written);
+        for (const WrittenProperty& one : written) {
+            one.requireAsAsked(context.output);
+        }
         return ExitCode::Done;
     }
 
 private:
+    using Assignments = std::vector<std::pair<std::string, std::string>>;
+
+    Assignments parseWords() const {
+        Assignments assignments;
+        for (const std::string& word : m_Words) {
+            if (auto parts = splitAssignment(word)) {
+                assignments.push_back(std::move(*parts));
+            }
+        }
+        if (assignments.size() == m_Words.size()) {
+            return assignments;
+        }
+        if (m_Words.size() == 2) {
+            return {{m_Words[0], m_Words[1]}};
+        }
+        throw ToolError(ExitCode::Usage, "set: takes NAME=VALUE, repeatable, or NAME and VALUE as two words");
+    }
+
+    void printDocument(Output& output, const SelectedCamera& camera,
+                       const std::vector<WrittenProperty>& written) const {
+        if (!m_Json || written.empty()) {
+            return;
+        }
+        std::vector<PropertyReading> readings;
+        for (const WrittenProperty& one : written) {
+            readings.push_back(one.reading);
+        }
+        output.printJson(toJson(camera, readings));
+    }
+
     std::string m_Camera;
-    std::string m_Name;
-    std::string m_Value;
+    std::vector<std::string> m_Words;
     bool m_Json = false;
 };
 
@@ -147,28 +243,35 @@ private:
 
 std::vector<CommandDescription> propertyCommands() {
     return {
-        {"properties", "List a camera's properties",
-         "A 'locked' property cannot be written at the moment.\n\n"
+        {"properties", "List a camera's properties, by category",
+         "A 'locked' property cannot be written at the moment. A value must be a multiple\n"
+         "of the step.\n\n"
          "Examples:\n"
          "  quill properties 90001\n"
          "  quill properties 90001 | grep writable\n"
          "  quill properties 90001 --json | jq -r '.properties[] | .name + \"=\" + .value'\n",
          makeCommand<PropertiesCommand>},
+        {"describe", "Print all that is known about a property",
+         "Examples:\n"
+         "  quill describe 41500101 Width\n"
+         "  quill describe 41500101 Exposure --json | jq -r '.properties[0].unit'\n",
+         makeCommand<DescribeCommand>},
         {"get", "Read properties",
          "Prints the bare value of one property, or a table of several.\n\n"
          "Examples:\n"
          "  quill get 90001 Gamma\n"
          "  quill get 90001 Gamma \"Video Exposure\" \"Video Gain\"\n",
          makeCommand<GetCommand>},
-        {"set", "Write a property and read it back",
-         "Refuses, before writing, a value that is not among the choices, is out of range\n"
-         "or lies between two steps of the image's size. Numbers are decimal, or\n"
-         "hexadecimal as 0x.... A value that begins with '-' and is not a number, or is\n"
-         "'++', follows '--'. Prints the resulting value; ends with 6 if it differs from\n"
-         "the requested value. A Float that the camera rounds causes only a warning.\n\n"
+        {"set", "Write properties and read them back",
+         "Writes in the given order, and stops at the first refusal. Refuses, before\n"
+         "writing, a value that is not among the choices, is out of range or lies between\n"
+         "two steps. Numbers are decimal, or hexadecimal as 0x.... A value that begins\n"
+         "with '-' and is not a number, or is '++', follows '--'. Prints the resulting\n"
+         "values; ends with 6 if one differs from the requested value. A Float that the\n"
+         "camera rounds causes only a warning.\n\n"
          "Examples:\n"
          "  quill set 90001 \"Video Exposure\" 12.5\n"
-         "  quill set 90001 Shutter Rolling\n",
+         "  quill set 90001 Shutter=Rolling \"Video Exposure=12.5\" Width=640\n",
          makeCommand<SetCommand>},
     };
 }

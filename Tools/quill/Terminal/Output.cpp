@@ -85,7 +85,8 @@ void Output::printLine(std::string_view text) {
 void Output::printTable(const Table& table) {
     std::vector<std::size_t> widths(table.header.size());
     const auto widen = [&](const std::vector<std::string>& cells) {
-        for (std::size_t column = 0; column < cells.size(); ++column) {
+        const bool isHeading = cells.size() < widths.size();
+        for (std::size_t column = 0; !isHeading && column < cells.size(); ++column) {
             widths[column] = std::max(widths[column], displayWidth(cellText(cells[column])));
         }
     };

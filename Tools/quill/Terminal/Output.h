@@ -12,7 +12,8 @@ namespace QuillTool {
 /// JSON whose keys keep their order of insertion.
 using Json = nlohmann::ordered_json;
 
-/// Rows under a header; all have the same number of cells.
+/// Rows under a header; all have the same number of cells, except headings within the table, which are the only cell of
+/// their row.
 struct Table {
     std::vector<std::string> header;
     std::vector<std::vector<std::string>> rows;
