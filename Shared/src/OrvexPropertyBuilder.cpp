@@ -123,6 +123,13 @@ void OrvexPropertyBuilder::linkProperties(Properties& properties) {
             row.link(*first->second, *second->second);
         }
     }
+    const auto mode = properties.find(kStreamingMode);
+    for (const ConditionalDefinition& row : kConditionals) {
+        const auto conditional = properties.find(row.name);
+        if (mode != properties.end() && conditional != properties.end()) {
+            mode->second->addLinkedProperty(*conditional->second);
+        }
+    }
 }
 
 void OrvexPropertyBuilder::linkBothWays(Property& a, Property& b) {

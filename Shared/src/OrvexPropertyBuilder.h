@@ -29,7 +29,7 @@ public:
     /// Restores the hardware trigger of an earlier connection, which building has switched off. If that fails, runs a
     /// callback of the application; call it therefore without a lock.
     static void restoreTrigger(const Properties& properties);
-    /// Links the pairs of which the camera has both.
+    /// Links the pairs of which the camera has both, and the streaming mode to the properties that depend on it.
     static void linkProperties(Properties& properties);
     static void linkBothWays(Property& a, Property& b);
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 #include <new>
 
 #include <gtest/gtest.h>
@@ -84,6 +85,17 @@ TEST_F(OrvexPropertyBuilderTest, FramerateAndLinkedPropertiesNotifyEachOther) {
         EXPECT_EQ(changed, expected);
     }
     EXPECT_EQ(property(kFramerate).getValue(), "5.000000") << "half the rate at half the clock speed";
+    m_Camera->registerPropertyChangeCallback({});
+}
+
+TEST_F(OrvexPropertyBuilderTest, TheCallbackGetsTheLimitsThatAnotherPropertyChanged) {
+    std::map<std::string, std::string> maxima;
+    connect(timing()).registerPropertyChangeCallback([&](Property& one) { maxima[one.getName()] = one.getMaximum(); });
+    property(kClockSpeed).setValue("Clock 1"); // which stands for the video clock speed
+    EXPECT_EQ(maxima[kFramerate], "10.000000");
+    property(kStreamingMode).setValue("Still");
+    EXPECT_EQ(maxima[kExposure], "10000.000000");
+    EXPECT_EQ(maxima[kSpeed], "Clock 3");
     m_Camera->registerPropertyChangeCallback({});
 }
 

@@ -178,6 +178,13 @@ public:
 
     /// Replaces the function that is called, on the writing thread, after a property changed; also for properties of
     /// later connections. An empty function clears it.
+    ///
+    /// Before it is called for the property that was written, it is called for each property whose range, choices or
+    /// availability may have changed with it: for "Framerate" with "Video Clock Speed" and "Video Tap Configuration",
+    /// and the reverse; for those that stand for one of two properties, such as "Exposure", with "Streaming Mode".
+    /// Limits and choices are asked of the camera at every call, so that the function gets the new ones. A write
+    /// through "Exposure" is reported for the property that it stands for. Starting and stopping the stream, which
+    /// changes what can be written, is not reported.
     void registerPropertyChangeCallback(std::function<void(Property&)> callback);
 
 protected:
