@@ -28,6 +28,7 @@
 #include "Properties/PropertyConditional.h"
 #include "PropertyNames.h"
 #include "PropertyValueEnumerations.h"
+#include "Settings/CameraSettings.h"
 #include "Streams/Frame.h"
 #include "Streams/FrameQueue.h"
 #include "Streams/Stream.h"

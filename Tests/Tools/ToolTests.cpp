@@ -47,7 +47,7 @@ TEST_F(Tool, EndsWithTheDocumentedCodeAndSaysWhy) {
         {{"set", "90001", "Shutter=Rolling", "Width=64"}, 0, "Shutter = Rolling\nWidth = 64\n"},
         {{"functions", "90001"}, 0, "Read Flash   Address:Integer, Length:Integer  Data:String  yes\n"},
         {{"perform", "90001", "Read Flash", "0", "2"}, 0, "00000000  ff ff  "},
-        {{"conform", "90001"}, 0, "a simulated camera, firmware unknown: 197 answers, 0 not as documented\n"},
+        {{"conform", "90001"}, 0, "a simulated camera, firmware unknown: 217 answers, 0 not as documented\n"},
         {{"conversions"}, 0, "\nBAYER_RGGB   RGB          BAYER_RGGB_TO_RGB\n"},
         {{"--version"}, 0, "quill "},
         {{"--help"}, 0, "130  interrupted"},
@@ -334,6 +334,27 @@ TEST_F(Tool, PrintsTheValueThatWasReallySet) {
     EXPECT_EQ(runChild(command({"set", "41500101", "Video Exposure", "12.3456789"}, "orange")).errors,
               "quill: warning: camera 41500101: property 'Video Exposure': was set to '12.3456789' and is now "
               "'12.345679'\n");
+}
+
+TEST_F(Tool, SavesComparesAndLoadsSettings) {
+    const std::string file = m_Folder.file("settings.json");
+    const ChildResult result =
+        runScript("settings save 90001 '" + file + "'\nset 90001 Gain=3 Shutter=Rolling\n" +
+                  "settings compare 90001 '" + file + "'\nsettings load 90001 '" + file +
+                  "'\nsettings compare 90001 '" + file + "'\nsettings load 90002 '" + file + "'\n");
+    EXPECT_EQ(result.output, "Gain = 3\nShutter = Rolling\n"
+                             "NAME     FILE    CAMERA   REASON\n"
+                             "Gain     1.5     3        -\n"
+                             "Shutter  Global  Rolling  -\n"
+                             "Shutter = Global\nGain = 1.5\n");
+    EXPECT_EQ(result.errors, "quill: line 3: camera 90001: 2 of 3 settings differ\n"
+                             "quill: line 6: camera 90002: the settings of a 'One' cannot be loaded: The settings are "
+                             "those of another model.\n");
+    const auto piped = [&](const std::string& text) { return runChild(shellCommand(text)); };
+    EXPECT_THAT(piped(R"("$0" settings save 90001 - | "$0" settings load --force 90002 -)").errors,
+                HasSubstr("camera 90002: 3 settings failed, 0 read back otherwise"));
+    EXPECT_THAT(piped(R"(echo '{' | "$0" settings compare 90001 -)").errors,
+                HasSubstr("quill: file '-': Settings cannot be read. parse error at line 2, column 1"));
 }
 
 TEST_F(Tool, PrintsRatesBelowOneFrameASecond) {

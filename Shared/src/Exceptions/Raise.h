@@ -46,6 +46,8 @@ inline constexpr ErrorKind kStreamEnded{"StreamStopped", "The camera's capture e
 inline constexpr ErrorKind kStreamOutOfMemory{"StreamStopped", "There was not enough memory for the next frame."};
 inline constexpr ErrorKind kStreamCameraGone{"StreamStopped", "The camera is gone."};
 inline constexpr ErrorKind kStreamUnsupported{"StreamUnsupported", "The camera has no stream."};
+inline constexpr ErrorKind kSettingsInvalid{"SettingsInvalid", "Settings cannot be read."};
+inline constexpr ErrorKind kSettingsModel{"SettingsModel", "The settings are those of another model."};
 inline constexpr ErrorKind kWouldWaitForItself{
     "WouldWaitForItself", "This operation waits for the callback that called it. Call it from another thread."};
 } // namespace Errors

@@ -68,6 +68,7 @@ CommandDescription kitCommand();
 CommandDescription streamCommand();
 CommandDescription watchCommand();
 CommandDescription conformCommand();
+CommandDescription settingsCommands();
 CommandDescription shellCommand();
 
 } // namespace QuillTool

@@ -47,8 +47,9 @@ const std::vector<CommandDescription>& allCommands() {
         for (auto& group : {cameraCommands(), propertyCommands(), functionCommands(), imageCommands()}) {
             std::copy(group.begin(), group.end(), std::back_inserter(all));
         }
-        for (const auto& single : {streamCommand, watchCommand, conformCommand, flashCommands, firmwareCommands,
-                                   jtagCommand, rebootCommand, usb3VisionCommands, kitCommand, shellCommand}) {
+        for (const auto& single :
+             {settingsCommands, streamCommand, watchCommand, conformCommand, flashCommands, firmwareCommands,
+              jtagCommand, rebootCommand, usb3VisionCommands, kitCommand, shellCommand}) {
             all.push_back(single());
         }
         return all;

@@ -121,6 +121,7 @@ constexpr Row kRows[] = {
     {"isCameraAlive", kHardware, whileOpen("false", "true", "false")},
     {"getSerialNumber", kEvery, always(kOk)},
     {"getModelName", kEvery, always(kOk)},
+    {"getKind", kEvery, always(kOk)},
     {"getCameraInfo", kSimulated, sinceConnected("empty", "ok|empty")}, // depends on the list of cameras
     {"getCameraInfo", kHardware, sinceConnected("empty", kOk)},
 
@@ -144,6 +145,10 @@ constexpr Row kRows[] = {
     {"Property::getMinimum", kEvery, sinceConnected(kNoProperty, kOk)},
     {"Property::getMaximum", kEvery, sinceConnected(kNoProperty, kOk)},
     {"Property::getDefault", kEvery, sinceConnected(kNoProperty, kOk)},
+    {"Property::getUnit", kEvery, sinceConnected(kNoProperty, kOk)},
+    {"Property::getIncrement", kEvery, sinceConnected(kNoProperty, kOk)},
+    {"Property::getDescription", kEvery, sinceConnected(kNoProperty, kOk)},
+    {"Property::getCategory", kEvery, sinceConnected(kNoProperty, kOk)},
     {"Property::isReadOnly", kEvery, sinceConnected(kNoProperty, kEither)},
     {"Property::isAvailableForWriting", kEvery, sinceConnected(kNoProperty, kEither)},
     {"Property::setValue (as it is)", kEvery, sinceConnected(kNoProperty, kOk)},
