@@ -63,6 +63,10 @@ Json documentOf(const Subject& subject, const std::vector<Finding>& findings, st
                            {"milliseconds", finding.time.count()},
                            {"conforms", finding.conforms}});
     }
+    Json counters = Json::object();
+    for (const CameraInterface::StreamCounter& counter : subject.counters()) {
+        counters[counter.name] = counter.value;
+    }
     return {{"version", QUILL_TOOL_VERSION},
             {"serialNumber", subject.serialNumber()},
             {"modelName", subject.modelName()},
@@ -70,7 +74,19 @@ Json documentOf(const Subject& subject, const std::vector<Finding>& findings, st
             {"kind", nameOf(subject.kind())},
             {"conforms", failures == 0},
             {"failures", failures},
+            {"counters", counters},
             {"answers", answers}};
+}
+
+/// What became of the frames of all states, such as "Captured 12, Delivered 3, Unused 9".
+std::string framesOf(const Subject& subject) {
+    std::string text;
+    for (const CameraInterface::StreamCounter& counter : subject.counters()) {
+        if (counter.value > 0 || counter.name == "Captured") {
+            text += fmt::format("{}{} {}", text.empty() ? "" : ", ", counter.name, counter.value);
+        }
+    }
+    return text;
 }
 
 class ConformCommand : public Command {
@@ -114,6 +130,9 @@ private:
             if (!finding.conforms) {
                 output.printLine(sentenceOf(finding));
             }
+        }
+        if (const std::string frames = framesOf(subject); !frames.empty()) {
+            output.printLine("frames: " + frames);
         }
         output.printLine(fmt::format(
             "quill {}; {} {}, {}, firmware {}: {} answers, {} not as documented", QUILL_TOOL_VERSION,

@@ -232,7 +232,12 @@ const std::vector<PublicCall>& allPublicCalls() {
         {"stopStream", kCamera, kChanges, call<&Camera::stopStream>},
         {"getStreamStatistics", kCamera, kKeeps,
          [](S& s) { return s.camera().getStreamStatistics().getCaptureTime(), std::string(kDone); }},
-        {"getStreamCounters", kCamera, kKeeps, [](S& s) { return correct(addUp(s.camera().getStreamCounters())); }},
+        {"getStreamCounters", kCamera, kKeeps,
+         [](S& s) {
+             const std::vector<StreamCounter> counters = s.camera().getStreamCounters();
+             s.count(counters);
+             return correct(addUp(counters));
+         }},
         {"openFrameQueue", kCamera, kKeeps, [](S& s) { return answerOf(s.camera().openFrameQueue().tryPop().status); }},
         {"setFrameCallback (none)", kCamera, kKeeps,
          [](S& s) { return s.camera().setFrameCallback({}), std::string(kDone); }},

@@ -117,4 +117,14 @@ std::string Subject::findFunction() const {
     return found == kFunctions.end() ? "" : *found;
 }
 
+void Subject::count(const std::vector<CameraInterface::StreamCounter>& counters) {
+    if (m_Counters.empty()) {
+        m_Counters = counters; // every object of a camera has the same ones
+        return;
+    }
+    for (std::size_t i = 0; i < std::min(counters.size(), m_Counters.size()); ++i) {
+        m_Counters[i].value += counters[i].value;
+    }
+}
+
 } // namespace QuillTool::Conformance

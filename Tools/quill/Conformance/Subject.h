@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 #include <Quill.h>
 
@@ -57,6 +58,11 @@ public:
     /// Returns a function with parameters; empty for a camera without one.
     const std::string& function() const { return m_Function; }
 
+    /// Adds the counters of the present camera object, which start at 0 for each.
+    void count(const std::vector<CameraInterface::StreamCounter>& counters);
+    /// Returns the sums so far; empty for a camera without a stream.
+    const std::vector<CameraInterface::StreamCounter>& counters() const { return m_Counters; }
+
 private:
     Kind findKind() const;
     std::string findProperty() const;
@@ -72,6 +78,7 @@ private:
     std::string m_Property;
     std::string m_PropertyValue;
     std::string m_Function;
+    std::vector<CameraInterface::StreamCounter> m_Counters;
 };
 
 } // namespace QuillTool::Conformance
