@@ -61,8 +61,8 @@ public:
     // What people need to know about a property. For a name of PropertyNames.h, one table of the library says it;
     // elsewhere, and where nobody knows, the text is empty.
 
-    /// The unit of the value and its limits: "ms", "fps", "px", ... A property without a unit, such as a factor, has an
-    /// empty text.
+    /// The unit of the value and its limits: "ms", "fps", "px", "DN" for sample values, ... A property without a unit,
+    /// such as a factor, has an empty text.
     virtual std::string getUnit();
     /// The step, as text, of which the value must be a multiple. Throws what getValue() of the property that holds the
     /// step throws, such as "Unit Width" for "Width".

@@ -33,7 +33,8 @@ const OrvexApi& orvexApi();
 /// SDK camera exists.
 void useOrvexApi(const OrvexApi* api);
 
-/// Whether the flat library beside this one says that its devices are software; see ORVEX_SOFTWARE_DEVICES. Thread-safe.
+/// Whether the flat library beside this one says that its devices are software; see ORVEX_SOFTWARE_DEVICES.
+/// Thread-safe.
 bool drivesSoftwareDevices();
 
 } // namespace OrvexAdapter

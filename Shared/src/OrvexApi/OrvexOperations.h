@@ -12,8 +12,8 @@
 
 #include "OrvexRecords.h"
 
-/* An export that a flat library need not have: a function without parameters whose result, a uint32_t, is 1 if the devices
- * are software. */
+/* An export that a flat library need not have: a function without parameters whose result, a uint32_t, is 1 if the
+ * devices are software. */
 #define ORVEX_SOFTWARE_DEVICES "orvexapi_softwareDevices"
 
 /* clang-format off */

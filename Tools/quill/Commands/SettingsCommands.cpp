@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <algorithm>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -92,7 +94,12 @@ public:
             camera.attempt(fmt::format("the settings of a '{}' cannot be loaded", settings.modelName),
                            [&] { return CameraInterface::writeSettings(*camera, settings, options); });
         for (const std::string& name : report.written) {
-            context.output.printLine(fmt::format("{} = {}", name, settings.values.at(name)));
+            const bool isInForce =
+                std::none_of(report.different.begin(), report.different.end(),
+                             [&name = name](const SettingDifference& one) { return one.name == name; });
+            if (isInForce) {
+                context.output.printLine(fmt::format("{} = {}", name, settings.values.at(name)));
+            }
         }
         printDifferences(context.output, {&report.different, &report.failed});
         return conclude(camera, report);

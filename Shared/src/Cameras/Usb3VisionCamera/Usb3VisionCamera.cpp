@@ -81,7 +81,8 @@ std::string modelNameOf(const Usb3VisionCameraRecord& record) {
 Utilities::Mutex Usb3VisionCamera::m_CameraEnumerationMutex;
 
 Usb3VisionCamera::Usb3VisionCamera(const Usb3VisionCameraRecord& record)
-    : Camera(CameraKind::Usb3Vision), m_CameraRecord(record), m_SerialNumber(std::to_string(record.serialNumber)), m_ModelName(modelNameOf(record)) {}
+    : Camera(CameraKind::Usb3Vision), m_CameraRecord(record), m_SerialNumber(std::to_string(record.serialNumber)),
+      m_ModelName(modelNameOf(record)) {}
 
 Usb3VisionCamera::~Usb3VisionCamera() {
     registerPropertyChangeCallback({});
