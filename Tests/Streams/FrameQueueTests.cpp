@@ -225,6 +225,7 @@ TEST_F(FrameQueueTest, FramesThatComeWhileAQueueHoldsTheStreamBackAreMissed) {
 TEST_F(FrameQueueTest, EveryWaitEndsWithItsReason) {
     EXPECT_EQ(endOfAWait([&](FrameQueue&) { camera().stopStream(); }), Status::Stopped);
     EXPECT_EQ(endOfAWait([&](FrameQueue&) { camera().suspend(); }), Status::Suspended);
+    camera().stopStream();
     EXPECT_EQ(openQueue(1).pop(kLongEnough).status, Status::Suspended);
     EXPECT_EQ(endOfAWait([&](FrameQueue& queue) { queue.close(); }), Status::Closed);
     camera().stopStream();

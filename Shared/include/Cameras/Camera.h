@@ -122,10 +122,12 @@ public:
     FrameQueue openFrameQueue(const FrameQueueSettings& settings = {});
     /// Replaces the function that is called for every frame, on a thread of its own, from a queue with these settings.
     /// An empty function clears it. When the call returns, the former function no longer runs and is destroyed. The
-    /// function may use the camera like any other thread, but must not wait for a thread that makes this call.
+    /// function may use the camera like any other thread, but must not wait for a thread that makes this call or ends
+    /// the workspace; nor for an image if its queue holds the stream back.
     /// Exceptions that it throws are dropped. Once the camera leaves the list, it is no longer called.
     /// @throws KestrelException "WouldWaitForItself"  called by such a function, as are initialiseWorkspace(),
     ///     unitialisedWorkpace() and the two registrations
+    /// @throws what openFrameQueue() throws; then the former function stays
     /// @throws std::system_error  the thread cannot be started; then there is no function
     void setFrameCallback(std::function<void(const Frame&)> callback, const FrameQueueSettings& settings = {});
     /// Returns what became of all frames that this object captured: "Captured" is the sum of "Delivered", "Turned
@@ -224,6 +226,8 @@ protected:
     };
     /// Passes the property-change callback to every property. Called after they are built.
     void updatePropertyChangeCallback();
+    /// Says why the stream will end, or does not run.
+    void expectStreamEnd(FrameQueueStatus reason);
     /// Tells properties, such as "Width", which property holds their increment. Called after they are built.
     void connectIncrements();
     /// Lets the stream find out again what frames are described by, whenever the property changes while queues are
@@ -253,8 +257,6 @@ private:
     Stream& requireStream();
     /// Stops the stream of a retired camera.
     void stopForGood() noexcept;
-    /// Says why the stream will end, or does not run.
-    void expectStreamEnd(FrameQueueStatus reason);
     /// Exchanges the dispatcher; destroys the former one, without a lock, before it returns.
     void setFrameDispatcher(std::unique_ptr<FrameDispatcher> dispatcher);
     /// Makes a suspended camera that could not be resumed disconnected.

@@ -23,7 +23,7 @@ enum class WhenFull : std::uint8_t {
     DropOldest, ///< the queue drops the frame that waited longest: the newest frames stay
     DropNewest, ///< the queue drops the arriving frame: a series without gaps stays, which ends early
     /// The stream waits until the queue has space or the stream stops. Meanwhile the library takes no frame from the
-    /// camera, for any consumer, and the camera keeps or drops frames as it can.
+    /// camera, for any consumer, getImage() included, and the camera keeps or drops frames as it can.
     HoldBack
 };
 
@@ -71,6 +71,7 @@ struct FrameResult {
 /// parent can only be destroyed.
 class QUILL_API FrameQueue {
 public:
+    /// Leaves @p other without a queue: it can only be destroyed or assigned to.
     FrameQueue(FrameQueue&& other) noexcept;
     FrameQueue& operator=(FrameQueue&& other) noexcept;
     /// Closes the queue.
@@ -83,7 +84,7 @@ public:
     FrameResult pop(std::chrono::nanoseconds limit);
     /// The same without waiting; TimedOut if the stream runs and no frame is there.
     FrameResult tryPop();
-    /// Waits until the stream runs or a frame is there.
+    /// Waits until the stream runs or a frame is there. A run that ends before the waiting thread wakes may be missed.
     /// @return Frame if so, otherwise CameraGone or Closed
     FrameQueueStatus waitForRun();
     /// The same for at most @p limit; then TimedOut.

@@ -6,7 +6,7 @@
 
 namespace CameraInterface {
 
-/// A counter that says what it counts. Counters only grow while the object that has them exists.
+/// A counter that says what it counts. It only grows, unless its description says otherwise.
 struct StreamCounter {
     std::string name;        ///< such as "Captured"
     std::uint64_t value = 0; ///< frames, unless the description names another unit

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <optional>
 #include <utility>
 
 #include "Exceptions/Raise.h"
@@ -45,7 +46,9 @@ void Camera::startStream() {
 }
 
 void Camera::stopStream() {
-    expectStreamEnd(FrameQueueStatus::Stopped);
+    if (isStreaming()) {
+        expectStreamEnd(FrameQueueStatus::Stopped);
+    }
     requireStream().stopStream();
 }
 
@@ -75,9 +78,13 @@ FrameQueue Camera::openFrameQueue(const FrameQueueSettings& settings) {
 
 void Camera::setFrameCallback(std::function<void(const Frame&)> callback, const FrameQueueSettings& settings) {
     FrameDispatcher::refuseOnItsThread();
-    setFrameDispatcher(nullptr);
+    std::optional<FrameQueue> queue;
     if (callback) {
-        setFrameDispatcher(std::make_unique<FrameDispatcher>(openFrameQueue(settings), std::move(callback)));
+        queue = openFrameQueue(settings);
+    }
+    setFrameDispatcher(nullptr);
+    if (queue) {
+        setFrameDispatcher(std::make_unique<FrameDispatcher>(std::move(*queue), std::move(callback)));
     }
 }
 
@@ -223,14 +230,13 @@ void Camera::requireTransition(CameraState target, const SourceLocation& here) {
         raise<KestrelException_CameraState>(here, Errors::kCameraState, getStateString(m_State),
                                             getStateString(target));
     }
-    expectStreamEnd(target == CameraState::Suspended ? FrameQueueStatus::Suspended : FrameQueueStatus::Stopped);
+    if (target == CameraState::Suspended) {
+        expectStreamEnd(FrameQueueStatus::Suspended);
+    }
 }
 
 void Camera::refuseConnection(const SourceLocation& here) {
     m_ResumptionFailed = m_State == CameraState::Suspended;
-    if (m_ResumptionFailed) {
-        expectStreamEnd(FrameQueueStatus::Suspended);
-    }
     raise<KestrelException_Camera>(here, Errors::kCameraConnection, getSerialNumber());
 }
 

@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "Base/ForkedChild.h"
 #include "Imaging/ImageClasses.h"
 
 namespace Imaging {
@@ -57,7 +58,7 @@ struct SharedImagePool::BlockAllocator {
     std::shared_ptr<SharedImagePool> pool;
 };
 
-SharedImagePool::SharedImagePool() {
+SharedImagePool::SharedImagePool() : m_Process(Base::processNumber()) {
     m_SmallBuffers.reserve(kMaximumKept); // so that taking back never allocates
     m_Blocks.reserve(kMaximumKept);
 }
@@ -69,7 +70,7 @@ SharedImagePool::Buffer SharedImagePool::takeBuffer(std::size_t size) {
         return BufferPool::instance().take(size);
     }
     Buffer buffer;
-    {
+    if (isOfThisProcess()) {
         const MutexLock lock(m_Mutex);
         if (!m_SmallBuffers.empty()) {
             buffer = std::move(m_SmallBuffers.back());
@@ -83,6 +84,9 @@ SharedImagePool::Buffer SharedImagePool::takeBuffer(std::size_t size) {
 void SharedImagePool::giveBack(Buffer buffer) noexcept {
     if (buffer.capacity() >= BufferPool::kSmallestPooled) {
         BufferPool::instance().giveBack(std::move(buffer));
+        return;
+    }
+    if (!isOfThisProcess()) {
         return;
     }
     const MutexLock lock(m_Mutex);
@@ -101,7 +105,7 @@ std::shared_ptr<const Image> SharedImagePool::makeImage(unsigned width, unsigned
 }
 
 void* SharedImagePool::takeBlock() {
-    {
+    if (isOfThisProcess()) {
         const MutexLock lock(m_Mutex);
         if (!m_Blocks.empty()) {
             Block* const block = m_Blocks.back().release();
@@ -114,10 +118,17 @@ void* SharedImagePool::takeBlock() {
 
 void SharedImagePool::giveBackBlock(void* block) noexcept {
     std::unique_ptr<Block> own(static_cast<Block*>(block));
+    if (!isOfThisProcess()) {
+        return;
+    }
     const MutexLock lock(m_Mutex);
     if (m_Blocks.size() < kMaximumKept) {
         m_Blocks.push_back(std::move(own));
     }
+}
+
+bool SharedImagePool::isOfThisProcess() const {
+    return m_Process == Base::processNumber();
 }
 
 } // namespace Imaging

@@ -46,6 +46,10 @@ private:
     void* takeBlock();
     void giveBackBlock(void* block) noexcept;
 
+    /// In a forked child, a thread of the parent may hold the mutex for ever.
+    bool isOfThisProcess() const;
+
+    const int m_Process;
     Utilities::Mutex m_Mutex; // guards the following members
     std::vector<Buffer> m_SmallBuffers QUILL_GUARDED_BY(m_Mutex);
     std::vector<std::unique_ptr<Block>> m_Blocks QUILL_GUARDED_BY(m_Mutex);

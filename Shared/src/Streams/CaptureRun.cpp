@@ -2,6 +2,7 @@
 
 #include "Streams/CaptureRun.h"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -154,6 +155,7 @@ FrameHandover::Outcome CaptureRun::captureLoop() {
         }
         stopwatch.start();
         const bool captured = mode.capture(api, m_Handle, m_Buffer.data()) != 0;
+        const auto arrival = std::chrono::steady_clock::now();
         if (!endCapture()) {
             return FrameHandover::Outcome::Stopped;
         }
@@ -162,10 +164,11 @@ FrameHandover::Outcome CaptureRun::captureLoop() {
         const bool described = (api.*mode.getImageFormat)(m_Handle, &format) != 0;
         stopwatch.stop();
         const std::uint32_t error = captured && described ? 0 : api.sdkGetLastErrorForCamera(m_Handle);
-        countLostFrames();
+        const bool hasFrame = captured || (error != kCameraGoneError && error != kTimedOutError);
+        countLostFrames(hasFrame);
         if (captured && described) {
             m_Statistics->setCaptureTime(stopwatch.delta());
-            takeFrame(format);
+            takeFrame(format, arrival);
             continue;
         }
         if (error == kCaptureEndedError) {
@@ -175,7 +178,7 @@ FrameHandover::Outcome CaptureRun::captureLoop() {
         if (captured) {
             m_Frames->lose(FrameLoss::Undescribed);
         } else {
-            if (error != kCameraGoneError && error != kTimedOutError) { // without a frame, none is lost
+            if (hasFrame) {
                 m_Frames->lose(FrameLoss::Refused);
             }
             pause();
@@ -191,10 +194,13 @@ std::optional<CaptureRun::DeviceCounts> CaptureRun::deviceCounts() const {
     return DeviceCounts{read.counters[kCompletedCounter], read.counters[kDroppedCounter]};
 }
 
-void CaptureRun::countLostFrames() {
+void CaptureRun::countLostFrames(bool hasFrame) {
     const std::optional<DeviceCounts> before = m_DeviceCounts;
-    m_DeviceCounts = m_Frames->hasQueues() ? deviceCounts() : std::nullopt;
-    if (!before || !m_DeviceCounts) {
+    const std::optional<DeviceCounts> now = m_Frames->hasQueues() ? deviceCounts() : std::nullopt;
+    if (now || !m_Frames->hasQueues()) { // if the device does not answer, the next increase has all
+        m_DeviceCounts = now;
+    }
+    if (!before || !now) {
         return;
     }
     const auto lose = [this](FrameLoss why, std::uint32_t frames) {
@@ -202,9 +208,9 @@ void CaptureRun::countLostFrames() {
             m_Frames->lose(why, frames);
         }
     };
-    const std::uint32_t completed = m_DeviceCounts->completed - before->completed;
-    lose(FrameLoss::Missed, completed > 0 ? completed - 1 : 0); // a capture takes one
-    lose(FrameLoss::DroppedByCamera, m_DeviceCounts->dropped - before->dropped);
+    const std::uint32_t completed = now->completed - before->completed;
+    lose(FrameLoss::Missed, completed - std::min<std::uint32_t>(completed, hasFrame ? 1 : 0));
+    lose(FrameLoss::DroppedByCamera, now->dropped - before->dropped);
 }
 
 bool CaptureRun::beginCapture() {
@@ -219,7 +225,7 @@ bool CaptureRun::endCapture() {
     return !m_LetGo;
 }
 
-void CaptureRun::takeFrame(const ORVEX_IMAGE_FORMAT& format) {
+void CaptureRun::takeFrame(const ORVEX_IMAGE_FORMAT& format, std::chrono::steady_clock::time_point arrival) {
     const std::uint32_t bitsPerPixel = bitsPerPixelOf(format);
     const std::optional<std::size_t> bytes = imageBytes(format, bitsPerPixel, m_Buffer.size());
     if (!bytes) {
@@ -231,12 +237,10 @@ void CaptureRun::takeFrame(const ORVEX_IMAGE_FORMAT& format) {
         const MutexLock lock(m_ImageFormatMutex);
         m_ImageFormat = format;
     }
-    Utilities::Stopwatch stopwatch;
-    stopwatch.start();
-    m_Frames->publish(m_Buffer, *bytes, {format.height, format.width, bitsPerPixel});
-    stopwatch.stop();
-    if (m_Buffer.empty()) { // taken
-        m_Statistics->setImageDataTransferTime(stopwatch.delta());
+    FrameInformation known;
+    known.arrival = arrival;
+    if (m_Frames->publish(m_Buffer, *bytes, {format.height, format.width, bitsPerPixel}, known)) {
+        m_Statistics->setImageDataTransferTime(m_Frames->transferSeconds());
     }
 }
 

@@ -65,9 +65,9 @@ private:
     CameraInterface::FrameHandover::Outcome captureLoop();
     bool beginCapture();
     bool endCapture();
-    void takeFrame(const ORVEX_IMAGE_FORMAT& format);
+    void takeFrame(const ORVEX_IMAGE_FORMAT& format, std::chrono::steady_clock::time_point arrival);
     void pause();
-    void countLostFrames();
+    void countLostFrames(bool hasFrame);
     std::optional<DeviceCounts> deviceCounts() const;
 
     const CameraInterface::StreamMode m_Mode;

@@ -22,30 +22,33 @@ constexpr std::array<LossText, FrameCounts::kLosses> kLossTexts{{
 
 } // namespace
 
-std::array<std::uint64_t, FrameCounts::kLosses> FrameCounts::presentLosses() const {
-    std::array<std::uint64_t, kLosses> present{};
+FrameCounts::Losses FrameCounts::presentLosses() const {
+    Losses present{};
     for (std::size_t i = 0; i < kLosses; ++i) {
         present[i] = losses[i];
     }
     return present;
 }
 
-void FrameCounts::appendLosses(std::vector<StreamCounter>& counters,
-                               const std::array<std::uint64_t, kLosses>& before) const {
-    const std::array<std::uint64_t, kLosses> present = presentLosses();
+void FrameCounts::appendLosses(std::vector<StreamCounter>& counters, const Losses& losses) {
     for (std::size_t i = 0; i < kLosses; ++i) {
-        counters.push_back({kLossTexts[i].name, present[i] - before[i], kLossTexts[i].description, true});
+        counters.push_back({kLossTexts[i].name, losses[i], kLossTexts[i].description, true});
     }
 }
 
 std::vector<StreamCounter> FrameCounts::counters() const {
     std::vector<StreamCounter> counters{
-        {"Captured", captured, "Frames that the camera captured: the sum of the next eight."},
+        {"Captured", 0, "Frames that the camera captured, and captures that it refused: the sum of the next eight."},
         {"Delivered", delivered, "Frames given to at least one queue, or to a caller that waited for an image."},
-        {"Turned Away", turnedAway, "Frames that every queue dropped on arrival because it was full.", true},
+        {"Turned Away", turnedAway, "Frames that every open queue dropped on arrival.", true},
         {"Unused", unused, "Whole frames that nobody wanted: no queue was open, and no caller waited."},
     };
-    appendLosses(counters, {});
+    appendLosses(counters, presentLosses());
+    std::uint64_t captured = 0;
+    for (const StreamCounter& part : counters) {
+        captured += part.value;
+    }
+    counters.front().value = captured;
     counters.push_back(
         {"Incomplete Bytes Received", incompleteBytesReceived, "Bytes of incomplete frames that were received."});
     counters.push_back({"Incomplete Bytes Expected", incompleteBytesExpected, "Bytes that incomplete frames have."});

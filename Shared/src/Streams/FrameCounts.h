@@ -15,11 +15,11 @@ namespace CameraInterface {
 enum class FrameLoss : std::uint8_t { Incomplete, Refused, Undescribed, Missed, DroppedByCamera };
 
 /// What became of the frames of a camera object, over all runs. Each captured frame counts once in one of delivered,
-/// turnedAway, unused and the losses. Thread-safe: a single frame may be seen half counted.
+/// turnedAway, unused and the losses. Thread-safe.
 struct FrameCounts {
     static constexpr std::size_t kLosses = 5;
+    using Losses = std::array<std::uint64_t, kLosses>; ///< by FrameLoss
 
-    std::atomic<std::uint64_t> captured{0};
     std::atomic<std::uint64_t> delivered{0};
     std::atomic<std::uint64_t> turnedAway{0};
     std::atomic<std::uint64_t> unused{0};
@@ -28,9 +28,9 @@ struct FrameCounts {
     std::atomic<std::uint64_t> incompleteBytesExpected{0};
 
     /// The losses so far.
-    std::array<std::uint64_t, kLosses> presentLosses() const;
-    /// Appends a counter for each reason, with the losses since @p before.
-    void appendLosses(std::vector<StreamCounter>& counters, const std::array<std::uint64_t, kLosses>& before) const;
+    Losses presentLosses() const;
+    /// Appends a counter for each reason.
+    static void appendLosses(std::vector<StreamCounter>& counters, const Losses& losses);
     std::vector<StreamCounter> counters() const;
 };
 

@@ -8,6 +8,7 @@
 
 #include "Imaging/BufferPool.h"
 #include "Streams/FrameQueueState.h"
+#include "Utilities/Stopwatch.h"
 
 namespace CameraInterface {
 
@@ -53,15 +54,15 @@ std::optional<FrameDescription> FrameHub::description() {
 }
 
 std::shared_ptr<FrameRun> FrameHub::makeRun() {
-    const MutexLock lock(m_Mutex);
-    return std::make_shared<FrameRun>(shared_from_this(), ++m_Runs);
+    return std::make_shared<FrameRun>(shared_from_this());
 }
 
-void FrameHub::begin(std::uint64_t run) {
+std::uint64_t FrameHub::begin() {
     const MutexLock lock(m_Mutex);
-    m_Running = run;
+    m_Running = ++m_Runs;
     m_ExpectedEnd = FrameQueueStatus::Stopped;
     setEndLocked(std::nullopt);
+    return m_Running;
 }
 
 void FrameHub::end(std::uint64_t run, FrameHandover::Outcome outcome) {
@@ -91,8 +92,9 @@ void FrameHub::expectEnd(FrameQueueStatus reason) {
 void FrameHub::retire() {
     const MutexLock lock(m_Mutex);
     m_Retired = true;
-    m_Running = 0;
-    setEndLocked(FrameQueueStatus::CameraGone);
+    if (m_Running == 0) { // otherwise the end of the run says it, after the last frame
+        setEndLocked(FrameQueueStatus::CameraGone);
+    }
 }
 
 void FrameHub::setEndLocked(std::optional<FrameQueueStatus> end) {
@@ -128,14 +130,14 @@ std::vector<StreamCounter> FrameHub::counters() {
     return counters;
 }
 
-FrameRun::FrameRun(std::shared_ptr<FrameHub> hub, std::uint64_t number) : m_Hub(std::move(hub)), m_Run(number) {}
+FrameRun::FrameRun(std::shared_ptr<FrameHub> hub) : m_Hub(std::move(hub)) {}
 
 FrameRun::~FrameRun() {
     end(FrameHandover::Outcome::Stopped);
 }
 
 void FrameRun::begin() {
-    m_Hub->begin(m_Run);
+    m_Run = m_Hub->begin();
 }
 
 std::vector<unsigned char> FrameRun::takeBuffer(std::size_t size) {
@@ -146,28 +148,37 @@ void FrameRun::giveBack(std::vector<unsigned char> buffer) noexcept {
     m_Hub->m_Images->giveBack(std::move(buffer));
 }
 
-void FrameRun::publish(std::vector<unsigned char>& data, std::size_t bytes, const FrameGeometry& geometry,
+bool FrameRun::publish(std::vector<unsigned char>& data, std::size_t bytes, const FrameGeometry& geometry,
                        const FrameInformation& known) {
+    Utilities::Stopwatch stopwatch;
+    stopwatch.start();
     ++m_Number;
     FrameCounts& counts = *m_Hub->m_Counts;
     const auto queues = m_Hub->hasQueues() ? m_Hub->openQueues() : nullptr;
-    if (!queues) {
-        ++(deliverToCaller(data, bytes) ? counts.delivered : counts.unused);
-    } else if (const auto description = m_Hub->description(); description && geometry.bitsPerPixel != 0) {
+    const auto description = queues ? m_Hub->description() : std::nullopt;
+    bool isDelivered = false;
+    if (!description || geometry.bitsPerPixel == 0) {
+        isDelivered = deliverToCaller(data, bytes);
+        m_TransferSeconds = stopwatch.delta();
+    } else {
         data.resize(bytes);
-        bool isDelivered = deliverCopy(data);
         const Frame frame = makeFrame(data, geometry, known, *description);
+        isDelivered = deliverCopy(*frame.image);
+        m_TransferSeconds = stopwatch.delta();
         for (const auto& queue : *queues) {
             isDelivered |= queue->push(frame);
         }
-        ++(isDelivered ? counts.delivered : counts.turnedAway);
-    } else if (deliverToCaller(data, bytes)) {
+    }
+    if (isDelivered) {
         ++counts.delivered;
+    } else if (!queues) {
+        ++counts.unused;
+    } else if (data.empty()) {
+        ++counts.turnedAway;
     } else {
         countLoss(FrameLoss::Undescribed, 1);
-        return;
     }
-    ++counts.captured;
+    return data.empty();
 }
 
 bool FrameRun::deliverToCaller(std::vector<unsigned char>& data, std::size_t bytes) {
@@ -178,13 +189,13 @@ bool FrameRun::deliverToCaller(std::vector<unsigned char>& data, std::size_t byt
     return m_Handover.deliver(std::move(data));
 }
 
-bool FrameRun::deliverCopy(const std::vector<unsigned char>& data) {
+bool FrameRun::deliverCopy(const Imaging::Image& image) {
     if (!m_Handover.isRequested()) {
         return false;
     }
     // The caller will own its bytes, and the queues share theirs.
-    std::vector<unsigned char> copy = Imaging::BufferPool::instance().take(data.size());
-    std::copy(data.begin(), data.end(), copy.begin());
+    std::vector<unsigned char> copy = Imaging::BufferPool::instance().take(image.getImageSize());
+    std::copy_n(image.getDataAddress(), copy.size(), copy.begin());
     return m_Handover.deliver(std::move(copy));
 }
 
@@ -193,8 +204,9 @@ Frame FrameRun::makeFrame(std::vector<unsigned char>& data, const FrameGeometry&
     Frame frame{nullptr, known};
     frame.information.run = m_Run;
     frame.information.number = m_Number;
-    frame.information.arrival = std::chrono::steady_clock::now();
-    frame.information.arrivalWallTime = std::chrono::system_clock::now();
+    frame.information.arrivalWallTime =
+        std::chrono::system_clock::now() - std::chrono::duration_cast<std::chrono::system_clock::duration>(
+                                               std::chrono::steady_clock::now() - known.arrival);
     frame.information.exposureMs = description.exposureMs;
     frame.information.gain = description.gain;
     frame.image = m_Hub->m_Images->makeImage(geometry.width, geometry.height, std::move(data), geometry.bitsPerPixel,
@@ -209,7 +221,6 @@ void FrameRun::lose(FrameLoss why, std::uint64_t frames) {
 
 void FrameRun::countLoss(FrameLoss why, std::uint64_t frames) {
     m_Hub->m_Counts->losses[static_cast<std::size_t>(why)] += frames;
-    m_Hub->m_Counts->captured += frames;
 }
 
 void FrameRun::loseIncomplete(std::uint64_t receivedBytes, std::uint64_t expectedBytes) {

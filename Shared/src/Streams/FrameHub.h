@@ -61,7 +61,7 @@ private:
     /// The open queues. Forgets those that were closed.
     std::shared_ptr<const Queues> openQueues();
     std::optional<FrameDescription> description();
-    void begin(std::uint64_t run);
+    std::uint64_t begin();
     void end(std::uint64_t run, FrameHandover::Outcome outcome);
     void letPass(std::uint64_t run);
     void setEndLocked(std::optional<FrameQueueStatus> end) QUILL_REQUIRES(m_Mutex);
@@ -85,7 +85,7 @@ private:
 /// cannot. begin(), publish() and lose() are called by one thread at a time, the others by any.
 class FrameRun {
 public:
-    FrameRun(std::shared_ptr<FrameHub> hub, std::uint64_t number);
+    explicit FrameRun(std::shared_ptr<FrameHub> hub);
     FrameRun(const FrameRun&) = delete;
     FrameRun& operator=(const FrameRun&) = delete;
     ~FrameRun();
@@ -99,14 +99,17 @@ public:
     std::vector<unsigned char> takeBuffer(std::size_t size);
     /// Takes a buffer back for reuse.
     void giveBack(std::vector<unsigned char> buffer) noexcept;
-    /// Hands over a whole frame, which has just arrived. Moves the bytes away if somebody takes them. May wait for a
+    /// Hands over a whole frame. Moves the bytes away if somebody takes them. May wait for a
     /// queue that holds the stream back.
     /// @param data the frame's bytes, and possibly more
     /// @param bytes the number of the frame's bytes
     /// @param geometry with 0 bits per pixel if the camera's pixel format is unknown
-    /// @param known the camera's own number and time, where it has them
-    void publish(std::vector<unsigned char>& data, std::size_t bytes, const FrameGeometry& geometry,
-                 const FrameInformation& known = {});
+    /// @param known the arrival, and the camera's own number and time where it has them
+    /// @return whether somebody has taken the bytes
+    bool publish(std::vector<unsigned char>& data, std::size_t bytes, const FrameGeometry& geometry,
+                 const FrameInformation& known);
+    /// How long the last publish() took, without waits for queues that hold the stream back.
+    double transferSeconds() const { return m_TransferSeconds; }
     /// Whether somebody wants to know of every frame.
     bool hasQueues() const { return m_Hub->hasQueues(); }
     /// Counts captured frames that cannot be handed over.
@@ -120,14 +123,15 @@ public:
 
 private:
     bool deliverToCaller(std::vector<unsigned char>& data, std::size_t bytes);
-    bool deliverCopy(const std::vector<unsigned char>& data);
+    bool deliverCopy(const Imaging::Image& image);
     Frame makeFrame(std::vector<unsigned char>& data, const FrameGeometry& geometry, const FrameInformation& known,
                     const FrameDescription& description);
     void countLoss(FrameLoss why, std::uint64_t frames);
 
     const std::shared_ptr<FrameHub> m_Hub;
-    const std::uint64_t m_Run;
-    std::uint64_t m_Number = 0; // of the last frame
+    std::atomic<std::uint64_t> m_Run{0}; // 0 before begin()
+    std::uint64_t m_Number = 0;          // of the last frame
+    double m_TransferSeconds = 0;
     FrameHandover m_Handover;
 };
 

@@ -24,6 +24,9 @@ FrameQueueState::FrameQueueState(const FrameQueueSettings& settings, std::option
       m_LossesBefore(m_Counts->presentLosses()), m_Frames(settings.capacity), m_End(end) {}
 
 bool FrameQueueState::push(const Frame& frame) {
+    if (frame.information.arrival < m_Opened) {
+        return false;
+    }
     Frame dropped; // destroyed after the mutex is released
     {
         MutexLock lock(m_Mutex);
@@ -33,7 +36,7 @@ bool FrameQueueState::push(const Frame& frame) {
             };
             lock.wait(m_Space, passes);
         }
-        if (m_Closed) {
+        if (m_Closed || m_End == FrameQueueStatus::CameraGone) {
             return false;
         }
         ++m_Arrived;
@@ -141,10 +144,11 @@ std::uint64_t FrameQueueState::dropped() const {
 }
 
 std::vector<StreamCounter> FrameQueueState::counters() const {
-    const auto losses = m_Counts->presentLosses();
+    FrameCounts::Losses losses = m_Counts->presentLosses();
     std::uint64_t lost = 0;
     for (std::size_t i = 0; i < losses.size(); ++i) {
-        lost += losses[i] - m_LossesBefore[i];
+        losses[i] -= m_LossesBefore[i];
+        lost += losses[i];
     }
     std::vector<StreamCounter> counters;
     {
@@ -156,7 +160,7 @@ std::vector<StreamCounter> FrameQueueState::counters() const {
             {"Dropped", m_Dropped, "Frames that the queue dropped: it was full, or was closed.", true},
         };
     }
-    m_Counts->appendLosses(counters, m_LossesBefore);
+    FrameCounts::appendLosses(counters, losses);
     return counters;
 }
 

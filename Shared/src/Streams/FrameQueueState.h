@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -62,7 +61,8 @@ private:
     const FrameQueueSettings m_Settings;
     const int m_Process;
     const std::shared_ptr<const FrameCounts> m_Counts;
-    const std::array<std::uint64_t, FrameCounts::kLosses> m_LossesBefore;
+    const FrameCounts::Losses m_LossesBefore;
+    const std::chrono::steady_clock::time_point m_Opened = std::chrono::steady_clock::now();
     std::atomic<bool> m_Closed{false}; // written under the mutex
 
     mutable Utilities::Mutex m_Mutex; // guards the following members

@@ -178,9 +178,9 @@ void OrvexStream::stopStream() {
     if (!ending.removed) {
         raise<KestrelException>(QUILL_HERE, Errors::kRemoveStreamCallback);
     }
-    run->frames().end(FrameHandover::Outcome::Stopped);
-    run->join();
-    m_Streaming = false;
+    run->frames().handover().close(FrameHandover::Outcome::Stopped);
+    run->join(); // the last frame comes before the end
+    endRun(*run);
 }
 
 void OrvexStream::forceStop() noexcept {
@@ -191,12 +191,18 @@ void OrvexStream::forceStop() noexcept {
     const std::shared_ptr<CaptureRun> run = currentRun();
     run->requestStop();
     const Ending ending = endCapture(run->mode(), run->handle());
-    run->frames().end(FrameHandover::Outcome::Stopped);
+    run->frames().handover().close(FrameHandover::Outcome::Stopped);
     if (ending.released) {
         run->join();
     } else if (!run->joinWithin(kEndingPatience)) {
         letGo(run);
     }
+    endRun(*run);
+}
+
+void OrvexStream::endRun(CaptureRun& run) {
+    run.frames().end(FrameHandover::Outcome::Stopped);
+    frames().describe(std::nullopt);
     m_Streaming = false;
 }
 

@@ -57,6 +57,7 @@ private:
     bool startVideo(void* handle) QUILL_REQUIRES(m_ControlMutex);
     bool startStill(void* handle) QUILL_REQUIRES(m_ControlMutex);
     void startWorker(const std::shared_ptr<CaptureRun>& run) QUILL_REQUIRES(m_ControlMutex);
+    void endRun(CaptureRun& run) QUILL_REQUIRES(m_ControlMutex);
     Ending endCapture(CameraInterface::StreamMode mode, void* handle) QUILL_REQUIRES(m_ControlMutex);
     void letGo(const std::shared_ptr<CaptureRun>& run) QUILL_REQUIRES(m_ControlMutex);
     FrameCallbackId& callbackIdOf(CameraInterface::StreamMode mode) QUILL_REQUIRES(m_ControlMutex);

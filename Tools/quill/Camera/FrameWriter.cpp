@@ -43,9 +43,9 @@ constexpr std::array<RawVideoName, 9> kRawVideoNames{{
     {IMAGE_FORMAT::BGRA, "bgra", "bgra64"},
 }};
 
-bool isPipe(int descriptor) {
+bool isRegularFile(int descriptor) {
     struct stat status {};
-    return fstat(descriptor, &status) == 0 && S_ISFIFO(status.st_mode);
+    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
 }
 
 } // namespace
@@ -83,24 +83,27 @@ void FrameWriter::finish() {
 
 void FrameWriter::run() {
     try {
-        while (m_Queue.waitForRun() == CameraInterface::FrameQueueStatus::Frame) {
-            for (const CameraInterface::Frame& frame : m_Queue) {
-                if (!write(*frame.image) || ++m_Written == m_Limit) {
-                    return m_OnEnd();
-                }
+        for (const CameraInterface::Frame& frame : m_Queue) {
+            if (!write(*frame.image) || ++m_Written == m_Limit) {
+                break;
             }
-            break; // the stream was stopped
         }
     } catch (...) {
         m_Failure = std::current_exception();
     }
+    for (const CameraInterface::StreamCounter& counter : m_Queue.getCounters()) {
+        if (counter.name == "Dropped") {
+            m_Dropped = counter.value;
+        }
+    }
+    m_Queue.close(); // what comes now is not lost
     m_OnEnd();
 }
 
 bool FrameWriter::write(const Imaging::Image& image) {
     // As much as a pipe that has space takes at once, so that an interrupt ends the wait for a reader that reads no
     // more.
-    const std::size_t piece = isPipe(STDOUT_FILENO) ? PIPE_BUF : image.getImageSize();
+    const std::size_t piece = isRegularFile(STDOUT_FILENO) ? image.getImageSize() : PIPE_BUF;
     const unsigned char* bytes = image.getDataAddress();
     for (std::size_t left = image.getImageSize(); left > 0;) {
         if (!waitWritable()) {

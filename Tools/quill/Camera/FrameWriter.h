@@ -24,6 +24,7 @@ class FrameWriter {
 public:
     using Callback = std::function<void()>;
 
+    /// @param queue of a stream that runs
     /// @param frames the number of frames after which it ends; 0 if it ends with the stream
     /// @param onEnd called on the thread when it has ended
     FrameWriter(const Interrupt& interrupt, CameraInterface::FrameQueue queue, std::uint64_t frames, Callback onEnd);
@@ -32,6 +33,8 @@ public:
     ~FrameWriter();
 
     std::uint64_t written() const { return m_Written; }
+    /// Frames that the reader could not take in time; final after finish().
+    std::uint64_t dropped() const { return m_Dropped; }
     /// Waits until the frames that are queued are written, after the stream was stopped.
     /// @throws OutputClosed  the reader has closed the pipe
     /// @throws ToolError  the frames cannot be written
@@ -48,6 +51,7 @@ private:
     const std::uint64_t m_Limit;
     const Callback m_OnEnd;
     std::atomic<std::uint64_t> m_Written{0};
+    std::atomic<std::uint64_t> m_Dropped{0};
     WakePipe m_Abandoned;
     std::exception_ptr m_Failure; // written by the thread, read once it has ended
     std::thread m_Thread;

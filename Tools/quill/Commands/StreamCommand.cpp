@@ -33,6 +33,8 @@ constexpr double kMillisecondsPerSecond = 1000.0;
 /// A camera without a frame for so many of its frame periods, and at least a second, has stalled.
 constexpr double kStallPeriods = 3;
 constexpr Seconds kShortestStall{1};
+/// Longer exposures and higher rates are no settings of a camera.
+constexpr double kLargestSetting = 1e9;
 /// What the reader of a pipe may be behind.
 constexpr std::size_t kFramesForTheReader = 16;
 
@@ -55,13 +57,15 @@ public:
         const SelectedCamera camera = context.session.connect(m_Camera);
         m_Run.prepare(context.output, camera);
         FrameSource source(context.interrupt, camera, {kFramesForTheReader, WhenFull::DropOldest, "statistics"});
-        std::optional<FrameWriter> writer;
+        std::optional<CameraInterface::FrameQueue> pipe;
         if (m_Raw) {
-            writer.emplace(context.interrupt,
-                           camera->openFrameQueue({kFramesForTheReader, WhenFull::DropOldest, kPipe}), m_Frames,
-                           [&source] { source.close(); });
+            pipe = camera->openFrameQueue({kFramesForTheReader, WhenFull::DropOldest, "pipe"});
         }
         RunningStream running(camera);
+        std::optional<FrameWriter> writer;
+        if (pipe) {
+            writer.emplace(context.interrupt, std::move(*pipe), m_Frames, [&source] { source.close(); });
+        }
         if (!m_Json) {
             print(context.output, "DELIVERED/s  RECEIVED/s  CAPTURE ms  TRANSFER ms  LOST/s  LOST");
         }
@@ -70,14 +74,14 @@ public:
         running.stop();
         if (writer) {
             writer->finish();
-            context.output.notify(fmt::format("{} frames written; lost: {}", writer->written(), progress.now().lost()));
+            Counts counts = progress.now();
+            counts.losses["Dropped by pipe"] = writer->dropped();
+            context.output.notify(fmt::format("{} frames written; lost: {}", writer->written(), counts.lost()));
         }
         return context.interrupt.requested() ? ExitCode::Interrupted : ExitCode::Done;
     }
 
 private:
-    static constexpr const char* kPipe = "pipe";
-
     /// Numbers of frames at a point in time.
     struct Counts {
         unsigned long long delivered = 0;
@@ -162,7 +166,8 @@ private:
     static Seconds periodOf(const SelectedCamera& camera) {
         const auto number = [&camera](const char* property) -> double {
             try {
-                return std::stod(camera->getProperty(property).getValue());
+                const double value = std::stod(camera->getProperty(property).getValue());
+                return value > 0 && value < kLargestSetting ? value : 0;
             } catch (const std::exception&) {
                 return 0;
             }

@@ -173,6 +173,7 @@ void OrvexCamera::connect() {
         buildProperties();
         buildFunctions();
         m_State = CameraState::Connected;
+        expectStreamEnd(FrameQueueStatus::Stopped); // no longer "suspended"
     }
     OrvexPropertyBuilder::restoreTrigger(m_Properties);
 }
