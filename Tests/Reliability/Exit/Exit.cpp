@@ -111,8 +111,6 @@ void inForkedChildren() {
     watchdog.start(0, [] { return true; });
     convertLargeImages();
     Camera& camera = open();
-    camera.getProperty("Width").setValue("64"); // frames whose memory the stream keeps for itself
-    camera.getProperty("Height").setValue("48");
     CameraInterface::FrameQueue queue = camera.openFrameQueue();
     camera.startStream();
     for (int child = 0; child < kChildren; ++child) {
