@@ -110,15 +110,11 @@ void inForkedChildren() {
     static Utilities::Watchdog watchdog; // of the application
     watchdog.start(0, [] { return true; });
     convertLargeImages();
-    Camera& camera = open();
-    CameraInterface::FrameQueue queue = camera.openFrameQueue();
-    camera.startStream();
+    open().startStream();
     for (int child = 0; child < kChildren; ++child) {
-        CameraInterface::FrameResult frame = queue.pop();
         Imaging::createImage(1024, 1024, {}, 8, true, Imaging::IMAGE_FORMAT::MONO); // leaves memory in the pool
         const pid_t process = fork();
         if (process == 0) {
-            frame = {};
             bool listIsEmpty = false;
             std::thread([&] { listIsEmpty = Camera::getCamerasList().empty(); }).join();
             convertLargeImages();
