@@ -229,7 +229,7 @@ private:
         }
         std::vector<PropertyReading> readings;
         for (const WrittenProperty& one : written) {
-            readings.push_back(one.reading);
+            readings.push_back(one.reading); // NOLINT(performance-inefficient-vector-operation): few
         }
         output.printJson(toJson(camera, readings));
     }
