@@ -44,8 +44,8 @@ struct SharedImagePool::BlockAllocator {
     BlockAllocator(const BlockAllocator<Other>& other) : pool(other.pool) {} // NOLINT(google-explicit-constructor)
 
     T* allocate(std::size_t count) {
-        static_assert(sizeof(T) <= sizeof(Block) &&
-                      alignof(T) <= alignof(Block)); // NOLINT(misc-redundant-expression): it compares two pools
+        static_assert(sizeof(T) <= sizeof(Block));
+        static_assert(alignof(T) <= alignof(Block));
         if (count != 1) {
             throw std::bad_alloc();
         }
