@@ -188,18 +188,15 @@ unsigned depthOf(const Layout& layout, const std::vector<unsigned char>& data, b
     return 16;
 }
 
-} // namespace
-
-std::unique_ptr<Imaging::Image> readTiff(const std::vector<unsigned char>& bytes) {
-    MemoryBytes source(bytes);
-    const TiffHandle handle(source, "rm", kSpareBlock + 4 * std::uint64_t{bytes.size()});
+std::unique_ptr<Imaging::Image> readFirstPage(MemoryBytes& source, std::uint64_t fileBytes) {
+    const TiffHandle handle(source, "rm", kSpareBlock + 4 * fileBytes);
     const Layout layout = layoutOf(handle.get());
     source.requireWhole();
     const std::size_t size =
         checkedImageBytes(layout.width, layout.height, std::uint64_t{layout.samplesPerPixel} * layout.bytesPerSample);
-    if (size / layout.largestRatio > bytes.size()) {
+    if (size / layout.largestRatio > fileBytes) {
         throw std::runtime_error(fmt::format("the header promises {} x {} pixels, more than fit into {} bytes",
-                                             layout.width, layout.height, bytes.size()));
+                                             layout.width, layout.height, fileBytes));
     }
     std::vector<unsigned char> data(size);
     readStrips(handle, layout, data);
@@ -208,6 +205,18 @@ std::unique_ptr<Imaging::Image> readTiff(const std::vector<unsigned char>& bytes
     const bool littleEndian = (TIFFIsBigEndian(handle.get()) != 0) == (TIFFIsByteSwapped(handle.get()) != 0);
     const unsigned depth = depthOf(layout, data, littleEndian);
     return Imaging::createImage(layout.width, layout.height, std::move(data), depth, littleEndian, layout.format);
+}
+
+} // namespace
+
+std::unique_ptr<Imaging::Image> readTiff(const std::vector<unsigned char>& bytes) {
+    MemoryBytes source(bytes);
+    try {
+        return readFirstPage(source, bytes.size());
+    } catch (const std::runtime_error&) {
+        source.requireWhole(); // the reason behind that of libtiff
+        throw;
+    }
 }
 
 } // namespace QuillTool
