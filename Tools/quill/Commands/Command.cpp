@@ -2,6 +2,8 @@
 
 #include "Commands/Command.h"
 
+#include "ImageFiles/ImageFile.h"
+
 namespace QuillTool {
 
 CLI::Validator notEmpty() {
@@ -20,6 +22,12 @@ void addFileArgument(CLI::App& parser, std::string& path, const std::string& wha
 
 void addJsonFlag(CLI::App& parser, bool& json) {
     parser.add_flag("--json", json, "Print the results as JSON");
+}
+
+void refuseCommandsAsInput(const Context& context, const std::string& path) {
+    if (context.inShell && path == kStandardStream) {
+        throw ToolError(ExitCode::Usage, "standard input holds the commands of the shell, not a file");
+    }
 }
 
 CLI::Option* addTexts(CLI::App& parser, const std::string& name, std::vector<std::string>& texts,

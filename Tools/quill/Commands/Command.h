@@ -50,6 +50,10 @@ void addCameraArgument(CLI::App& parser, std::string& selector);
 void addFileArgument(CLI::App& parser, std::string& path, const std::string& what);
 void addJsonFlag(CLI::App& parser, bool& json);
 
+/// Refuses "-" as the path of an input inside the shell, whose commands come from standard input.
+/// @throws ToolError
+void refuseCommandsAsInput(const Context& context, const std::string& path);
+
 /// Adds an argument that takes all texts that follow, unchanged.
 CLI::Option* addTexts(CLI::App& parser, const std::string& name, std::vector<std::string>& texts,
                       const std::string& description);

@@ -277,9 +277,7 @@ public:
             format = parseFormat("--to", m_To);
         }
         m_Destination.requireWritable();
-        if (context.inShell && m_Source == kStandardStream) {
-            throw ToolError(ExitCode::Usage, "standard input holds the commands of the shell, not an image");
-        }
+        refuseCommandsAsInput(context, m_Source);
         std::unique_ptr<Image> image = onFile(ExitCode::Failed, [&] { return readImageFile(m_Source, raw); });
         if (format) {
             const std::string source = fmt::format("file '{}'", m_Source);

@@ -10,6 +10,7 @@
 
 #include "Commands/Bytes.h"
 #include "Commands/Command.h"
+#include "ImageFiles/ImageFile.h"
 
 namespace QuillTool {
 
@@ -19,7 +20,6 @@ using CameraInterface::CameraSettings;
 using CameraInterface::SettingDifference;
 using CameraInterface::SettingsReport;
 
-constexpr const char* kStandardStream = "-";
 constexpr std::size_t kLargestDocument = std::size_t{1} << 20; // the library's own limit
 
 struct EndRequested {};
@@ -33,7 +33,8 @@ public:
     }
 
 protected:
-    CameraSettings readFile() const {
+    CameraSettings readFile(const Context& context) const {
+        refuseCommandsAsInput(context, m_File);
         const std::vector<unsigned char> text =
             readFileForCamera(m_File == kStandardStream ? "/dev/stdin" : m_File, kLargestDocument);
         return attempt(fmt::format("file '{}'", m_File), [&] {
@@ -81,7 +82,7 @@ public:
     }
 
     ExitCode run(Context& context) override {
-        const CameraSettings settings = readFile();
+        const CameraSettings settings = readFile(context);
         const SelectedCamera camera = context.session.connect(m_Camera);
         CameraInterface::SettingsOptions options;
         options.acceptOtherModels = m_Force;
@@ -131,7 +132,7 @@ private:
 class CompareCommand : public SettingsCommand {
 public:
     ExitCode run(Context& context) override {
-        const CameraSettings settings = readFile();
+        const CameraSettings settings = readFile(context);
         const SelectedCamera camera = context.session.connect(m_Camera);
         const std::vector<SettingDifference> differences = camera.attempt(
             "its settings cannot be read", [&] { return CameraInterface::compareSettings(*camera, settings); });
@@ -149,7 +150,9 @@ public:
 CommandDescription settingsCommands() {
     return {"settings",
             "Save, load and compare all settings of a camera",
-            "The file is a JSON document with the value of every writable property.\n",
+            "The file is a JSON document with the value of every writable property. One that\n"
+            "stands for another, as 'Exposure' does for 'Video Exposure' in video mode, is\n"
+            "written last: who changes one of them in the file changes both, or deletes one.\n",
             nullptr,
             {
                 {"save", "Save the values of all writable properties",
