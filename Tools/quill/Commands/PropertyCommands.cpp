@@ -228,8 +228,9 @@ private:
             return;
         }
         std::vector<PropertyReading> readings;
+        readings.reserve(written.size());
         for (const WrittenProperty& one : written) {
-            readings.push_back(one.reading); // NOLINT(performance-inefficient-vector-operation): few
+            readings.push_back(one.reading);
         }
         output.printJson(toJson(camera, readings));
     }

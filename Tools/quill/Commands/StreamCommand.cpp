@@ -56,7 +56,7 @@ public:
     ExitCode run(Context& context) override {
         const SelectedCamera camera = context.session.connect(m_Camera);
         m_Run.prepare(context.output, camera);
-        FrameSource source(context.interrupt, camera, {kFramesForTheReader, WhenFull::DropOldest, "statistics"});
+        FrameSource source(context.interrupt, camera, {kFramesForTheReader, WhenFull::DropOldest, "tool"});
         std::optional<CameraInterface::FrameQueue> pipe;
         if (m_Raw) {
             pipe = camera->openFrameQueue({kFramesForTheReader, WhenFull::DropOldest, "pipe"});
@@ -147,7 +147,7 @@ private:
             counts.time = Clock::now();
             counts.received = statistics().getFrameCount(STREAM_TYPE::Received);
             for (const StreamCounter& counter : m_Camera->getStreamCounters()) {
-                if (counter.isLoss && counter.name != "Dropped by statistics") {
+                if (counter.isLoss) {
                     counts.losses[counter.name] = counter.value;
                 }
             }
