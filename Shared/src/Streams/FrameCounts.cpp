@@ -15,7 +15,7 @@ struct LossText {
 constexpr std::array<LossText, FrameCounts::kLosses> kLossTexts{{
     {"Incomplete", "Frames of which bytes were missing, or that were larger than the region."},
     {"Refused", "Captures that the camera refused."},
-    {"Undescribed", "Frames of which the camera could not tell what their bytes mean."},
+    {"Undescribed", "Frames whose layout the camera did not describe."},
     {"Missed", "Frames that came while the library took none: a queue held it back, or the computer was too busy."},
     {"Dropped by Camera", "Frames that the camera, or its connection, dropped according to its own statistics."},
 }};

@@ -67,7 +67,7 @@ std::uint64_t FrameHub::begin() {
 
 void FrameHub::end(std::uint64_t run, FrameHandover::Outcome outcome) {
     const MutexLock lock(m_Mutex);
-    if (m_Running != run) {
+    if (run == 0 || m_Running != run) { // it never began, or another one runs
         return;
     }
     m_Running = 0;

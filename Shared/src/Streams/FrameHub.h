@@ -99,8 +99,8 @@ public:
     std::vector<unsigned char> takeBuffer(std::size_t size);
     /// Takes a buffer back for reuse.
     void giveBack(std::vector<unsigned char> buffer) noexcept;
-    /// Hands over a whole frame. Moves the bytes away if somebody takes them. May wait for a
-    /// queue that holds the stream back.
+    /// Hands over a whole frame. Moves the bytes away if somebody takes them. May wait for a queue that holds the
+    /// stream back.
     /// @param data the frame's bytes, and possibly more
     /// @param bytes the number of the frame's bytes
     /// @param geometry with 0 bits per pixel if the camera's pixel format is unknown
