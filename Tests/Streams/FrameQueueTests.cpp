@@ -281,8 +281,8 @@ TEST_F(FrameQueueTest, QueuesComeAndGoDuringARun) {
         FrameQueue next = openQueue(2, WhenFull::DropOldest);
         last = std::move(blocking); // closes the former one
         EXPECT_TRUE(last.pop(kLongEnough));
-        EXPECT_GT(next.pop(kLongEnough).frame.information.number, newest) << "no frame is older than its queue";
-        last = std::move(next); // closes the one that holds the stream back
+        last = std::move(next); // closes the one that holds the stream back, also when it is full again
+        EXPECT_GT(last.pop(kLongEnough).frame.information.number, newest) << "no frame is older than its queue";
     }
     EXPECT_TRUE(last.pop(kLongEnough));
 }
