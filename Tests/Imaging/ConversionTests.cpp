@@ -24,6 +24,7 @@ namespace {
 using namespace Imaging;
 using TestSupport::allFormats;
 using TestSupport::expectStandard;
+using TestSupport::kindsOfVectors;
 using TestSupport::patternImage;
 using Bytes = std::vector<unsigned char>;
 using F = IMAGE_FORMAT;
@@ -173,14 +174,6 @@ PixelView viewOf(Image& image) {
     const auto width = static_cast<int>(image.getWidth());
     const auto height = static_cast<int>(image.getHeight());
     return {image.getDataAddress(), width, height, depth, image.getImageSize() / format.samplesPerPixel(), format};
-}
-
-std::vector<Vectors> kindsOfVectors() {
-    std::vector<Vectors> kinds{Vectors::Portable};
-    if (widestVectors() == Vectors::Wide) {
-        kinds.push_back(Vectors::Wide);
-    }
-    return kinds;
 }
 
 TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {

@@ -32,4 +32,12 @@ std::unique_ptr<Imaging::Image> patternImage(unsigned width, unsigned height, un
     return image;
 }
 
+std::vector<Imaging::Vectors> kindsOfVectors() {
+    std::vector<Imaging::Vectors> kinds{Imaging::Vectors::Portable};
+    if (Imaging::widestVectors() == Imaging::Vectors::Wide) {
+        kinds.push_back(Imaging::Vectors::Wide);
+    }
+    return kinds;
+}
+
 } // namespace TestSupport

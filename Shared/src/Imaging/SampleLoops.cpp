@@ -9,6 +9,8 @@
 
 #include <opencv2/core/hal/hal.hpp>
 
+#include "Imaging/VectorLoops.h"
+
 namespace Imaging {
 
 namespace {
@@ -182,17 +184,6 @@ template <typename Sample>
                                   load<Sample>(blue, i) * kBlueWeight;
         store(grey, i, static_cast<Sample>((sum + (1U << 14)) >> 15));
     }
-}
-
-template <auto loop, typename... Arguments>
-QUILL_WIDE_VECTORS auto runWidely(Arguments... arguments) {
-    return loop(arguments...);
-}
-
-/// Runs the version of a loop that is compiled for these vectors.
-template <auto loop, typename... Arguments>
-auto run(Vectors vectors, Arguments... arguments) {
-    return vectors == Vectors::Wide ? runWidely<loop>(arguments...) : loop(arguments...);
 }
 
 /// Uses OpenCV, which is faster than a loop without vector instructions that move bytes.
