@@ -3,7 +3,9 @@
 #include "Imaging/PackedSamples.h"
 
 #include <algorithm>
+#include <cmath>
 #include <random>
+#include <stdexcept>
 
 #include <gtest/gtest.h>
 
@@ -72,6 +74,27 @@ TEST(PackedSamples, OfAnImpossibleNumberTakeMoreThanAnyBuffer) {
     constexpr std::size_t kLargest = ~std::size_t{0};
     EXPECT_EQ(getPackedBytes(SamplePacking::TenP, kLargest / 10 * 8 - 1), kLargest / 10 * 10 - 1);
     EXPECT_EQ(getPackedBytes(SamplePacking::TenP, kLargest / 10 * 8 + 8), kLargest);
+}
+
+TEST(Yuv422, BecomesRgbByTheFormula) {
+    for (const auto& [width, height] : {std::pair{0, 3}, {2, 1}, {6, 5}, {1204, 901}}) { // the last in bands
+        const auto samples = static_cast<std::size_t>(3 * width * height);
+        const Bytes yuv = randomBytes(samples / 3 * 2);
+        for (const std::size_t luma : {0U, 1U}) {
+            Bytes rgb(samples + 1, 0xA5);
+            convertYuv422ToRgb(yuv.data(), luma == 1, width, height, rgb.data());
+            double largestError = std::abs(rgb.back() - 0xA5);
+            for (std::size_t i = 0; i < samples; ++i) {
+                const unsigned char* const pair = &yuv[i / 6 * 4];
+                const double u = pair[1 - luma] - 128, v = pair[3 - luma] - 128;
+                const double chroma[] = {1.596 * v, -0.391 * u - 0.813 * v, 2.018 * u};
+                const double color = 1.164 * (std::max<int>(pair[i / 3 % 2 * 2 + luma], 16) - 16) + chroma[i % 3];
+                largestError = std::max(largestError, std::abs(std::clamp(color, 0.0, 255.0) - rgb[i]));
+            }
+            EXPECT_LE(largestError, 1) << width << " x " << height;
+        }
+    }
+    EXPECT_THROW(convertYuv422ToRgb(nullptr, true, 3, 2, nullptr), std::invalid_argument);
 }
 
 } // namespace

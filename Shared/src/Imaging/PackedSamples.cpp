@@ -2,11 +2,16 @@
 
 #include "Imaging/PackedSamples.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <limits>
+#include <stdexcept>
+
+#include <opencv2/imgproc.hpp>
 
 #include "Imaging/ByteOrder.h"
+#include "Imaging/RowBands.h"
 #include "Imaging/VectorLoops.h"
 
 namespace Imaging {
@@ -163,6 +168,27 @@ void unpackSamples(SamplePacking packing, const unsigned char* packed, std::size
 void shiftSamplesUp(std::uint16_t* samples, std::size_t count, unsigned bits, Vectors vectors) {
     const auto factor = static_cast<std::uint16_t>(1U << bits);
     run<multiplySamples>(vectors, reinterpret_cast<unsigned char*>(samples), count, factor);
+}
+
+void convertYuv422ToRgb(const unsigned char* yuv, bool uyvy, int width, int height, unsigned char* rgb) {
+    constexpr std::size_t kPixelsAtOnce = std::size_t{1} << 24; // OpenCV counts the samples of a row with an int
+    if (width < 0 || height < 0 || width % 2 != 0) {
+        throw std::invalid_argument("The width of an image of YUV 4:2:2 must be even, and no size negative.");
+    }
+    const int code = uyvy ? cv::COLOR_YUV2RGB_UYVY : cv::COLOR_YUV2RGB_YUYV;
+    const auto pixelsOf = [width](int rows) {
+        return static_cast<std::size_t>(width) * static_cast<std::size_t>(rows);
+    };
+    forRowBands({0, height}, 5 * pixelsOf(height), [&](const cv::Range& rows) {
+        std::size_t count = 0;
+        for (std::size_t pixel = pixelsOf(rows.start); pixel < pixelsOf(rows.end); pixel += count) {
+            count = std::min(kPixelsAtOnce, pixelsOf(rows.end) - pixel);
+            // As a single row, for which OpenCV starts no parallel loop. A matrix has no constant data.
+            const cv::Mat source(1, static_cast<int>(count), CV_8UC2, const_cast<unsigned char*>(yuv + 2 * pixel));
+            cv::Mat target(1, static_cast<int>(count), CV_8UC3, rgb + 3 * pixel);
+            cv::cvtColor(source, target, code);
+        }
+    });
 }
 
 } // namespace Imaging

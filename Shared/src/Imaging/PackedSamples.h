@@ -33,4 +33,12 @@ void unpackSamples(SamplePacking packing, const unsigned char* packed, std::size
 /// @param bits at most 15
 void shiftSamplesUp(std::uint16_t* samples, std::size_t count, unsigned bits, Vectors vectors = widestVectors());
 
+/// Converts pixels of 8 bits, two of which share their chroma, to RGB by the formula of BT.601 for luma from 16 to 235
+/// and chroma from 16 to 240, like cv::cvtColor(). Rows have no padding. Large images are converted on several threads.
+/// @param yuv 2 * width * height bytes
+/// @param uyvy whether chroma comes first (U Y V Y, YUV422_8_UYVY), or luma (Y U Y V, YUV422_8)
+/// @param rgb 3 * width * height bytes
+/// @throws std::invalid_argument the width is odd, or a size negative; nothing is written
+void convertYuv422ToRgb(const unsigned char* yuv, bool uyvy, int width, int height, unsigned char* rgb);
+
 } // namespace Imaging
