@@ -48,6 +48,10 @@ if(QUILL_BUILD_TOOLS)
     install(TARGETS quill RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 
+if(QUILL_BUILD_GENICAM_DEVICES)
+    install(TARGETS quill-gige-camera RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+
 install(EXPORT QuillCameraTargets NAMESPACE Quill:: DESTINATION ${quill_cmake_dir})
 configure_package_config_file(cmake/QuillCameraConfig.cmake.in "${PROJECT_BINARY_DIR}/QuillCameraConfig.cmake"
     INSTALL_DESTINATION ${quill_cmake_dir})

@@ -43,12 +43,13 @@ function resolved(file, name,    folder, i) {
     folder = file
     sub(/[^\/]*$/, "", folder)
     if (simplified(folder name) in source) return simplified(folder name)
-    for (i = 1; i <= 5; ++i) if ((root[i] name) in source) return root[i] name
+    for (i = 1; i in root; ++i) if ((root[i] name) in source) return root[i] name
     return ""
 }
 BEGIN {
     root[1] = "Shared/include/"; root[2] = "Shared/src/"; root[3] = "Tools/quill/"
     root[4] = "Platform/SoftwareDevices/include/"; root[5] = "Platform/SoftwareDevices/src/"
+    root[6] = "Platform/GenICamDevices/include/"; root[7] = "Platform/GenICamDevices/src/"
     for (i = 2; i < ARGC; ++i) source[ARGV[i]] = 1
 }
 FNR == 1 {
@@ -66,7 +67,7 @@ FNR == 1 {
     else if (used != room && !((room, used) in allowed)) fail(FILENAME ":" FNR ": " room " may not use " used " (" part[2] ")")
 }
 # Headers of the C++ library have no extension, those of the system are not counted as libraries.
-/^#include <[^>]*[\/.]/ && !/^#include <(sys\/.*|sanitizer\/.*|(unistd|fcntl|poll|dlfcn|pthread|cpuid|immintrin|stdint|stddef)\.h)>/ {
+/^#include <[^>]*[\/.]/ && !/^#include <((sys|sanitizer|net|netinet|arpa)\/.*|(unistd|fcntl|poll|ifaddrs|dlfcn|pthread|cpuid|immintrin|stdint|stddef)\.h)>/ {
     split($0, part, /[<>]/)
     used = part[2] == "Quill.h" ? "Public headers" : part[2] ~ /\// ? "<" substr(part[2], 1, index(part[2], "/") - 1) ">" : "<" part[2] ">"
     ++arrows
