@@ -161,6 +161,24 @@ TEST_F(GigEDeviceTest, UserSetsComeBack) {
     EXPECT_EQ(read(Address::kPayloadSize), 64U * 32);
 }
 
+TEST_F(GigEDeviceTest, MovesOnlyWhenItIsMeantAndNobodyHasControl) {
+    Bytes payload = gigeWords({0x00000200, 0x00000001, 0, 0, 0, 0x7F000005, 0, 0, 0, 0xFF000000, 0, 0, 0, 0x7F0000FE});
+    const auto force = [&] {
+        const Bytes packet = gigeRequest(GigECommand::ForceIp, ++id, payload);
+        return device.handlePacket(kOther, packet.data(), packet.size(), now);
+    };
+    const Outcome outcome = force();
+    ASSERT_TRUE(outcome.moveTo);
+    EXPECT_EQ(outcome.moveTo->address, 0x7F000005U);
+    EXPECT_EQ(outcome.moveTo->mask, 0xFF000000U);
+    EXPECT_EQ(outcome.moveTo->gateway, 0x7F0000FEU);
+    payload[7] = 2;
+    EXPECT_TRUE(force().answer.empty()) << "another device's MAC address";
+    payload[7] = 1;
+    start();
+    EXPECT_EQ(gigeStatus(force().answer), GigEStatus::AccessDenied);
+}
+
 // Every answer is whole, belongs to its request and fits into a packet, whatever the bytes of the request are.
 TEST_F(GigEDeviceTest, SurvivesHostileRequests) {
     start();

@@ -101,9 +101,8 @@ public:
           m_Address(m_Card.place.address) {
         m_Device.setStreamSourcePort(m_Sender.port());
         m_Broadcasts.push_back(Socket::forBroadcasts(kEveryone));
-        const std::uint32_t network = m_Card.place.address | ~m_Card.place.mask;
-        if (network != m_Card.place.address && network != kEveryone) {
-            m_Broadcasts.push_back(Socket::forBroadcasts(network));
+        if (const std::uint32_t others = ~m_Card.place.mask; others > 1) { // smaller networks have no broadcast address
+            m_Broadcasts.push_back(Socket::forBroadcasts(m_Card.place.address | others));
         }
         m_Streamer = std::thread([this] { stream(); });
         m_Listener = std::thread([this] { listen(); });
