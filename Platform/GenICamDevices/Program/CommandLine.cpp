@@ -158,6 +158,10 @@ Setting findSetting(const std::string& name) {
     refuse("'" + name + "' is no option");
 }
 
+[[noreturn]] void refuseValue(const std::string& name, const std::string& value, const Setting& setting) {
+    refuse("'" + value + "' is no value of " + name + " " + setting.argument + ": " + setting.help);
+}
+
 } // namespace
 
 CommandLine parseCommandLine(const std::vector<std::string>& words) {
@@ -180,8 +184,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& words) {
             refuse("'" + name + "' takes no value");
         }
         if (!setting.set(line, value)) {
-            const std::string expected = std::string(setting.argument) + ": " + setting.help;
-            refuse("'" + value + "' is no value of " + name + " " + expected);
+            refuseValue(name, value, setting);
         }
         hasAddress |= name == "--address";
     }

@@ -2,10 +2,8 @@
 
 #include "GigECamera.h"
 
-#include <array>
 #include <atomic>
 #include <cstddef>
-#include <cstdio>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -66,9 +64,7 @@ CameraOptions completed(CameraOptions options, const NetworkPlace& place) {
         options.mac = kLocallyAdministered | place.address;
     }
     if (options.serial.empty()) {
-        std::array<char, 16> serial{};
-        std::snprintf(serial.data(), serial.size(), "SW%08X", static_cast<unsigned int>(place.address));
-        options.serial = serial.data();
+        options.serial = "SW" + hexadecimalOf(place.address);
     }
     return options;
 }

@@ -14,6 +14,8 @@ using namespace Address;
 constexpr auto kRestartTime = std::chrono::milliseconds(500);
 constexpr std::uint32_t kStreamPortMask = 0xFFFF;
 
+} // namespace
+
 std::string hexadecimalOf(std::uint64_t number) {
     std::string text;
     do {
@@ -22,8 +24,6 @@ std::string hexadecimalOf(std::uint64_t number) {
     } while (number != 0);
     return text;
 }
-
-} // namespace
 
 GigEDevice::GigEDevice(const CameraOptions& options, const NetworkPlace& place)
     : m_Seed(options.seed), m_Mac(options.mac),

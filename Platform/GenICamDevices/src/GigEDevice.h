@@ -73,6 +73,9 @@ struct Outcome {
     std::optional<NetworkPlace> moveTo; ///< if that fails, the answer becomes a refusal
 };
 
+/// Digits without a prefix.
+std::string hexadecimalOf(std::uint64_t number);
+
 /// The camera behind the sockets: its registers, who controls it, and which frames are due. Thread-safe.
 class GigEDevice {
 public:
