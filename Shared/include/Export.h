@@ -11,3 +11,7 @@
 #else
 #    define QUILL_API __attribute__((visibility("default")))
 #endif
+
+/// Marks what is exported for those of the library's own adapters that are libraries of their own. Not for
+/// applications: it may change in every version.
+#define QUILL_ADAPTER_API QUILL_API

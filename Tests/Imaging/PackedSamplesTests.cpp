@@ -87,8 +87,8 @@ TEST(Yuv422, BecomesRgbByTheFormula) {
             for (std::size_t i = 0; i < samples; ++i) {
                 const unsigned char* const pair = &yuv[i / 6 * 4];
                 const double u = pair[1 - luma] - 128, v = pair[3 - luma] - 128;
-                const double chroma[] = {1.596 * v, -0.391 * u - 0.813 * v, 2.018 * u};
-                const double color = 1.164 * (std::max<int>(pair[i / 3 % 2 * 2 + luma], 16) - 16) + chroma[i % 3];
+                const double chroma[] = {1.402 * v, -0.344 * u - 0.714 * v, 1.772 * u};
+                const double color = pair[i / 3 % 2 * 2 + luma] + chroma[i % 3];
                 largestError = std::max(largestError, std::abs(std::clamp(color, 0.0, 255.0) - rgb[i]));
             }
             EXPECT_LE(largestError, 1) << width << " x " << height;

@@ -171,22 +171,32 @@ void shiftSamplesUp(std::uint16_t* samples, std::size_t count, unsigned bits, Ve
 }
 
 void convertYuv422ToRgb(const unsigned char* yuv, bool uyvy, int width, int height, unsigned char* rgb) {
-    constexpr std::size_t kPixelsAtOnce = std::size_t{1} << 24; // OpenCV counts the samples of a row with an int
+    constexpr std::size_t kPixelsAtOnce = 2048; // stay in the nearest cache
     if (width < 0 || height < 0 || width % 2 != 0) {
         throw std::invalid_argument("The width of an image of YUV 4:2:2 must be even, and no size negative.");
     }
-    const int code = uyvy ? cv::COLOR_YUV2RGB_UYVY : cv::COLOR_YUV2RGB_YUYV;
+    const std::size_t luma = uyvy ? 1 : 0;
+    const std::size_t chroma = 1 - luma;
     const auto pixelsOf = [width](int rows) {
         return static_cast<std::size_t>(width) * static_cast<std::size_t>(rows);
     };
     forRowBands({0, height}, 5 * pixelsOf(height), [&](const cv::Range& rows) {
+        std::array<unsigned char, 3 * kPixelsAtOnce> expanded; // Y, V, U: OpenCV's order
         std::size_t count = 0;
         for (std::size_t pixel = pixelsOf(rows.start); pixel < pixelsOf(rows.end); pixel += count) {
             count = std::min(kPixelsAtOnce, pixelsOf(rows.end) - pixel);
-            // As a single row, for which OpenCV starts no parallel loop. A matrix has no constant data.
-            const cv::Mat source(1, static_cast<int>(count), CV_8UC2, const_cast<unsigned char*>(yuv + 2 * pixel));
-            cv::Mat target(1, static_cast<int>(count), CV_8UC3, rgb + 3 * pixel);
-            cv::cvtColor(source, target, code);
+            for (std::size_t i = 0; i < count; i += 2) {
+                const unsigned char* const pair = yuv + 2 * (pixel + i);
+                unsigned char* const target = &expanded[3 * i];
+                target[0] = pair[luma];
+                target[3] = pair[luma + 2];
+                target[1] = target[4] = pair[chroma + 2];
+                target[2] = target[5] = pair[chroma];
+            }
+            // As a single row, for which OpenCV starts no parallel loop.
+            const cv::Mat source(1, static_cast<int>(count), CV_8UC3, expanded.data());
+            cv::Mat result(1, static_cast<int>(count), CV_8UC3, rgb + 3 * pixel);
+            cv::cvtColor(source, result, cv::COLOR_YCrCb2RGB);
         }
     });
 }

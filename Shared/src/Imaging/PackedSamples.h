@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "Export.h"
 #include "Imaging/Vectors.h"
 
 /// Frames as machine-vision cameras send them, made into samples that images hold. Source and target do not overlap.
@@ -21,24 +22,27 @@ enum class SamplePacking {
 
 /// The bytes that hold @p samples packed samples, rounded up to whole bytes. The largest std::size_t if that is too
 /// small for their number, so that a comparison with the size of a buffer refuses them.
-std::size_t getPackedBytes(SamplePacking packing, std::size_t samples);
+QUILL_ADAPTER_API std::size_t getPackedBytes(SamplePacking packing, std::size_t samples);
 
 /// Unpacks @p samples samples into the low bits of words in machine byte order. Reads getPackedBytes() bytes and writes
 /// 2 * samples bytes, which need no alignment. Bits that belong to no sample are ignored.
-void unpackSamples(SamplePacking packing, const unsigned char* packed, std::size_t samples, std::uint16_t* unpacked,
-                   Vectors vectors = widestVectors());
+QUILL_ADAPTER_API void unpackSamples(SamplePacking packing, const unsigned char* packed, std::size_t samples,
+                                     std::uint16_t* unpacked, Vectors vectors = widestVectors());
 
 /// Multiplies @p count samples in machine byte order by 2^bits, as from 14 to 16 bits; higher bits are lost. They need
 /// no alignment.
 /// @param bits at most 15
-void shiftSamplesUp(std::uint16_t* samples, std::size_t count, unsigned bits, Vectors vectors = widestVectors());
+QUILL_ADAPTER_API void shiftSamplesUp(std::uint16_t* samples, std::size_t count, unsigned bits,
+                                      Vectors vectors = widestVectors());
 
-/// Converts pixels of 8 bits, two of which share their chroma, to RGB by the formula of BT.601 for luma from 16 to 235
-/// and chroma from 16 to 240, like cv::cvtColor(). Rows have no padding. Large images are converted on several threads.
+/// Converts pixels of 8 bits, two of which share their chroma, to RGB by the formula of BT.601 for luma and chroma of
+/// the full range, 0 to 255, as GigE Vision defines them. Rows have no padding. Large images are converted on several
+/// threads.
 /// @param yuv 2 * width * height bytes
 /// @param uyvy whether chroma comes first (U Y V Y, YUV422_8_UYVY), or luma (Y U Y V, YUV422_8)
 /// @param rgb 3 * width * height bytes
 /// @throws std::invalid_argument the width is odd, or a size negative; nothing is written
-void convertYuv422ToRgb(const unsigned char* yuv, bool uyvy, int width, int height, unsigned char* rgb);
+QUILL_ADAPTER_API void convertYuv422ToRgb(const unsigned char* yuv, bool uyvy, int width, int height,
+                                          unsigned char* rgb);
 
 } // namespace Imaging

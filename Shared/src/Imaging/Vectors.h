@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Export.h"
+
 namespace Imaging {
 
 /// The vector instructions that a loop over samples may use.
@@ -10,6 +12,6 @@ enum class Vectors {
 };
 
 /// The widest vectors of this machine.
-Vectors widestVectors();
+QUILL_ADAPTER_API Vectors widestVectors();
 
 } // namespace Imaging
