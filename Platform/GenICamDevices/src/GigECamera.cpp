@@ -69,6 +69,8 @@ CameraOptions completed(CameraOptions options, const NetworkPlace& place) {
     return options;
 }
 
+} // namespace
+
 /// Wakes a thread that polls.
 class WakeUp {
 public:
@@ -86,8 +88,6 @@ public:
 private:
     const int m_Descriptor;
 };
-
-} // namespace
 
 class GigECamera::Service {
 public:
