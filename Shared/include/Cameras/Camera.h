@@ -210,7 +210,8 @@ protected:
     /// Ends a connect() that finds nothing to open. A suspended camera stays suspended but is no longer kept: if no
     /// camera of its kind has its serial number, the watching thread makes it disconnected and removes it.
     /// @throws KestrelException_Camera "CameraConnection"  always
-    [[noreturn]] void refuseConnection(const KestrelExceptions::SourceLocation& here);
+    /// @param reason  further sentences for the exception
+    [[noreturn]] void refuseConnection(const KestrelExceptions::SourceLocation& here, const std::string& reason = "");
     /// Whether the camera has left the list. It does not come back as this object.
     bool isRetired() const;
     /// Marks that a connected camera is being closed, so that the watching thread does not take its silence for a loss.

@@ -14,9 +14,12 @@ public:
 
     /// The address of an exported name; null if the library or the name is missing.
     void* find(const char* name) const;
+    /// Why the library could not be loaded; empty if it was.
+    const std::string& failure() const { return m_Failure; }
 
 private:
     void* m_Library = nullptr;
+    std::string m_Failure;
 };
 
 /// The folder from which this library itself was loaded.

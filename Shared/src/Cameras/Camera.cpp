@@ -235,9 +235,10 @@ void Camera::requireTransition(CameraState target, const SourceLocation& here) {
     }
 }
 
-void Camera::refuseConnection(const SourceLocation& here) {
+void Camera::refuseConnection(const SourceLocation& here, const std::string& reason) {
     m_ResumptionFailed = m_State == CameraState::Suspended;
-    raise<KestrelException_Camera>(here, Errors::kCameraConnection, getSerialNumber());
+    const std::string description = Errors::kCameraConnection.description + (reason.empty() ? reason : " " + reason);
+    throw KestrelException_Camera(Errors::kCameraConnection.name, here.file, here.line, description, getSerialNumber());
 }
 
 void Camera::endFailedResumption() {

@@ -9,6 +9,6 @@
 namespace CameraInterface {
 
 /// The values of the descriptive properties of a camera, by name. Omits properties that cannot be read.
-std::map<std::string, std::string> collectCameraInfo(Camera& camera);
+QUILL_ADAPTER_API std::map<std::string, std::string> collectCameraInfo(Camera& camera);
 
 } // namespace CameraInterface

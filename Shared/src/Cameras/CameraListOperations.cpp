@@ -77,6 +77,7 @@ void Camera::unitialisedWorkpace() {
     CallbackThread::refuse();
     removeWatchdogs();
     removeAllCamerasFromList();
+    workspace().restAdapters(false);
 }
 
 std::map<std::string, std::string> Camera::getCamerasList() {
@@ -138,7 +139,9 @@ void Camera::runDisconnectCallback(const std::string& modelName, const std::stri
 std::vector<std::unique_ptr<Camera>> Camera::getListOfCameras() {
     std::vector<std::unique_ptr<Camera>> cameras;
     std::map<std::string, std::string> failures;
-    for (const CameraAdapter& adapter : getCameraAdapters()) {
+    const std::vector<CameraAdapter> adapters = getCameraAdapters();
+    workspace().rememberAdapters(adapters);
+    for (const CameraAdapter& adapter : adapters) {
         try {
             std::vector<std::unique_ptr<Camera>> found = adapter.getListOfCameras();
             std::move(found.begin(), found.end(), std::back_inserter(cameras));

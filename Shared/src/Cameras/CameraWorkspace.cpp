@@ -36,6 +36,7 @@ CameraWorkspace& CameraWorkspace::instance() {
         if (!CallbackThread::isHere()) {
             workspace.get().stopWatchdogs();
             workspace.get().cameras().clear();
+            workspace.get().restAdapters(true);
         }
     });
     return workspace.get();
@@ -104,6 +105,29 @@ void CameraWorkspace::setEnumerationFailures(std::map<std::string, std::string> 
 std::map<std::string, std::string> CameraWorkspace::enumerationFailures() const {
     const MutexLock lock(m_CallbackMutex);
     return m_EnumerationFailures;
+}
+
+void CameraWorkspace::rememberAdapters(const std::vector<CameraAdapter>& adapters) {
+    const MutexLock lock(m_CallbackMutex);
+    if (!m_Rests.empty()) {
+        return;
+    }
+    for (const CameraAdapter& adapter : adapters) {
+        if (adapter.rest) {
+            m_Rests.push_back(adapter.rest);
+        }
+    }
+}
+
+void CameraWorkspace::restAdapters(bool atExit) {
+    std::vector<std::function<void(bool)>> rests;
+    {
+        const MutexLock lock(m_CallbackMutex);
+        rests = m_Rests;
+    }
+    for (const auto& rest : rests) {
+        rest(atExit);
+    }
 }
 
 } // namespace CameraInterface

@@ -5,7 +5,9 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "Cameras/CameraAdapters.h"
 #include "Cameras/CameraList.h"
 #include "Utilities/Mutex.h"
 #include "Utilities/Watchdog.h"
@@ -38,6 +40,11 @@ public:
     void setEnumerationFailures(std::map<std::string, std::string> failures);
     std::map<std::string, std::string> enumerationFailures() const;
 
+    /// Keeps what ends the threads of adapters: at process exit, the adapters cannot be asked for any more.
+    void rememberAdapters(const std::vector<CameraAdapter>& adapters);
+    /// Lets the remembered adapters rest; see CameraAdapter.
+    void restAdapters(bool atExit);
+
 private:
     /// Exchanges @p callback and the present one while the watchdog does not run.
     template <typename Callback>
@@ -55,6 +62,7 @@ private:
     NewConnectCallback m_NewConnectCallback QUILL_GUARDED_BY(m_CallbackMutex);
     DisconnectCallback m_DisconnectCallback QUILL_GUARDED_BY(m_CallbackMutex);
     std::map<std::string, std::string> m_EnumerationFailures QUILL_GUARDED_BY(m_CallbackMutex);
+    std::vector<std::function<void(bool)>> m_Rests QUILL_GUARDED_BY(m_CallbackMutex);
 };
 
 } // namespace CameraInterface

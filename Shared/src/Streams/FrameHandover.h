@@ -7,18 +7,19 @@
 #include <utility>
 #include <vector>
 
+#include "Export.h"
 #include "Utilities/Mutex.h"
 
 namespace CameraInterface {
 
 /// Hands the frames of one run from its worker to waiting callers, one after another in the order of their requests. A
 /// frame is moved, never copied, and never older than the request for it. Thread-safe.
-class FrameHandover {
+class QUILL_ADAPTER_API FrameHandover {
 public:
     enum class Outcome { Frame, TimedOut, Stopped, CaptureEnded, OutOfMemory };
 
     /// One caller's place in the queue, from construction to destruction. Used by one thread.
-    class Request {
+    class QUILL_ADAPTER_API Request {
     public:
         explicit Request(FrameHandover& handover);
         Request(const Request&) = delete;

@@ -53,6 +53,10 @@ std::optional<FrameDescription> FrameHub::description() {
     return m_Description;
 }
 
+void FrameHub::declarePackets() {
+    m_Counts->hasPackets = true;
+}
+
 std::shared_ptr<FrameRun> FrameHub::makeRun() {
     return std::make_shared<FrameRun>(shared_from_this());
 }
@@ -227,6 +231,11 @@ void FrameRun::loseIncomplete(std::uint64_t receivedBytes, std::uint64_t expecte
     m_Hub->m_Counts->incompleteBytesReceived += receivedBytes;
     m_Hub->m_Counts->incompleteBytesExpected += expectedBytes;
     lose(FrameLoss::Incomplete);
+}
+
+void FrameRun::countPackets(std::uint64_t resent, std::uint64_t missing) {
+    m_Hub->m_Counts->resentPackets += resent;
+    m_Hub->m_Counts->missingPackets += missing;
 }
 
 void FrameRun::letPass() {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "Export.h"
 #include "Imaging/ImageFormat.h"
 #include "Imaging/SharedImagePool.h"
 #include "Streams/FrameCounts.h"
@@ -30,7 +31,7 @@ struct FrameDescription {
 /// The one place that every frame of a camera goes through: numbers it, counts what becomes of it, and shares it among
 /// the callers that wait for an image and the open queues. Belongs to a stream, whose runs and queues may outlive it.
 /// Thread-safe.
-class FrameHub : public std::enable_shared_from_this<FrameHub> {
+class QUILL_ADAPTER_API FrameHub : public std::enable_shared_from_this<FrameHub> {
 public:
     FrameHub();
     FrameHub(const FrameHub&) = delete;
@@ -48,6 +49,8 @@ public:
     std::shared_ptr<FrameRun> makeRun();
     /// Says why the present run will end, or why none runs.
     void expectEnd(FrameQueueStatus reason);
+    /// Marks the source as a stream of packets, which has further counters.
+    void declarePackets();
     /// Ends all queues for good: the camera is gone.
     void retire();
     /// The counts of the camera, and what each open queue dropped.
@@ -83,7 +86,7 @@ private:
 
 /// One run of a stream, as its source sees it. A source hands over each frame by publish(), or says by lose() why it
 /// cannot. begin(), publish() and lose() are called by one thread at a time, the others by any.
-class FrameRun {
+class QUILL_ADAPTER_API FrameRun {
 public:
     explicit FrameRun(std::shared_ptr<FrameHub> hub);
     FrameRun(const FrameRun&) = delete;
@@ -116,6 +119,8 @@ public:
     void lose(FrameLoss why, std::uint64_t frames = 1);
     /// The same for a frame of which bytes are missing.
     void loseIncomplete(std::uint64_t receivedBytes, std::uint64_t expectedBytes);
+    /// Counts packets: how many more the camera sent again, and how many more never came.
+    void countPackets(std::uint64_t resent, std::uint64_t missing);
     /// Ends the waits of queues that hold the run back: the source is about to be stopped.
     void letPass();
     /// Ends the run. Callers and queues get the reason. Only the first call has an effect.

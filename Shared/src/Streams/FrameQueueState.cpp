@@ -160,7 +160,7 @@ std::vector<StreamCounter> FrameQueueState::counters() const {
             {"Dropped", m_Dropped, "Frames that the queue dropped: it was full, or was closed.", true},
         };
     }
-    FrameCounts::appendLosses(counters, losses);
+    m_Counts->appendLosses(counters, losses);
     return counters;
 }
 
