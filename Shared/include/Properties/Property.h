@@ -11,6 +11,9 @@
 
 namespace CameraInterface {
 
+/// For whom a property is, as cameras with a GenICam description say: each level includes those before it.
+enum class PropertyVisibility { Beginner, Expert, Guru, Invisible };
+
 /// A named setting or reading of a camera. Every value travels as text.
 ///
 /// Reentrant: a property has no locks and is used from the thread that uses its camera. The camera owns it; it lives as
@@ -71,6 +74,8 @@ public:
     virtual std::string getDescription();
     /// The category of the Standard Features Naming Convention, in words: "Image Format Control", ...
     virtual std::string getCategory();
+    /// For whom the property is; Beginner unless the camera says otherwise.
+    virtual PropertyVisibility getVisibility();
 
     std::string getName() const;
     PROPERTY_TYPE getType() const;

@@ -43,6 +43,10 @@ std::string Property::getCategory() {
     return getPropertyMetadata(m_Name).category;
 }
 
+PropertyVisibility Property::getVisibility() {
+    return PropertyVisibility::Beginner;
+}
+
 std::string Property::getName() const {
     return m_Name;
 }

@@ -162,6 +162,7 @@ PropertyReading readProperty(const SelectedCamera& camera, const std::string& na
         reading.increment = property.getIncrement();
         reading.description = property.getDescription();
         reading.category = property.getCategory();
+        reading.visibility = property.getVisibility();
         return reading;
     });
 } catch (const ToolError& failure) {

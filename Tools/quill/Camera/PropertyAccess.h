@@ -29,6 +29,7 @@ struct PropertyReading {
     std::string increment;
     std::string description;
     std::string category;
+    CameraInterface::PropertyVisibility visibility = CameraInterface::PropertyVisibility::Beginner;
 
     /// Returns the choices or the range as text for people; may be empty.
     std::string allowed() const;

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <algorithm>
+#include <array>
 #include <map>
 #include <string>
 #include <utility>
@@ -16,20 +18,34 @@ namespace QuillTool {
 namespace {
 
 using CameraInterface::PROPERTY_TYPE;
+using CameraInterface::PropertyVisibility;
 
 std::string typeName(PROPERTY_TYPE type) {
     static const CameraInterface::PropertyTypes names;
     return names.toString(type);
 }
 
+const char* visibilityName(PropertyVisibility visibility) {
+    constexpr std::array kNames{"Beginner", "Expert", "Guru", "Invisible"};
+    return kNames.at(static_cast<std::size_t>(visibility));
+}
+
 Json toJson(const PropertyReading& reading) {
-    return {{"name", reading.name},         {"type", typeName(reading.type)},
-            {"value", reading.value},       {"default", reading.defaultValue},
-            {"minimum", reading.minimum},   {"maximum", reading.maximum},
-            {"discrete", reading.discrete}, {"choices", reading.choices},
-            {"readOnly", reading.readOnly}, {"availableForWriting", reading.availableForWriting},
-            {"unit", reading.unit},         {"increment", reading.increment},
-            {"category", reading.category}, {"description", reading.description}};
+    return {{"name", reading.name},
+            {"type", typeName(reading.type)},
+            {"value", reading.value},
+            {"default", reading.defaultValue},
+            {"minimum", reading.minimum},
+            {"maximum", reading.maximum},
+            {"discrete", reading.discrete},
+            {"choices", reading.choices},
+            {"readOnly", reading.readOnly},
+            {"availableForWriting", reading.availableForWriting},
+            {"unit", reading.unit},
+            {"increment", reading.increment},
+            {"category", reading.category},
+            {"description", reading.description},
+            {"visibility", visibilityName(reading.visibility)}};
 }
 
 /// The JSON document of all commands on properties.
@@ -45,13 +61,18 @@ class PropertiesCommand : public Command {
 public:
     void describe(CLI::App& parser) override {
         addCameraArgument(parser, m_Camera);
+        parser.add_flag("--all", m_All, "Also those that the camera hides from all but its makers and experts");
         addJsonFlag(parser, m_Json);
     }
 
     ExitCode run(Context& context) override {
         const SelectedCamera camera = context.session.connect(m_Camera);
-        const std::vector<std::string> names =
+        std::vector<std::string> names =
             camera.attempt("its properties cannot be listed", [&] { return camera->getSupportedProperties(); });
+        const auto isHidden = [&](const std::string& name) {
+            return !m_All && camera->getProperty(name).getVisibility() >= PropertyVisibility::Guru;
+        };
+        names.erase(std::remove_if(names.begin(), names.end(), isHidden), names.end());
         std::vector<PropertyReading> readings;
         for (const std::string& name : names) {
             try {
@@ -93,6 +114,7 @@ private:
     }
 
     std::string m_Camera;
+    bool m_All = false;
     bool m_Json = false;
 };
 
@@ -127,6 +149,7 @@ public:
             table.rows.push_back({"Maximum", reading.maximum});
             table.rows.push_back({"Step", reading.increment});
         }
+        table.rows.push_back({"Visibility", visibilityName(reading.visibility)});
         context.output.printTable(table);
         return ExitCode::Done;
     }
