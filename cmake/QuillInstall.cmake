@@ -12,6 +12,10 @@ if(QUILL_BUILD_SOFTWARE_DEVICES)
     # Beside the library, which searches for the flat libraries only there.
     install(TARGETS softwaredevices orvexapi tarnulibrary LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
 endif()
+if(TARGET quillcamera-genicam)
+    set_property(TARGET quillcamera-genicam PROPERTY INSTALL_RPATH "\$ORIGIN")
+    install(TARGETS quillcamera-genicam LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
 install(DIRECTORY Shared/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quillcamera)
 
 # The list of simulated cameras is a configuration file, and stays if it was edited. The copy beside it is the list as it was installed.

@@ -4,13 +4,14 @@
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
 
-# Debian packages, line by line: the tools; those of the library; of the devices in software; of the quill tool; of tests and benchmarks.
+# Debian packages, line by line: the tools; those of the library; of its GenICam adapter; of the devices in software; of the quill tool; of tests and benchmarks.
 quillPackages=(
     g++ cmake ninja-build pkg-config
     libopencv-core-dev libopencv-imgproc-dev nlohmann-json3-dev
+    libaravis-dev libusb-1.0-0-dev
     nettle-dev
     libcli11-dev libfmt-dev libpng-dev libtiff-dev libedit-dev
-    libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libtiff-tools libraw-bin
+    libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libtiff-tools libraw-bin aravis-tools aravis-tools-cli
 )
 
 # Those of scripts/check.
@@ -61,11 +62,11 @@ longestRepetition=130
 # Lines of C and C++ in these folders, without blank and comment lines.
 codeLines() { find "$@" -name '*.h' -o -name '*.cpp' -o -name '*.c' | xargs cat | grep --count --invert-match --extended-regexp '^\s*(//.*)?$'; }
 
-# Lines of tests in per mille of those of library, devices in software and tool.
-testShare() { echo $((1000 * $(codeLines Tests) / $(codeLines Shared Platform Tools))); }
+# Lines of tests in per mille of those of library, adapters, devices in software and tool.
+testShare() { echo $((1000 * $(codeLines Tests) / $(codeLines Shared Adapters Platform Tools))); }
 
 printTestShare() {
     local share
     share=$(testShare)
-    echo "Tests: $(codeLines Tests) lines for $(codeLines Shared Platform Tools) lines of code, $((share / 10)).$((share % 10)) % (at most $maximumTestShare %)"
+    echo "Tests: $(codeLines Tests) lines for $(codeLines Shared Adapters Platform Tools) lines of code, $((share / 10)).$((share % 10)) % (at most $maximumTestShare %)"
 }

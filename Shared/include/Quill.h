@@ -6,6 +6,8 @@
 #include "Cameras/Camera.h"
 #include "Cameras/CameraKind.h"
 #include "Cameras/CameraState.h"
+#include "Cameras/GenICam.h"
+#include "Cameras/GenICamNetwork.h"
 #include "Cameras/OrvexCamera/GigE.h"
 #include "Exceptions/KestrelException.h"
 #include "Exceptions/KestrelExceptions.h"

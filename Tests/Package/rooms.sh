@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$1"
 
-list=$(find Shared Platform Tools -name '*.h' -o -name '*.cpp')
+list=$(find Shared Adapters Platform Tools -name '*.h' -o -name '*.cpp')
 mapfile -t sources <<<"$list"
 
 awk '

@@ -2,6 +2,7 @@
 
 #include "Cameras/CameraAdapters.h"
 
+#include "Cameras/GenICam/GenICamLibrary.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
 #include "Cameras/SimulatedCamera/DescriptionFile.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
@@ -11,10 +12,12 @@ namespace CameraInterface {
 
 std::vector<CameraAdapter> getCameraAdapters() {
     return {
-        {"SDK cameras", OrvexAdapter::OrvexCamera::getListOfCameras},
-        {"USB3 Vision cameras", Usb3VisionAdapter::Usb3VisionCamera::getListOfCameras},
+        {"SDK cameras", OrvexAdapter::OrvexCamera::getListOfCameras, {}},
+        {"USB3 Vision cameras", Usb3VisionAdapter::Usb3VisionCamera::getListOfCameras, {}},
         {"simulated cameras (" + SimulatedAdapter::getDescriptionFilePath() + ")",
-         SimulatedAdapter::SimulatedCamera::getListOfCameras},
+         SimulatedAdapter::SimulatedCamera::getListOfCameras,
+         {}},
+        {"GenICam cameras", GenICam::getListOfCameras, GenICam::rest},
     };
 }
 

@@ -14,6 +14,8 @@ const char* getKindName(CameraKind kind) {
         return "simulated";
     case CameraKind::Usb3Vision:
         return "USB3 Vision";
+    case CameraKind::GenICam:
+        return "GenICam";
     case CameraKind::Unknown:
         break;
     }

@@ -48,6 +48,9 @@ inline constexpr ErrorKind kStreamCameraGone{"StreamStopped", "The camera is gon
 inline constexpr ErrorKind kStreamUnsupported{"StreamUnsupported", "The camera has no stream."};
 inline constexpr ErrorKind kSettingsInvalid{"SettingsInvalid", "Settings cannot be read."};
 inline constexpr ErrorKind kSettingsModel{"SettingsModel", "The settings are those of another model."};
+inline constexpr ErrorKind kNetworkSettings{"NetworkSettings",
+                                            "The camera's network settings cannot be read or changed."};
+inline constexpr ErrorKind kNetworkTimeout{"NetworkTimeout", "The camera did not answer in time."};
 inline constexpr ErrorKind kWouldWaitForItself{
     "WouldWaitForItself", "This operation waits for the callback that called it. Call it from another thread."};
 } // namespace Errors

@@ -1,0 +1,322 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ReceivingRun.h"
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+namespace GenICamAdapter {
+
+using namespace CameraInterface;
+using Utilities::MutexLock;
+
+namespace {
+
+/// Frames that Aravis may fill before the worker takes the first: as many as fit this memory, but at least a few.
+constexpr std::size_t kBufferMemory = std::size_t{64} << 20;
+constexpr std::size_t kFewestBuffers = 5;
+/// Aravis objects that wait for their memory to come back from a consumer.
+constexpr std::size_t kMostIdle = 256;
+/// Holds a burst of frames at 10 GigE; the kernel grants at most its limit.
+constexpr int kSocketBufferBytes = 8 << 20;
+/// A larger gap between two numbers is a camera that counts anew.
+constexpr std::uint64_t kLargestGap = 1U << 15;
+constexpr std::uint64_t kLargestShortId = 0xFFFF;
+
+} // namespace
+
+ReceivingRun::ReceivingRun(std::shared_ptr<Device> device, const RunSettings& settings,
+                           std::shared_ptr<FrameRun> frames, std::shared_ptr<StreamStatistics> statistics)
+    : m_Device(std::move(device)), m_Settings(settings), m_Frames(std::move(frames)),
+      m_Statistics(std::move(statistics)) {}
+
+ReceivingRun::~ReceivingRun() {
+    stop();
+}
+
+void ReceivingRun::start() {
+    Failure failure;
+    if (m_Device->isOnNetwork()) {
+        auto* const network = ARV_GV_DEVICE(m_Device->get());
+        arv_gv_device_set_packet_size_adjustment(network, ARV_GV_PACKET_SIZE_ADJUSTMENT_ON_FAILURE_ONCE);
+        arv_gv_device_set_stream_options(
+            network, m_Settings.packetSocket ? ARV_GV_STREAM_OPTION_NONE : ARV_GV_STREAM_OPTION_PACKET_SOCKET_DISABLED);
+    }
+    m_Stream.reset(arv_device_create_stream(m_Device->get(), onEvent, this, failure.out()));
+    if (!m_Stream) {
+        throw std::runtime_error(failure.text());
+    }
+    if (m_Device->isOnNetwork()) {
+        g_object_set(m_Stream.get(), "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size",
+                     kSocketBufferBytes, nullptr);
+        growSocketBuffer();
+    }
+    const std::size_t buffers =
+        std::clamp(kBufferMemory / std::max<std::size_t>(m_Settings.payloadBytes, 1), kFewestBuffers, kMostBuffers);
+    for (std::size_t i = 0; i < buffers; ++i) {
+        offer(m_Frames->takeBuffer(m_Settings.payloadBytes));
+    }
+    m_Frames->begin();
+    m_Thread = std::thread([this] { runThread(); });
+}
+
+void ReceivingRun::growSocketBuffer() {
+    // Aravis enlarges the buffer with the first packet, when part of the first frame is lost already.
+    const std::uint16_t port = arv_gv_stream_get_port(ARV_GV_STREAM(m_Stream.get()));
+    std::error_code failure;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd", failure)) {
+        const int descriptor = std::atoi(entry.path().filename().c_str());
+        sockaddr_in address{};
+        socklen_t size = sizeof address;
+        int type = 0;
+        socklen_t typeSize = sizeof type;
+        if (getsockopt(descriptor, SOL_SOCKET, SO_TYPE, &type, &typeSize) == 0 && type == SOCK_DGRAM &&
+            getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size) == 0 &&
+            address.sin_family == AF_INET && ntohs(address.sin_port) == port) {
+            setsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &kSocketBufferBytes, sizeof kSocketBufferBytes);
+        }
+    }
+}
+
+void ReceivingRun::stop() noexcept {
+    if (m_Thread.joinable()) {
+        {
+            const MutexLock lock(m_FinishedMutex);
+            m_StopRequested = true;
+        }
+        m_Finished.notify_all();
+        m_Frames->letPass();
+        m_Thread.join();
+    }
+    m_Stream.reset(); // joins Aravis' thread, which finishes what it has begun
+    m_Idle.clear();
+    m_Device.reset();
+    const MutexLock lock(m_FinishedMutex);
+    m_Frames->lose(FrameLoss::Aborted, std::exchange(m_ArrivalCount, 0));
+}
+
+FrameGeometry ReceivingRun::geometry() const {
+    const MutexLock lock(m_GeometryMutex);
+    return m_Geometry;
+}
+
+ReceivingRun::Receptacle& ReceivingRun::receptacleOf(ArvBuffer* buffer) {
+    return *static_cast<Receptacle*>(const_cast<void*>(arv_buffer_get_user_data(buffer)));
+}
+
+void ReceivingRun::onEvent(void* self, ArvStreamCallbackType type, ArvBuffer* buffer) {
+    if (type != ARV_STREAM_CALLBACK_TYPE_BUFFER_DONE || buffer == nullptr) {
+        return;
+    }
+    const Clock::time_point arrival = Clock::now();
+    auto& run = *static_cast<ReceivingRun*>(self);
+    {
+        const MutexLock lock(run.m_FinishedMutex);
+        run.m_Arrivals[(run.m_FirstArrival + run.m_ArrivalCount) % run.m_Arrivals.size()] = arrival;
+        ++run.m_ArrivalCount; // at most as many as there are buffers
+    }
+    run.m_Finished.notify_one();
+}
+
+void ReceivingRun::offer(std::vector<unsigned char> bytes) {
+    const auto known = m_Idle.find(bytes.data());
+    if (known != m_Idle.end()) {
+        ArvBuffer* const buffer = known->second.release();
+        m_Idle.erase(known);
+        receptacleOf(buffer) = std::move(bytes);
+        arv_stream_push_buffer(m_Stream.get(), buffer);
+        return;
+    }
+    auto* const receptacle = new Receptacle(std::move(bytes));
+    arv_stream_push_buffer(m_Stream.get(),
+                           arv_buffer_new_full(receptacle->size(), receptacle->data(), receptacle,
+                                               [](void* content) { delete static_cast<Receptacle*>(content); }));
+}
+
+void ReceivingRun::runThread() noexcept {
+    auto why = FrameHandover::Outcome::Stopped;
+    try {
+        receive();
+    } catch (const std::exception&) {
+        why = FrameHandover::Outcome::OutOfMemory; // no other exception occurs
+    }
+    m_Frames->end(why);
+}
+
+void ReceivingRun::receive() {
+    std::optional<std::size_t> left; // frames that had come when the stop was requested
+    while (!left || *left > 0) {
+        Clock::time_point arrival;
+        {
+            MutexLock lock(m_FinishedMutex);
+            lock.wait(m_Finished,
+                      [this]() QUILL_REQUIRES(m_FinishedMutex) { return m_ArrivalCount > 0 || m_StopRequested; });
+            if (m_StopRequested && !left) {
+                left = m_ArrivalCount;
+                continue;
+            }
+            arrival = m_Arrivals[m_FirstArrival];
+            m_FirstArrival = (m_FirstArrival + 1) % m_Arrivals.size();
+            --m_ArrivalCount;
+        }
+        left = left ? std::optional(*left - 1) : left;
+        if (ArvBuffer* const buffer = arv_stream_pop_buffer(m_Stream.get())) {
+            take(buffer, arrival);
+        }
+    }
+}
+
+void ReceivingRun::take(ArvBuffer* buffer, Clock::time_point arrival) {
+    m_Statistics->incrementFrameCount(STREAM_TYPE::Received);
+    if (m_Device->isOnNetwork()) {
+        countPackets();
+    }
+    if (countFailure(buffer)) {
+        ++m_FailedSinceWhole;
+        m_Statistics->incrementIncompleteFrameCount();
+        arv_stream_push_buffer(m_Stream.get(), buffer);
+        return;
+    }
+    countGap(arv_buffer_get_frame_id(buffer));
+    const PixelFormat* const format = findPixelFormat(arv_buffer_get_image_pixel_format(buffer));
+    if (format == nullptr || format->layout != m_Settings.format->layout) {
+        m_Frames->lose(FrameLoss::Undescribed);
+        arv_stream_push_buffer(m_Stream.get(), buffer);
+        return;
+    }
+    publish(buffer, *format, arrival);
+}
+
+bool ReceivingRun::countFailure(ArvBuffer* buffer) {
+    switch (arv_buffer_get_status(buffer)) {
+    case ARV_BUFFER_STATUS_SUCCESS:
+        break;
+    case ARV_BUFFER_STATUS_TIMEOUT:
+        m_Frames->lose(FrameLoss::TimedOut);
+        return true;
+    case ARV_BUFFER_STATUS_MISSING_PACKETS:
+    case ARV_BUFFER_STATUS_WRONG_PACKET_ID:
+        m_Frames->lose(FrameLoss::MissingPackets);
+        return true;
+    case ARV_BUFFER_STATUS_SIZE_MISMATCH:
+        m_Frames->lose(FrameLoss::SizeMismatch);
+        return true;
+    default:
+        m_Frames->lose(FrameLoss::Aborted);
+        return true;
+    }
+    const ArvBufferPayloadType payload = arv_buffer_get_payload_type(buffer);
+    if (payload != ARV_BUFFER_PAYLOAD_TYPE_IMAGE && payload != ARV_BUFFER_PAYLOAD_TYPE_EXTENDED_CHUNK_DATA) {
+        m_Frames->lose(FrameLoss::Undescribed);
+        return true;
+    }
+    // A frame that is larger than its buffer is cut off and called a success.
+    const PixelFormat* const format = findPixelFormat(arv_buffer_get_image_pixel_format(buffer));
+    gint paddingX = 0;
+    gint paddingY = 0;
+    arv_buffer_get_image_padding(buffer, &paddingX, &paddingY);
+    std::size_t size = 0;
+    arv_buffer_get_image_data(buffer, &size);
+    const gint width = arv_buffer_get_image_width(buffer);
+    const gint height = arv_buffer_get_image_height(buffer);
+    const bool hasSize = width > 0 && height > 0 && paddingX == 0 && paddingY == 0;
+    const auto bytes = format == nullptr || !hasSize
+                           ? std::nullopt
+                           : format->frameBytes(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
+    if (format != nullptr && (!bytes || *bytes > size)) {
+        m_Frames->lose(FrameLoss::SizeMismatch);
+        return true;
+    }
+    return false;
+}
+
+void ReceivingRun::countGap(std::uint64_t frameId) {
+    const std::optional<std::uint64_t> last = std::exchange(m_LastFrameId, frameId);
+    const std::uint64_t failed = std::exchange(m_FailedSinceWhole, 0);
+    m_IsExtendedId = m_IsExtendedId || frameId > kLargestShortId;
+    if (!last) {
+        return;
+    }
+    // A number of 16 bits goes from its largest value to 1.
+    const bool wraps = !m_IsExtendedId && frameId < *last;
+    const std::uint64_t step = wraps ? kLargestShortId - *last + frameId : frameId - *last;
+    if (step <= failed + 1 || step > kLargestGap) {
+        return;
+    }
+    // Aravis counts packets for which no buffer was free, not frames, and those of frames that come later.
+    const std::uint64_t underruns = totals().underruns;
+    const bool hadNoBuffer = underruns != std::exchange(m_Counted.underruns, underruns);
+    m_Frames->lose(hadNoBuffer ? FrameLoss::Missed : FrameLoss::DroppedByCamera, step - 1 - failed);
+}
+
+ReceivingRun::Totals ReceivingRun::totals() const {
+    Totals now;
+    guint64 completed = 0;
+    guint64 failures = 0;
+    guint64 underruns = 0;
+    arv_stream_get_statistics(m_Stream.get(), &completed, &failures, &underruns);
+    now.underruns = underruns;
+    return now;
+}
+
+void ReceivingRun::countPackets() {
+    guint64 resent = 0;
+    guint64 missing = 0;
+    arv_gv_stream_get_statistics(ARV_GV_STREAM(m_Stream.get()), &resent, &missing);
+    m_Frames->countPackets(resent - m_Counted.resentPackets, missing - m_Counted.missingPackets);
+    m_Counted.resentPackets = resent;
+    m_Counted.missingPackets = missing;
+}
+
+void ReceivingRun::publish(ArvBuffer* buffer, const PixelFormat& format, Clock::time_point arrival) {
+    const auto width = static_cast<std::uint32_t>(arv_buffer_get_image_width(buffer));
+    const auto height = static_cast<std::uint32_t>(arv_buffer_get_image_height(buffer));
+    const std::size_t bytes = *format.imageBytes(width, height); // checked before
+    Receptacle& receptacle = receptacleOf(buffer);
+    FrameInformation known;
+    known.arrival = arrival;
+    known.cameraNumber = arv_buffer_get_frame_id(buffer);
+    if (const guint64 timestamp = arv_buffer_get_timestamp(buffer); timestamp != 0) {
+        known.cameraTime = std::chrono::nanoseconds(timestamp);
+        known.cameraClock = CameraClock::Camera;
+    }
+    const FrameGeometry geometry{height, width, format.depth};
+    {
+        const MutexLock lock(m_GeometryMutex);
+        m_Geometry = geometry;
+    }
+    if (format.unpacking != Unpacking::None) {
+        std::vector<unsigned char> image = m_Frames->takeBuffer(bytes);
+        format.unpack(receptacle.data(), width, height, image.data());
+        arv_stream_push_buffer(m_Stream.get(), buffer);
+        if (m_Frames->publish(image, bytes, geometry, known)) {
+            m_Statistics->setImageDataTransferTime(m_Frames->transferSeconds());
+        } else {
+            m_Frames->giveBack(std::move(image));
+        }
+        return;
+    }
+    const void* const memory = receptacle.data();
+    std::vector<unsigned char> image = std::move(receptacle);
+    if (!m_Frames->publish(image, bytes, geometry, known)) {
+        image.resize(m_Settings.payloadBytes); // a caller that left may have had it cut to the frame's size
+        receptacle = std::move(image);
+        arv_stream_push_buffer(m_Stream.get(), buffer);
+        return;
+    }
+    m_Statistics->setImageDataTransferTime(m_Frames->transferSeconds());
+    if (m_Idle.size() >= kMostIdle) {
+        m_Idle.clear(); // their memory was freed meanwhile
+    }
+    m_Idle[memory] = ObjectPointer<ArvBuffer>(buffer);
+    offer(m_Frames->takeBuffer(m_Settings.payloadBytes));
+}
+
+} // namespace GenICamAdapter

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <system_error>
+
+#include "Cameras/GenICam/GenICamLibrary.h"
+
+namespace CameraInterface::GenICam {
+
+namespace {
+
+std::string firstWordOf(const std::filesystem::path& path) {
+    std::string word;
+    std::ifstream(path) >> word;
+    return word;
+}
+
+} // namespace
+
+bool isUsb3VisionDeviceAttached() {
+    std::error_code failure;
+    // Interfaces, such as "2-1:1.0", are listed beside the devices.
+    for (const auto& entry : std::filesystem::directory_iterator("/sys/bus/usb/devices", failure)) {
+        const std::filesystem::path& path = entry.path();
+        if (path.filename().string().find(':') == std::string::npos) {
+            continue;
+        }
+        // Miscellaneous class, USB3 Vision subclass: assigned by the USB Implementers Forum.
+        if (firstWordOf(path / "bInterfaceClass") == "ef" && firstWordOf(path / "bInterfaceSubClass") == "05") {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace CameraInterface::GenICam
