@@ -12,13 +12,15 @@ CameraKind kindOf(const CameraInterface::Camera& camera) {
         return CameraKind::Simulated;
     case CameraInterface::CameraKind::Usb3Vision:
         return CameraKind::Usb3Vision;
+    case CameraInterface::CameraKind::GenICam:
+        return CameraKind::GenICam;
     default:
         return CameraKind::Sdk;
     }
 }
 
 const char* nameOf(CameraKind kind) {
-    constexpr std::array kNames{"an SDK camera", "a USB3 Vision camera", "a simulated camera"};
+    constexpr std::array kNames{"an SDK camera", "a USB3 Vision camera", "a simulated camera", "a GenICam camera"};
     return kNames.at(static_cast<std::size_t>(kind));
 }
 

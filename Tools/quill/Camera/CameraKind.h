@@ -6,7 +6,7 @@
 namespace QuillTool {
 
 /// The interface through which the library reaches a camera. Devices in software have that of SDK cameras.
-enum class CameraKind { Sdk, Usb3Vision, Simulated };
+enum class CameraKind { Sdk, Usb3Vision, Simulated, GenICam };
 
 CameraKind kindOf(const CameraInterface::Camera& camera);
 

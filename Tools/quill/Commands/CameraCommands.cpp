@@ -197,9 +197,11 @@ private:
 std::vector<CommandDescription> cameraCommands() {
     return {
         {"list", "List the cameras: serial number, model, kind and state",
-         "Ends with 1 if a kind of camera cannot be enumerated.\n\n"
+         "GigE Vision cameras are looked for on the network cards, and at the addresses,\n"
+         "that are named. Ends with 1 if a kind of camera cannot be enumerated.\n\n"
          "Examples:\n"
          "  quill list\n"
+         "  quill list --genicam eth1\n"
          "  quill list --json | jq -r '.cameras[].serialNumber'\n",
          makeCommand<ListCommand>},
         {"info", "Describe a camera",

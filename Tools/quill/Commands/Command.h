@@ -69,6 +69,7 @@ CommandDescription jtagCommand();
 CommandDescription rebootCommand();
 CommandDescription usb3VisionCommands();
 CommandDescription kitCommand();
+CommandDescription networkCommand();
 CommandDescription streamCommand();
 CommandDescription watchCommand();
 CommandDescription conformCommand();

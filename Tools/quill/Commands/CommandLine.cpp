@@ -5,9 +5,12 @@
 #include <algorithm>
 #include <exception>
 #include <iterator>
+#include <sstream>
 #include <utility>
 
+#include <Quill.h>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "Commands/Command.h"
 
@@ -16,6 +19,11 @@ namespace QuillTool {
 namespace {
 
 constexpr const char* kFooter = R"('quill COMMAND --help' explains a command, and so does 'quill help COMMAND'.
+
+GigE Vision cameras of any maker are looked for where --genicam, the environment
+variable QUILL_GENICAM or /etc/quillcamera/genicam.conf says: network cards and
+addresses, as in 'quill list --genicam eth1,192.168.7.2'. USB3 Vision cameras are
+always listed.
 
 A serial number, or a unique prefix of it, identifies a camera. With --json,
 commands that list or read print JSON. Results go to standard output, everything
@@ -49,7 +57,7 @@ const std::vector<CommandDescription>& allCommands() {
         }
         for (const auto& single :
              {settingsCommands, streamCommand, watchCommand, conformCommand, flashCommands, firmwareCommands,
-              jtagCommand, rebootCommand, usb3VisionCommands, kitCommand, shellCommand}) {
+              jtagCommand, rebootCommand, usb3VisionCommands, networkCommand, kitCommand, shellCommand}) {
             all.push_back(single());
         }
         return all;
@@ -118,10 +126,59 @@ ToolError explain(const CLI::App& root, const CLI::ParseError& failure) {
     return wrongUsage(parser, path.empty() ? reason : fmt::format("{}: {}", path.substr(1), reason));
 }
 
+constexpr const char* kNetworkOption = "--genicam";
+
+/// Takes the places of the network where GenICam cameras are looked for out of the words, wherever they are: the parser
+/// would take an option of the tool only before the command.
+std::vector<std::string> takeNetwork(std::vector<std::string>& words) {
+    std::vector<std::string> places;
+    const std::string assigned = std::string(kNetworkOption) + '=';
+    for (auto word = words.begin(); word != words.end() && *word != "--";) {
+        const bool isNext = *word == kNetworkOption;
+        if (!isNext && word->compare(0, assigned.size(), assigned) != 0) {
+            ++word;
+            continue;
+        }
+        if (isNext && word + 1 == words.end()) {
+            throw ToolError(ExitCode::Usage,
+                            fmt::format("{}: a network card or an address is missing", kNetworkOption));
+        }
+        std::istringstream list(isNext ? *(word + 1) : word->substr(assigned.size()));
+        for (std::string place; std::getline(list, place, ',');) {
+            places.push_back(place);
+        }
+        word = words.erase(word, word + (isNext ? 2 : 1));
+    }
+    return places;
+}
+
+/// Looks for GenICam cameras at these places of the network, instead of those of the environment and the file.
+void useNetwork(const std::vector<std::string>& places) {
+    namespace GenICam = CameraInterface::GenICam;
+    GenICam::Settings settings = GenICam::getSettings();
+    settings.cards.clear();
+    settings.addresses.clear();
+    for (const std::string& place : places) {
+        const bool isAddress = place.find_first_not_of("0123456789.") == std::string::npos;
+        (isAddress ? settings.addresses : settings.cards).push_back(place);
+    }
+    try {
+        GenICam::configure(settings);
+    } catch (const KestrelExceptions::KestrelException_InvalidArgument&) {
+        throw ToolError(ExitCode::Usage, fmt::format("{}: '{}' are not names of network cards and IPv4 addresses",
+                                                     kNetworkOption, fmt::join(places, ",")));
+    }
+}
+
 ExitCode dispatch(std::vector<std::string> words, Context& context) {
     std::unique_ptr<Command> called;
     CLI::App root("quill: see, set and use cameras", "quill");
     root.set_version_flag("--version", "quill " QUILL_TOOL_VERSION);
+    const std::vector<std::string> network = takeNetwork(words);
+    root.add_option_function<std::string>(
+            kNetworkOption, [](const std::string& /*taken before*/) {},
+            "Network cards, and addresses of cameras, where GigE Vision cameras are")
+        ->type_name("CARD_OR_ADDRESS,...");
     root.formatter(std::make_shared<HelpFormatter>())->get_formatter()->label("SUBCOMMAND", "COMMAND [ARGUMENT...]");
     root.group("Commands"); // the heading of the list, which the commands inherit
     root.footer(kFooter);
@@ -141,6 +198,9 @@ ExitCode dispatch(std::vector<std::string> words, Context& context) {
         return ExitCode::Done;
     } catch (const CLI::ParseError& failure) {
         throw explain(root, failure);
+    }
+    if (!network.empty()) {
+        useNetwork(network);
     }
     return called->run(context);
 }

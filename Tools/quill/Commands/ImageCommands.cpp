@@ -218,6 +218,7 @@ private:
     static void requireImages(Output& output, const SelectedCamera& camera) {
         switch (kindOf(*camera)) {
         case CameraKind::Sdk:
+        case CameraKind::GenICam:
             return;
         case CameraKind::Simulated:
             output.warn(

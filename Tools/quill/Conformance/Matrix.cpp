@@ -58,8 +58,11 @@ constexpr unsigned kSdk = bit(Kind::Sdk);
 constexpr unsigned kSdkWithoutStream = bit(Kind::SdkWithoutStream);
 constexpr unsigned kUsb3Vision = bit(Kind::Usb3Vision);
 constexpr unsigned kSimulated = bit(Kind::Simulated);
+constexpr unsigned kGenICam = bit(Kind::GenICam);
 constexpr unsigned kAnySdk = kSdk | kSdkWithoutStream;
-constexpr unsigned kHardware = kAnySdk | kUsb3Vision;
+constexpr unsigned kStreaming = kSdk | kGenICam;
+constexpr unsigned kAnyStream = kAnySdk | kGenICam;
+constexpr unsigned kHardware = kAnyStream | kUsb3Vision;
 constexpr unsigned kStreamless = kUsb3Vision | kSimulated;
 constexpr unsigned kEvery = kHardware | kSimulated;
 
@@ -131,7 +134,7 @@ constexpr Row kRows[] = {
     {"isPropertySupported (unknown)", kEvery, always("false")},
     {"getSupportedProperties", kSimulated, sinceConnected("empty", "ok|empty")},
     {"getSupportedProperties", kHardware, sinceConnected("empty", kOk)},
-    {"Property::getValue", kSdk | kUsb3Vision, whileOpen(kNoProperty, kOk, kUnreadable)},
+    {"Property::getValue", kStreaming | kUsb3Vision, whileOpen(kNoProperty, kOk, kUnreadable)},
     {"Property::getMinimum", kSdk, whileOpen(kNoProperty, kOk, "PropertyRangeReadFailure")},
     {"Property::getMaximum", kSdk, whileOpen(kNoProperty, kOk, "PropertyRangeReadFailure")},
     {"Property::getDefault", kSdk, whileOpen(kNoProperty, kOk, "PropertyRangeReadFailure")},
@@ -140,6 +143,13 @@ constexpr Row kRows[] = {
     {"Property::isAvailableForWriting", kUsb3Vision, whileOpen(kNoProperty, kEither, kUnreadable)},
     {"Property::setValue (as it is)", kSdk, whileOpen(kNoProperty, kOk, "PropertyErrorUnknown")},
     {"Property::setValue (as it is)", kUsb3Vision, whileOpen(kNoProperty, kOk, kUnreadable)},
+    {"Property::getMinimum", kGenICam, whileOpen(kNoProperty, kOk, kUnreadable)},
+    {"Property::getMaximum", kGenICam, whileOpen(kNoProperty, kOk, kUnreadable)},
+    {"Property::getDefault", kGenICam, whileOpen(kNoProperty, kOk, kUnreadable)},
+    {"Property::getIncrement", kGenICam, whileOpen(kNoProperty, kOk, kUnreadable)},
+    {"Property::isReadOnly", kGenICam, whileOpen(kNoProperty, kEither, kUnreadable)},
+    {"Property::isAvailableForWriting", kGenICam, whileOpen(kNoProperty, kEither, kUnreadable)},
+    {"Property::setValue (as it is)", kGenICam, whileOpen(kNoProperty, kOk, kUnreadable)},
     // Data in memory is available without the camera.
     {"Property::getValue", kEvery, sinceConnected(kNoProperty, kOk)},
     {"Property::getMinimum", kEvery, sinceConnected(kNoProperty, kOk)},
@@ -169,12 +179,12 @@ constexpr Row kRows[] = {
          .but(State::StreamingStill, "true")
          .but(State::SuspendedStreaming, "true")
          .but(State::UnpluggedStreaming, "true")}, // until it is stopped
-    {"startStream", kSdk, whileOpen(kNoSettings, kOk, kNoSettings).but(State::UnpluggedStreaming, kOk)},
+    {"startStream", kStreaming, whileOpen(kNoSettings, kOk, kNoSettings).but(State::UnpluggedStreaming, kOk)},
     {"startStream", kSdkWithoutStream, always(kNoSettings)},
-    {"stopStream", kAnySdk, always(kOk).but(State::UnpluggedStreaming, "StopStream")},
-    {"getStreamStatistics", kAnySdk, always(kOk)},
-    {"getStreamCounters", kAnySdk, always(kOk)},
-    {"openFrameQueue", kSdk,
+    {"stopStream", kAnyStream, always(kOk).but(State::UnpluggedStreaming, "StopStream")},
+    {"getStreamStatistics", kAnyStream, always(kOk)},
+    {"getStreamCounters", kAnyStream, always(kOk)},
+    {"openFrameQueue", kStreaming,
      kQueue.but(State::StreamingVideo, "runs")
          .but(State::StreamingStill, "runs")
          .but(State::SuspendedStreaming, "runs")
@@ -186,7 +196,7 @@ constexpr Row kRows[] = {
     {"getStreamStatistics", kStreamless, always("StreamUnsupported")},
     {"getStreamCounters", kStreamless, always("StreamUnsupported")},
     {"openFrameQueue", kStreamless, always("StreamUnsupported")},
-    {"getImage", kSdk,
+    {"getImage", kStreaming,
      whileOpen(kNoSettings, kOk, kNoSettings)
          .but(State::UnpluggedStreaming, "PropertyReadFailure|StreamStopped|StreamTimeout")},
     {"getImage", kSdkWithoutStream, always(kNoSettings)},
@@ -194,7 +204,7 @@ constexpr Row kRows[] = {
     {"getImage", kSimulated, always(kOk)},
     {"convertImage", kSdk, whileOpen(kNoProperty, kOk, kUnreadable)}, // reads the layout of the sensor
     {"convertImage", kSdkWithoutStream, sinceConnected(kNoProperty, "ok|PropertyUnsupported|PropertyReadFailure")},
-    {"convertImage", kStreamless, always(kOk)},
+    {"convertImage", kStreamless | kGenICam, always(kOk)},
     {"convertImage (no image)", kEvery, always("Image cannot be null.")},
 };
 

@@ -37,7 +37,7 @@ void streamVideo(Subject& subject) {
 }
 
 void connectOrStream(Subject& subject) {
-    subject.kind() == Kind::Sdk ? streamVideo(subject) : connect(subject);
+    subject.kind() == Kind::Sdk || subject.kind() == Kind::GenICam ? streamVideo(subject) : connect(subject);
 }
 
 void awaitRetirement(Subject& subject) {
@@ -115,7 +115,9 @@ static_assert(isInOrder());
 } // namespace
 
 bool StateDescription::isPossible(const Subject& subject) const {
-    return (!needsStream || subject.kind() == Kind::Sdk) && (!needsPlug || subject.plug().pull);
+    const bool canStream =
+        subject.kind() == Kind::Sdk || (subject.kind() == Kind::GenICam && state != State::StreamingStill);
+    return (!needsStream || canStream) && (!needsPlug || subject.plug().pull);
 }
 
 const std::array<StateDescription, kStateCount>& allStates() {

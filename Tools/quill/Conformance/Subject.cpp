@@ -25,7 +25,8 @@ struct KindName {
 constexpr KindName kKindNames[] = {{Kind::Sdk, "an SDK camera"},
                                    {Kind::SdkWithoutStream, "an SDK camera that cannot stream"},
                                    {Kind::Usb3Vision, "a USB3 Vision camera"},
-                                   {Kind::Simulated, "a simulated camera"}};
+                                   {Kind::Simulated, "a simulated camera"},
+                                   {Kind::GenICam, "a GenICam camera"}};
 
 /// The properties that a stream requires.
 constexpr std::array kStreamProperties{
@@ -83,6 +84,8 @@ Kind Subject::findKind() const {
         return Kind::Simulated;
     case CameraKind::Usb3Vision:
         return Kind::Usb3Vision;
+    case CameraKind::GenICam:
+        return Kind::GenICam;
     case CameraKind::Sdk:
         break;
     }
@@ -95,6 +98,8 @@ std::string Subject::findProperty() const {
     switch (m_Kind) {
     case Kind::Sdk:
         return PropertyNames::kStillExposure;
+    case Kind::GenICam:
+        return PropertyNames::kWidth;
     case Kind::SdkWithoutStream:
         return PropertyNames::kSerialNumber;
     case Kind::Usb3Vision:

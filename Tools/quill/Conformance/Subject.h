@@ -15,7 +15,8 @@ enum class Kind : unsigned {
     Sdk = 1,
     SdkWithoutStream = 2, ///< an SDK camera that cannot stream, such as a camera without a loaded FPGA
     Usb3Vision = 4,
-    Simulated = 8
+    Simulated = 8,
+    GenICam = 16
 };
 
 const char* nameOf(Kind kind);

@@ -22,10 +22,9 @@ struct FailureCode {
 };
 
 constexpr std::array kFailureCodes{
-    FailureCode{"CameraNotFound", ExitCode::NotFound},
-    FailureCode{"PropertyUnsupported", ExitCode::NotFound},
-    FailureCode{"FunctionUnsupported", ExitCode::NotFound},
-    FailureCode{"StreamTimeout", ExitCode::TimedOut},
+    FailureCode{"CameraNotFound", ExitCode::NotFound},      FailureCode{"PropertyUnsupported", ExitCode::NotFound},
+    FailureCode{"FunctionUnsupported", ExitCode::NotFound}, FailureCode{"StreamTimeout", ExitCode::TimedOut},
+    FailureCode{"NetworkTimeout", ExitCode::TimedOut},
 };
 
 /// Precedes the reason in a sentence such as "Error with function {Read Flash}: ...".
