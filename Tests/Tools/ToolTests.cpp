@@ -85,6 +85,8 @@ TEST_F(Tool, EndsWithTheDocumentedCodeAndSaysWhy) {
         {{"help", "frobnicate"}, 2, "unknown command 'frobnicate'; try 'quill --help'"},
         {{"--frob", "get"}, 2, "unknown command '--frob'; try 'quill --help'"},
         {{}, 2, "a command is missing"},
+        {{"list", "--genicam"}, 2, "--genicam: a network card or an address is missing"},
+        {{"--genicam=eth1,a/b", "list"}, 2, "--genicam: 'eth1,a/b' are not names of network cards and IPv4 addresses"},
         {{"info", "7"}, 3, "camera '7': not found; there are: 81000, 90001, 90002"},
         {{"get", "90001", "Gain", "--", "-x"}, 3, "camera 90001: property '-x': cannot be read"},
         {{"get", "90001", "iwdth"},
