@@ -308,7 +308,7 @@ TEST_F(GenICamTest, SaysWhyAFrameIsLost) {
                                                {{"--loss", "2", "--no-resend"}, "Timed Out"},
                                                {{"--short-frames"}, "Size Mismatch"},
                                                {{"--lie", "width"}, "Size Mismatch"},
-                                               {{"--gvcp-loss", "2"}, nullptr},
+                                               {{"--gvcp-loss", "1"}, nullptr},
                                                {{"--id-start", "65530"}, nullptr}}) {
         SCOPED_TRACE(fault.faults.front() + " " + fault.faults.back());
         std::vector<std::string> options{"--size", "640x480", "--fps", "50"};
