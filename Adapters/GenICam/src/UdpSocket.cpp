@@ -30,6 +30,53 @@ const sockaddr* generic(const sockaddr_in& address) {
     return reinterpret_cast<const sockaddr*>(&address);
 }
 
+/// A packet with its peer and the card that it goes through, for the system's calls.
+class CardMessage {
+public:
+    CardMessage(std::uint8_t* packet, std::size_t size) : m_Content{packet, size} {
+        m_Message.msg_name = &peer;
+        m_Message.msg_namelen = sizeof peer;
+        m_Message.msg_iov = &m_Content;
+        m_Message.msg_iovlen = 1;
+        m_Message.msg_control = m_Control.data();
+        m_Message.msg_controllen = m_Control.size();
+    }
+    CardMessage(const CardMessage&) = delete;
+    CardMessage& operator=(const CardMessage&) = delete;
+    ~CardMessage() = default;
+
+    msghdr* get() { return &m_Message; }
+
+    /// Lets the card decide the way, not the routing table.
+    void setCard(unsigned index) {
+        in_pktinfo info{};
+        info.ipi_ifindex = static_cast<int>(index);
+        cmsghdr* const header = CMSG_FIRSTHDR(&m_Message);
+        header->cmsg_level = IPPROTO_IP;
+        header->cmsg_type = IP_PKTINFO;
+        header->cmsg_len = CMSG_LEN(sizeof info);
+        std::memcpy(CMSG_DATA(header), &info, sizeof info);
+    }
+    /// The card of a packet that was received; 0 if the system does not say.
+    unsigned card() {
+        for (cmsghdr* header = CMSG_FIRSTHDR(&m_Message); header != nullptr; header = CMSG_NXTHDR(&m_Message, header)) {
+            if (header->cmsg_level == IPPROTO_IP && header->cmsg_type == IP_PKTINFO) {
+                in_pktinfo info{};
+                std::memcpy(&info, CMSG_DATA(header), sizeof info);
+                return static_cast<unsigned>(info.ipi_ifindex);
+            }
+        }
+        return 0;
+    }
+
+    sockaddr_in peer{};
+
+private:
+    iovec m_Content;
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(in_pktinfo))> m_Control{};
+    msghdr m_Message{};
+};
+
 std::string textOfAddress(const in_addr& address) {
     std::array<char, INET_ADDRSTRLEN> text{};
     inet_ntop(AF_INET, &address, text.data(), text.size());
@@ -88,50 +135,19 @@ void UdpSocket::sendTo(const std::string& address, std::uint16_t port, const std
 }
 
 void UdpSocket::broadcast(unsigned cardIndex, std::uint16_t port, const std::vector<std::uint8_t>& packet) const {
-    sockaddr_in everybody = addressOf("255.255.255.255", port);
-    iovec content{const_cast<std::uint8_t*>(packet.data()), packet.size()};
-    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(in_pktinfo))> control{};
-    msghdr message{};
-    message.msg_name = &everybody;
-    message.msg_namelen = sizeof everybody;
-    message.msg_iov = &content;
-    message.msg_iovlen = 1;
-    message.msg_control = control.data();
-    message.msg_controllen = control.size();
-    cmsghdr* const header = CMSG_FIRSTHDR(&message);
-    header->cmsg_level = IPPROTO_IP;
-    header->cmsg_type = IP_PKTINFO;
-    header->cmsg_len = CMSG_LEN(sizeof(in_pktinfo));
-    in_pktinfo info{}; // the card decides, not the routing table
-    info.ipi_ifindex = static_cast<int>(cardIndex);
-    std::memcpy(CMSG_DATA(header), &info, sizeof info);
-    sendmsg(m_Socket, &message, MSG_NOSIGNAL);
+    CardMessage message(const_cast<std::uint8_t*>(packet.data()), packet.size());
+    message.peer = addressOf("255.255.255.255", port);
+    message.setCard(cardIndex);
+    sendmsg(m_Socket, message.get(), MSG_NOSIGNAL);
 }
 
 UdpSocket::Arrival UdpSocket::receive(std::vector<std::uint8_t>& buffer, std::chrono::steady_clock::time_point until,
                                       PacketSource& source) const {
     while (true) {
-        sockaddr_in peer{};
-        iovec content{buffer.data(), buffer.size()};
-        alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(in_pktinfo))> control{};
-        msghdr message{};
-        message.msg_name = &peer;
-        message.msg_namelen = sizeof peer;
-        message.msg_iov = &content;
-        message.msg_iovlen = 1;
-        message.msg_control = control.data();
-        message.msg_controllen = control.size();
-        const ssize_t size = recvmsg(m_Socket, &message, 0);
+        CardMessage message(buffer.data(), buffer.size());
+        const ssize_t size = recvmsg(m_Socket, message.get(), 0);
         if (size >= 0) {
-            source.size = static_cast<std::size_t>(size);
-            source.address = textOfAddress(peer.sin_addr);
-            for (cmsghdr* header = CMSG_FIRSTHDR(&message); header != nullptr; header = CMSG_NXTHDR(&message, header)) {
-                if (header->cmsg_level == IPPROTO_IP && header->cmsg_type == IP_PKTINFO) {
-                    in_pktinfo info{};
-                    std::memcpy(&info, CMSG_DATA(header), sizeof info);
-                    source.cardIndex = static_cast<unsigned>(info.ipi_ifindex);
-                }
-            }
+            source = {static_cast<std::size_t>(size), textOfAddress(message.peer.sin_addr), message.card()};
             return Arrival::Packet;
         }
         if (errno == ECONNREFUSED) {
