@@ -71,8 +71,9 @@ void ReceivingRun::growSocketBuffer() {
     // Aravis enlarges the buffer with the first packet, when part of the first frame is lost already.
     const std::uint16_t port = arv_gv_stream_get_port(ARV_GV_STREAM(m_Stream.get()));
     std::error_code failure;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd", failure)) {
-        const int descriptor = std::atoi(entry.path().filename().c_str());
+    std::filesystem::directory_iterator entry("/proc/self/fd", failure);
+    for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
+        const int descriptor = std::atoi(entry->path().filename().c_str());
         sockaddr_in address{};
         socklen_t size = sizeof address;
         int type = 0;
@@ -251,19 +252,17 @@ void ReceivingRun::countGap(std::uint64_t frameId) {
         return;
     }
     // Aravis counts packets for which no buffer was free, not frames, and those of frames that come later.
-    const std::uint64_t underruns = totals().underruns;
-    const bool hadNoBuffer = underruns != std::exchange(m_Counted.underruns, underruns);
+    const std::uint64_t present = underruns();
+    const bool hadNoBuffer = present != std::exchange(m_Counted.underruns, present);
     m_Frames->lose(hadNoBuffer ? FrameLoss::Missed : FrameLoss::DroppedByCamera, step - 1 - failed);
 }
 
-ReceivingRun::Totals ReceivingRun::totals() const {
-    Totals now;
+std::uint64_t ReceivingRun::underruns() const {
     guint64 completed = 0;
     guint64 failures = 0;
     guint64 underruns = 0;
     arv_stream_get_statistics(m_Stream.get(), &completed, &failures, &underruns);
-    now.underruns = underruns;
-    return now;
+    return underruns;
 }
 
 void ReceivingRun::countPackets() {

@@ -66,9 +66,9 @@ private:
     /// A buffer of the pool that Aravis fills. The Aravis object of its memory is kept for the next time.
     using Receptacle = std::vector<unsigned char>;
 
-    /// Counts that Aravis keeps of the stream.
-    struct Totals {
-        std::uint64_t underruns = 0;
+    /// Aravis' counts of the stream, as far as they are counted here.
+    struct Counted {
+        std::uint64_t underruns = 0; ///< packets for which no buffer was free
         std::uint64_t resentPackets = 0;
         std::uint64_t missingPackets = 0;
     };
@@ -86,7 +86,7 @@ private:
     /// Counts the frames of which nothing was received, by the number of the next whole one.
     void countGap(std::uint64_t frameId);
     void countPackets();
-    Totals totals() const;
+    std::uint64_t underruns() const;
     void publish(ArvBuffer* buffer, const PixelFormat& format, Clock::time_point arrival);
 
     std::shared_ptr<Device> m_Device; // until the end of the run, which its waiters may outlive
@@ -99,7 +99,7 @@ private:
     std::optional<std::uint64_t> m_LastFrameId; // of a whole frame: one without its first packet has no number
     std::uint64_t m_FailedSinceWhole = 0;
     bool m_IsExtendedId = false; // wider than 16 bits
-    Totals m_Counted;
+    Counted m_Counted;
 
     mutable Utilities::Mutex m_GeometryMutex; // guards the geometry
     CameraInterface::FrameGeometry m_Geometry QUILL_GUARDED_BY(m_GeometryMutex);

@@ -21,9 +21,10 @@ std::string firstWordOf(const std::filesystem::path& path) {
 
 bool isUsb3VisionDeviceAttached() {
     std::error_code failure;
-    // Interfaces, such as "2-1:1.0", are listed beside the devices.
-    for (const auto& entry : std::filesystem::directory_iterator("/sys/bus/usb/devices", failure)) {
-        const std::filesystem::path& path = entry.path();
+    std::filesystem::directory_iterator entry("/sys/bus/usb/devices", failure);
+    // Interfaces, such as "2-1:1.0", are listed beside the devices, which may leave meanwhile.
+    for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
+        const std::filesystem::path& path = entry->path();
         if (path.filename().string().find(':') == std::string::npos) {
             continue;
         }
