@@ -18,11 +18,11 @@ struct Faults {
     std::uint32_t lateMilliseconds = 0;
     double lateShare = 1;         ///< packets of frames that are late
     double controlLoss = 0;       ///< requests that are lost, or whose answers are
-    bool noResend = false;        ///< packets are not sent again
+    bool noResend = false;        ///< sends no packet again
     bool deny = false;            ///< somebody else has control
-    bool silent = false;          ///< nothing is answered
-    bool noTestPackets = false;   ///< test packets are not sent
-    bool shortFrames = false;     ///< the last quarter of a frame is not sent, and the trailer says so
+    bool silent = false;          ///< answers nothing
+    bool noTestPackets = false;   ///< sends no test packets
+    bool shortFrames = false;     ///< ends each frame after three quarters, as its trailer says
     Lie lie = Lie::None;          ///< size: a quarter more bytes than announced; width: the leader has a width 4 larger
     std::uint64_t stallAfter = 0; ///< frames after which an acquisition sends no more; 0: never
 };
