@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <map>
@@ -284,6 +285,29 @@ TEST_F(GenICamTest, AnotherProgramsCameraIsListedAndRefused) {
         }
     }));
     EXPECT_TRUE(camera.getImage());
+}
+
+TEST_F(GenICamTest, WritesEveryKindOfNumber) {
+    const CameraProcess process(software("127.0.0.2", {"--size", "640x480"}));
+    lookOn({}, {"127.0.0.2"});
+    Camera& camera = listed("Quill-One");
+    camera.connect();
+    const std::vector<std::array<std::string, 3>> cases{{"Exposure", "12.5", "12.5"},
+                                                        {"ExposureTime", "0", "10"},
+                                                        {"Gain", "1e9", ""},
+                                                        {"Width", "322", "324"},
+                                                        {"Height", "1", "16"},
+                                                        {"Red Gain", "2", "2"},
+                                                        {"Auto Exposure", "Enabled", "Enabled"},
+                                                        {"Flipping", "X", "X"},
+                                                        {"DeviceUserID", "line 4", "line 4"}};
+    for (const auto& [name, text, expected] : cases) {
+        Property& property = camera.getProperty(name);
+        property.setValue(text);
+        EXPECT_EQ(property.getValue(), expected.empty() ? property.getMaximum() : expected) << name;
+    }
+    EXPECT_EQ(value(camera, "GainSelector"), "All") << "a colour's gain leaves the selection as it was";
+    EXPECT_FALSE(camera.getProperty("ExposureTime").isAvailableForWriting()) << "while it is automatic";
 }
 
 /// Streams until a number of frames came or were lost, and returns the counters.

@@ -3,6 +3,7 @@
 #include "FeatureProperties.h"
 
 #include <cfloat>
+#include <limits>
 #include <utility>
 
 #include "Exceptions/Raise.h"
@@ -120,6 +121,17 @@ void refuseLength(guint64 length, GError** failure) {
     }
 }
 
+/// What to take for a limit that a description refers to and does not have. Other failures, above all those of the
+/// connection, stay.
+template <typename Number>
+Number limitOr(Number limit, Number otherwise, GError** failure) {
+    if (*failure == nullptr || (*failure)->domain != ARV_GC_ERROR) {
+        return limit;
+    }
+    g_clear_error(failure);
+    return otherwise;
+}
+
 class IntegerFeature : public FeatureProperty {
 public:
     IntegerFeature(GenICamCamera& camera, const FeatureDescription& feature)
@@ -139,8 +151,10 @@ public:
 protected:
     void write(const std::string& value) override {
         const std::int64_t number = parseInteger(value);
+        using Limits = std::numeric_limits<std::int64_t>;
         const std::int64_t written =
-            toStep(number, limit(arv_gc_integer_get_min), limit(arv_gc_integer_get_max), limit(arv_gc_integer_get_inc));
+            toStep(number, limitOf(arv_gc_integer_get_min, Limits::min()),
+                   limitOf(arv_gc_integer_get_max, Limits::max()), limitOf(arv_gc_integer_get_inc, 1));
         tell([&](ArvGcNode* node, GError** failure) {
             arv_gc_integer_set_value(ARV_GC_INTEGER(node), written, failure);
         });
@@ -150,6 +164,11 @@ private:
     std::int64_t limit(gint64 (*get)(ArvGcInteger*, GError**)) {
         return ask(
             [get](ArvGcNode* node, GError** failure) -> std::int64_t { return get(ARV_GC_INTEGER(node), failure); });
+    }
+    std::int64_t limitOf(gint64 (*get)(ArvGcInteger*, GError**), std::int64_t otherwise) {
+        return ask([=](ArvGcNode* node, GError** failure) {
+            return limitOr<std::int64_t>(get(ARV_GC_INTEGER(node), failure), otherwise, failure);
+        });
     }
 };
 
@@ -166,16 +185,15 @@ public:
     }
     std::string getValue() override { return textOf(limit(arv_gc_float_get_value)); }
     std::string getIncrement() override {
-        return limitText([this] {
-            const double step = increment();
-            return step > 0 ? textOf(step) : "";
-        });
+        const double step = increment();
+        return step > 0 ? textOf(step) : "";
     }
 
 protected:
     void write(const std::string& value) override {
         const double number = parseFloat(value);
-        const double written = toStep(number, limit(arv_gc_float_get_min), limit(arv_gc_float_get_max), increment());
+        const double written = toStep(number, limitOf(arv_gc_float_get_min, -DBL_MAX),
+                                      limitOf(arv_gc_float_get_max, DBL_MAX), increment());
         tell([&](ArvGcNode* node, GError** failure) { arv_gc_float_set_value(ARV_GC_FLOAT(node), written, failure); });
     }
 
@@ -183,9 +201,14 @@ private:
     double limit(double (*get)(ArvGcFloat*, GError**)) {
         return ask([get](ArvGcNode* node, GError** failure) { return get(ARV_GC_FLOAT(node), failure); });
     }
+    double limitOf(double (*get)(ArvGcFloat*, GError**), double otherwise) {
+        return ask([=](ArvGcNode* node, GError** failure) {
+            return limitOr(get(ARV_GC_FLOAT(node), failure), otherwise, failure);
+        });
+    }
     /// 0 if there is none, for which Aravis says the smallest number.
     double increment() {
-        const double step = limit(arv_gc_float_get_inc);
+        const double step = limitOf(arv_gc_float_get_inc, 0);
         return step > DBL_MIN ? step : 0;
     }
 };
