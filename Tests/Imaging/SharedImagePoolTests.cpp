@@ -19,12 +19,23 @@ std::shared_ptr<const Imaging::Image> makeSmall(SharedImagePool& pool) {
 
 TEST(SharedImagePool, AForkedChildReleasesImagesWhileItsParentWasUsingThePool) {
     const auto pool = std::make_shared<SharedImagePool>();
+    {
+        // From here on the user thread allocates nothing: AddressSanitizer's allocator stays locked in a child that is
+        // forked while another thread allocates.
+        const auto first = makeSmall(*pool);
+        const auto second = makeSmall(*pool);
+    }
     std::atomic<bool> done{false};
+    std::atomic<bool> isRunning{false};
     std::thread user([&] {
         while (!done) {
             makeSmall(*pool); // holds the pool's mutex most of the time
+            isRunning = true;
         }
     });
+    while (!isRunning) {
+        std::this_thread::yield();
+    }
     for (int child = 0; child < 100 && !HasFailure(); ++child) {
         auto image = makeSmall(*pool);
         const pid_t process = fork();
