@@ -5,13 +5,25 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include <pthread.h>
+
 #include "Refusal.h"
 
 namespace SoftwareDevices {
 
 Registry& Registry::instance() {
-    static Registry& registry = *new Registry;
-    return registry;
+    struct OfProcess {
+        Registry own;
+        OfProcess* parents; // kept reachable in a child
+    };
+    static OfProcess* current = nullptr;
+    static const bool isMade = [] {
+        current = new OfProcess{};
+        pthread_atfork(nullptr, nullptr, [] { current = new OfProcess{{}, current}; });
+        return true;
+    }();
+    static_cast<void>(isMade);
+    return current->own;
 }
 
 void Registry::settleLocked() {

@@ -23,7 +23,8 @@ struct Session {
     std::atomic<std::uint32_t> lastError{kNoError};
 };
 
-/// The devices on the bus, and the open ones among them. One per process, never destroyed. Thread-safe.
+/// The devices on the bus, and the open ones among them. One per process, never destroyed. Thread-safe. A forked child
+/// begins with one of its own, as a new process does: threads of its parent may hold the mutexes of the parent's.
 class Registry {
 public:
     static Registry& instance();
