@@ -16,13 +16,16 @@ struct Faults {
     double reorder = 0;   ///< packets of frames that are sent after the following one
     double duplicate = 0; ///< packets of frames that are sent twice
     std::uint32_t lateMilliseconds = 0;
-    double lateShare = 1;         ///< packets of frames that are late
-    double controlLoss = 0;       ///< requests that are lost, or whose answers are
-    bool noResend = false;        ///< sends no packet again
-    bool deny = false;            ///< somebody else has control
-    bool silent = false;          ///< answers nothing
-    bool noTestPackets = false;   ///< sends no test packets
-    bool shortFrames = false;     ///< ends each frame after three quarters, as its trailer says
+    double lateShare = 1;                    ///< packets of frames that are late
+    double controlLoss = 0;                  ///< requests that are lost, or whose answers are
+    std::uint32_t answerMilliseconds = 0;    ///< that answers come later
+    std::uint32_t discoveryMilliseconds = 0; ///< the same of answers to discoveries
+    bool noResend = false;                   ///< sends no packet again
+    bool deny = false;                       ///< somebody else has control
+    bool silent = false;                     ///< answers nothing
+    bool noTestPackets = false;              ///< sends no test packets
+    bool shortFrames = false;                ///< ends each frame after three quarters, as its trailer says
+    bool varyHeight = false;                 ///< every other frame has half the height, as its leader says
     Lie lie = Lie::None;          ///< size: a quarter more bytes than announced; width: the leader has a width 4 larger
     std::uint64_t stallAfter = 0; ///< frames after which an acquisition sends no more; 0: never
 };

@@ -101,10 +101,13 @@ std::shared_ptr<FrameSender::Frame> FrameSender::makeFrame(const FrameOrder& ord
         }
     }
     frame->order = order;
-    frame->rows = order.height;
-    std::uint32_t drawnRows = order.height;
+    if (order.faults.varyHeight && order.number % 2 != 0) {
+        frame->order.height /= 2;
+    }
+    frame->rows = frame->order.height;
+    std::uint32_t drawnRows = frame->rows;
     if (order.faults.lie == Lie::Size) {
-        drawnRows += (order.height + 3) / 4;
+        drawnRows += (frame->order.height + 3) / 4;
     }
     const std::size_t rowSize = order.format->rowSize(order.width);
     frame->size = rowSize * drawnRows;
@@ -113,7 +116,7 @@ std::shared_ptr<FrameSender::Frame> FrameSender::makeFrame(const FrameOrder& ord
     }
     m_Renderer.render(order.picture, *order.format, order.width, order.blockId, drawnRows, frame->payload.data());
     if (order.faults.shortFrames) {
-        frame->rows = order.height * 3 / 4;
+        frame->rows = frame->order.height * 3 / 4;
         frame->size = rowSize * frame->rows;
     }
     frame->chunk = order.target.packetSize - kPacketOverhead;

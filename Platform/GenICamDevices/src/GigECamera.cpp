@@ -2,8 +2,11 @@
 
 #include "GigECamera.h"
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstddef>
+#include <deque>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -132,7 +135,7 @@ private:
             for (const Socket& socket : m_Broadcasts) {
                 waiting.push_back({socket.descriptor(), POLLIN, 0});
             }
-            if (poll(waiting.data(), waiting.size(), -1) <= 0) {
+            if (poll(waiting.data(), waiting.size(), sendLateAnswers()) <= 0) {
                 continue;
             }
             while (const auto datagram = m_Requests.receive()) {
@@ -148,13 +151,36 @@ private:
         }
     }
 
+    /// @return the milliseconds until the next one; negative if there is none
+    int sendLateAnswers() {
+        int next = -1;
+        const Clock::time_point now = Clock::now();
+        for (auto answer = m_LateAnswers.begin(); answer != m_LateAnswers.end();) {
+            if (answer->due <= now) {
+                m_Requests.send(answer->bytes, answer->to);
+                answer = m_LateAnswers.erase(answer);
+                continue;
+            }
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(answer->due - now).count();
+            next = next < 0 ? static_cast<int>(left) : std::min(next, static_cast<int>(left));
+            ++answer;
+        }
+        return next;
+    }
+
     void serve(const Datagram& datagram) {
         Outcome outcome =
             m_Device.handlePacket(datagram.from, datagram.bytes.data(), datagram.bytes.size(), Clock::now());
         if (outcome.moveTo && !move(*outcome.moveTo) && !outcome.answer.empty()) {
             putBigEndian(outcome.answer.data(), 2, static_cast<std::uint16_t>(GigEStatus::LocalProblem));
         }
-        if (!outcome.answer.empty()) {
+        const Faults faults = m_Device.faults();
+        const bool isDiscovery = datagram.bytes.size() >= kControlHeaderSize &&
+                                 bigEndian(&datagram.bytes[2], 2) == static_cast<std::uint16_t>(GigECommand::Discovery);
+        const std::chrono::milliseconds late(isDiscovery ? faults.discoveryMilliseconds : faults.answerMilliseconds);
+        if (!outcome.answer.empty() && late.count() > 0) {
+            m_LateAnswers.push_back({Clock::now() + late, std::move(outcome.answer), datagram.from});
+        } else if (!outcome.answer.empty()) {
             m_Requests.send(outcome.answer, datagram.from);
         }
         if (outcome.testPacket) {
@@ -181,8 +207,15 @@ private:
         return true;
     }
 
+    struct LateAnswer {
+        Clock::time_point due;
+        Bytes bytes;
+        Peer to;
+    };
+
     const NetworkCard m_Card;
-    Socket m_Requests; // of the thread that listens
+    Socket m_Requests;                    // of the thread that listens
+    std::deque<LateAnswer> m_LateAnswers; // the same
     std::vector<Socket> m_Broadcasts;
     FrameSender m_Sender;
     GigEDevice m_Device;

@@ -24,12 +24,13 @@ bool setSwitch(Faults& faults, const std::string& text) {
     return true;
 }
 
-bool setLate(Faults& faults, const std::string& text) {
+template <std::uint32_t Faults::*Field>
+bool setMilliseconds(Faults& faults, const std::string& text) {
     std::uint64_t milliseconds = 0;
     if (!readNumber(text, 60000, milliseconds)) {
         return false;
     }
-    faults.lateMilliseconds = static_cast<std::uint32_t>(milliseconds);
+    faults.*Field = static_cast<std::uint32_t>(milliseconds);
     return true;
 }
 
@@ -56,13 +57,18 @@ const std::vector<FaultRow>& faultRows() {
         {"loss", "PERCENT", "packets of frames that are not sent", setShare<&Faults::loss>},
         {"reorder", "PERCENT", "packets of frames that change places with the next one", setShare<&Faults::reorder>},
         {"duplicate", "PERCENT", "packets of frames that are sent twice", setShare<&Faults::duplicate>},
-        {"late", "MS", "sends some packets of frames that much later; 0: none", setLate},
+        {"late", "MS", "sends some packets of frames that much later; 0: none",
+         setMilliseconds<&Faults::lateMilliseconds>},
         {"late-share", "PERCENT", "how many packets are late (default 1)", setShare<&Faults::lateShare>},
         {"no-resend", nullptr, "sends no packet again", setSwitch<&Faults::noResend>},
         {"deny", nullptr, "refuses control, as if another application had it", setSwitch<&Faults::deny>},
         {"lie", "size|width|off", "sends a quarter more bytes than announced; announces a width 4 too large", setLie},
         {"short-frames", nullptr, "ends each frame after three quarters", setSwitch<&Faults::shortFrames>},
         {"silent", nullptr, "answers nothing", setSwitch<&Faults::silent>},
+        {"vary-height", nullptr, "sends every other frame with half the height", setSwitch<&Faults::varyHeight>},
+        {"answer-late", "MS", "answers that much later", setMilliseconds<&Faults::answerMilliseconds>},
+        {"discovery-late", "MS", "answers discoveries that much later",
+         setMilliseconds<&Faults::discoveryMilliseconds>},
         {"gvcp-loss", "PERCENT", "requests that are lost, or whose answers are", setShare<&Faults::controlLoss>},
         {"stall-after", "N", "sends no more after N frames of an acquisition; 0: never", setStallAfter},
         {"no-test-packets", nullptr, "sends no test packets", setSwitch<&Faults::noTestPackets>},
