@@ -47,7 +47,7 @@ void FrameHandover::close(Outcome why) {
     m_Answered.notify_all();
 }
 
-bool FrameHandover::deliver(std::vector<unsigned char>&& frame) {
+bool FrameHandover::deliver(std::vector<unsigned char>&& frame, const FrameGeometry& geometry) {
     {
         const MutexLock lock(m_RequestMutex);
         if (m_Requests.empty()) {
@@ -57,6 +57,7 @@ bool FrameHandover::deliver(std::vector<unsigned char>&& frame) {
         m_Requests.erase(m_Requests.begin());
         m_FrameRequested = !m_Requests.empty();
         longest.m_ImageData = std::move(frame);
+        longest.m_Geometry = geometry;
         longest.m_FrameReady = true;
         m_LastDelivery = Clock::now();
     }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Export.h"
+#include "Streams/Stream.h"
 #include "Utilities/Mutex.h"
 
 namespace CameraInterface {
@@ -32,6 +33,8 @@ public:
         Outcome wait(std::chrono::nanoseconds bound);
         /// The frame, after Outcome::Frame.
         std::vector<unsigned char> takeImageData() { return std::move(m_ImageData); }
+        /// That of the frame, which may be another one than that of the frames before and after it.
+        FrameGeometry geometry() const { return m_Geometry; }
 
     private:
         friend class FrameHandover;
@@ -40,6 +43,7 @@ public:
         const std::chrono::steady_clock::time_point m_Begin = std::chrono::steady_clock::now();
         bool m_FrameReady = false;              // guarded by the mutex of the hand-over
         std::vector<unsigned char> m_ImageData; // written before m_FrameReady is set, read after it was seen
+        FrameGeometry m_Geometry;               // the same
     };
 
     /// Ends the run: present and later waiters get the reason. Only the first call has an effect.
@@ -49,7 +53,7 @@ public:
     bool isRequested() const { return m_FrameRequested; }
     /// Gives a frame to the caller that has waited longest.
     /// @return false: no caller waits any more, and the frame stays where it is
-    bool deliver(std::vector<unsigned char>&& frame);
+    bool deliver(std::vector<unsigned char>&& frame, const FrameGeometry& geometry = {});
 
 private:
     void requestFrame(Request& request);

@@ -162,12 +162,12 @@ bool FrameRun::publish(std::vector<unsigned char>& data, std::size_t bytes, cons
     const auto description = queues ? m_Hub->description() : std::nullopt;
     bool isDelivered = false;
     if (!description || geometry.bitsPerPixel == 0) {
-        isDelivered = deliverToCaller(data, bytes);
+        isDelivered = deliverToCaller(data, bytes, geometry);
         m_TransferSeconds = stopwatch.delta();
     } else {
         data.resize(bytes);
         const Frame frame = makeFrame(data, geometry, known, *description);
-        isDelivered = deliverCopy(*frame.image);
+        isDelivered = deliverCopy(*frame.image, geometry);
         m_TransferSeconds = stopwatch.delta();
         for (const auto& queue : *queues) {
             isDelivered |= queue->push(frame);
@@ -185,22 +185,22 @@ bool FrameRun::publish(std::vector<unsigned char>& data, std::size_t bytes, cons
     return data.empty();
 }
 
-bool FrameRun::deliverToCaller(std::vector<unsigned char>& data, std::size_t bytes) {
+bool FrameRun::deliverToCaller(std::vector<unsigned char>& data, std::size_t bytes, const FrameGeometry& geometry) {
     if (!m_Handover.isRequested()) {
         return false;
     }
     data.resize(bytes);
-    return m_Handover.deliver(std::move(data));
+    return m_Handover.deliver(std::move(data), geometry);
 }
 
-bool FrameRun::deliverCopy(const Imaging::Image& image) {
+bool FrameRun::deliverCopy(const Imaging::Image& image, const FrameGeometry& geometry) {
     if (!m_Handover.isRequested()) {
         return false;
     }
     // The caller will own its bytes, and the queues share theirs.
     std::vector<unsigned char> copy = Imaging::BufferPool::instance().take(image.getImageSize());
     std::copy_n(image.getDataAddress(), copy.size(), copy.begin());
-    return m_Handover.deliver(std::move(copy));
+    return m_Handover.deliver(std::move(copy), geometry);
 }
 
 Frame FrameRun::makeFrame(std::vector<unsigned char>& data, const FrameGeometry& geometry,

@@ -127,8 +127,8 @@ public:
     void end(FrameHandover::Outcome outcome);
 
 private:
-    bool deliverToCaller(std::vector<unsigned char>& data, std::size_t bytes);
-    bool deliverCopy(const Imaging::Image& image);
+    bool deliverToCaller(std::vector<unsigned char>& data, std::size_t bytes, const FrameGeometry& geometry);
+    bool deliverCopy(const Imaging::Image& image, const FrameGeometry& geometry);
     Frame makeFrame(std::vector<unsigned char>& data, const FrameGeometry& geometry, const FrameInformation& known,
                     const FrameDescription& description);
     void countLoss(FrameLoss why, std::uint64_t frames);
