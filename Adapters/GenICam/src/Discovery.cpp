@@ -113,14 +113,17 @@ bool Discovery::waitUntil(Clock::time_point end) {
 
 void Discovery::run(const Settings& settings) {
     Cameras present;
+    std::optional<UdpSocket> socket; // kept for late answers
     bool isEnding = false;
     while (!isEnding) {
         const Clock::time_point begin = Clock::now();
         Cameras found;
         try {
             if (!settings.cards.empty() || !settings.addresses.empty()) {
-                const UdpSocket socket;
-                found = askNetwork(socket, settings, present);
+                if (!socket) {
+                    socket.emplace();
+                }
+                found = askNetwork(*socket, settings, present);
             }
             if (settings.usb) {
                 found.merge(askUsb());

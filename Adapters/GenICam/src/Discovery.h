@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -40,7 +41,8 @@ private:
     std::uint64_t startThread(const Settings& settings) QUILL_EXCLUDES(m_ControlMutex);
     void stopThread() QUILL_REQUIRES(m_ControlMutex);
     void run(const Settings& settings);
-    /// Asks once, and those that were there before several times.
+    /// Asks once, and those that were there before several times. An answer to an earlier question counts, too: some
+    /// cameras and switches take longer than a round.
     Cameras askNetwork(const UdpSocket& socket, const Settings& settings, const Cameras& before);
     static Cameras askUsb();
     bool waitUntil(Clock::time_point end) QUILL_EXCLUDES(m_Mutex);
