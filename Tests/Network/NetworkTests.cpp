@@ -201,6 +201,8 @@ TEST(LinkFindings, SayWhatIsWrongAndWhatMendsIt) {
              figures.reach.routeCard = "eth0";
              figures.reach.card->reversePathFilter = 1;
          }},
+        {"reverse-path filter", LinkVerdict::Hint, "are not found", "net.ipv4.conf.eth1.rp_filter=2",
+         [](LinkFigures& figures) { figures.reach.card->reversePathFilter = 1; }},
         {"socket buffer", LinkVerdict::Fault, "208 KiB", "sudo sysctl -w net.core.rmem_max=33554432",
          [](LinkFigures& figures) { figures.receiveBuffer = 212992; }},
         {"packet socket", LinkVerdict::Hint, "no CAP_NET_RAW", "sudo setcap cap_net_raw+ep /usr/bin/quill",

@@ -101,14 +101,22 @@ LinkFinding judgeRoute(const LinkFigures& figures) {
 LinkFinding judgeFilter(const LinkFigures& figures) {
     constexpr const char* kSubject = "reverse-path filter";
     const NetworkCard& card = *figures.reach.card;
-    const bool isStrict = card.reversePathFilter == kStrictFilter;
-    if (isStrict && figures.reach.routeCard != card.name) {
+    const std::string remedy =
+        "sudo sysctl -w net.ipv4.conf.all.rp_filter=2 net.ipv4.conf." + card.name + ".rp_filter=2";
+    if (card.reversePathFilter != kStrictFilter) {
+        return good(kSubject, "It is not strict.");
+    }
+    if (figures.reach.routeCard != card.name) {
         return fault(kSubject,
                      "The filter of " + card.name +
                          " is strict: it drops what comes from addresses that another way leads to.",
-                     "sudo sysctl -w net.ipv4.conf.all.rp_filter=2 net.ipv4.conf." + card.name + ".rp_filter=2");
+                     remedy);
     }
-    return good(kSubject, isStrict ? "It is strict, and the route leads back the same way." : "It is not strict.");
+    return hint(
+        kSubject,
+        "The filter of " + card.name +
+            " is strict: this camera comes through, but those with an address of another network are not found.",
+        remedy);
 }
 
 LinkFinding judgeBuffer(const LinkFigures& figures) {
