@@ -8,7 +8,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
 quillPackages=(
     g++ cmake ninja-build pkg-config
     libopencv-core-dev libopencv-imgproc-dev nlohmann-json3-dev
-    libaravis-dev libusb-1.0-0-dev
+    libaravis-dev libusb-1.0-0-dev libxml2-dev
     nettle-dev
     libcli11-dev libfmt-dev libpng-dev libtiff-dev libedit-dev
     libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libtiff-tools libraw-bin aravis-tools aravis-tools-cli

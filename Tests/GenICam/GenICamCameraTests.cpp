@@ -16,7 +16,7 @@
 
 #include <Quill.h>
 
-#include "GenICam/Network.h"
+#include "GenICam/GenICamTest.h"
 #include "GigEPattern.h"
 #include "Support/Event.h"
 #include "Support/Throws.h"
@@ -25,23 +25,9 @@ namespace {
 
 using namespace CameraInterface;
 using namespace KestrelExceptions;
-using TestSupport::CameraProcess;
-using TestSupport::eventually;
-using TestSupport::kLongEnough;
+using namespace TestSupport;
 
 using Seconds = std::chrono::duration<double>;
-
-/// Aravis' own camera in software, an independent peer.
-std::vector<std::string> peer(const std::string& address, const std::string& serialNumber) {
-    return {"arv-fake-gv-camera-0.8", "-i", address, "-s", serialNumber};
-}
-
-/// A camera in software that misbehaves on request.
-std::vector<std::string> software(const std::string& address, const std::vector<std::string>& options) {
-    std::vector<std::string> words{QUILL_TEST_GIGE_CAMERA, "--address", address, "--serial", "One"};
-    words.insert(words.end(), options.begin(), options.end());
-    return words;
-}
 
 double secondsOf(const std::function<void()>& action) {
     const auto begin = std::chrono::steady_clock::now();
@@ -52,46 +38,6 @@ double secondsOf(const std::function<void()>& action) {
 std::string value(Camera& camera, const std::string& name) {
     return camera.getProperty(name).getValue();
 }
-
-std::uint64_t counter(const std::vector<StreamCounter>& counters, const std::string& name) {
-    const auto place =
-        std::find_if(counters.begin(), counters.end(), [&](const StreamCounter& c) { return c.name == name; });
-    return place == counters.end() ? 0 : place->value;
-}
-
-/// Every frame that the camera captured was delivered, or was lost for a reason. What one queue dropped, another got.
-void expectEveryFrameCounted(const std::vector<StreamCounter>& counters) {
-    std::uint64_t sum = counter(counters, "Delivered") + counter(counters, "Unused");
-    for (const StreamCounter& c : counters) {
-        sum += c.isLoss && c.name != "Dropped by test" ? c.value : 0;
-    }
-    EXPECT_EQ(counter(counters, "Captured"), sum);
-}
-
-class GenICamTest : public ::testing::Test {
-protected:
-    ~GenICamTest() override {
-        Camera::unitialisedWorkpace();
-        GenICam::configure({});
-    }
-
-    static void lookOn(const std::vector<std::string>& cards, const std::vector<std::string>& addresses = {}) {
-        GenICam::Settings settings;
-        settings.cards = cards;
-        settings.addresses = addresses;
-        settings.usb = false;
-        GenICam::configure(settings);
-    }
-
-    /// Waits until the camera is listed.
-    static Camera& listed(const std::string& serialNumber) {
-        EXPECT_TRUE(eventually([&] {
-            Camera::searchForNewCameras();
-            return Camera::getCamerasList().count(serialNumber) != 0;
-        }));
-        return Camera::getCamera(serialNumber);
-    }
-};
 
 TEST_F(GenICamTest, IsFoundOnCardsAndAddressesAndOnlyThere) {
     const CameraProcess one(peer("127.0.0.2", "One"));
@@ -242,7 +188,7 @@ TEST_F(GenICamTest, LeavesAndComesBack) {
 
 TEST_F(GenICamTest, IsFreeForItsNextObjectAfterAnOutage) {
     const CameraProcess process(software("127.0.0.2", {}));
-    lookOn({}, {"127.0.0.2"});
+    lookOn({}, {"127.0.0.2"}, 2 * std::chrono::milliseconds(kLongEnough).count());
     listed("Quill-One");
     TestSupport::Event left;
     TestSupport::Event came;
@@ -263,7 +209,7 @@ TEST_F(GenICamTest, IsFreeForItsNextObjectAfterAnOutage) {
             Camera::getCamera("Quill-One").connect();
             return true;
         } catch (const KestrelException_Camera&) {
-            return false; // the lost one could not say good-bye: until the camera's time-out, 3 s
+            return false; // until the lost one has said good-bye
         }
     }));
 }

@@ -27,6 +27,7 @@ public:
     void putBack();
     /// Sends a line to its standard input.
     void tell(const std::string& line) const;
+    pid_t process() const { return m_Process; }
 
 private:
     std::vector<std::string> m_Words;

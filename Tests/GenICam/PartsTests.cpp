@@ -7,10 +7,13 @@
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "DescriptionCheck.h"
 #include "Gvcp.h"
 #include "Numbers.h"
+#include "ZipFile.h"
 
 namespace {
 
@@ -76,12 +79,121 @@ TEST(GvcpTest, DescribesACameraAndSurvivesTruncation) {
     EXPECT_FALSE(Gvcp::parseDiscovery(shorter));
 }
 
-TEST(GvcpTest, KnowsTheSizeOfADescriptionInTheCamera) {
-    EXPECT_EQ(Gvcp::sizeOfDescription("Local:camera.xml;10000;1A2b"), 0x1A2BU);
-    EXPECT_EQ(Gvcp::sizeOfDescription("local:camera.zip;10000;10?SchemaVersion=1.1.0"), 0x10U);
-    for (const char* url : {"", "Local:", "Local:a;10", "Local:a;10;", "Local:a;10;zz", "File:a;10;10",
-                            "http://10.0.0.1/a.xml;1;2", "Local:a;10;10000000000000000"}) {
-        EXPECT_FALSE(Gvcp::sizeOfDescription(url)) << url;
+TEST(GvcpTest, KnowsThePlaceOfADescriptionInTheCamera) {
+    for (const char* url : {"Local:camera.xml;20000;1A2b", "local:camera.zip;20000;1A2B?SchemaVersion=1.1.0",
+                            "Local:///camera.xml;0x20000;0x1A2B"}) {
+        const auto place = Gvcp::placeOfDescription(url);
+        ASSERT_TRUE(place) << url;
+        EXPECT_EQ(place->address, 0x20000U);
+        EXPECT_EQ(place->size, 0x1A2BU);
+    }
+    for (const char* url :
+         {"", "Local:", "Local:a;10", "Local:a;10;", "Local:a;10;zz", "File:a;10;10", "http://10.0.0.1/a.xml;1;2",
+          "Local:a;10;10000000000000000", "Local:a;100000000;10", "Local:;10", ";", ";;"}) {
+        EXPECT_FALSE(Gvcp::placeOfDescription(url)) << url;
+    }
+}
+
+std::string described(const std::string& features) {
+    return "<RegisterDescription>" + features + "</RegisterDescription>";
+}
+
+/// A chain in which each feature is computed from the next one, several times.
+std::string chain(std::size_t length, std::size_t times) {
+    std::string features;
+    for (std::size_t i = 0; i < length; ++i) {
+        features += "<IntSwissKnife Name='A" + std::to_string(i) + "'>";
+        for (std::size_t variable = 0; variable < times; ++variable) {
+            features += "<pVariable Name='V'>A" + std::to_string(i + 1) + "</pVariable>";
+        }
+        features += "</IntSwissKnife>";
+    }
+    return features;
+}
+
+TEST(DescriptionCheckTest, AcceptsWhatEndsAndRefusesWhatDoesNot) {
+    const std::string width = "<Integer Name='Width'><pValue>W</pValue><pMax>Room</pMax></Integer>"
+                              "<IntSwissKnife Name='Room'><pVariable Name='X'>OffsetX</pVariable></IntSwissKnife>"
+                              "<Integer Name='OffsetX'><pValue>X</pValue><pMax>Rest</pMax></Integer>"
+                              "<IntSwissKnife Name='Rest'><pVariable Name='W'>Width</pVariable></IntSwissKnife>";
+    for (const std::string& features : {std::string(), width, chain(100, 1), chain(15, 2),
+                                        std::string("<IntReg Name='A'><Length>8</Length></IntReg>"),
+                                        std::string("<StringReg Name='A'><pLength>B</pLength></StringReg>"),
+                                        std::string("<Integer Name='A'><pIsLocked>A</pIsLocked></Integer>")}) {
+        const std::string xml = described(features);
+        const CheckedDescription found = checkDescription(xml + "\n<after>");
+        EXPECT_EQ(found.size, xml.size()) << features;
+        EXPECT_EQ(xml.substr(0, found.headSize), "<RegisterDescription");
+    }
+    const struct {
+        std::string xml;
+        const char* why;
+    } cases[] = {
+        {"", "empty"},
+        {"<html/>", "none of GenICam"},
+        {"<RegisterDescription><Integer>", "no complete XML"},
+        {described("<Integer></Float>"), "no complete XML"},
+        {"<!DOCTYPE a [<!ENTITY b 'c'>]>" + described(""), "document type"},
+        {described("<Integer Name='A'><pValue> A </pValue></Integer>"), "refer to themselves"},
+        {described("<Integer Name='A'><pValue>B</pValue></Integer><IntReg Name='B'><IntSwissKnife>"
+                   "<pVariable Name='V'>A</pVariable></IntSwissKnife></IntReg>"),
+         "refer to themselves"},
+        {described("<Integer Name='A'><pMax>B</pMax></Integer><IntSwissKnife Name='B'>"
+                   "<pVariable Name='V.Max'>A</pVariable></IntSwissKnife>"),
+         "refer to themselves"},
+        {described("<StructReg><pAddress>A</pAddress><StructEntry Name='A'/></StructReg>"), "refer to themselves"},
+        {described(chain(1000, 1)), "too many others"},
+        {described(chain(40, 2)), "too many others"},
+        {described("<IntReg Name='A'><Length>-4</Length></IntReg>"), "invalid length"},
+        {described("<IntReg Name='A'><Length>0x7FFFFFFFFFFFFFFF</Length></IntReg>"), "invalid length"},
+        {described("<IntReg Name='A'><pLength>B</pLength></IntReg>"), "variable length"},
+        {described("<SwissKnife Name='A'><Formula>" + std::string(20000, '(') + "</Formula></SwissKnife>"), "too long"},
+    };
+    for (const auto& [xml, why] : cases) {
+        EXPECT_THAT([&xml = xml] { checkDescription(xml); },
+                    ::testing::ThrowsMessage<std::runtime_error>(::testing::HasSubstr(why)))
+            << xml.substr(0, 200);
+    }
+}
+
+/// A ZIP file with one file "a", and what its records say of it.
+std::string zipOf(const std::string& packed, char method, std::uint32_t size) {
+    const auto little = [](std::uint64_t number, int bytes) {
+        std::string text;
+        for (; bytes > 0; --bytes, number >>= 8) {
+            text += static_cast<char>(number);
+        }
+        return text;
+    };
+    const std::string sizes = little(0, 4) + little(packed.size(), 4) + little(size, 4) + little(1, 2) + little(0, 2);
+    const std::string local =
+        "PK\3\4" + little(20, 4) + little(static_cast<unsigned char>(method), 2) + little(0, 4) + sizes + "a";
+    const std::string entry = "PK\1\2" + little(20, 2) + little(20, 4) + little(static_cast<unsigned char>(method), 2) +
+                              little(0, 4) + sizes + little(0, 14) + "a";
+    return local + packed + entry + "PK\5\6" + little(0, 4) + little(1, 2) + little(1, 2) + little(entry.size(), 4) +
+           little(local.size() + packed.size(), 4) + little(0, 2);
+}
+
+TEST(ZipFileTest, IsExpandedAsFarAsItsDirectorySays) {
+    const std::string deflated("\x4b\x4c\x4a\x4e\x49\x4d\x4b\xac\x02\x00", 10); // "abcdefaz"
+    EXPECT_EQ(unzipFirst(zipOf("text", 0, 4), 4), "text");
+    EXPECT_EQ(unzipFirst(zipOf(deflated, 8, 8), 8), "abcdefaz");
+    const std::string whole = zipOf(deflated, 8, 8);
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        EXPECT_THROW(unzipFirst(whole.substr(0, size), 100), std::runtime_error) << size;
+    }
+    const struct {
+        std::string file;
+        const char* why;
+    } cases[] = {{zipOf(deflated, 8, 0xFFFFFFFF), "more than any description"},
+                 {zipOf(deflated, 8, 7), "broken"},
+                 {zipOf(deflated, 8, 9), "broken"},
+                 {zipOf("text", 0, 5), "broken"},
+                 {zipOf("text", 8, 4), "broken"},
+                 {zipOf("text", 12, 4), "unknown way"}};
+    for (const auto& [file, why] : cases) {
+        EXPECT_THAT([&file = file] { unzipFirst(file, 1000); },
+                    ::testing::ThrowsMessage<std::runtime_error>(::testing::HasSubstr(why)));
     }
 }
 

@@ -30,6 +30,8 @@ constexpr auto kLongestPending = 10000ms;
 constexpr int kSignsPerTimeout = 5;
 constexpr auto kLongestPeriod = 500ms;
 constexpr auto kShortestPeriod = 50ms;
+/// A camera that asks for more does not give itself free.
+constexpr std::chrono::milliseconds kLongestHeartbeat = 1h;
 
 bool isWriting(Command command) {
     return command == Command::WriteRegister || command == Command::WriteMemory;
@@ -66,7 +68,27 @@ bool ControlChannel::leaveControl() {
     if (m_Keeper.joinable()) {
         m_Keeper.join();
     }
-    return m_ControlLost ? !m_Silent : writeRegister(Registers::kControl, 0).kind != Result::Kind::Silent;
+    if (m_ControlLost) {
+        return !m_Silent;
+    }
+    m_GoodBye = Clock::now();
+    m_OwesGoodBye = writeRegister(Registers::kControl, 0).kind == Result::Kind::Silent;
+    return !m_OwesGoodBye;
+}
+
+bool ControlChannel::repeatGoodBye() {
+    return writeRegister(Registers::kControl, 0).kind != Result::Kind::Silent ||
+           Clock::now() > m_GoodBye + std::min(m_HeartbeatTimeout, kLongestHeartbeat) + kLongestPeriod;
+}
+
+void ControlChannel::setDeadline(Clock::time_point deadline) {
+    const MutexLock lock(m_Mutex);
+    m_Deadline = deadline;
+}
+
+bool ControlChannel::isPastDeadline() {
+    const MutexLock lock(m_Mutex);
+    return Clock::now() >= m_Deadline;
 }
 
 std::uint16_t ControlChannel::nextId() {
@@ -78,11 +100,15 @@ ControlChannel::Result ControlChannel::ask(Packet packet, Command command, Answe
     const std::uint16_t id = readBig16(packet.data() + 6);
     const auto& waits = m_Silent ? kSilentWaits : isWriting(command) ? kWritingWaits : kReadingWaits;
     for (const auto wait : waits) {
+        const Clock::time_point now = Clock::now();
         if (wait == 0ms) {
             break;
         }
+        if (now >= m_Deadline) {
+            return {}; // which says nothing of the next access
+        }
         m_Socket.send(packet);
-        switch (waitForAnswer(id, command, Clock::now() + wait, answer)) {
+        switch (waitForAnswer(id, command, std::min(now + wait, m_Deadline), answer)) {
         case UdpSocket::Arrival::Packet:
             m_Silent = false;
             if (answer.status != 0) {
@@ -102,7 +128,7 @@ ControlChannel::Result ControlChannel::ask(Packet packet, Command command, Answe
 
 UdpSocket::Arrival ControlChannel::waitForAnswer(std::uint16_t id, Command command, Clock::time_point until,
                                                  Answer& answer) {
-    const Clock::time_point latest = Clock::now() + kLongestPending;
+    const Clock::time_point latest = std::min(Clock::now() + kLongestPending, m_Deadline);
     PacketSource source;
     while (true) {
         const UdpSocket::Arrival arrival = m_Socket.receive(m_Buffer, until, source);
@@ -110,17 +136,15 @@ UdpSocket::Arrival ControlChannel::waitForAnswer(std::uint16_t id, Command comma
             return arrival;
         }
         const auto parsed = parseAnswer(m_Buffer.data(), std::min(source.size, m_Buffer.size()));
-        if (!parsed || parsed->id != id) { // of an earlier command
-            if (Clock::now() >= until) {
-                return UdpSocket::Arrival::TimedOut;
-            }
-            continue;
-        }
-        if (parsed->kind == kPending && parsed->size >= 4) {
-            until = std::min(latest, Clock::now() + std::chrono::milliseconds(readBig16(parsed->payload + 2)) + 50ms);
-        } else if (parsed->kind == static_cast<std::uint16_t>(command) + 1) {
+        const Match match = parsed ? matchOf(*parsed, id, command) : Match::Foreign; // of an earlier command
+        if (match == Match::Ours) {
             answer = *parsed;
             return arrival;
+        }
+        if (match == Match::Pending) {
+            until = std::min(latest, Clock::now() + std::chrono::milliseconds(pendingMsOf(*parsed)) + 50ms);
+        } else if (Clock::now() >= until) {
+            return UdpSocket::Arrival::TimedOut;
         }
     }
 }
@@ -157,10 +181,11 @@ ControlChannel::Result ControlChannel::readMemory(std::uint32_t address, std::ui
         if (!result) {
             return result;
         }
-        if (answer.size < 4 + lead + wanted) {
+        const std::uint8_t* const bytesOfAnswer = memoryOf(answer, lead + wanted);
+        if (bytesOfAnswer == nullptr) {
             return {};
         }
-        std::memcpy(data + done, answer.payload + 4 + lead, wanted);
+        std::memcpy(data + done, bytesOfAnswer + lead, wanted);
         done += wanted;
     }
     return {Result::Kind::Done, 0};
@@ -190,6 +215,7 @@ ControlChannel::Result ControlChannel::takeControl(std::uint32_t heartbeatMs) {
     }
     std::uint32_t timeoutMs = 0;
     readRegister(Registers::kHeartbeatTimeout, timeoutMs);
+    m_HeartbeatTimeout = std::chrono::milliseconds(timeoutMs);
     m_Period = std::clamp(std::chrono::milliseconds(timeoutMs / kSignsPerTimeout), kShortestPeriod, kLongestPeriod);
     if (std::uint32_t port = 0; readRegister(Registers::kControllerPort, port) && port != 0) {
         m_ControllerPort = port;

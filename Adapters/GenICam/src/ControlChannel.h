@@ -41,6 +41,10 @@ public:
 
     std::string localAddress() const { return m_LocalAddress; }
 
+    /// Lets everything end by then, whatever the camera does; time_point::max() ends that.
+    void setDeadline(std::chrono::steady_clock::time_point deadline) QUILL_EXCLUDES(m_Mutex);
+    bool isPastDeadline() QUILL_EXCLUDES(m_Mutex);
+
     Result readRegister(std::uint32_t address, std::uint32_t& value) QUILL_EXCLUDES(m_Mutex);
     Result writeRegister(std::uint32_t address, std::uint32_t value) QUILL_EXCLUDES(m_Mutex);
     /// Any number of bytes at any address.
@@ -53,6 +57,11 @@ public:
     /// Gives control back. Not to be called by two threads at once.
     /// @return whether the camera answered
     bool leaveControl();
+    /// Gives control back once more, after a leaveControl() that the camera did not answer.
+    /// @return whether that is settled: by an answer, or since the camera's own time-out has passed
+    bool repeatGoodBye();
+    /// Whether the good-bye is to be repeated. True at most once.
+    bool owesGoodBye() { return m_OwesGoodBye.exchange(false); }
     /// The address of the program that controls the camera; empty if nobody does, "?" if the camera does not say.
     std::string controller();
     /// Asks the camera for a sign of life. False also if it answers but control was lost.
@@ -72,13 +81,17 @@ private:
     std::atomic<bool> m_Silent{false};
     std::atomic<bool> m_HasControl{false};
     std::atomic<bool> m_ControlLost{false};
+    std::atomic<bool> m_OwesGoodBye{false};
+    std::chrono::milliseconds m_HeartbeatTimeout{0}; // the camera's
     std::chrono::milliseconds m_Period{0};
+    Clock::time_point m_GoodBye;                   // the first one
     std::optional<std::uint32_t> m_ControllerPort; // the camera's record of this program's port, where it has one
 
     Utilities::Mutex m_Mutex; // guards the socket; held during an access
     UdpSocket m_Socket QUILL_GUARDED_BY(m_Mutex);
     std::vector<std::uint8_t> m_Buffer QUILL_GUARDED_BY(m_Mutex);
     std::uint16_t m_Id QUILL_GUARDED_BY(m_Mutex) = 0;
+    Clock::time_point m_Deadline QUILL_GUARDED_BY(m_Mutex) = Clock::time_point::max();
 
     Utilities::Mutex m_EndMutex; // guards the end of the thread
     std::condition_variable m_EndRequested;

@@ -3,13 +3,17 @@
 #include "Device.h"
 
 #include <algorithm>
-#include <array>
+#include <chrono>
+#include <cstring>
 #include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
 #include "CameraReach.h"
+#include "DescriptionFile.h"
 #include "Process.h"
+#include "StandIn.h"
 #include "Utilities/Mutex.h"
 
 namespace GenICamAdapter {
@@ -22,18 +26,30 @@ using Channel = std::shared_ptr<ControlChannel>;
 
 /// Five minutes: a program that stands in a debugger gives no signs of life.
 constexpr std::uint32_t kHeartbeatWhileDebuggingMs = 300000;
-/// Bytes of a description, possibly zipped; those of real cameras have at most a tenth.
-constexpr std::uint64_t kLargestDescription = 16 << 20;
+/// A camera that needs longer is refused.
+constexpr std::chrono::seconds kLongestOpening{10};
+/// The part of it in which others wait.
+constexpr std::chrono::seconds kLongestConstruction{2};
+
+/// What a device of Aravis has besides.
+struct Extension {
+    Channel channel;
+    std::string description; // as a text
+};
 
 /// The channel of the device that is being constructed, under that mutex.
 const Channel* channelOfOpening = nullptr;
 
-GQuark channelQuark() {
-    return g_quark_from_static_string("quill-control-channel");
+GQuark extensionQuark() {
+    return g_quark_from_static_string("quill-extension");
 }
 
-Channel* channelOf(void* device) {
-    return static_cast<Channel*>(g_object_get_qdata(G_OBJECT(device), channelQuark()));
+Extension& extensionOf(void* device) {
+    return *static_cast<Extension*>(g_object_get_qdata(G_OBJECT(device), extensionQuark()));
+}
+
+ControlChannel* channelOf(void* device) {
+    return extensionOf(device).channel.get();
 }
 
 gboolean report(const ControlChannel::Result& result, GError** error) {
@@ -51,21 +67,27 @@ std::uint32_t registerAddress(guint64 address) {
 }
 
 gboolean readMemoryOf(ArvDevice* device, guint64 address, guint32 size, void* buffer, GError** error) {
-    return report((*channelOf(device))->readMemory(registerAddress(address), static_cast<std::uint8_t*>(buffer), size),
+    return report(channelOf(device)->readMemory(registerAddress(address), static_cast<std::uint8_t*>(buffer), size),
                   error);
 }
 
 gboolean writeMemoryOf(ArvDevice* device, guint64 address, guint32 size, void* buffer, GError** error) {
-    return report((*channelOf(device))->writeMemory(registerAddress(address), static_cast<std::uint8_t*>(buffer), size),
+    return report(channelOf(device)->writeMemory(registerAddress(address), static_cast<std::uint8_t*>(buffer), size),
                   error);
 }
 
 gboolean readRegisterOf(ArvDevice* device, guint64 address, guint32* value, GError** error) {
-    return report((*channelOf(device))->readRegister(registerAddress(address), *value), error);
+    return report(channelOf(device)->readRegister(registerAddress(address), *value), error);
 }
 
 gboolean writeRegisterOf(ArvDevice* device, guint64 address, guint32 value, GError** error) {
-    return report((*channelOf(device))->writeRegister(registerAddress(address), value), error);
+    return report(channelOf(device)->writeRegister(registerAddress(address), value), error);
+}
+
+const char* descriptionOf(ArvDevice* device, std::size_t* size) {
+    const std::string& description = extensionOf(device).description;
+    *size = description.size();
+    return description.c_str();
 }
 
 void initialiseClass(void* classStructure, void* /*data*/) {
@@ -74,14 +96,15 @@ void initialiseClass(void* classStructure, void* /*data*/) {
     operations->write_memory = writeMemoryOf;
     operations->read_register = readRegisterOf;
     operations->write_register = writeRegisterOf;
+    operations->get_genicam_xml = descriptionOf;
 }
 
 void initialiseInstance(GTypeInstance* instance, void* /*classStructure*/) {
-    g_object_set_qdata_full(G_OBJECT(instance), channelQuark(), new Channel(*channelOfOpening),
-                            [](void* channel) { delete static_cast<Channel*>(channel); });
+    g_object_set_qdata_full(G_OBJECT(instance), extensionQuark(), new Extension{*channelOfOpening, ""},
+                            [](void* extension) { delete static_cast<Extension*>(extension); });
 }
 
-/// Aravis' class of network cameras, with registers that are reached through a ControlChannel.
+/// Aravis' class of network cameras, with a description and registers that are reached through a ControlChannel.
 GType networkDeviceType() {
     static const GType type = [] {
         GTypeQuery base{};
@@ -108,19 +131,51 @@ bool isDebuggerAttached() {
     return false;
 }
 
-ObjectPointer<ArvDevice> constructNetworkDevice(const Channel& channel, const std::string& address) {
-    const ObjectPointer<GInetAddress> card(g_inet_address_new_from_string(channel->localAddress().c_str()));
-    const ObjectPointer<GInetAddress> camera(g_inet_address_new_from_string(address.c_str()));
+ObjectPointer<GInetAddress> inetAddressOf(const std::string& text) {
+    return ObjectPointer<GInetAddress>(g_inet_address_new_from_string(text.c_str()));
+}
+
+/// Lets Aravis send to another address from now on: it takes one when it constructs a device, and refers to the object
+/// for each packet.
+void redirect(ArvDevice* device, const std::string& address) {
+    GSocketAddress* const target = arv_gv_device_get_device_address(ARV_GV_DEVICE(device));
+    GInetAddress* const present = g_inet_socket_address_get_address(G_INET_SOCKET_ADDRESS(target));
+    const ObjectPointer<GInetAddress> wanted = inetAddressOf(address);
+    std::uint32_t octets = 0;
+    std::memcpy(&octets, g_inet_address_to_bytes(wanted.get()), sizeof octets);
+    auto* const place = reinterpret_cast<std::uint32_t*>(const_cast<guint8*>(g_inet_address_to_bytes(present)));
+    __atomic_store_n(place, octets, __ATOMIC_RELAXED); // Aravis' thread of the heartbeat may be sending
+    if (g_inet_address_equal(present, wanted.get()) == FALSE) {
+        throw std::runtime_error("Aravis cannot be directed to the camera.");
+    }
+}
+
+/// Opens a camera that the channel controls already. Aravis streams only from a camera that it believes to control.
+ObjectPointer<ArvDevice> constructNetworkDevice(const Channel& channel, const std::string& address,
+                                                DescriptionFile description) {
+    const ObjectPointer<GInetAddress> card = inetAddressOf(channel->localAddress());
+    const StandIn standIn(*channel, description.head);
+    const ObjectPointer<GInetAddress> place = inetAddressOf(standIn.address());
     Failure failure;
     const MutexLock lock(aravisMutex());
+    channel->setDeadline(std::chrono::steady_clock::now() + kLongestConstruction);
     channelOfOpening = &channel;
     ObjectPointer<ArvDevice> device(
         static_cast<ArvDevice*>(g_initable_new(networkDeviceType(), nullptr, failure.out(), "interface-address",
-                                               card.get(), "device-address", camera.get(), nullptr)));
+                                               card.get(), "device-address", place.get(), nullptr)));
     channelOfOpening = nullptr;
     if (!device) {
         throw std::runtime_error(failure.text());
     }
+    redirect(device.get(), address);
+    // Aravis has added registers of its own to the head.
+    auto* const features = ARV_DOM_DOCUMENT(arv_device_get_genicam(device.get()));
+    arv_dom_document_append_from_memory(features, nullptr, description.xml.data(),
+                                        static_cast<int>(description.xml.size()), failure.out());
+    if (failure) {
+        throw std::runtime_error(failure.text());
+    }
+    extensionOf(device.get()).description = std::move(description.xml);
     return device;
 }
 
@@ -149,34 +204,33 @@ void requireFree(ControlChannel& channel) {
     }
 }
 
-/// Refuses a description that Aravis would fetch from elsewhere, or for which it would ask for any amount of memory.
-void requireOwnDescription(ControlChannel& channel) {
-    for (const std::uint32_t address : {Gvcp::Registers::kFirstUrl, Gvcp::Registers::kSecondUrl}) {
-        std::array<std::uint8_t, Gvcp::kUrlSize> bytes{};
-        const auto result = channel.readMemory(address, bytes.data(), bytes.size());
-        if (address == Gvcp::Registers::kSecondUrl && result.kind == ControlChannel::Result::Kind::Refused) {
-            continue; // older cameras have one
+/// Ends a device whose camera is gone: it says good-bye to somebody who answers.
+void release(ArvDevice* device, ControlChannel* channel) noexcept {
+    std::optional<StandIn> standIn;
+    try {
+        if (channel != nullptr) {
+            standIn.emplace(*channel);
+            redirect(device, standIn->address());
         }
-        if (!result) {
-            throw std::runtime_error(result.text());
-        }
-        const std::string url(bytes.begin(), std::find(bytes.begin(), bytes.end(), 0));
-        const auto size = Gvcp::sizeOfDescription(url);
-        if (!url.empty() && (!size || *size == 0 || *size > kLargestDescription)) {
-            throw std::runtime_error("Its description is not in the camera, or too large: " + url);
-        }
+    } catch (const std::exception&) {
+        // It takes some seconds.
     }
+    g_object_unref(device);
 }
 
-/// Aravis takes control when it opens a camera, and streams only from one that it believes to control. The camera,
-/// which knows controllers by their sockets, gets the channel as its controller instead.
-void takeControlFrom(ArvDevice* device, ControlChannel& channel, std::uint32_t heartbeatMs) {
+/// @return whether the camera answered. Otherwise it hears the good-bye later: it would stay blocked for its time-out.
+bool leaveControl(const Channel& channel) {
+    const bool isAnswered = channel->leaveControl();
+    if (channel->owesGoodBye()) {
+        Process::instance().reaper().take([channel] { return channel->repeatGoodBye(); });
+    }
+    return isAnswered;
+}
+
+void takeControl(ControlChannel& channel, std::uint32_t heartbeatMs) {
     if (isDebuggerAttached()) {
         heartbeatMs = std::max(heartbeatMs, kHeartbeatWhileDebuggingMs);
     }
-    Failure failure;
-    const auto* const base = ARV_DEVICE_CLASS(g_type_class_peek(ARV_TYPE_GV_DEVICE));
-    base->write_register(device, Gvcp::Registers::kControl, 0, failure.out());
     if (const auto result = channel.takeControl(heartbeatMs); !result) {
         throw std::runtime_error(result.status == Gvcp::kAccessDenied ? "Another program controls it." : result.text());
     }
@@ -190,22 +244,27 @@ Mutex& aravisMutex() {
 
 std::shared_ptr<Device> Device::open(const FoundCamera& camera, std::uint32_t heartbeatMs) {
     if (!camera.usbId.empty()) {
-        return std::shared_ptr<Device>(new Device(constructUsbDevice(camera.usbId), nullptr));
+        return std::shared_ptr<Device>(new Device(constructUsbDevice(camera.usbId), nullptr, ""));
     }
     requireReachable(camera);
     const auto channel = std::make_shared<ControlChannel>(camera.record.address);
+    channel->setDeadline(std::chrono::steady_clock::now() + kLongestOpening);
     requireFree(*channel);
-    requireOwnDescription(*channel);
-    ObjectPointer<ArvDevice> device = constructNetworkDevice(channel, camera.record.address);
-    if (arv_gv_device_is_controller(ARV_GV_DEVICE(device.get())) == FALSE) { // in between
-        throw std::runtime_error("Another program controls it.");
+    DescriptionFile description = fetchDescription(*channel);
+    takeControl(*channel, heartbeatMs);
+    try {
+        auto device = constructNetworkDevice(channel, camera.record.address, std::move(description));
+        channel->setDeadline(std::chrono::steady_clock::time_point::max());
+        return std::shared_ptr<Device>(new Device(std::move(device), channel, camera.record.address));
+    } catch (...) {
+        leaveControl(channel);
+        throw;
     }
-    takeControlFrom(device.get(), *channel, heartbeatMs);
-    return std::shared_ptr<Device>(new Device(std::move(device), channel));
 }
 
-Device::Device(ObjectPointer<ArvDevice> device, std::shared_ptr<ControlChannel> channel)
-    : m_Device(std::move(device)), m_Channel(std::move(channel)), m_Lost(std::make_shared<std::atomic<bool>>(false)) {
+Device::Device(ObjectPointer<ArvDevice> device, std::shared_ptr<ControlChannel> channel, std::string address)
+    : m_Device(std::move(device)), m_Channel(std::move(channel)), m_Address(std::move(address)),
+      m_Lost(std::make_shared<std::atomic<bool>>(false)) {
     setPolicies(m_Device.get());
     if (!m_Channel) {
         using Lost = std::shared_ptr<std::atomic<bool>>;
@@ -218,12 +277,45 @@ Device::Device(ObjectPointer<ArvDevice> device, std::shared_ptr<ControlChannel> 
 Device::~Device() {
     close();
     if (m_IsGone) { // Aravis says good-bye on its own, and waits for the answer
-        Process::instance().reaper().take([device = m_Device.release()] { g_object_unref(device); });
+        Process::instance().reaper().take([device = m_Device.release(), channel = m_Channel] {
+            release(device, channel.get());
+            return true;
+        });
     }
 }
 
 void Device::close() {
-    m_IsGone = m_Channel ? !m_Channel->leaveControl() : m_Lost->load();
+    m_IsGone = m_Channel ? !leaveControl(m_Channel) : m_Lost->load();
+}
+
+std::optional<bool> Device::lockOfStream() const {
+    const Lock lock = m_LockOfStream;
+    return lock == Lock::Unknown ? std::nullopt : std::optional(lock == Lock::Locked);
+}
+
+void Device::rememberLockOfStream(std::optional<bool> isLocked) {
+    m_LockOfStream = !isLocked ? Lock::Unknown : *isLocked ? Lock::Locked : Lock::Open;
+}
+
+void Device::prepareStream() const {
+    if (!m_Channel) {
+        return;
+    }
+    if (!m_Channel->isAlive()) {
+        throw std::runtime_error("The camera does not answer, or lost its connection to this program.");
+    }
+    auto* const network = ARV_GV_DEVICE(m_Device.get());
+    // Aravis gives control up in an outage of seconds, and takes it again here.
+    if (arv_gv_device_is_controller(network) == FALSE) {
+        const StandIn standIn(*m_Channel);
+        redirect(m_Device.get(), standIn.address());
+        Failure failure;
+        arv_gv_device_take_control(network, failure.out());
+        redirect(m_Device.get(), m_Address);
+        if (failure) {
+            throw std::runtime_error(failure.text());
+        }
+    }
 }
 
 bool Device::isAlive() {

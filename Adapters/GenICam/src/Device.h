@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "ControlChannel.h"
@@ -37,16 +38,24 @@ public:
     ControlChannel* channel() const { return m_Channel.get(); }
     /// Whether the camera answers and is still controlled by this program. Thread-safe.
     bool isAlive();
+    /// Whether the camera's stream is locked, as far as it is known. Thread-safe, as the following.
+    std::optional<bool> lockOfStream() const;
+    void rememberLockOfStream(std::optional<bool> isLocked);
+    /// Lets Aravis stream from the camera. @throws std::runtime_error  the camera is gone, or was lost meanwhile
+    void prepareStream() const;
     /// Gives control back, while others may still refer to this object. Not to be called by two threads at once.
     void close();
 
 private:
-    explicit Device(ObjectPointer<ArvDevice> device, std::shared_ptr<ControlChannel> channel);
+    Device(ObjectPointer<ArvDevice> device, std::shared_ptr<ControlChannel> channel, std::string address);
 
     ObjectPointer<ArvDevice> m_Device;
     std::shared_ptr<ControlChannel> m_Channel; // shared with the Aravis object
+    const std::string m_Address;
     std::shared_ptr<std::atomic<bool>> m_Lost; // shared with the signal's receiver
     std::atomic<bool> m_IsGone{false};         // known when it is closed
+    enum class Lock : std::uint8_t { Unknown, Open, Locked };
+    std::atomic<Lock> m_LockOfStream{Lock::Unknown};
 };
 
 } // namespace GenICamAdapter

@@ -84,16 +84,32 @@ bool FeatureProperty::isReadOnly() {
 }
 
 bool FeatureProperty::isAvailableForWriting() {
-    return ask([](ArvGcNode* node, GError** failure) {
+    const std::shared_ptr<Device> device = m_Camera->device();
+    return ask([&](ArvGcNode* node, GError** failure) {
         auto* const feature = ARV_GC_FEATURE_NODE(node);
-        return arv_gc_feature_node_get_actual_access_mode(feature) != ARV_GC_ACCESS_MODE_RO &&
-               arv_gc_feature_node_is_available(feature, failure) != FALSE && *failure == nullptr &&
-               arv_gc_feature_node_is_locked(feature, failure) == FALSE;
+        if (arv_gc_feature_node_get_actual_access_mode(feature) == ARV_GC_ACCESS_MODE_RO ||
+            arv_gc_feature_node_is_available(feature, failure) == FALSE || *failure != nullptr) {
+            return false;
+        }
+        // Only this program changes the lock of the stream, while it controls the camera.
+        const bool isLockedWithStream = m_Feature.isLockedWithStream && device;
+        if (const auto known = isLockedWithStream ? device->lockOfStream() : std::nullopt) {
+            return !*known;
+        }
+        const bool isLocked = arv_gc_feature_node_is_locked(feature, failure) != FALSE;
+        if (isLockedWithStream && *failure == nullptr) {
+            device->rememberLockOfStream(isLocked);
+        }
+        return !isLocked;
     });
 }
 
 void FeatureProperty::setValue(const std::string& value) {
     if (isAvailableForWriting()) {
+        const std::shared_ptr<Device> device = m_Camera->device();
+        if (device && m_Feature.name == kLockOfStream) {
+            device->rememberLockOfStream(std::nullopt);
+        }
         write(value);
         onChange(true);
     }
@@ -299,7 +315,8 @@ protected:
         tell([&value](ArvGcNode* node, GError** failure) {
             auto* const string = ARV_GC_STRING(node);
             const gint64 longest = arv_gc_string_get_max_length(string, failure);
-            if (*failure == nullptr && longest >= 0 && value.size() > static_cast<guint64>(longest)) {
+            refuseLength(static_cast<guint64>(longest), failure);
+            if (*failure == nullptr && value.size() > static_cast<guint64>(longest)) {
                 g_set_error(failure, ARV_DEVICE_ERROR, ARV_DEVICE_ERROR_INVALID_PARAMETER,
                             "The text has more than %" G_GINT64_FORMAT " bytes.", longest);
             }

@@ -39,7 +39,7 @@ constexpr const char* kLookedUp[] = {"Width",
                                      "DeviceVendorName",
                                      "DeviceID",
                                      "DeviceSerialNumber",
-                                     "TLParamsLocked",
+                                     kLockOfStream,
                                      "DeviceReset",
                                      "DeviceTemperature"};
 
@@ -110,6 +110,19 @@ PropertyVisibility visibilityOf(ArvGcFeatureNode* node) {
     }
 }
 
+bool isLockedWithStream(ArvGcNode* node) {
+    for (ArvDomNode* child = arv_dom_node_get_first_child(ARV_DOM_NODE(node)); child != nullptr;
+         child = arv_dom_node_get_next_sibling(child)) {
+        if (ARV_IS_GC_PROPERTY_NODE(child) &&
+            arv_gc_property_node_get_node_type(ARV_GC_PROPERTY_NODE(child)) == ARV_GC_PROPERTY_NODE_TYPE_P_IS_LOCKED) {
+            ArvGcNode* const lock = arv_gc_property_node_get_linked_node(ARV_GC_PROPERTY_NODE(child));
+            return ARV_IS_GC_FEATURE_NODE(lock) &&
+                   textOfNode(arv_gc_feature_node_get_name(ARV_GC_FEATURE_NODE(lock))) == kLockOfStream;
+        }
+    }
+    return false;
+}
+
 class TreeReader {
 public:
     explicit TreeReader(ArvDevice* device) : m_Description(arv_device_get_genicam(device)) {}
@@ -162,6 +175,7 @@ private:
             description.description = textOfNode(arv_gc_feature_node_get_tooltip(feature));
         }
         description.visibility = visibilityOf(feature);
+        description.isLockedWithStream = isLockedWithStream(node);
         if (ARV_IS_GC_SELECTOR(node)) {
             for (const GSList* entry = arv_gc_selector_get_selected_features(ARV_GC_SELECTOR(node)); entry != nullptr;
                  entry = entry->next) {

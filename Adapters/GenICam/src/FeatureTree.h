@@ -12,6 +12,9 @@ namespace GenICamAdapter {
 
 enum class FeatureKind { Integer, Float, Boolean, Enumeration, Text, Bytes, Command };
 
+/// The feature by which a program keeps the format of images from changing during a run.
+constexpr const char* kLockOfStream = "TLParamsLocked";
+
 /// A feature of a camera's description, without its value.
 struct FeatureDescription {
     std::string name;
@@ -20,6 +23,7 @@ struct FeatureDescription {
     std::string unit;
     std::string description;
     CameraInterface::PropertyVisibility visibility = CameraInterface::PropertyVisibility::Beginner;
+    bool isLockedWithStream = false;   ///< by kLockOfStream
     std::vector<std::string> selected; ///< the features whose values depend on this one, a selector
 };
 

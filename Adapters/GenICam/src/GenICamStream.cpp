@@ -111,11 +111,12 @@ FrameDescription GenICamStream::readDescription(const PixelFormat& format) {
     return description;
 }
 
-void GenICamStream::setLock(const Device& device, bool locked) {
-    // Cameras that have the feature rely on it: it keeps the format from changing during a run.
+void GenICamStream::setLock(Device& device, bool locked) {
+    // Cameras that have the feature rely on it.
     Failure failure;
-    if (arv_device_get_feature(device.get(), "TLParamsLocked") != nullptr) {
-        arv_device_set_integer_feature_value(device.get(), "TLParamsLocked", locked ? 1 : 0, failure.out());
+    if (arv_device_get_feature(device.get(), kLockOfStream) != nullptr) {
+        arv_device_set_integer_feature_value(device.get(), kLockOfStream, locked ? 1 : 0, failure.out());
+        device.rememberLockOfStream(failure ? std::nullopt : std::optional(locked));
     }
 }
 
@@ -221,25 +222,35 @@ std::chrono::nanoseconds GenICamStream::patience() const {
     return kDefaultTimeout + toTime(number(PropertyNames::kExposure).value_or(0)) + toTime(rate > 0 ? 1000 / rate : 0);
 }
 
-std::vector<unsigned char> GenICamStream::getImageData() {
-    const std::shared_ptr<ReceivingRun> run = currentRun();
+std::shared_ptr<ReceivingRun> GenICamStream::requireRun() {
+    std::shared_ptr<ReceivingRun> run = currentRun();
     if (!run) {
         raiseWithoutFrame(FrameHandover::Outcome::Stopped);
     }
-    FrameHandover::Request request(run->frames().handover());
+    return run;
+}
+
+void GenICamStream::waitForFrame(FrameHandover::Request& request) {
     const FrameHandover::Outcome outcome = request.wait(patience());
     if (outcome != FrameHandover::Outcome::Frame) {
         raiseWithoutFrame(outcome);
     }
     m_Statistics->incrementFrameCount(STREAM_TYPE::Delivered);
+}
+
+std::vector<unsigned char> GenICamStream::getImageData() {
+    const std::shared_ptr<ReceivingRun> run = requireRun();
+    FrameHandover::Request request(run->frames().handover());
+    waitForFrame(request);
     return request.takeImageData();
 }
 
 std::unique_ptr<Imaging::Image> GenICamStream::takeImage() {
-    std::vector<unsigned char> data = getImageData();
-    const std::shared_ptr<ReceivingRun> run = currentRun();
-    const FrameGeometry geometry = run->geometry();
-    return Imaging::createImage(geometry.width, geometry.height, std::move(data), geometry.bitsPerPixel, true,
+    const std::shared_ptr<ReceivingRun> run = requireRun();
+    FrameHandover::Request request(run->frames().handover());
+    waitForFrame(request);
+    const FrameGeometry geometry = request.geometry();
+    return Imaging::createImage(geometry.width, geometry.height, request.takeImageData(), geometry.bitsPerPixel, true,
                                 run->format().layout);
 }
 

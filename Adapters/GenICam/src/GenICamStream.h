@@ -46,11 +46,14 @@ private:
     RunSettings readSettings(const Device& device);
     CameraInterface::FrameDescription readDescription(const PixelFormat& format);
     std::optional<double> number(const char* property) const;
-    void setLock(const Device& device, bool locked);
+    static void setLock(Device& device, bool locked);
     /// Ends a run by the run's own means.
     void stopWithoutCamera() noexcept QUILL_EXCLUDES(m_ControlMutex);
     void endRun(bool isForced) QUILL_REQUIRES(m_ControlMutex);
     std::chrono::nanoseconds patience() const;
+    /// Waits for the next frame.
+    void waitForFrame(CameraInterface::FrameHandover::Request& request);
+    std::shared_ptr<ReceivingRun> requireRun();
     [[noreturn]] void raiseWithoutFrame(CameraInterface::FrameHandover::Outcome outcome);
     std::shared_ptr<ReceivingRun> currentRun() QUILL_EXCLUDES(m_RunMutex);
 

@@ -45,11 +45,6 @@ void append16(Packet& packet, std::uint32_t value) {
     packet.push_back(static_cast<std::uint8_t>(value));
 }
 
-void append32(Packet& packet, std::uint32_t value) {
-    append16(packet, value >> 16);
-    append16(packet, value);
-}
-
 Packet makeHeader(Command command, std::uint16_t id, std::size_t payload, std::uint8_t flags = kAnswerRequired) {
     Packet packet;
     packet.reserve(kHeaderSize + payload);
@@ -76,6 +71,11 @@ std::string textOf(const Answer& answer, const TextField& field) {
 
 } // namespace
 
+void appendBig32(Packet& packet, std::uint32_t value) {
+    append16(packet, value >> 16);
+    append16(packet, value);
+}
+
 Packet makeDiscovery(std::uint16_t id) {
     return makeHeader(Command::Discovery, id, 0, kAnswerRequired | kBroadcastAnswer);
 }
@@ -86,38 +86,48 @@ Packet makeForceAddress(std::uint16_t id, std::uint64_t hardwareAddress, std::ui
     Packet packet = makeHeader(Command::ForceAddress, id, 56, kAnswerRequired | kBroadcastAnswer);
     append16(packet, 0);
     append16(packet, static_cast<std::uint32_t>(hardwareAddress >> 32));
-    append32(packet, static_cast<std::uint32_t>(hardwareAddress));
+    appendBig32(packet, static_cast<std::uint32_t>(hardwareAddress));
     for (const std::uint32_t number : {address, mask, gateway}) {
         packet.insert(packet.end(), kReserved, 0);
-        append32(packet, number);
+        appendBig32(packet, number);
     }
     return packet;
 }
 
 Packet makeReadRegister(std::uint16_t id, std::uint32_t address) {
     Packet packet = makeHeader(Command::ReadRegister, id, 4);
-    append32(packet, address);
+    appendBig32(packet, address);
     return packet;
 }
 
 Packet makeWriteRegister(std::uint16_t id, std::uint32_t address, std::uint32_t value) {
     Packet packet = makeHeader(Command::WriteRegister, id, 8);
-    append32(packet, address);
-    append32(packet, value);
+    appendBig32(packet, address);
+    appendBig32(packet, value);
     return packet;
 }
 
 Packet makeReadMemory(std::uint16_t id, std::uint32_t address, std::uint16_t bytes) {
     Packet packet = makeHeader(Command::ReadMemory, id, 8);
-    append32(packet, address);
-    append32(packet, bytes); // after two reserved bytes
+    appendBig32(packet, address);
+    appendBig32(packet, bytes); // after two reserved bytes
     return packet;
 }
 
 Packet makeWriteMemory(std::uint16_t id, std::uint32_t address, const std::uint8_t* data, std::size_t bytes) {
     Packet packet = makeHeader(Command::WriteMemory, id, 4 + bytes);
-    append32(packet, address);
+    appendBig32(packet, address);
     packet.insert(packet.end(), data, data + bytes);
+    return packet;
+}
+
+Packet makeAnswer(std::uint16_t id, Command command, const Packet& payload) {
+    Packet packet;
+    append16(packet, 0);
+    append16(packet, static_cast<std::uint32_t>(command) + 1);
+    append16(packet, static_cast<std::uint32_t>(payload.size()));
+    append16(packet, id);
+    packet.insert(packet.end(), payload.begin(), payload.end());
     return packet;
 }
 
@@ -137,19 +147,45 @@ std::optional<Answer> parseAnswer(const std::uint8_t* packet, std::size_t size) 
                   readBig16(packet + 4)};
 }
 
-std::optional<std::uint64_t> sizeOfDescription(const std::string& url) {
+Match matchOf(const Answer& answer, std::uint16_t id, Command command) {
+    if (answer.id != id) {
+        return Match::Foreign;
+    }
+    if (answer.kind == kPending && answer.size >= 4) {
+        return Match::Pending;
+    }
+    return answer.kind == static_cast<std::uint16_t>(command) + 1 ? Match::Ours : Match::Foreign;
+}
+
+std::uint16_t pendingMsOf(const Answer& answer) {
+    return readBig16(answer.payload + 2);
+}
+
+const std::uint8_t* memoryOf(const Answer& answer, std::size_t bytes) {
+    constexpr std::size_t kAddressSize = 4;
+    return answer.size < kAddressSize + bytes ? nullptr : answer.payload + kAddressSize;
+}
+
+std::optional<DescriptionPlace> placeOfDescription(const std::string& url) {
     constexpr std::string_view kScheme = "local:";
     const bool isLocal =
         url.size() > kScheme.size() && std::equal(kScheme.begin(), kScheme.end(), url.begin(),
                                                   [](char expected, char c) { return expected == (c | 0x20); });
-    const std::size_t separator = url.rfind(';');
-    if (!isLocal || separator == std::string::npos || url.find(';') == separator) {
+    const std::size_t beforeSize = url.rfind(';');
+    const std::size_t beforeAddress = url.rfind(';', beforeSize - 1);
+    if (!isLocal || beforeSize == std::string::npos || beforeAddress == std::string::npos) {
         return std::nullopt;
     }
-    std::uint64_t size = 0;
-    const char* const end = url.data() + std::min(url.find('?', separator), url.size());
-    const auto [next, error] = std::from_chars(url.data() + separator + 1, end, size, 16);
-    return error == std::errc() && next == end ? std::optional(size) : std::nullopt;
+    DescriptionPlace place;
+    const auto isRead = [&url](std::size_t separator, std::size_t end, auto& number) {
+        const char* const last = url.data() + std::min(end, url.size());
+        const std::size_t begin = separator + (url.compare(separator + 1, 2, "0x") == 0 ? 3 : 1);
+        const auto [next, error] = std::from_chars(std::min(url.data() + begin, last), last, number, 16);
+        return error == std::errc() && next == last;
+    };
+    return isRead(beforeAddress, beforeSize, place.address) && isRead(beforeSize, url.find('?', beforeSize), place.size)
+               ? std::optional(place)
+               : std::nullopt;
 }
 
 std::string nameOfStatus(std::uint16_t status) {

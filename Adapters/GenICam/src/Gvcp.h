@@ -78,7 +78,10 @@ Packet makeReadMemory(std::uint16_t id, std::uint32_t address, std::uint16_t byt
 /// @param bytes the number of bytes, as above
 Packet makeWriteMemory(std::uint16_t id, std::uint32_t address, const std::uint8_t* data, std::size_t bytes);
 
-/// An answer; the payload lies in the packet.
+/// Says that a command was done, as a camera does.
+Packet makeAnswer(std::uint16_t id, Command command, const Packet& payload);
+
+/// An answer; the payload lies in the packet. A command has the same fields, but for its status.
 struct Answer {
     std::uint16_t status = 0; ///< 0 if the camera did what it was asked
     std::uint16_t kind = 0;   ///< the command plus one, or kPending
@@ -92,15 +95,29 @@ constexpr std::uint16_t kPending = 0x0089;
 constexpr std::uint16_t kAccessDenied = 0x8006;
 
 std::optional<Answer> parseAnswer(const std::uint8_t* packet, std::size_t size);
+/// What an answer is to the command that was sent.
+enum class Match { Ours, Pending, Foreign };
+Match matchOf(const Answer& answer, std::uint16_t id, Command command);
+/// The time that a pending answer asks for, in milliseconds.
+std::uint16_t pendingMsOf(const Answer& answer);
+/// The bytes of an answer to a reading of memory; null if they are fewer.
+const std::uint8_t* memoryOf(const Answer& answer, std::size_t bytes);
+
 /// The bytes of an URL register.
 constexpr std::size_t kUrlSize = 512;
-/// The size in bytes that the URL of a description in the camera itself announces ("Local:NAME;ADDRESS;SIZE", the
-/// numbers hexadecimal); nothing for any other URL.
-std::optional<std::uint64_t> sizeOfDescription(const std::string& url);
+/// Where in a camera's memory its description lies.
+struct DescriptionPlace {
+    std::uint32_t address = 0;
+    std::uint64_t size = 0;
+};
+/// What the URL of a description in the camera itself says ("Local:NAME;ADDRESS;SIZE", the numbers hexadecimal);
+/// nothing for any other URL.
+std::optional<DescriptionPlace> placeOfDescription(const std::string& url);
 
 /// The name that the protocol gives a status, such as "access denied".
 std::string nameOfStatus(std::uint16_t status);
 
+void appendBig32(Packet& packet, std::uint32_t value);
 std::uint16_t readBig16(const std::uint8_t* bytes);
 std::uint32_t readBig32(const std::uint8_t* bytes);
 

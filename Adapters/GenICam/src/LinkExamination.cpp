@@ -189,7 +189,7 @@ void measureTestPackets(LinkFigures& figures, ControlChannel& channel) {
     }
     figures.largestSize = registers.tryPacketSize(kLargestAskedFor);
     UdpSocket socket;
-    const std::uint16_t port = socket.bindToAnyPort();
+    const std::uint16_t port = socket.bind();
     const auto opened = registers.open(Ipv4::parse(channel.localAddress()).value_or(0), port);
     if (!opened) {
         figures.whyNotTested = opened.text();

@@ -2,6 +2,7 @@
 
 #include "Reaper.h"
 
+#include <chrono>
 #include <exception>
 #include <utility>
 
@@ -9,7 +10,13 @@ namespace GenICamAdapter {
 
 using Utilities::MutexLock;
 
-void Reaper::take(const std::function<void()>& work) noexcept {
+namespace {
+
+constexpr std::chrono::milliseconds kPause{500};
+
+} // namespace
+
+void Reaper::take(const Work& work) noexcept {
     try {
         const MutexLock lock(m_Mutex);
         if (!m_Thread.joinable()) {
@@ -25,33 +32,37 @@ void Reaper::take(const std::function<void()>& work) noexcept {
 }
 
 void Reaper::finish() {
-    std::thread thread;
-    {
-        const MutexLock lock(m_Mutex);
-        m_Finish = true;
-        thread.swap(m_Thread);
-    }
-    m_Changed.notify_all();
-    if (thread.joinable()) {
+    while (true) { // work that is taken meanwhile starts another thread
+        std::thread thread;
+        {
+            const MutexLock lock(m_Mutex);
+            m_Finish = m_Thread.joinable();
+            if (!m_Finish) {
+                return;
+            }
+            thread.swap(m_Thread);
+        }
+        m_Changed.notify_all();
         thread.join();
     }
-    const MutexLock lock(m_Mutex);
-    m_Finish = false;
 }
 
 void Reaper::run() {
-    while (true) {
-        std::function<void()> work;
+    std::list<Work> unfinished;
+    bool isLast = false;
+    while (!isLast) {
         {
             MutexLock lock(m_Mutex);
-            lock.wait(m_Changed, [this]() QUILL_REQUIRES(m_Mutex) { return m_Finish || !m_Work.empty(); });
-            if (m_Work.empty()) {
-                return;
+            const auto isCalled = [this]() QUILL_REQUIRES(m_Mutex) { return m_Finish || !m_Work.empty(); };
+            if (unfinished.empty()) {
+                lock.wait(m_Changed, isCalled);
+            } else {
+                lock.waitFor(m_Changed, kPause, isCalled);
             }
-            work = std::move(m_Work.front());
-            m_Work.pop_front();
+            isLast = m_Finish;
+            unfinished.splice(unfinished.end(), m_Work);
         }
-        work();
+        unfinished.remove_if([](const Work& work) { return work(); });
     }
 }
 

@@ -43,6 +43,7 @@ ReceivingRun::~ReceivingRun() {
 
 void ReceivingRun::start() {
     Failure failure;
+    m_Device->prepareStream();
     if (m_Device->isOnNetwork()) {
         auto* const network = ARV_GV_DEVICE(m_Device->get());
         arv_gv_device_set_packet_size_adjustment(network, ARV_GV_PACKET_SIZE_ADJUSTMENT_ON_FAILURE_ONCE);
@@ -129,16 +130,20 @@ void ReceivingRun::onEvent(void* self, ArvStreamCallbackType type, ArvBuffer* bu
 void ReceivingRun::offer(std::vector<unsigned char> bytes) {
     const auto known = m_Idle.find(bytes.data());
     if (known != m_Idle.end()) {
-        ArvBuffer* const buffer = known->second.release();
+        ObjectPointer<ArvBuffer> buffer = std::move(known->second);
         m_Idle.erase(known);
-        receptacleOf(buffer) = std::move(bytes);
-        arv_stream_push_buffer(m_Stream.get(), buffer);
+        receptacleOf(buffer.get()) = std::move(bytes);
+        giveBack(std::move(buffer));
         return;
     }
     auto* const receptacle = new Receptacle(std::move(bytes));
-    arv_stream_push_buffer(m_Stream.get(),
-                           arv_buffer_new_full(receptacle->size(), receptacle->data(), receptacle,
-                                               [](void* content) { delete static_cast<Receptacle*>(content); }));
+    giveBack(
+        ObjectPointer<ArvBuffer>(arv_buffer_new_full(receptacle->size(), receptacle->data(), receptacle,
+                                                     [](void* content) { delete static_cast<Receptacle*>(content); })));
+}
+
+void ReceivingRun::giveBack(ObjectPointer<ArvBuffer> buffer) {
+    arv_stream_push_buffer(m_Stream.get(), buffer.release());
 }
 
 void ReceivingRun::runThread() noexcept {
@@ -168,31 +173,31 @@ void ReceivingRun::receive() {
             --m_ArrivalCount;
         }
         left = left ? std::optional(*left - 1) : left;
-        if (ArvBuffer* const buffer = arv_stream_pop_buffer(m_Stream.get())) {
-            take(buffer, arrival);
+        if (ObjectPointer<ArvBuffer> buffer{arv_stream_pop_buffer(m_Stream.get())}) {
+            take(std::move(buffer), arrival);
         }
     }
 }
 
-void ReceivingRun::take(ArvBuffer* buffer, Clock::time_point arrival) {
+void ReceivingRun::take(ObjectPointer<ArvBuffer> buffer, Clock::time_point arrival) {
     m_Statistics->incrementFrameCount(STREAM_TYPE::Received);
     if (m_Device->isOnNetwork()) {
         countPackets();
     }
-    if (countFailure(buffer)) {
+    if (countFailure(buffer.get())) {
         ++m_FailedSinceWhole;
         m_Statistics->incrementIncompleteFrameCount();
-        arv_stream_push_buffer(m_Stream.get(), buffer);
+        giveBack(std::move(buffer));
         return;
     }
-    countGap(arv_buffer_get_frame_id(buffer));
-    const PixelFormat* const format = findPixelFormat(arv_buffer_get_image_pixel_format(buffer));
+    countGap(arv_buffer_get_frame_id(buffer.get()));
+    const PixelFormat* const format = findPixelFormat(arv_buffer_get_image_pixel_format(buffer.get()));
     if (format == nullptr || format->layout != m_Settings.format->layout) {
         m_Frames->lose(FrameLoss::Undescribed);
-        arv_stream_push_buffer(m_Stream.get(), buffer);
+        giveBack(std::move(buffer));
         return;
     }
-    publish(buffer, *format, arrival);
+    publish(std::move(buffer), *format, arrival);
 }
 
 bool ReceivingRun::countFailure(ArvBuffer* buffer) {
@@ -274,15 +279,15 @@ void ReceivingRun::countPackets() {
     m_Counted.missingPackets = missing;
 }
 
-void ReceivingRun::publish(ArvBuffer* buffer, const PixelFormat& format, Clock::time_point arrival) {
-    const auto width = static_cast<std::uint32_t>(arv_buffer_get_image_width(buffer));
-    const auto height = static_cast<std::uint32_t>(arv_buffer_get_image_height(buffer));
+void ReceivingRun::publish(ObjectPointer<ArvBuffer> buffer, const PixelFormat& format, Clock::time_point arrival) {
+    const auto width = static_cast<std::uint32_t>(arv_buffer_get_image_width(buffer.get()));
+    const auto height = static_cast<std::uint32_t>(arv_buffer_get_image_height(buffer.get()));
     const std::size_t bytes = *format.imageBytes(width, height); // checked before
-    Receptacle& receptacle = receptacleOf(buffer);
+    Receptacle& receptacle = receptacleOf(buffer.get());
     FrameInformation known;
     known.arrival = arrival;
-    known.cameraNumber = arv_buffer_get_frame_id(buffer);
-    if (const guint64 timestamp = arv_buffer_get_timestamp(buffer); timestamp != 0) {
+    known.cameraNumber = arv_buffer_get_frame_id(buffer.get());
+    if (const guint64 timestamp = arv_buffer_get_timestamp(buffer.get()); timestamp != 0) {
         known.cameraTime = std::chrono::nanoseconds(timestamp);
         known.cameraClock = CameraClock::Camera;
     }
@@ -294,7 +299,7 @@ void ReceivingRun::publish(ArvBuffer* buffer, const PixelFormat& format, Clock::
     if (format.unpacking != Unpacking::None) {
         std::vector<unsigned char> image = m_Frames->takeBuffer(bytes);
         format.unpack(receptacle.data(), width, height, image.data());
-        arv_stream_push_buffer(m_Stream.get(), buffer);
+        giveBack(std::move(buffer));
         if (m_Frames->publish(image, bytes, geometry, known)) {
             m_Statistics->setImageDataTransferTime(m_Frames->transferSeconds());
         } else {
@@ -307,14 +312,14 @@ void ReceivingRun::publish(ArvBuffer* buffer, const PixelFormat& format, Clock::
     if (!m_Frames->publish(image, bytes, geometry, known)) {
         image.resize(m_Settings.payloadBytes); // a caller that left may have had it cut to the frame's size
         receptacle = std::move(image);
-        arv_stream_push_buffer(m_Stream.get(), buffer);
+        giveBack(std::move(buffer));
         return;
     }
     m_Statistics->setImageDataTransferTime(m_Frames->transferSeconds());
     if (m_Idle.size() >= kMostIdle) {
         m_Idle.clear(); // their memory was freed meanwhile
     }
-    m_Idle[memory] = ObjectPointer<ArvBuffer>(buffer);
+    m_Idle[memory] = std::move(buffer);
     offer(m_Frames->takeBuffer(m_Settings.payloadBytes));
 }
 

@@ -52,7 +52,7 @@ public:
 
     CameraInterface::FrameRun& frames() const { return *m_Frames; }
     /// The camera, before stop().
-    const Device& device() const { return *m_Device; }
+    Device& device() const { return *m_Device; }
     const PixelFormat& format() const { return *m_Settings.format; }
     /// The geometry of the last whole frame.
     CameraInterface::FrameGeometry geometry() const QUILL_EXCLUDES(m_GeometryMutex);
@@ -76,18 +76,19 @@ private:
     static void onEvent(void* self, ArvStreamCallbackType type, ArvBuffer* buffer);
     static Receptacle& receptacleOf(ArvBuffer* buffer);
 
-    void configure();
     void growSocketBuffer();
     void offer(std::vector<unsigned char> bytes);
+    /// Lets Aravis fill a buffer again.
+    void giveBack(ObjectPointer<ArvBuffer> buffer);
     void runThread() noexcept;
     void receive();
-    void take(ArvBuffer* buffer, Clock::time_point arrival);
+    void take(ObjectPointer<ArvBuffer> buffer, Clock::time_point arrival);
     bool countFailure(ArvBuffer* buffer);
     /// Counts the frames of which nothing was received, by the number of the next whole one.
     void countGap(std::uint64_t frameId);
     void countPackets();
     std::uint64_t underruns() const;
-    void publish(ArvBuffer* buffer, const PixelFormat& format, Clock::time_point arrival);
+    void publish(ObjectPointer<ArvBuffer> buffer, const PixelFormat& format, Clock::time_point arrival);
 
     std::shared_ptr<Device> m_Device; // until the end of the run, which its waiters may outlive
     const RunSettings m_Settings;

@@ -105,10 +105,10 @@ void UdpSocket::connect(const std::string& address, std::uint16_t port) {
     }
 }
 
-std::uint16_t UdpSocket::bindToAnyPort() {
-    sockaddr_in own = addressOf("0.0.0.0", 0);
+std::uint16_t UdpSocket::bind(const std::string& address, std::uint16_t port) {
+    sockaddr_in own = addressOf(address, port);
     socklen_t size = sizeof own;
-    if (bind(m_Socket, generic(own), size) != 0 ||
+    if (::bind(m_Socket, generic(own), size) != 0 ||
         getsockname(m_Socket, reinterpret_cast<sockaddr*>(&own), &size) != 0) {
         throw std::system_error(errno, std::generic_category(), "bind");
     }
@@ -147,7 +147,8 @@ UdpSocket::Arrival UdpSocket::receive(std::vector<std::uint8_t>& buffer, std::ch
         CardMessage message(buffer.data(), buffer.size());
         const ssize_t size = recvmsg(m_Socket, message.get(), 0);
         if (size >= 0) {
-            source = {static_cast<std::size_t>(size), textOfAddress(message.peer.sin_addr), message.card()};
+            source = {static_cast<std::size_t>(size), textOfAddress(message.peer.sin_addr),
+                      ntohs(message.peer.sin_port), message.card()};
             return Arrival::Packet;
         }
         if (errno == ECONNREFUSED) {

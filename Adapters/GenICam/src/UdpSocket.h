@@ -14,6 +14,7 @@ namespace GenICamAdapter {
 struct PacketSource {
     std::size_t size = 0; ///< bytes of the packet
     std::string address;
+    std::uint16_t port = 0;
     unsigned cardIndex = 0;
 };
 
@@ -28,8 +29,10 @@ public:
 
     /// Selects the only peer. @throws std::system_error  no route leads there
     void connect(const std::string& address, std::uint16_t port);
-    /// Takes a free port, for packets from anybody. @throws std::system_error
-    std::uint16_t bindToAnyPort();
+    /// Takes a port of one of this computer's addresses, or any free one, for packets from anybody.
+    /// @return the port
+    /// @throws std::system_error
+    std::uint16_t bind(const std::string& address = "0.0.0.0", std::uint16_t port = 0);
     /// This computer's address on the way to the peer.
     std::string localAddress() const;
 
