@@ -29,7 +29,8 @@ constexpr std::chrono::milliseconds kLongestWait{100};
 
 std::string urlOf(const std::string& description) {
     std::array<char, 64> url{};
-    std::snprintf(url.data(), url.size(), "Local:camera.xml;%X;%zX", unsigned{kDescriptionAt}, description.size());
+    static_cast<void>(
+        std::snprintf(url.data(), url.size(), "Local:camera.xml;%X;%zX", unsigned{kDescriptionAt}, description.size()));
     return url.data();
 }
 
@@ -64,7 +65,7 @@ std::string StandIn::bindToFreeAddress(UdpSocket& socket) {
     for (int tries = 1;; ++tries) {
         const unsigned number = count++;
         const auto octet = [number](int shift) { return std::to_string((number >> shift) % 250 + 2); };
-        const std::string address = "127.77." + octet(8) + '.' + octet(0);
+        std::string address = "127.77." + octet(8) + '.' + octet(0);
         try {
             socket.bind(address, kPort);
             return address;
