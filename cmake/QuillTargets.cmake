@@ -26,3 +26,15 @@ else()
         $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
     target_link_options(quill_flags INTERFACE -Wl,-z,relro -Wl,-z,now)
 endif()
+
+# Makes a program from C11 sources that use the C interface.
+function(quill_make_c_program target)
+    set_target_properties(${target} PROPERTIES C_STANDARD 11 C_STANDARD_REQUIRED ON C_EXTENSIONS OFF UNITY_BUILD OFF)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -pedantic $<$<BOOL:${QUILL_WARNINGS_AS_ERRORS}>:-Werror>)
+    target_link_libraries(${target} PRIVATE Quill::C)
+    if(QUILL_SANITIZERS)
+        # Not compiled with the sanitizers, which may be those of another compiler.
+        set_property(TARGET ${target} PROPERTY LINKER_LANGUAGE CXX)
+        target_link_options(${target} PRIVATE -fsanitize=${QUILL_SANITIZERS})
+    endif()
+endfunction()

@@ -87,6 +87,7 @@ quill_status quill_write_settings(quill_camera camera, const quill_camera_settin
                                   quill_error* error) {
     return call(error, [&] {
         requireAll(settings, report);
+        const CameraUse use(camera);
         const auto theirs = fromCaller(options, quill_settings_options QUILL_SETTINGS_OPTIONS_INIT);
         SettingsOptions ours;
         ours.acceptOtherModels = theirs.accept_other_models;
@@ -97,9 +98,7 @@ quill_status quill_write_settings(quill_camera camera, const quill_camera_settin
                 }
             };
         }
-        const CameraSettings wanted = fromCallersSettings(*settings);
-        const CameraUse use(camera);
-        giveReport(CameraInterface::writeSettings(*use, wanted, ours), report);
+        giveReport(CameraInterface::writeSettings(*use, fromCallersSettings(*settings), ours), report);
     });
 }
 
@@ -107,9 +106,9 @@ quill_status quill_compare_settings(quill_camera camera, const quill_camera_sett
                                     quill_setting_difference*** differences, size_t* count, quill_error* error) {
     return call(error, [&] {
         requireAll(settings, differences, count);
-        const CameraSettings wanted = fromCallersSettings(*settings);
         const CameraUse use(camera);
-        giveList(CameraInterface::compareSettings(*use, wanted), makeDifference, differences, count);
+        giveList(CameraInterface::compareSettings(*use, fromCallersSettings(*settings)), makeDifference, differences,
+                 count);
     });
 }
 
