@@ -52,7 +52,29 @@ private:
     static constexpr std::size_t kPlacesOfChunk = 256;
     static constexpr std::size_t kChunks = 4096;
 
+    // An id, from the lowest bit: 24 bits index, 8 bits kind, 32 bits generation. A state: 27 bits users, 1 bit whether
+    // the handle is open, 4 bits kind, 32 bits generation.
+    static constexpr int kGenerationShift = 32;
+    static constexpr int kKindShiftOfId = 24;
+    static constexpr int kKindShiftOfState = 28;
+    static constexpr std::uint64_t kIndexMask = (1U << kKindShiftOfId) - 1;
+    static constexpr std::uint64_t kOpen = 1U << 27;
+    static constexpr std::uint64_t kUsers = kOpen - 1;
+    static constexpr std::uint64_t kIndexOfFree = 0xFFFFFFFF;
+
+    /// The state of an open handle's place, without its users.
+    static std::uint64_t openState(std::uint64_t generation, HandleKind kind) {
+        return generation << kGenerationShift | static_cast<std::uint64_t>(kind) << kKindShiftOfState | kOpen;
+    }
+
+    /// Changes the state of an open handle's place.
+    /// @param change  makes the new state from the old one
+    /// @return null if the handle is not open, or of another kind
+    template <typename Change>
+    Place* changeOpen(std::uint64_t id, HandleKind kind, Change change);
     Place& reserve();
+    Place& append();
+    void destroy(Place& place);
     std::uint64_t open(Place& place, HandleKind kind);
     void giveBack(Place& place);
     Place* find(std::uint64_t id) const;
@@ -67,7 +89,10 @@ private:
 };
 
 /// The one table; never destroyed.
-HandleTable& handles();
+extern HandleTable g_Handles;
+inline HandleTable& handles() {
+    return g_Handles;
+}
 
 /// A place for an object of any kind.
 class HandleTable::Place {
@@ -93,6 +118,87 @@ private:
     std::uint32_t m_Index = 0;
     alignas(std::max_align_t) std::array<unsigned char, kLargest> m_Storage;
 };
+
+inline HandleTable::Place& HandleTable::at(std::size_t index) const {
+    return m_Chunks[index / kPlacesOfChunk].load(std::memory_order_acquire)[index % kPlacesOfChunk];
+}
+
+template <typename Change>
+HandleTable::Place* HandleTable::changeOpen(std::uint64_t id, HandleKind kind, Change change) {
+    const std::uint64_t index = id & kIndexMask;
+    if (index >= m_PlaceCount.load(std::memory_order_acquire) ||
+        (id >> kKindShiftOfId & 0xFF) != static_cast<std::uint64_t>(kind)) {
+        return nullptr;
+    }
+    Place& place = at(index);
+    const std::uint64_t wanted = openState(id >> kGenerationShift, kind);
+    std::uint64_t state = place.m_State.load(std::memory_order_relaxed);
+    do {
+        if ((state & ~kUsers) != wanted) {
+            return nullptr;
+        }
+    } while (!place.m_State.compare_exchange_weak(state, change(state), std::memory_order_acq_rel,
+                                                  std::memory_order_relaxed));
+    return &place;
+}
+
+inline HandleTable::Place* HandleTable::acquire(std::uint64_t id, HandleKind kind) {
+    return changeOpen(id, kind, [](std::uint64_t state) { return state + 1; });
+}
+
+inline void HandleTable::release(Place& place) {
+    const std::uint64_t before = place.m_State.fetch_sub(1, std::memory_order_acq_rel);
+    if ((before & (kOpen | kUsers)) == 1) {
+        destroy(place);
+    }
+}
+
+inline bool HandleTable::close(std::uint64_t id, HandleKind kind) {
+    bool isLast = false;
+    Place* const place = changeOpen(id, kind, [&isLast](std::uint64_t state) {
+        isLast = (state & kUsers) == 1;
+        return (state & ~kOpen) - 1;
+    });
+    if (place != nullptr && isLast) {
+        destroy(*place);
+    }
+    return place != nullptr;
+}
+
+inline void HandleTable::destroy(Place& place) {
+    place.as<HandledObject>().~HandledObject();
+    giveBack(place);
+}
+
+inline HandleTable::Place& HandleTable::reserve() {
+    std::uint64_t first = m_Free.load(std::memory_order_acquire);
+    while ((first & kIndexOfFree) != 0) {
+        Place& place = at((first & kIndexOfFree) - 1);
+        const std::uint64_t count = (first >> kGenerationShift) + 1;
+        const std::uint64_t next = count << kGenerationShift | place.m_Next.load(std::memory_order_relaxed);
+        if (m_Free.compare_exchange_weak(first, next, std::memory_order_acquire)) {
+            return place;
+        }
+    }
+    return append();
+}
+
+inline std::uint64_t HandleTable::open(Place& place, HandleKind kind) {
+    const std::uint64_t generation = place.m_State.load(std::memory_order_relaxed) >> kGenerationShift;
+    place.m_State.store(openState(generation, kind) | 1, std::memory_order_release);
+    return generation << kGenerationShift | static_cast<std::uint64_t>(kind) << kKindShiftOfId | place.m_Index;
+}
+
+inline void HandleTable::giveBack(Place& place) {
+    const std::uint64_t generation = place.m_State.load(std::memory_order_relaxed) >> kGenerationShift;
+    place.m_State.store((generation + 1) << kGenerationShift, std::memory_order_relaxed);
+    std::uint64_t first = m_Free.load(std::memory_order_relaxed);
+    std::uint64_t mine = 0;
+    do {
+        place.m_Next.store(static_cast<std::uint32_t>(first), std::memory_order_relaxed);
+        mine = ((first >> kGenerationShift) + 1) << kGenerationShift | (place.m_Index + 1);
+    } while (!m_Free.compare_exchange_weak(first, mine, std::memory_order_release, std::memory_order_relaxed));
+}
 
 template <typename T, typename... Arguments>
 std::uint64_t HandleTable::create(Arguments&&... arguments) {
