@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# Checks that every block of C++ and CMake in the documents equals, except for the licence, a file that is built and run elsewhere in the
+# Checks that every block of C, C++ and CMake in the documents equals, except for the licence, a file that is built and run elsewhere in the
 # tests.
 # Argument: source folder.
 set -euo pipefail
 cd "$1"
-built=(Examples/*.cpp Tests/Package/consumer/*)
+built=(Examples/*.cpp Examples/C/* Tests/Package/consumer/* Tests/Package/c-consumer/*)
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 awk -v work="$work" '
-    /^```(cpp|c\+\+|cmake)$/ { name = FILENAME; gsub("/", "_", name); block = work "/" name ":" FNR; next }
+    /^```(c|cpp|c\+\+|cmake)$/ { name = FILENAME; gsub("/", "_", name); block = work "/" name ":" FNR; next }
     /^```/ { block = "" }
     block { print > block }' README.md CONTRIBUTING.md docs/*.md
 

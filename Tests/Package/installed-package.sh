@@ -56,6 +56,20 @@ export PKG_CONFIG_PATH=$package/$libraryFolder/pkgconfig
 "$compiler" -std=c++17 "-I$own" "$consumer/main.cpp" -o "$work/consumer" $(pkg-config --cflags --libs quillcamera)
 "$work/consumer"
 
+# The C interface: the documented build line word for word, the documented CMake project, and a program that uses all of it.
+if [[ -e $package/include/quillcamera.h ]]; then
+    mkdir "$work/c"
+    cp "$sourceFolder/Examples/C/first_steps.c" "$sourceFolder/Tests/Package/c-consumer/CMakeLists.txt" "$work/c"
+    (cd "$work/c" && eval "$(grep '^cc ' "$sourceFolder/docs/c.md")" && ./first_steps >/dev/null)
+    cmake -S "$work/c" -B "$work/c/build" -G "$generator" -DCMAKE_PREFIX_PATH="$package" >/dev/null
+    cmake --build "$work/c/build" >/dev/null
+    "$work/c/build/first_steps" >/dev/null
+    # shellcheck disable=SC2046 # flags are words
+    cc -std=c11 -Wall -Wextra -pedantic -Werror "$sourceFolder/Tests/Bindings/C/areas.c" -o "$work/areas" \
+        $(pkg-config --cflags --libs quillcamera-c) -lm
+    "$work/areas"
+fi
+
 # Nothing in the package refers to the folders or the libraries with which it was built.
 if grep --recursive --binary-files=without-match --fixed-strings \
     -e "$sourceFolder" -e "$buildFolder" -e "$work" "$package"; then

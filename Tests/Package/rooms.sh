@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$1"
 
-list=$(find Shared Adapters Platform Tools -name '*.h' -o -name '*.cpp')
+list=$(find Shared Adapters Bindings Platform Tools -name '*.h' -o -name '*.cpp')
 mapfile -t sources <<<"$list"
 
 awk '
@@ -50,6 +50,7 @@ BEGIN {
     root[1] = "Shared/include/"; root[2] = "Shared/src/"; root[3] = "Tools/quill/"
     root[4] = "Platform/SoftwareDevices/include/"; root[5] = "Platform/SoftwareDevices/src/"
     root[6] = "Platform/GenICamDevices/include/"; root[7] = "Platform/GenICamDevices/src/"
+    root[8] = "Bindings/C/include/"; root[9] = "Bindings/C/src/"
     for (i = 2; i < ARGC; ++i) source[ARGV[i]] = 1
 }
 FNR == 1 {
@@ -67,7 +68,7 @@ FNR == 1 {
     else if (used != room && !((room, used) in allowed)) fail(FILENAME ":" FNR ": " room " may not use " used " (" part[2] ")")
 }
 # Headers of the C++ library have no extension, those of the system are not counted as libraries.
-/^#include <[^>]*[\/.]/ && !/^#include <((sys|sanitizer|net|netinet|arpa)\/.*|(unistd|fcntl|poll|ifaddrs|dlfcn|pthread|cpuid|immintrin|stdint|stddef)\.h)>/ {
+/^#include <[^>]*[\/.]/ && !/^#include <((sys|sanitizer|net|netinet|arpa)\/.*|(unistd|fcntl|poll|ifaddrs|dlfcn|pthread|cpuid|immintrin|stdbool|stdint|stddef)\.h)>/ {
     split($0, part, /[<>]/)
     used = part[2] == "Quill.h" ? "Public headers" : part[2] ~ /\// ? "<" substr(part[2], 1, index(part[2], "/") - 1) ">" : "<" part[2] ">"
     ++arrows

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace CInterface {
@@ -75,10 +76,12 @@ char** Block::texts(const std::vector<std::string>& list) {
 }
 
 char* copyText(const std::string& text) {
-    Block block;
-    char* copy = nullptr;
-    block.give(block.text(text), &copy);
-    return copy;
+    void* const memory = std::malloc(sizeof(Block::Piece) + text.size() + 1);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    auto* const piece = ::new (memory) Block::Piece{nullptr};
+    return static_cast<char*>(std::memcpy(piece + 1, text.c_str(), text.size() + 1));
 }
 
 void giveEntries(const std::map<std::string, std::string>& pairs, quill_entry** result, size_t* count) {

@@ -69,6 +69,8 @@ public:
     }
 
 private:
+    friend char* copyText(const std::string& text);
+
     static constexpr std::size_t kAlignment = alignof(std::max_align_t);
     /// Lies in front of each piece of memory.
     struct alignas(kAlignment) Piece {

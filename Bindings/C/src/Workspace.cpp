@@ -43,8 +43,6 @@ struct ExitGuard {
 
 } // namespace
 
-thread_local int InsideCall::s_Depth = 0;
-
 void InsideCall::refuse() {
     if (s_Depth > 0) {
         throw KestrelException::create(

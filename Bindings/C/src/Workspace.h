@@ -28,7 +28,7 @@ public:
     static void refuse();
 
 private:
-    static thread_local int s_Depth;
+    inline static thread_local int s_Depth = 0;
 };
 
 /// The handles of cameras. The list owns cameras, and destroys those that left it when 64 more have left; before that,
