@@ -14,9 +14,9 @@
 /// **Failures.** Every function returns a status, 0 for success, and takes as its last argument a quill_error that it
 /// fills on failure, or NULL. The status is the class of the exception that the C++ operation throws; no exception
 /// leaves a function. Results are written on success only. Names of numbers, quill_version() and quill_free() cannot
-/// fail and return what they are for. Pointers must not be NULL, except error, settings, options, callbacks and their
-/// contexts, a progress function, and data of no bytes; else the status is QUILL_NULL_ARGUMENT, before anything
-/// happens.
+/// fail and return what they are for. Pointers must not be NULL, except error, the settings of a queue, options,
+/// callbacks and their contexts, progress functions, and data of no bytes; else the status is QUILL_NULL_ARGUMENT,
+/// before anything happens.
 ///
 /// **Handles** are plain values, copied like numbers, and compared by their id; id 0 is none. A handle that was
 /// released, or is of another kind or process, gives QUILL_INVALID_HANDLE. Queues, frames and images belong to the
@@ -210,7 +210,9 @@ enum { QUILL_STATE_CONNECTED = 0, QUILL_STATE_DISCONNECTED = 1, QUILL_STATE_SUSP
 /// Returns the kind in words, such as "software device"; never freed. Thread-safe.
 QUILL_C_API const char* quill_get_kind_name(quill_camera_kind kind);
 
+/// Returns the serial number under which the camera is listed.
 QUILL_C_API quill_status quill_camera_get_serial_number(quill_camera camera, char** serial_number, quill_error* error);
+/// Returns the name of the model.
 QUILL_C_API quill_status quill_camera_get_model_name(quill_camera camera, char** model_name, quill_error* error);
 /// Thread-safe.
 QUILL_C_API quill_status quill_camera_get_kind(quill_camera camera, quill_camera_kind* kind, quill_error* error);
@@ -248,6 +250,7 @@ typedef void (*quill_property_change_function)(void* context, quill_camera camer
 /// Returns the names of all properties, in ascending byte-wise order.
 QUILL_C_API quill_status quill_camera_get_supported_properties(quill_camera camera, char*** names, size_t* count,
                                                                quill_error* error);
+/// Says whether the camera has a property of that name.
 QUILL_C_API quill_status quill_camera_is_property_supported(quill_camera camera, const char* name, bool* supported,
                                                             quill_error* error);
 /// Replaces the function that is called after a property of the camera changed; it may still run on another thread that
@@ -257,6 +260,7 @@ QUILL_C_API quill_status quill_camera_register_property_change_callback(quill_ca
                                                                         void* context, quill_release_function release,
                                                                         quill_error* error);
 
+/// Reads the value, as text. "PropertyReadFailure".
 QUILL_C_API quill_status quill_property_get_value(quill_camera camera, const char* name, char** value,
                                                   quill_error* error);
 /// Writes a value, as text. What a text does depends on the kind of property, and the statuses with it: see Property.h
@@ -267,22 +271,27 @@ QUILL_C_API quill_status quill_property_set_value(quill_camera camera, const cha
 /// fit. Numbers are read and written independent of the locale.
 QUILL_C_API quill_status quill_property_get_int(quill_camera camera, const char* name, int64_t* value,
                                                 quill_error* error);
+/// Reads the value as a number, like quill_property_get_int().
 QUILL_C_API quill_status quill_property_get_double(quill_camera camera, const char* name, double* value,
                                                    quill_error* error);
 /// Reads "Enabled" or "Disabled"; for any other text, "PropertyValueConversion".
 QUILL_C_API quill_status quill_property_get_bool(quill_camera camera, const char* name, bool* value,
                                                  quill_error* error);
-/// These three write the value as the text that it has, like quill_property_set_value(): a number without exponent,
-/// "Enabled" or "Disabled".
+/// Writes a number, like quill_property_set_value().
 QUILL_C_API quill_status quill_property_set_int(quill_camera camera, const char* name, int64_t value,
                                                 quill_error* error);
+/// Writes a number as the shortest text without exponent that is read as the same number.
 QUILL_C_API quill_status quill_property_set_double(quill_camera camera, const char* name, double value,
                                                    quill_error* error);
+/// Writes "Enabled" or "Disabled".
 QUILL_C_API quill_status quill_property_set_bool(quill_camera camera, const char* name, bool value, quill_error* error);
+/// Returns the smallest value, as text.
 QUILL_C_API quill_status quill_property_get_minimum(quill_camera camera, const char* name, char** minimum,
                                                     quill_error* error);
+/// Returns the largest value, as text.
 QUILL_C_API quill_status quill_property_get_maximum(quill_camera camera, const char* name, char** maximum,
                                                     quill_error* error);
+/// Returns the default value, as text.
 QUILL_C_API quill_status quill_property_get_default(quill_camera camera, const char* name, char** default_value,
                                                     quill_error* error);
 /// Writes the default value.
@@ -299,6 +308,7 @@ QUILL_C_API quill_status quill_property_is_available_for_writing(quill_camera ca
 /// Says whether the value must be one of quill_property_get_value_list().
 QUILL_C_API quill_status quill_property_is_discrete(quill_camera camera, const char* name, bool* discrete,
                                                     quill_error* error);
+/// Returns the allowed values of a discrete property; none for any other.
 QUILL_C_API quill_status quill_property_get_value_list(quill_camera camera, const char* name, char*** values,
                                                        size_t* count, quill_error* error);
 /// Returns the unit of the value and its limits; empty if it has none, or nobody knows.
@@ -310,10 +320,13 @@ QUILL_C_API quill_status quill_property_get_increment(quill_camera camera, const
 /// Returns one sentence.
 QUILL_C_API quill_status quill_property_get_description(quill_camera camera, const char* name, char** description,
                                                         quill_error* error);
+/// Returns the category of the Standard Features Naming Convention, in words; empty if nobody knows.
 QUILL_C_API quill_status quill_property_get_category(quill_camera camera, const char* name, char** category,
                                                      quill_error* error);
+/// Says for whom the property is; beginners unless the camera says otherwise.
 QUILL_C_API quill_status quill_property_get_visibility(quill_camera camera, const char* name,
                                                        quill_property_visibility* visibility, quill_error* error);
+/// Returns the type that the text represents.
 QUILL_C_API quill_status quill_property_get_type(quill_camera camera, const char* name, quill_property_type* type,
                                                  quill_error* error);
 
@@ -342,11 +355,14 @@ QUILL_C_API quill_status quill_camera_get_supported_functions(quill_camera camer
 QUILL_C_API quill_status quill_camera_perform(quill_camera camera, const char* name, const quill_bytes* parameters,
                                               size_t parameter_count, quill_bytes** results, size_t* count,
                                               quill_error* error);
+/// Says whether the function can be performed now.
 QUILL_C_API quill_status quill_function_is_available(quill_camera camera, const char* name, bool* available,
                                                      quill_error* error);
+/// Describes the parameters, in their order.
 QUILL_C_API quill_status quill_function_get_parameters(quill_camera camera, const char* name,
                                                        quill_parameter_descriptor*** parameters, size_t* count,
                                                        quill_error* error);
+/// Describes the results, in their order.
 QUILL_C_API quill_status quill_function_get_return_format(quill_camera camera, const char* name,
                                                           quill_parameter_descriptor*** results, size_t* count,
                                                           quill_error* error);
@@ -379,6 +395,7 @@ typedef struct quill_stream_counter {
     bool is_loss;            ///< it counts frames that somebody did not get
 } quill_stream_counter;
 
+/// Says whether the stream runs; false for a camera without one.
 QUILL_C_API quill_status quill_camera_is_streaming(quill_camera camera, bool* streaming, quill_error* error);
 /// Starts the stream with the present settings. "InvalidStreamSettings", "InvalidStreamFormat",
 /// "RegisterStreamCallback", "StartStream".
@@ -386,6 +403,7 @@ QUILL_C_API quill_status quill_camera_start_stream(quill_camera camera, quill_er
 /// Stops the stream: when it returns, no frame is captured any more. May be called while another thread waits in
 /// quill_camera_get_image(), which then fails with "StreamStopped". "StopStream", "RemoveStreamCallback".
 QUILL_C_API quill_status quill_camera_stop_stream(quill_camera camera, quill_error* error);
+/// Returns the rates and counts of the stream.
 QUILL_C_API quill_status quill_camera_get_stream_statistics(quill_camera camera, quill_stream_statistics* statistics,
                                                             quill_error* error);
 /// Sets the interval over which a frame rate is averaged, in seconds.
@@ -483,6 +501,7 @@ QUILL_C_API quill_status quill_frame_queue_wait_for_run(quill_frame_queue queue,
 QUILL_C_API quill_status quill_frame_queue_close(quill_frame_queue queue, quill_error* error);
 /// Returns the number of frames that wait.
 QUILL_C_API quill_status quill_frame_queue_size(quill_frame_queue queue, size_t* size, quill_error* error);
+/// Returns the number of frames that can wait.
 QUILL_C_API quill_status quill_frame_queue_capacity(quill_frame_queue queue, size_t* capacity, quill_error* error);
 /// Returns what became of the frames that were captured since the queue was opened.
 QUILL_C_API quill_status quill_frame_queue_get_counters(quill_frame_queue queue, quill_stream_counter*** counters,
@@ -536,13 +555,16 @@ typedef struct quill_conversion {
     const char* name;
 } quill_conversion;
 
+/// Says which frame it is, and when it came.
 QUILL_C_API quill_status quill_frame_get_information(quill_frame frame, quill_frame_information* information,
                                                      quill_error* error);
+/// Describes the frame's image; its bytes are valid until the frame's handle is released.
 QUILL_C_API quill_status quill_frame_get_layout(quill_frame frame, quill_image_layout* layout, quill_error* error);
 /// Returns the frame's image, which the caller releases. Nothing is copied.
 QUILL_C_API quill_status quill_frame_get_image(quill_frame frame, quill_image* image, quill_error* error);
 /// Returns a further handle of the frame, which the caller releases. Nothing else is copied.
 QUILL_C_API quill_status quill_frame_copy(quill_frame frame, quill_frame* copy, quill_error* error);
+/// Ends the handle; the memory is free once no handle shares it.
 QUILL_C_API quill_status quill_frame_release(quill_frame frame, quill_error* error);
 
 /// Creates an image from a copy of bytes, cut to the image's size or padded with zeros.
@@ -550,6 +572,7 @@ QUILL_C_API quill_status quill_frame_release(quill_frame frame, quill_error* err
 QUILL_C_API quill_status quill_create_image(uint32_t width, uint32_t height, const void* data, size_t length,
                                             uint32_t bit_depth, bool little_endian, quill_image_format format,
                                             quill_image* image, quill_error* error);
+/// Describes the image; its bytes are valid until the handle is released.
 QUILL_C_API quill_status quill_image_get_layout(quill_image image, quill_image_layout* layout, quill_error* error);
 /// Returns the channel values of a pixel, unscaled: see Pixel.h. QUILL_STD_INVALID_ARGUMENT: out of bounds.
 /// @param channel  four numbers
@@ -562,6 +585,7 @@ QUILL_C_API quill_status quill_image_get_8bit_image_data(quill_image image, unsi
 /// @param count  number of samples
 QUILL_C_API quill_status quill_image_get_16bit_image_data(quill_image image, uint16_t** data, size_t* count,
                                                           quill_error* error);
+/// Ends the handle; the memory is free once no handle shares it.
 QUILL_C_API quill_status quill_image_release(quill_image image, quill_error* error);
 
 /// Returns a new image in another format. QUILL_STD_RUNTIME_ERROR: no conversion, or samples of more than two bytes.
@@ -570,8 +594,10 @@ QUILL_C_API quill_status quill_convert_image(quill_image image, quill_image_form
 /// The same by a camera, which may demosaic its own images; not thread-safe.
 QUILL_C_API quill_status quill_camera_convert_image(quill_camera camera, quill_image image, quill_image_format format,
                                                     quill_image* converted, quill_error* error);
+/// Says whether quill_convert_image() converts between two different formats.
 QUILL_C_API quill_status quill_conversion_exists(quill_image_format from, quill_image_format to, bool* exists,
                                                  quill_error* error);
+/// Returns all pairs of formats that convert.
 QUILL_C_API quill_status quill_get_available_conversions(quill_conversion*** conversions, size_t* count,
                                                          quill_error* error);
 /// Returns the name, such as "BAYER_RGGB". QUILL_STD_RUNTIME_ERROR: not a format.
@@ -659,8 +685,10 @@ QUILL_C_API quill_status quill_programmer_write_firmware_to_flash(quill_camera c
 QUILL_C_API quill_status quill_programmer_write_firmware_to_ram(quill_camera camera, const void* data, size_t length,
                                                                 quill_progress_function progress, void* context,
                                                                 quill_error* error);
+/// Reads a status register of the flash. "FunctionExecution".
 QUILL_C_API quill_status quill_programmer_read_flash_status(quill_camera camera, uint32_t address, uint8_t* status,
                                                             quill_error* error);
+/// Writes a status register of the flash.
 QUILL_C_API quill_status quill_programmer_write_flash_status(quill_camera camera, uint32_t address, uint8_t status,
                                                              quill_error* error);
 /// Returns the data with the bits of every byte reversed. Thread-safe.
@@ -788,8 +816,9 @@ typedef struct quill_link_finding {
     quill_link_verdict verdict;
 } quill_link_finding;
 
-/// These two return a number in words, or "unknown"; never freed.
+/// Returns the origin in words, such as "DHCP", or "unknown"; never freed. Thread-safe.
 QUILL_C_API const char* quill_get_origin_name(quill_address_origin origin);
+/// Returns the verdict in words, such as "good", or "unknown"; never freed. Thread-safe.
 QUILL_C_API const char* quill_get_verdict_name(quill_link_verdict verdict);
 
 /// Replaces the settings; the next enumeration uses them. "ArgumentUnhandled".
@@ -800,6 +829,7 @@ QUILL_C_API quill_status quill_genicam_get_settings(quill_genicam_settings** set
 // Functions of the network take cameras as the list names them: see GenICamNetwork.h. "CameraNotFound",
 // "NetworkSettings", "CameraEnumeration"; "ArgumentUnhandled" for a number or an address that none can be.
 
+/// Reads the network side of a camera, also of one that cannot be reached: then the obstacle says why.
 QUILL_C_API quill_status quill_describe_network(const char* serial_number, quill_camera_network** network,
                                                 quill_error* error);
 /// Stores the address that the camera takes at its next start.
@@ -808,11 +838,15 @@ QUILL_C_API quill_status quill_set_persistent_address(const char* serial_number,
 /// Stores from where the camera gets its address at its next start.
 QUILL_C_API quill_status quill_set_address_mode(const char* serial_number, bool persistent, bool dhcp,
                                                 quill_error* error);
-/// These three return the number that the camera took.
+/// Sets the size of the packets of images, with their headers: 220 to 16384 bytes; returns the size that the camera
+/// took.
 QUILL_C_API quill_status quill_set_packet_size(const char* serial_number, uint32_t bytes, uint32_t* taken,
                                                quill_error* error);
+/// Sets the pause between two packets of an image, 0 to 100,000,000 ns; returns the pause that the camera took.
 QUILL_C_API quill_status quill_set_packet_delay_ns(const char* serial_number, uint64_t nanoseconds, uint64_t* taken,
                                                    quill_error* error);
+/// Sets the time without a sign of life after which the camera becomes free, 500 to 3,600,000 ms; returns the time that
+/// the camera took.
 QUILL_C_API quill_status quill_set_heartbeat_ms(const char* serial_number, uint32_t milliseconds, uint32_t* taken,
                                                 quill_error* error);
 /// Gives a camera an address until it restarts, and waits until it answers there. "NetworkTimeout".

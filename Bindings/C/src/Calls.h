@@ -33,7 +33,7 @@ quill_status call(quill_error* error, Body body) noexcept {
 /// @throws NullArgument
 template <typename... Pointers>
 void requireAll(Pointers... pointers) {
-    if (((pointers == nullptr) || ...)) {
+    if ((!pointers || ...)) {
         throw NullArgument();
     }
 }

@@ -75,12 +75,15 @@ quill_status readNumber(quill_camera camera, const char* name, Number* value, qu
                         [](Property& property) { return parseNumber<Number>(property.getValue()); });
 }
 
+/// The longest fixed notation is that of the smallest numbers.
+constexpr std::size_t kLongestNumber =
+    16 - std::numeric_limits<double>::min_exponent10 + std::numeric_limits<double>::digits;
+
 /// The shortest text without an exponent that is read as the same number.
 std::string numberText(double value) {
-    std::array<char, std::numeric_limits<double>::max_exponent10 + 32>
-        text; // NOLINT(*-init): written before it is read
+    std::array<char, kLongestNumber> text{};
     const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
-    return end.ec == std::errc() ? std::string(text.data(), end.ptr) : std::to_string(value);
+    return {text.data(), end.ptr};
 }
 
 } // namespace

@@ -32,7 +32,7 @@ struct ExitGuard {
     ExitGuard() = default;
     ExitGuard(const ExitGuard&) = delete;
     ExitGuard& operator=(const ExitGuard&) = delete;
-    ~ExitGuard() { Workspace::instance().closeAll(); }
+    ~ExitGuard() { Workspace::instance().closeAtExit(); }
 };
 
 /// The same failure as the library's own when a camera is not in the list.
@@ -119,6 +119,7 @@ void Workspace::end() {
     Camera::unitialisedWorkpace();
     const MutexLock lock(m_Mutex);
     m_Watching = false;
+    m_Departed.clear(); // cameras that left while the others were awaited
     std::swap(newConnect, m_NewConnect);
     std::swap(disconnect, m_Disconnect);
 }
@@ -198,7 +199,7 @@ void Workspace::hearDeparture(const std::string& modelName, const std::string& s
         handles().close(expired, CameraObject::kKind);
     }
     MutexLock lock(m_Mutex);
-    lock.wait(m_Changed, [this]() QUILL_REQUIRES(m_Mutex) { return m_Closing == 0; });
+    lock.wait(m_Changed, [this]() QUILL_REQUIRES(m_Mutex) { return m_Closing == 0 || m_Exiting; });
 }
 
 /// @return the handle of the camera that the library destroys next, or 0
@@ -243,6 +244,15 @@ void Workspace::closeAll() {
     for (const std::uint64_t id : ids) {
         handles().close(id, CameraObject::kKind);
     }
+}
+
+void Workspace::closeAtExit() {
+    {
+        const MutexLock lock(m_Mutex);
+        m_Exiting = true;
+        m_Changed.notify_all();
+    }
+    closeAll();
 }
 
 void Workspace::noteClosed() {

@@ -70,7 +70,9 @@ public:
         CameraInterface::Camera& m_Camera;
     };
 
-    void closeAll();
+    /// Ends all handles, and waits for nobody: the process exits.
+    void closeAtExit();
+    /// Called by the last user of a handle that was closed.
     void noteClosed();
 
 private:
@@ -84,6 +86,7 @@ private:
     class Ending;
 
     void watch();
+    void closeAll();
     template <typename Function, typename Await>
     void exchange(Callback<Function> Workspace::*present, Callback<Function>& callback, Await await);
     void hearArrival();
@@ -102,6 +105,7 @@ private:
     std::size_t m_Stays QUILL_GUARDED_BY(m_Mutex) = 0;
     std::map<CameraInterface::Camera*, int> m_ImageWaits QUILL_GUARDED_BY(m_Mutex);
     bool m_Ending QUILL_GUARDED_BY(m_Mutex) = false;
+    bool m_Exiting QUILL_GUARDED_BY(m_Mutex) = false;  // the process
     bool m_Watching QUILL_GUARDED_BY(m_Mutex) = false; // departures are heard
     Callback<quill_new_connect_function> m_NewConnect QUILL_GUARDED_BY(m_Mutex);
     Callback<quill_disconnect_function> m_Disconnect QUILL_GUARDED_BY(m_Mutex);

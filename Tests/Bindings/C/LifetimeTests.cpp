@@ -217,6 +217,7 @@ TEST_F(CInterfaceLifetime, OfThreadsThatReleaseOneHandleOnlyOneSucceeds) {
                     EXPECT_EQ(layout.width, layout.height);
                 }
                 released += quill_image_release(image, nullptr) == QUILL_OK ? 1 : 0;
+                std::this_thread::yield();
             }
         });
     }
