@@ -30,7 +30,7 @@ public:
     template <typename T>
     T* array(std::size_t count) {
         static_assert(std::is_trivial_v<T> && alignof(T) <= kAlignment);
-        const std::size_t size = (count + 1) * sizeof(T);
+        const std::size_t size = (count + 1) * sizeof(T); // NOLINT(bugprone-sizeof-expression): lists hold pointers
         return static_cast<T*>(std::memset(allocate(size), 0, size));
     }
     /// Returns memory for a number of bytes.

@@ -143,7 +143,7 @@ quill_error describeHandled() {
 quill_status describeException(quill_error* error) noexcept {
     const quill_error described = describeHandled();
     if (error != nullptr && error->size >= sizeof(quill_error)) {
-        toCaller(*error, described);
+        copyToCaller(*error, described);
     }
     return described.status;
 }

@@ -73,10 +73,16 @@ Struct fromCaller(const Struct* theirs, Struct defaults) {
 
 /// Copies what the caller's struct has room for, and its size.
 template <typename Struct>
-void toCaller(Struct& theirs, Struct ours) {
-    requireSize(theirs);
+void copyToCaller(Struct& theirs, Struct ours) noexcept {
     ours.size = std::min(theirs.size, sizeof(Struct));
     std::memcpy(&theirs, &ours, ours.size);
+}
+
+/// @throws InvalidSize
+template <typename Struct>
+void toCaller(Struct& theirs, const Struct& ours) {
+    requireSize(theirs);
+    copyToCaller(theirs, ours);
 }
 
 } // namespace CInterface

@@ -107,7 +107,7 @@ private:
 
     template <typename T, typename... Arguments>
     void construct(Arguments&&... arguments) {
-        static_assert(sizeof(T) <= kLargest && alignof(T) <= alignof(std::max_align_t));
+        static_assert(sizeof(T) <= kLargest);
         ::new (m_Storage.data()) T(std::forward<Arguments>(arguments)...);
     }
 
