@@ -187,6 +187,9 @@ void Workspace::hearArrival() {
 
 void Workspace::hearDeparture(const std::string& modelName, const std::string& serialNumber) {
     const InsideCall mark;
+    if (const std::uint64_t expired = noteDeparture(serialNumber)) {
+        handles().close(expired, CameraObject::kKind);
+    }
     Callback<quill_disconnect_function> callback;
     {
         const MutexLock lock(m_Mutex);
@@ -194,9 +197,6 @@ void Workspace::hearDeparture(const std::string& modelName, const std::string& s
     }
     if (callback) {
         callback(modelName.c_str(), serialNumber.c_str());
-    }
-    if (const std::uint64_t expired = noteDeparture(serialNumber)) {
-        handles().close(expired, CameraObject::kKind);
     }
     MutexLock lock(m_Mutex);
     lock.wait(m_Changed, [this]() QUILL_REQUIRES(m_Mutex) { return m_Closing == 0 || m_Exiting; });
