@@ -205,7 +205,7 @@ std::string nameOfStatus(std::uint16_t status) {
         return kNames.at(index);
     }
     std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "status 0x%04X", unsigned{status});
+    static_cast<void>(std::snprintf(text.data(), text.size(), "status 0x%04X", unsigned{status}));
     return text.data();
 }
 
@@ -216,8 +216,8 @@ std::optional<DeviceRecord> parseDiscovery(const Answer& answer) {
     DeviceRecord record;
     std::array<char, 20> text{};
     const std::uint8_t* const mac = answer.payload + kHardwareAddressAt;
-    std::snprintf(text.data(), text.size(), "%02X:%02X:%02X:%02X:%02X:%02X", mac[0], mac[1], mac[2], mac[3], mac[4],
-                  mac[5]);
+    static_cast<void>(std::snprintf(text.data(), text.size(), "%02X:%02X:%02X:%02X:%02X:%02X", mac[0], mac[1], mac[2],
+                                    mac[3], mac[4], mac[5]));
     record.hardwareAddress = text.data();
     record.address = addressTextOf(answer.payload + kAddressAt);
     record.mask = addressTextOf(answer.payload + kMaskAt);

@@ -6,7 +6,7 @@
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <charconv>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
@@ -74,7 +74,9 @@ void ReceivingRun::growSocketBuffer() {
     std::error_code failure;
     std::filesystem::directory_iterator entry("/proc/self/fd", failure);
     for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
-        const int descriptor = std::atoi(entry->path().filename().c_str());
+        const std::string name = entry->path().filename();
+        int descriptor = -1;
+        std::from_chars(name.data(), name.data() + name.size(), descriptor);
         sockaddr_in address{};
         socklen_t size = sizeof address;
         int type = 0;
