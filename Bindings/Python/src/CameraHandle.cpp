@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CameraHandle.h"
+
+#include <exception>
+
+#include "Errors.h"
+
+namespace PythonBinding {
+
+using CameraInterface::Camera;
+
+bool CameraHandle::isListed() const {
+    try {
+        return !m_Ended && &m_Process == &Process::present() && &Camera::getCamera(m_SerialNumber) == &m_Camera;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+void CameraHandle::requireListed() const {
+    if (Process::present().isEnding()) {
+        throw Failure("CameraGoneError", "CameraGone", "The workspace is ending.");
+    }
+    if (!isListed()) {
+        throw Failure("CameraGoneError", "CameraGone",
+                      m_Ended                               ? "The workspace of this camera has ended."
+                      : &m_Process != &Process::present() ? "The camera belongs to the parent of this process."
+                                                            : describe(CameraInterface::FrameQueueStatus::CameraGone));
+    }
+}
+
+void CameraHandle::stopCapture() noexcept {
+    {
+        const std::lock_guard lock(m_Mutex);
+        if (!m_IsCapturing) {
+            return;
+        }
+        ++m_Stops; // nobody else gets a turn meanwhile
+    }
+    try {
+        m_Camera.stopStream();
+    } catch (const std::exception&) {
+        // The wait for the image ends by itself.
+    }
+    const std::lock_guard lock(m_Mutex);
+    --m_Stops;
+    m_Free.notify_all();
+}
+
+bool CameraHandle::isUsedHere() {
+    const std::lock_guard lock(m_Mutex);
+    return m_Depth > 0 && m_User == std::this_thread::get_id();
+}
+
+Turn::Turn(CameraHandle& camera, Purpose purpose, Released* released) : m_Handle(camera) {
+    m_Handle.requireListed(); // before its mutex, which may be locked for ever in a forked child
+    while (!take(purpose)) {
+        if (released) {
+            released->checkSignals();
+        }
+    }
+    try {
+        m_Handle.requireListed(); // it may have left while this thread waited
+    } catch (...) {
+        giveBack();
+        throw;
+    }
+}
+
+Turn::~Turn() {
+    giveBack();
+}
+
+/// Waits for a short while.
+bool Turn::take(Purpose purpose) {
+    if (purpose == Purpose::Close) {
+        m_Handle.stopCapture();
+    }
+    std::unique_lock lock(m_Handle.m_Mutex);
+    const std::thread::id thisThread = std::this_thread::get_id();
+    const auto isOwn = [&] { return m_Handle.m_Depth > 0 && m_Handle.m_User == thisThread; };
+    const auto isBeside = [&] { return purpose == Purpose::Stop && m_Handle.m_IsCapturing && !isOwn(); };
+    const auto isFree = [&] { return m_Handle.m_Depth == 0 && m_Handle.m_Stops == 0; };
+    if (!m_Handle.m_Free.wait_for(lock, kSignalPeriod, [&] { return isOwn() || isBeside() || isFree(); })) {
+        return false;
+    }
+    m_IsBeside = isBeside();
+    if (m_IsBeside) {
+        ++m_Handle.m_Stops;
+        return true;
+    }
+    m_Captures = purpose == Purpose::Capture && !isOwn();
+    m_Handle.m_IsCapturing |= m_Captures;
+    m_Handle.m_User = thisThread;
+    ++m_Handle.m_Depth;
+    return true;
+}
+
+void Turn::giveBack() {
+    const std::lock_guard lock(m_Handle.m_Mutex);
+    if (m_IsBeside) {
+        --m_Handle.m_Stops;
+    } else {
+        --m_Handle.m_Depth;
+        m_Handle.m_IsCapturing &= !m_Captures;
+    }
+    m_Handle.m_Free.notify_all();
+}
+
+} // namespace PythonBinding

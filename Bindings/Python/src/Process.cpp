@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Process.h"
+
+#include <pthread.h>
+
+#include "CameraHandle.h"
+#include "Errors.h"
+#include "Interpreter.h"
+
+namespace PythonBinding {
+
+namespace py = pybind11;
+using CameraInterface::Camera;
+
+Process* Process::s_Present = nullptr;
+
+void Process::begin() {
+    const auto mainThread = py::module_::import("threading").attr("main_thread")().attr("ident").cast<unsigned long>();
+    s_Present = new Process(mainThread);
+    pthread_atfork(nullptr, nullptr, [] { s_Present = new Process(PyThread_get_thread_ident()); });
+}
+
+bool Process::isMainThread() const {
+    return PyThread_get_thread_ident() == m_MainThread;
+}
+
+bool Process::enterCall() {
+    const std::lock_guard lock(m_Mutex);
+    if (m_AtExit) {
+        return false;
+    }
+    ++m_Calls;
+    return true;
+}
+
+void Process::leaveCall() {
+    const std::lock_guard lock(m_Mutex);
+    --m_Calls;
+    m_Returned.notify_all();
+}
+
+int Process::callsUnderWay() const {
+    const std::lock_guard lock(m_Mutex);
+    return m_Calls;
+}
+
+void Process::waitForCalls() {
+    std::unique_lock lock(m_Mutex);
+    m_Returned.wait_for(lock, kSignalPeriod, [this] { return m_Calls == 0; });
+}
+
+void Process::requireWorkspace() {
+    if (isEnding()) {
+        throw Failure("CameraGoneError", "CameraGone", "The workspace is ending.");
+    }
+    if (!m_Started) {
+        const Released released;
+        Camera::initialiseWorkspace();
+        m_Started = true;
+    }
+}
+
+CameraPointer Process::handleOf(const std::string& serialNumber) {
+    requireWorkspace();
+    const Released released;
+    Camera& camera = Camera::getCamera(serialNumber);
+    const std::lock_guard lock(m_Mutex);
+    std::weak_ptr<CameraHandle>& known = m_Cameras[&camera];
+    CameraPointer handle = known.lock();
+    if (!handle || !handle->standsFor(camera, serialNumber)) {
+        handle = std::make_shared<CameraHandle>(*this, camera, serialNumber);
+        known = handle;
+    }
+    return handle;
+}
+
+void Process::keep(const std::shared_ptr<CameraInterface::FrameQueue>& queue) {
+    const std::lock_guard lock(m_Mutex);
+    for (auto entry = m_Queues.begin(); entry != m_Queues.end();) {
+        entry = entry->expired() ? m_Queues.erase(entry) : std::next(entry);
+    }
+    m_Queues.insert(queue);
+}
+
+std::vector<CameraPointer> Process::heldCameras() const {
+    std::vector<CameraPointer> cameras;
+    const std::lock_guard lock(m_Mutex);
+    for (const auto& entry : m_Cameras) {
+        if (CameraPointer camera = entry.second.lock()) {
+            cameras.push_back(std::move(camera));
+        }
+    }
+    return cameras;
+}
+
+void Process::endWaits() {
+    std::set<std::weak_ptr<CameraInterface::FrameQueue>, std::owner_less<>> queues;
+    {
+        const std::lock_guard lock(m_Mutex);
+        queues.swap(m_Queues);
+    }
+    for (const auto& entry : queues) {
+        if (const auto queue = entry.lock()) {
+            queue->close();
+        }
+    }
+    for (const CameraPointer& camera : heldCameras()) {
+        camera->stopCapture();
+    }
+}
+
+void Process::endWorkspace(bool atExit) {
+    if (Acquired::isHere() || m_Ending.exchange(true)) {
+        throw Failure("Error", "WouldWaitForItself",
+                      "The end of the workspace waits for the callback, or the end, that called it.");
+    }
+    struct Ending {
+        std::atomic<bool>& is;
+        ~Ending() { is = false; }
+    } const ending{m_Ending};
+
+    // Calls begin only with the interpreter: with it, their number says whether one may still be under way.
+    while (callsUnderWay() > 0) {
+        {
+            const WithoutInterpreter released;
+            endWaits();
+            waitForCalls();
+        }
+        if (isMainThread() && PyErr_CheckSignals() != 0) {
+            throw py::error_already_set();
+        }
+    }
+    m_AtExit = atExit;
+    const WithoutInterpreter released;
+    endWaits();
+    for (const CameraPointer& camera : heldCameras()) {
+        camera->end();
+    }
+    Camera::unitialisedWorkpace();
+    const std::lock_guard lock(m_Mutex);
+    m_Cameras.clear();
+    m_Started = false;
+}
+
+} // namespace PythonBinding
