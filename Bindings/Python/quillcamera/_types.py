@@ -25,7 +25,7 @@ class Counter(int):
         counter.is_loss = is_loss
         return counter
 
-    def __getnewargs__(self) -> tuple[int, str, bool]:
+    def __getnewargs__(self) -> tuple[int, str, bool]:  # type: ignore[override]
         return int(self), self.description, self.is_loss
 
 

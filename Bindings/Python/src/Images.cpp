@@ -5,8 +5,6 @@
 #include <cstring>
 #include <vector>
 
-#include <pybind11/numpy.h>
-
 #include "Interpreter.h"
 #include "Text.h"
 
@@ -17,8 +15,6 @@ using Imaging::Image;
 using Imaging::IMAGE_FORMAT;
 
 namespace {
-
-constexpr bool kMachineIsLittleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
 
 /// Where the samples of an image lie, as NumPy describes it.
 struct Samples {
@@ -72,55 +68,58 @@ py::buffer_info describeBuffer(ImageObject& object) {
             object.isShared};
 }
 
-py::array arrayOf(const py::object& self) {
-    const auto& object = self.cast<const ImageObject&>();
-    const Samples samples = samplesOf(*object.image);
-    py::array array(py::dtype(samples.format()), samples.shape, address(*object.image), self);
-    if (object.isShared) {
-        py::detail::array_proxy(array.ptr())->flags &= ~py::detail::npy_api::NPY_ARRAY_WRITEABLE_;
-    }
-    return array;
+// NumPy is a module like any other here: the interface to it of pybind11 loads it while it keeps other threads waiting,
+// which may have the interpreter.
+
+py::object numpy(const char* function, const py::object& argument) {
+    return py::module_::import("numpy").attr(function)(argument);
+}
+
+py::object arrayOf(const py::object& self) {
+    return numpy("asarray", self); // by the buffer protocol
+}
+
+std::string expectedShape(const std::vector<py::ssize_t>& onePixel, std::size_t rows) {
+    return onePixel.size() == 2 ? "height x width"
+           : rows == 0          ? "height x width x " + std::to_string(onePixel[2])
+                                : std::to_string(onePixel[0]) + " x height x width";
 }
 
 ImageObject fromArray(const py::object& values, const std::string& formatName, unsigned bitDepth) {
     const IMAGE_FORMAT format = formatNamed(formatName);
-    const py::array array = py::module_::import("numpy").attr("ascontiguousarray")(values);
-    const auto bytes = static_cast<unsigned>(array.itemsize());
-    if (array.dtype().kind() != 'u' || bytes > 2) {
+    const py::buffer_info array = py::buffer(numpy("ascontiguousarray", values)).request();
+    const bool isByte = array.format == "B";
+    if (!isByte && (array.format.empty() || array.format.back() != 'H')) {
         throw py::type_error("An image takes an array of uint8 or uint16.");
     }
+    const unsigned bytes = isByte ? 1 : 2;
     const unsigned depth = bitDepth != 0 ? bitDepth : bytes * 8;
     if ((depth + 7) / 8 != bytes) {
         throw py::value_error("The depth does not fit the type of the array.");
     }
-    const char order = array.dtype().byteorder();
-    const bool isLittleEndian = order == '<' || (order != '>' && kMachineIsLittleEndian);
+    const bool isLittleEndian =
+        array.format[0] == '<' || (array.format[0] != '>' && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__);
     // An image of one pixel says which dimensions the format has.
-    std::vector<py::ssize_t> expected = samplesOf(*Imaging::createImage(1, 1, {}, depth, true, format)).shape;
-    std::size_t rows = expected.size() == 3 && expected[0] > 1 ? 1 : 0;
-    bool fits = array.ndim() == static_cast<py::ssize_t>(expected.size()) && array.size() > 0;
-    if (fits) {
-        expected[rows] = array.shape(static_cast<py::ssize_t>(rows));
-        expected[rows + 1] = array.shape(static_cast<py::ssize_t>(rows + 1));
-        for (std::size_t i = 0; i < expected.size(); ++i) {
-            fits = fits && expected[i] == array.shape(static_cast<py::ssize_t>(i));
-        }
+    std::vector<py::ssize_t> shape = samplesOf(*Imaging::createImage(1, 1, {}, depth, true, format)).shape;
+    const std::size_t rows = shape.size() == 3 && shape[0] > 1 ? 1 : 0;
+    const std::string expected = expectedShape(shape, rows);
+    if (array.shape.size() == shape.size()) {
+        shape[rows] = array.shape[rows];
+        shape[rows + 1] = array.shape[rows + 1];
     }
-    if (!fits) {
-        throw py::value_error("An image of the format " + formatName + " takes an array of " +
-                              (expected.size() == 2 ? "height x width."
-                               : rows == 0          ? "height x width x " + std::to_string(expected[2]) + "."
-                                           : std::to_string(expected[0]) + " x height x width."));
+    if (shape != array.shape || array.size == 0) {
+        throw py::value_error("An image of the format " + formatName + " takes an array of " + expected + ".");
     }
-    const auto* first = static_cast<const unsigned char*>(array.data());
-    std::vector<unsigned char> data(first, first + array.nbytes());
-    return ownImage(Imaging::createImage(static_cast<unsigned>(expected[rows + 1]), static_cast<unsigned>(expected[rows]),
-                                         std::move(data), depth, isLittleEndian, format));
+    const auto* first = static_cast<const unsigned char*>(array.ptr);
+    return ownImage(Imaging::createImage(static_cast<unsigned>(shape[rows + 1]), static_cast<unsigned>(shape[rows]),
+                                         {first, first + array.size * array.itemsize}, depth, isLittleEndian, format));
 }
 
 template <typename Sample>
-py::array_t<Sample> toArray(const std::vector<Sample>& samples) {
-    return py::array_t<Sample>(static_cast<py::ssize_t>(samples.size()), samples.data());
+py::object toArray(const std::vector<Sample>& samples, const char* type) {
+    const py::bytes bytes(reinterpret_cast<const char*>(samples.data()), // NOLINT(*-reinterpret-cast): bytes
+                          samples.size() * sizeof(Sample));
+    return py::module_::import("numpy").attr("frombuffer")(bytes, type);
 }
 
 py::tuple getPixel(const ImageObject& object, unsigned row, unsigned column) {
@@ -197,10 +196,10 @@ Other threads of Python run meanwhile. ValueError: no such format; RuntimeError:
 
 MONO: the grey is channel 0. Mosaic: red, first green, second green, blue; all but one are 0. Colour: red, green, blue,
 alpha, in whichever order they lie in memory. ValueError: outside the image.)")
-        .def("get_8bit_data", [](const ImageObject& object) { return toArray(object.image->get8bitImageData()); },
+        .def("get_8bit_data", [](const ImageObject& object) { return toArray(object.image->get8bitImageData(), "uint8"); },
              "Returns a flat array of bytes, scaled so that the brightest is 255: grey, or blue, green, red. An image of "
              "depth 8 returns its own bytes.")
-        .def("get_16bit_data", [](const ImageObject& object) { return toArray(object.image->get16bitImageData()); },
+        .def("get_16bit_data", [](const ImageObject& object) { return toArray(object.image->get16bitImageData(), "uint16"); },
              "Returns a flat array of unscaled samples in machine order, as get_8bit_data(); empty for depth 8.")
         .def("to_png", &toPng, "Returns the image as a PNG of 8 bits per sample: grey for MONO, otherwise RGB or RGBA.")
         .def("_repr_png_", &toPng)
