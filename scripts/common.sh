@@ -4,13 +4,14 @@
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
 
-# Debian packages, line by line: the tools; those of the library; of its GenICam adapter; of the devices in software; of the quill tool; of tests and benchmarks.
+# Debian packages, line by line: the tools; those of the library; of its GenICam adapter; of the devices in software; of the quill tool; of the Python package; of tests and benchmarks.
 quillPackages=(
     g++ cmake ninja-build pkg-config
     libopencv-core-dev libopencv-imgproc-dev nlohmann-json3-dev
     libaravis-dev libusb-1.0-0-dev libxml2-dev
     nettle-dev
     libcli11-dev libfmt-dev libpng-dev libtiff-dev libedit-dev
+    python3-dev python3-numpy pybind11-dev python3-pytest python3-mypy python3-matplotlib
     libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libtiff-tools libraw-bin aravis-tools aravis-tools-cli
 )
 
@@ -62,7 +63,7 @@ longestRepetition=130
 # Lines of C and C++ in these folders, without blank and comment lines.
 codeLines() { find "$@" -name '*.h' -o -name '*.cpp' -o -name '*.c' | xargs cat | grep --count --invert-match --extended-regexp '^\s*(//.*)?$'; }
 
-# Lines of tests in per mille of those of library, adapters, devices in software and tool.
+# Lines of tests in per mille of those of library, adapters, bindings, devices in software and tool.
 testShare() { echo $((1000 * $(codeLines Tests) / $(codeLines Shared Adapters Bindings Platform Tools))); }
 
 printTestShare() {

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Installs a build, moves it to another folder, and builds and runs a small project with it, through CMake and through pkg-config.
-# Arguments: source folder, build folder, compiler, library folder below the prefix, CMake generator.
+# Arguments: source folder, build folder, compiler, library folder below the prefix, CMake generator; folder of the Python package below the
+# prefix, and its interpreter.
 set -euo pipefail
-sourceFolder=$1 buildFolder=$2 compiler=$3 libraryFolder=$4 generator=$5
+sourceFolder=$1 buildFolder=$2 compiler=$3 libraryFolder=$4 generator=$5 pythonFolder=$6 python=$7
 consumer=$sourceFolder/Tests/Package/consumer
 
 fail() {
@@ -33,9 +34,13 @@ mv "$work/staged" "$work/moved"
 package=$work/moved
 library=$package/$libraryFolder/libquillcamera.so
 
-# The tool finds the library by itself; other programs need LD_LIBRARY_PATH.
+# Tool and Python package find the library by themselves; other programs need LD_LIBRARY_PATH.
 if [[ -e $package/bin/quill ]]; then
     "$package/bin/quill" --version >/dev/null
+fi
+if [[ -e $package/$pythonFolder/quillcamera ]]; then
+    PYTHONPATH=$package/$pythonFolder PYTHONDONTWRITEBYTECODE=1 "$python" -c 'import quillcamera; assert quillcamera.cameras()'
+    [[ -e $package/$pythonFolder/quillcamera/py.typed ]] || fail "The Python package is not typed."
 fi
 export LD_LIBRARY_PATH=$package/$libraryFolder
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# Every include of library, devices and tool is one that the table of rooms in docs/architecture.md allows.
+# Every include of library, bindings, devices and tool is one that the table of rooms in docs/architecture.md allows.
 # Argument: source folder.
 set -euo pipefail
 cd "$1"
@@ -61,8 +61,8 @@ FNR == 1 {
 /^#include "/ {
     split($0, part, "\"")
     file = resolved(FILENAME, part[2])
-    # The tool sees the library as an installed package: its public headers, whichever room they are in.
-    used = (FILENAME ~ /^Tools\// && file ~ /^Shared\/include\//) ? "Public headers" : roomOf(file)
+    # Tool and bindings see the library as an installed package: its public headers, whichever room they are in.
+    used = (FILENAME ~ /^(Tools|Bindings)\// && file ~ /^Shared\/include\//) ? "Public headers" : roomOf(file)
     ++arrows
     if (file == "") fail(FILENAME ":" FNR ": no file is " part[2])
     else if (used != room && !((room, used) in allowed)) fail(FILENAME ":" FNR ": " room " may not use " used " (" part[2] ")")

@@ -55,7 +55,10 @@ bool CameraHandle::isUsedHere() {
 
 Turn::Turn(CameraHandle& camera, Purpose purpose, Released* released) : m_Handle(camera) {
     m_Handle.requireListed(); // before its mutex, which may be locked for ever in a forked child
-    while (!take(purpose)) {
+    if (take(purpose, std::chrono::milliseconds(0))) {
+        return;
+    }
+    while (!take(purpose, kSignalPeriod)) {
         if (released) {
             released->checkSignals();
         }
@@ -72,8 +75,7 @@ Turn::~Turn() {
     giveBack();
 }
 
-/// Waits for a short while.
-bool Turn::take(Purpose purpose) {
+bool Turn::take(Purpose purpose, std::chrono::milliseconds limit) {
     if (purpose == Purpose::Close) {
         m_Handle.stopCapture();
     }
@@ -82,7 +84,7 @@ bool Turn::take(Purpose purpose) {
     const auto isOwn = [&] { return m_Handle.m_Depth > 0 && m_Handle.m_User == thisThread; };
     const auto isBeside = [&] { return purpose == Purpose::Stop && m_Handle.m_IsCapturing && !isOwn(); };
     const auto isFree = [&] { return m_Handle.m_Depth == 0 && m_Handle.m_Stops == 0; };
-    if (!m_Handle.m_Free.wait_for(lock, kSignalPeriod, [&] { return isOwn() || isBeside() || isFree(); })) {
+    if (!m_Handle.m_Free.wait_for(lock, limit, [&] { return isOwn() || isBeside() || isFree(); })) {
         return false;
     }
     m_IsBeside = isBeside();

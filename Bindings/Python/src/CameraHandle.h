@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -79,7 +80,8 @@ public:
     CameraInterface::Camera& camera() const { return m_Handle.m_Camera; }
 
 private:
-    bool take(Purpose purpose);
+    /// Waits for at most @p limit.
+    bool take(Purpose purpose, std::chrono::milliseconds limit);
     void giveBack();
 
     CameraHandle& m_Handle;
