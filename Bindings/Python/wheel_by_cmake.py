@@ -37,6 +37,7 @@ def build(folder):
     options = {
         "CMAKE_BUILD_TYPE": "Release",
         "CMAKE_UNITY_BUILD": "ON",
+        "CMAKE_UNITY_BUILD_BATCH_SIZE": "24",
         "CMAKE_INSTALL_LIBDIR": PACKAGE,  # the library lies beside the module
         "CMAKE_INSTALL_PREFIX": f"{folder}/wheel",
         "Python_EXECUTABLE": sys.executable,
@@ -59,15 +60,33 @@ def build(folder):
     return pathlib.Path(folder, "wheel", PACKAGE)
 
 
-def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
+def tag():
     python = f"cp{sys.version_info[0]}{sys.version_info[1]}"
     platform = sysconfig.get_platform().replace("-", "_").replace(".", "_")
-    name = f"{PACKAGE}-{version()}-{python}-{python}-{platform}.whl"
-    information = f"{PACKAGE}-{version()}.dist-info"
+    return f"{python}-{python}-{platform}"
+
+
+def information():
+    """The name and the files of the folder that describes the wheel."""
+    wheel = f"Wheel-Version: 1.0\nGenerator: cmake\nRoot-Is-Purelib: false\nTag: {tag()}\n"
+    return f"{PACKAGE}-{version()}.dist-info", {"METADATA": metadata(), "WHEEL": wheel}
+
+
+def prepare_metadata_for_build_wheel(metadata_directory, config_settings=None):
+    name, files = information()
+    folder = pathlib.Path(metadata_directory, name)
+    folder.mkdir()
+    for file, text in files.items():
+        (folder / file).write_text(text)
+    return name
+
+
+def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
+    name = f"{PACKAGE}-{version()}-{tag()}.whl"
     records = []
 
-    with tempfile.TemporaryDirectory() as folder:
-        package = build(folder)
+    with tempfile.TemporaryDirectory() as work:
+        package = build(work)
         if not list(package.glob("_quillcamera.*.so")):
             raise RuntimeError("The Python package was left out: python3-dev, python3-numpy or pybind11-dev is missing.")
         with zipfile.ZipFile(pathlib.Path(wheel_directory, name), "w", zipfile.ZIP_DEFLATED) as wheel:
@@ -81,10 +100,10 @@ def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
                 # Of a library and the links to it, only the name by which it is loaded is wanted.
                 if file.is_file() and not re.search(r"\.so(\.\d+){2,}$|^libquillcamera\.so$", file.name):
                     add(f"{PACKAGE}/{file.name}", file.read_bytes())
-            add(f"{information}/METADATA", metadata().encode())
-            tag = f"{python}-{python}-{platform}"
-            add(f"{information}/WHEEL", f"Wheel-Version: 1.0\nGenerator: cmake\nRoot-Is-Purelib: false\nTag: {tag}\n".encode())
-            wheel.writestr(f"{information}/RECORD", "".join(records) + f"{information}/RECORD,,\n")
+            folder, files = information()
+            for file, text in files.items():
+                add(f"{folder}/{file}", text.encode())
+            wheel.writestr(f"{folder}/RECORD", "".join(records) + f"{folder}/RECORD,,\n")
     return name
 
 

@@ -4,6 +4,7 @@
 from __future__ import annotations
 
 import contextlib
+import functools
 import json
 import keyword
 import re
@@ -19,6 +20,7 @@ Settings = Dict[str, Any]
 """What a camera is set to, in the form of its JSON document: {"format": 1, "camera": {...}, "properties": {...}}."""
 
 
+@functools.lru_cache(maxsize=4096)
 def attribute_name(name: str) -> str:
     """Returns the attribute of Camera.properties and Camera.functions for a name in the camera's list.
 

@@ -24,9 +24,9 @@ void CameraHandle::requireListed() const {
     }
     if (!isListed()) {
         throw Failure("CameraGoneError", "CameraGone",
-                      m_Ended                               ? "The workspace of this camera has ended."
+                      m_Ended                             ? "The workspace of this camera has ended."
                       : &m_Process != &Process::present() ? "The camera belongs to the parent of this process."
-                                                            : describe(CameraInterface::FrameQueueStatus::CameraGone));
+                                                          : describe(CameraInterface::FrameQueueStatus::CameraGone));
     }
 }
 

@@ -92,8 +92,7 @@ private:
 /// A turn of a thread of Python, which has the interpreter before and afterwards.
 class CameraUse {
 public:
-    explicit CameraUse(CameraHandle& camera, Purpose purpose = Purpose::Call)
-        : m_Turn(camera, purpose, &m_Released) {}
+    explicit CameraUse(CameraHandle& camera, Purpose purpose = Purpose::Call) : m_Turn(camera, purpose, &m_Released) {}
 
     CameraInterface::Camera& operator*() const { return m_Turn.camera(); }
     CameraInterface::Camera* operator->() const { return &m_Turn.camera(); }

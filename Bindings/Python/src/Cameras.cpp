@@ -209,9 +209,7 @@ void registerDisconnectCallback(const py::object& function) {
     std::function<void(const std::string&, const std::string&)> callback;
     if (!function.is_none()) {
         callback = [function = Callback(function)](const std::string& modelName, const std::string& serialNumber) {
-            function.call([&] {
-                return py::make_tuple(toPython(modelName), toPython(serialNumber));
-            });
+            function.call([&] { return py::make_tuple(toPython(modelName), toPython(serialNumber)); });
         };
     }
     list([&] { Camera::registerDisconnectCallback(std::move(callback)); });
@@ -219,11 +217,11 @@ void registerDisconnectCallback(const py::object& function) {
 
 void bindList(py::module_& module) {
     module.def("initialise_workspace", [] { Process::present().requireWorkspace(); });
-    module.def("end_workspace", [](bool atExit) { Process::present().endWorkspace(atExit); }, py::arg("at_exit"));
+    module.def(
+        "end_workspace", [](bool atExit) { Process::present().endWorkspace(atExit); }, py::arg("at_exit"));
     module.def("get_cameras_list", [] { return toPython(list(&Camera::getCamerasList)); });
     module.def("search_for_new_cameras", [] { return list(&Camera::searchForNewCameras); });
-    module.def("get_enumeration_failures",
-               [] { return toPython(list(&Camera::getEnumerationFailures)); });
+    module.def("get_enumeration_failures", [] { return toPython(list(&Camera::getEnumerationFailures)); });
     module.def("register_new_connect_callback", &registerNewConnectCallback, py::arg("callback"));
     module.def("register_disconnect_callback", &registerDisconnectCallback, py::arg("callback"));
 }
@@ -239,14 +237,15 @@ void bindCameras(py::module_& module) {
              py::arg("serial_number"))
         .def_property_readonly("serial_number",
                                [](const CameraHandle& handle) { return toPython(handle.serialNumber()); })
+        .def_property_readonly("model_name",
+                               [](CameraHandle& handle) { return toPython(camera(&Camera::getModelName)(handle)); })
         .def_property_readonly(
-            "model_name",
-            [](CameraHandle& handle) { return toPython(camera(&Camera::getModelName)(handle)); })
-        .def_property_readonly("kind", [](const CameraHandle& handle) { return getKindName(handle.kind()); },
-                               "\"SDK device\", \"software device\", \"simulated\", \"USB3 Vision\", \"GenICam\" or "
-                               "\"unknown\".")
-        .def_property_readonly("is_listed", [](const CameraHandle& handle) { return handle.isListed(); },
-                               "Whether the camera is still in the list. Without, everything else raises CameraGoneError.")
+            "kind", [](const CameraHandle& handle) { return getKindName(handle.kind()); },
+            "\"SDK device\", \"software device\", \"simulated\", \"USB3 Vision\", \"GenICam\" or "
+            "\"unknown\".")
+        .def_property_readonly(
+            "is_listed", [](const CameraHandle& handle) { return handle.isListed(); },
+            "Whether the camera is still in the list. Without, everything else raises CameraGoneError.")
         .def_property_readonly("state", &stateName, "\"connected\", \"disconnected\" or \"suspended\".")
         .def_property_readonly("is_connected", [](CameraHandle& handle) { return CameraUse(handle)->isConnected(); })
         .def_property_readonly("is_alive", &isAlive, "Whether the camera is listed and, connected, still answers.")
@@ -272,8 +271,9 @@ StreamError: the camera refuses; Error "StreamUnsupported", "InvalidStreamSettin
              R"(Stops the stream: when it returns, no frame is captured any more. Loops over frames end.
 
 May be called while another thread waits for an image. StreamError: the camera refuses)")
-        .def("capture", [](const CameraPointer& handle) { return ownImage(waitForImage(handle)); },
-             R"(Returns the next image, which belongs to the caller. If the stream does not run, starts it for this one.
+        .def(
+            "capture", [](const CameraPointer& handle) { return ownImage(waitForImage(handle)); },
+            R"(Returns the next image, which belongs to the caller. If the stream does not run, starts it for this one.
 
 The wait is bounded by the property "Timeout" in milliseconds; a negative one means 5 s and the frame's own time. Ctrl-C
 ends it at once. StreamTimeoutError, StreamStoppedError, CameraGoneError; what start_stream() raises)")
@@ -285,18 +285,18 @@ delivered_per_second, received_per_second  rates of frames that the stream hande
 delivered, received, incomplete            their totals; incomplete ones were dropped
 capture_time, image_data_transfer_time     of the last frame, in seconds)")
         .def_property_readonly(
-            "counters",
-            [](CameraHandle& handle) { return toPython(camera(&Camera::getStreamCounters)(handle)); },
+            "counters", [](CameraHandle& handle) { return toPython(camera(&Camera::getStreamCounters)(handle)); },
             R"(What became of all frames, as a dict of Counter by name.
 
 "Captured" is the sum of "Delivered", "Turned Away", "Unused" and of the losses before any queue; then, for each open
 queue, how many of the delivered frames it dropped.)")
-        .def("open_frame_queue",
-             [](CameraHandle& handle, std::size_t capacity, const std::string& whenFull, const std::string& name) {
-                 return openQueue(handle, queueSettings(capacity, whenFull, name));
-             },
-             py::arg("capacity") = 8, py::arg("when_full") = "drop_oldest", py::arg("name") = "",
-             R"(Opens a queue that gets every frame from now on, in this run of the stream and in later ones.
+        .def(
+            "open_frame_queue",
+            [](CameraHandle& handle, std::size_t capacity, const std::string& whenFull, const std::string& name) {
+                return openQueue(handle, queueSettings(capacity, whenFull, name));
+            },
+            py::arg("capacity") = 8, py::arg("when_full") = "drop_oldest", py::arg("name") = "",
+            R"(Opens a queue that gets every frame from now on, in this run of the stream and in later ones.
 
 capacity   frames that wait, 1 to 65536
 when_full  "drop_oldest" keeps the newest frames, "drop_newest" keeps a series without gaps, "hold_back" makes the stream
@@ -309,38 +309,47 @@ InvalidArgumentError: the capacity; Error "StreamUnsupported")")
 
 When the call returns, the former function no longer runs. What the function raises goes to sys.unraisablehook.
 Error "WouldWaitForItself": called by such a function)")
-        .def("register_property_change_callback",
-             [](const CameraPointer& handle, const py::object& callback) {
-                 auto function = changeFunction(handle, callback);
-                 CameraUse(*handle)->registerPropertyChangeCallback(std::move(function));
-             },
-             py::arg("callback"),
-             R"(Replaces the function that gets a Property after it was written, or changed with one that was; None clears it.
+        .def(
+            "register_property_change_callback",
+            [](const CameraPointer& handle, const py::object& callback) {
+                auto function = changeFunction(handle, callback);
+                CameraUse(*handle)->registerPropertyChangeCallback(std::move(function));
+            },
+            py::arg("callback"),
+            R"(Replaces the function that gets a Property after it was written, or changed with one that was; None clears it.
 
 Called on the writing thread, which gets what it raises.)")
-        .def("get_property", [](const CameraPointer& handle, const std::string& name) {
-                 CameraUse(*handle)->getProperty(name);
-                 return PropertyObject{handle, name};
-             }, py::arg("name"), "Returns a Property. PropertyNotFoundError")
-        .def("get_supported_properties",
-             [](CameraHandle& handle) {
-                 return toPython(camera(&Camera::getSupportedProperties)(handle));
-             },
-             "Returns the names of all properties, sorted; none before the first connection.")
-        .def("__contains__",
-             [](CameraHandle& handle, const std::string& name) { return CameraUse(handle)->isPropertySupported(name); },
-             "Whether the camera has a property of this name.")
-        .def("__getitem__", [](const CameraPointer& handle, const std::string& name) {
-                 return readValue({handle, name});
-             }, "The value of a property: see Property.value.")
-        .def("__setitem__", [](const CameraPointer& handle, const std::string& name, const py::object& value) {
-                 writeValue({handle, name}, value);
-             }, "Writes a property: see Property.value.")
-        .def("get_supported_functions",
-             [](CameraHandle& handle) {
-                 return toPython(camera(&Camera::getSupportedFunctions)(handle));
-             },
-             "Returns the names of all functions, sorted; none before the first connection.")
+        .def(
+            "get_property",
+            [](const CameraPointer& handle, const std::string& name) {
+                CameraUse(*handle)->getProperty(name);
+                return PropertyObject{handle, name};
+            },
+            py::arg("name"), "Returns a Property. PropertyNotFoundError")
+        .def(
+            "get_supported_properties",
+            [](CameraHandle& handle) { return toPython(camera(&Camera::getSupportedProperties)(handle)); },
+            "Returns the names of all properties, sorted; none before the first connection.")
+        .def(
+            "__contains__",
+            [](CameraHandle& handle, const std::string& name) { return CameraUse(handle)->isPropertySupported(name); },
+            "Whether the camera has a property of this name.")
+        .def(
+            "__getitem__",
+            [](const CameraPointer& handle, const std::string& name) {
+                return readValue({handle, name});
+            },
+            "The value of a property: see Property.value.")
+        .def(
+            "__setitem__",
+            [](const CameraPointer& handle, const std::string& name, const py::object& value) {
+                writeValue({handle, name}, value);
+            },
+            "Writes a property: see Property.value.")
+        .def(
+            "get_supported_functions",
+            [](CameraHandle& handle) { return toPython(camera(&Camera::getSupportedFunctions)(handle)); },
+            "Returns the names of all functions, sorted; none before the first connection.")
         .def("_describe_function", &describeFunction)
         .def("perform", &perform, py::arg("name"), R"(Performs a function and returns its results.
 
@@ -350,7 +359,8 @@ operation failed; InvalidArgumentError: too few parameters)")
         .def("_read_settings", &readSettingsAsJson)
         .def("_write_settings", &writeSettingsFromJson)
         .def("_compare_settings", &compareSettingsWithJson)
-        .def("__eq__", [](const CameraPointer& handle, const py::object& other) {
+        .def("__eq__",
+             [](const CameraPointer& handle, const py::object& other) {
                  return py::isinstance<CameraHandle>(other) && other.cast<CameraPointer>() == handle;
              })
         .def("__hash__", [](const CameraPointer& handle) { return std::hash<CameraPointer>()(handle); });

@@ -23,10 +23,10 @@ struct WordClass {
     const char* className;
 };
 constexpr WordClass kWordClasses[] = {
-    {"CameraNotFound", "CameraNotFoundError"},      {"CameraConnection", "CameraConnectionError"},
-    {"PropertyUnsupported", "PropertyNotFoundError"}, {"PropertyReadOnly", "PropertyReadOnlyError"},
+    {"CameraNotFound", "CameraNotFoundError"},         {"CameraConnection", "CameraConnectionError"},
+    {"PropertyUnsupported", "PropertyNotFoundError"},  {"PropertyReadOnly", "PropertyReadOnlyError"},
     {"PropertyValueConversion", "PropertyValueError"}, {"FunctionUnsupported", "FunctionNotFoundError"},
-    {"StreamTimeout", "StreamTimeoutError"},        {"StreamStopped", "StreamStoppedError"},
+    {"StreamTimeout", "StreamTimeoutError"},           {"StreamStopped", "StreamStoppedError"},
     {"NetworkTimeout", "NetworkTimeoutError"},
 };
 
@@ -41,15 +41,14 @@ const char* classOf(const KestrelException& failure) {
             return entry.className;
         }
     }
-    return stream                                                          ? "StreamError"
-           : dynamic_cast<const KestrelException_Camera*>(&failure)        ? "CameraError"
-           : dynamic_cast<const KestrelException_CameraState*>(&failure)   ? "CameraStateError"
-           : dynamic_cast<const KestrelException_Function*>(&failure)      ? "FunctionError"
-           : dynamic_cast<const KestrelException_InvalidArgument*>(&failure) ? "InvalidArgumentError"
-           : dynamic_cast<const KestrelException_Property*>(&failure)      ? "PropertyError"
-           : dynamic_cast<const KestrelException_PropertyComparison*>(&failure)
-               ? "PropertyComparisonError"
-               : "Error";
+    return stream                                                               ? "StreamError"
+           : dynamic_cast<const KestrelException_Camera*>(&failure)             ? "CameraError"
+           : dynamic_cast<const KestrelException_CameraState*>(&failure)        ? "CameraStateError"
+           : dynamic_cast<const KestrelException_Function*>(&failure)           ? "FunctionError"
+           : dynamic_cast<const KestrelException_InvalidArgument*>(&failure)    ? "InvalidArgumentError"
+           : dynamic_cast<const KestrelException_Property*>(&failure)           ? "PropertyError"
+           : dynamic_cast<const KestrelException_PropertyComparison*>(&failure) ? "PropertyComparisonError"
+                                                                                : "Error";
 }
 
 void setError(const char* className, const std::string& sentence, const std::string& word, const std::string& where) {
@@ -92,10 +91,12 @@ py::object toException(const std::exception_ptr& failure) {
         return error.value();
     } catch (const KestrelException&) {
         translateError(failure);
-        return py::error_already_set().value();
+    } catch (const Failure&) {
+        translateError(failure);
     } catch (const std::exception& error) {
         return py::reinterpret_borrow<py::object>(PyExc_RuntimeError)(toPython(error.what()));
     }
+    return py::error_already_set().value();
 }
 
 } // namespace PythonBinding

@@ -64,8 +64,8 @@ FrameResult waitInSlices(const QueueObject& object, const Seconds& limit, Wait w
     }
     const bool isMainThread = Process::present().isMainThread();
     constexpr double kLongest = 1e9; // the clock could not count much further
-    const auto end = Clock::now() + std::chrono::duration_cast<nanoseconds>(std::chrono::duration<double>(
-                                        std::min(limit.value_or(kLongest), kLongest)));
+    const auto end = Clock::now() + std::chrono::duration_cast<nanoseconds>(
+                                        std::chrono::duration<double>(std::min(limit.value_or(kLongest), kLongest)));
     Released released;
     for (;;) {
         const nanoseconds left = std::max<nanoseconds>(end - Clock::now(), nanoseconds(0));
@@ -181,28 +181,40 @@ py::object openQueue(CameraHandle& camera, const FrameQueueSettings& settings) {
 
 void bindFrames(py::module_& module) {
     py::class_<Frame>(module, "Frame", "An image of a stream, and which one it is. All consumers share its memory.")
-        .def_property_readonly("image", [](const Frame& frame) { return ImageObject{frame.image, true}; },
-                               "The image, shared and read-only.")
-        .def_property_readonly("run", [](const Frame& frame) { return frame.information.run; },
-                               "The run of the stream, counted from 1; it lasts from a start to the next stop.")
+        .def_property_readonly(
+            "image",
+            [](const Frame& frame) {
+                return ImageObject{frame.image, true};
+            },
+            "The image, shared and read-only.")
+        .def_property_readonly(
+            "run", [](const Frame& frame) { return frame.information.run; },
+            "The run of the stream, counted from 1; it lasts from a start to the next stop.")
         .def_property_readonly(
             "number", [](const Frame& frame) { return frame.information.number; },
             "The number in the run, counted from 1. A gap is a lost frame; Camera.counters says why.")
-        .def_property_readonly("camera_number", [](const Frame& frame) { return frame.information.cameraNumber; },
-                               "The number that the camera gave the frame, or None.")
+        .def_property_readonly(
+            "camera_number", [](const Frame& frame) { return frame.information.cameraNumber; },
+            "The number that the camera gave the frame, or None.")
         .def_property_readonly("camera_time", &cameraTime,
                                "The camera's own timestamp in nanoseconds on its camera_clock, or None.")
-        .def_property_readonly("camera_clock", &clockName,
-                               "\"none\", \"camera\" (an instant of its choice is 0), or \"epoch\" (1970-01-01 TAI is 0).")
-        .def_property_readonly("arrival", [](const Frame& frame) { return nanosecondsOf(frame.information.arrival); },
-                               "When the last byte was here: nanoseconds on the clock of time.monotonic_ns().")
+        .def_property_readonly(
+            "camera_clock", &clockName,
+            "\"none\", \"camera\" (an instant of its choice is 0), or \"epoch\" (1970-01-01 TAI is 0).")
+        .def_property_readonly(
+            "arrival", [](const Frame& frame) { return nanosecondsOf(frame.information.arrival); },
+            "When the last byte was here: nanoseconds on the clock of time.monotonic_ns().")
         .def_property_readonly("arrival_time", &arrivalTime, "The same instant as a datetime in UTC, for people.")
-        .def_property_readonly("exposure", [](const Frame& frame) { return frame.information.exposureMs; },
-                               "The exposure time in milliseconds, or None where it is not known.")
-        .def_property_readonly("gain", [](const Frame& frame) { return frame.information.gain; },
-                               "The gain in the unit of the camera's property, or None where it is not known.")
+        .def_property_readonly(
+            "exposure", [](const Frame& frame) { return frame.information.exposureMs; },
+            "The exposure time in milliseconds, or None where it is not known.")
+        .def_property_readonly(
+            "gain", [](const Frame& frame) { return frame.information.gain; },
+            "The gain in the unit of the camera's property, or None where it is not known.")
         .def("_repr_png_",
-             [](const Frame& frame) { return py::cast(ImageObject{frame.image, true}).attr("_repr_png_")(); })
+             [](const Frame& frame) {
+                 return py::cast(ImageObject{frame.image, true}).attr("_repr_png_")();
+             })
         .def("__repr__", [](const Frame& frame) {
             return "<Frame " + std::to_string(frame.information.number) + " of run " +
                    std::to_string(frame.information.run) + ": " + describeImage(*frame.image) + '>';
@@ -213,25 +225,30 @@ void bindFrames(py::module_& module) {
 Made by Camera.open_frame_queue(). Outlives stops and starts of the stream, and the camera: frames that wait stay
 available, and only when none is left a wait ends with the reason. A loop over it ends when the stream stops or the queue
 is closed, and raises what pop() raises otherwise. Thread-safe: each frame goes to one of the threads that wait.)")
-        .def("pop", &pop, py::arg("timeout") = py::none(), R"(Takes the oldest frame, and waits for one if none is there.
+        .def("pop", &pop, py::arg("timeout") = py::none(),
+             R"(Takes the oldest frame, and waits for one if none is there.
 
 timeout  seconds; None waits for as long as the stream runs
 StreamTimeoutError, StreamStoppedError (also: the capture ended, no memory), CameraGoneError. Ctrl-C ends the wait.)")
         .def("next", &next, py::arg("timeout") = py::none(),
-             "The same, but raises StopIteration when the stream stops, the camera is suspended, or the queue is closed.")
+             "The same, but raises StopIteration when the stream stops, the camera is suspended, or the queue is "
+             "closed.")
         .def("try_pop", &tryPop, "The same as pop() without waiting; None if the stream runs and no frame is there.")
-        .def("wait_for_run", &waitForRun, py::arg("timeout") = py::none(), R"(Waits until the stream runs or a frame is there.
+        .def("wait_for_run", &waitForRun, py::arg("timeout") = py::none(),
+             R"(Waits until the stream runs or a frame is there.
 
 timeout  seconds; None for ever
 StreamTimeoutError, StreamStoppedError (closed), CameraGoneError)")
-        .def("close", [](const QueueObject& object) { object.get().close(); },
-             "Drops all frames, takes no more, and ends all waits.")
+        .def(
+            "close", [](const QueueObject& object) { object.get().close(); },
+            "Drops all frames, takes no more, and ends all waits.")
         .def_property_readonly("capacity", [](const QueueObject& object) { return object.get().capacity(); })
         .def_property_readonly(
             "counters", [](const QueueObject& object) { return toPython(object.get().getCounters()); },
             "What became of the frames since the queue was opened: \"Captured\" is the sum of \"Delivered\", "
             "\"Waiting\", \"Dropped\" and the losses before the queue. A dict of Counter by name.")
-        .def("__len__", [](const QueueObject& object) { return object.get().size(); }, "The number of frames that wait.")
+        .def(
+            "__len__", [](const QueueObject& object) { return object.get().size(); }, "The number of frames that wait.")
         .def("__iter__", [](const py::object& self) { return self; })
         .def("__next__", [](const QueueObject& object) { return next(object, std::nullopt); })
         .def("__enter__", [](const py::object& self) { return self; })

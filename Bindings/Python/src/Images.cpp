@@ -59,12 +59,9 @@ void* address(const Image& image) {
 
 py::buffer_info describeBuffer(ImageObject& object) {
     const Samples samples = samplesOf(*object.image);
-    return {address(*object.image),
-            samples.bytes,
-            samples.format(),
-            static_cast<py::ssize_t>(samples.shape.size()),
-            samples.shape,
-            py::detail::c_strides(samples.shape, samples.bytes),
+    return {address(*object.image), samples.bytes,
+            samples.format(),       static_cast<py::ssize_t>(samples.shape.size()),
+            samples.shape,          py::detail::c_strides(samples.shape, samples.bytes),
             object.isShared};
 }
 
@@ -183,29 +180,38 @@ the image of a frame. The array keeps the memory alive.)")
             "Significant bits of a sample: 8, 10, 12 or 16; of a pixel (24, 32, 48) if the camera computed its colour.")
         .def_property_readonly("is_little_endian",
                                [](const ImageObject& object) { return object.image->isLittleEndian(); })
-        .def_property_readonly("is_shared", [](const ImageObject& object) { return object.isShared; },
-                               "Whether others have the image, too: then it is read-only.")
+        .def_property_readonly(
+            "is_shared", [](const ImageObject& object) { return object.isShared; },
+            "Whether others have the image, too: then it is read-only.")
         .def_property_readonly("nbytes", [](const ImageObject& object) { return object.image->getImageSize(); })
         .def("convert", &convert, py::arg("format"), R"(Returns a new image in another pixel format.
 
 Samples are reordered but never scaled; a mosaic is demosaiced bilinearly. Width, height, depth and byte order stay.
 Other threads of Python run meanwhile. ValueError: no such format; RuntimeError: no conversion between the two.)")
-        .def("copy", [](const ImageObject& object) { return ownImage(Imaging::cloneImage(*object.image)); },
-             "Returns an independent, writable copy.")
+        .def(
+            "copy", [](const ImageObject& object) { return ownImage(Imaging::cloneImage(*object.image)); },
+            "Returns an independent, writable copy.")
         .def("get_pixel", &getPixel, py::arg("row"), py::arg("column"), R"(Returns the four channels of a pixel.
 
 MONO: the grey is channel 0. Mosaic: red, first green, second green, blue; all but one are 0. Colour: red, green, blue,
 alpha, in whichever order they lie in memory. ValueError: outside the image.)")
-        .def("get_8bit_data", [](const ImageObject& object) { return toArray(object.image->get8bitImageData(), "uint8"); },
-             "Returns a flat array of bytes, scaled so that the brightest is 255: grey, or blue, green, red. An image of "
-             "depth 8 returns its own bytes.")
-        .def("get_16bit_data", [](const ImageObject& object) { return toArray(object.image->get16bitImageData(), "uint16"); },
-             "Returns a flat array of unscaled samples in machine order, as get_8bit_data(); empty for depth 8.")
+        .def(
+            "get_8bit_data",
+            [](const ImageObject& object) { return toArray(object.image->get8bitImageData(), "uint8"); },
+            "Returns a flat array of bytes, scaled so that the brightest is 255: grey, or blue, green, red. An image "
+            "of "
+            "depth 8 returns its own bytes.")
+        .def(
+            "get_16bit_data",
+            [](const ImageObject& object) { return toArray(object.image->get16bitImageData(), "uint16"); },
+            "Returns a flat array of unscaled samples in machine order, as get_8bit_data(); empty for depth 8.")
         .def("to_png", &toPng, "Returns the image as a PNG of 8 bits per sample: grey for MONO, otherwise RGB or RGBA.")
         .def("_repr_png_", &toPng)
-        .def("__repr__", [](const ImageObject& object) {
-            return "<Image " + describeImage(*object.image) + ", " + std::to_string(object.image->getBitDepth()) + " bits>";
-        })
+        .def("__repr__",
+             [](const ImageObject& object) {
+                 return "<Image " + describeImage(*object.image) + ", " + std::to_string(object.image->getBitDepth()) +
+                        " bits>";
+             })
         .def_buffer(&describeBuffer);
 
     py::list formats;

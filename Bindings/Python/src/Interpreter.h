@@ -140,8 +140,8 @@ private:
     bool m_IsNone;
 };
 
-/// Runs @p work, which has no bound that a caller could set, so that Ctrl-C ends the wait at once: on the main thread of
-/// Python, another thread runs it. Whatever @p work uses must belong to it. @p interrupted is called after Ctrl-C,
+/// Runs @p work, which has no bound that a caller could set, so that Ctrl-C ends the wait at once: on the main thread
+/// of Python, another thread runs it. Whatever @p work uses must belong to it. @p interrupted is called after Ctrl-C,
 /// before the wait is given up.
 template <typename Work>
 auto interruptibly(Work work, const std::function<void()>& interrupted = {}) -> std::invoke_result_t<Work> {

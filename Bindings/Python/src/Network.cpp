@@ -57,24 +57,24 @@ py::object controllerName(const std::optional<Controller>& controller) {
 
 py::dict describe(const std::string& serialNumber) {
     const CameraNetwork network = ask([=] { return describeNetwork(serialNumber); });
-    return py::dict(
-        "hardware_address"_a = toPython(network.hardwareAddress), "present"_a = placeOf(network.present),
-        "origin"_a = getOriginName(network.origin), "is_persistent_supported"_a = network.isPersistentSupported,
-        "is_persistent_enabled"_a = network.isPersistentEnabled, "is_dhcp_supported"_a = network.isDhcpSupported,
-        "is_dhcp_enabled"_a = network.isDhcpEnabled,
-        "persistent"_a = network.persistent ? py::object(placeOf(*network.persistent)) : py::none(),
-        "card"_a = toPython(network.card), "card_address"_a = toPython(network.cardAddress),
-        "card_mask"_a = toPython(network.cardMask), "card_speed_mbps"_a = network.cardSpeedMbps,
-        "obstacle"_a = toPython(network.obstacle), "link_speed_mbps"_a = network.linkSpeedMbps,
-        "packet_size"_a = network.packetSize, "packet_delay_ns"_a = network.packetDelayNs,
-        "heartbeat_ms"_a = network.heartbeatMs, "controller"_a = controllerName(network.controller),
-        "controller_address"_a = toPython(network.controllerAddress));
+    return py::dict("hardware_address"_a = toPython(network.hardwareAddress), "present"_a = placeOf(network.present),
+                    "origin"_a = getOriginName(network.origin),
+                    "is_persistent_supported"_a = network.isPersistentSupported,
+                    "is_persistent_enabled"_a = network.isPersistentEnabled,
+                    "is_dhcp_supported"_a = network.isDhcpSupported, "is_dhcp_enabled"_a = network.isDhcpEnabled,
+                    "persistent"_a = network.persistent ? py::object(placeOf(*network.persistent)) : py::none(),
+                    "card"_a = toPython(network.card), "card_address"_a = toPython(network.cardAddress),
+                    "card_mask"_a = toPython(network.cardMask), "card_speed_mbps"_a = network.cardSpeedMbps,
+                    "obstacle"_a = toPython(network.obstacle), "link_speed_mbps"_a = network.linkSpeedMbps,
+                    "packet_size"_a = network.packetSize, "packet_delay_ns"_a = network.packetDelayNs,
+                    "heartbeat_ms"_a = network.heartbeatMs, "controller"_a = controllerName(network.controller),
+                    "controller_address"_a = toPython(network.controllerAddress));
 }
 
 py::list examine(const std::string& serialNumber) {
     py::list result;
     for (const LinkFinding& finding : ask([=] { return examineLink(serialNumber); })) {
-            result.append(py::make_tuple(toPython(finding.subject), getVerdictName(finding.verdict),
+        result.append(py::make_tuple(toPython(finding.subject), getVerdictName(finding.verdict),
                                      toPython(finding.sentence), toPython(finding.remedy)));
     }
     return result;
@@ -82,7 +82,8 @@ py::list examine(const std::string& serialNumber) {
 
 template <typename Number>
 auto setter(Number (*set)(const std::string&, Number)) {
-    return [set](const std::string& serialNumber, Number value) { return ask([=] { return set(serialNumber, value); }); };
+    return
+        [set](const std::string& serialNumber, Number value) { return ask([=] { return set(serialNumber, value); }); };
 }
 
 } // namespace

@@ -15,6 +15,17 @@ using CameraInterface::Camera;
 
 Process* Process::s_Present = nullptr;
 
+namespace {
+
+template <typename Container, typename IsExpired>
+void eraseExpired(Container& container, IsExpired isExpired) {
+    for (auto entry = container.begin(); entry != container.end();) {
+        entry = isExpired(*entry) ? container.erase(entry) : std::next(entry);
+    }
+}
+
+} // namespace
+
 void Process::begin() {
     const auto mainThread = py::module_::import("threading").attr("main_thread")().attr("ident").cast<unsigned long>();
     s_Present = new Process(mainThread);
@@ -66,20 +77,19 @@ CameraPointer Process::handleOf(const std::string& serialNumber) {
     const Released released;
     Camera& camera = Camera::getCamera(serialNumber);
     const std::lock_guard lock(m_Mutex);
-    std::weak_ptr<CameraHandle>& known = m_Cameras[&camera];
-    CameraPointer handle = known.lock();
+    const auto known = m_Cameras.find(&camera);
+    CameraPointer handle = known == m_Cameras.end() ? nullptr : known->second.lock();
     if (!handle || !handle->standsFor(camera, serialNumber)) {
+        eraseExpired(m_Cameras, [](const auto& entry) { return entry.second.expired(); });
         handle = std::make_shared<CameraHandle>(*this, camera, serialNumber);
-        known = handle;
+        m_Cameras[&camera] = handle;
     }
     return handle;
 }
 
 void Process::keep(const std::shared_ptr<CameraInterface::FrameQueue>& queue) {
     const std::lock_guard lock(m_Mutex);
-    for (auto entry = m_Queues.begin(); entry != m_Queues.end();) {
-        entry = entry->expired() ? m_Queues.erase(entry) : std::next(entry);
-    }
+    eraseExpired(m_Queues, [](const auto& entry) { return entry.expired(); });
     m_Queues.insert(queue);
 }
 

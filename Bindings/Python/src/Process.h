@@ -17,8 +17,8 @@ namespace PythonBinding {
 class CameraHandle;
 
 /// What the binding knows of the library in this process, for the lifetime of what it hands out. A forked child has one
-/// of its own; its parent's is left as it was. Thread-safe. No mutex of it is held while the interpreter, or the library,
-/// is waited for.
+/// of its own; its parent's is left as it was. Thread-safe. No mutex of it is held while the interpreter, or the
+/// library, is waited for.
 class Process {
 public:
     static Process& present() { return *s_Present; }

@@ -59,8 +59,8 @@ py::object step(const PropertyObject& object) {
 
 py::tuple choices(const PropertyObject& object) {
     const auto [type, texts] = ask(object, [](Property& property) {
-        return std::make_pair(property.getType(), property.isDiscrete() ? property.getValueList()
-                                                                        : std::vector<std::string>());
+        return std::make_pair(property.getType(),
+                              property.isDiscrete() ? property.getValueList() : std::vector<std::string>());
     });
     py::tuple result(texts.size());
     for (std::size_t i = 0; i < texts.size(); ++i) {
@@ -122,18 +122,21 @@ void bindProperties(py::module_& module) {
 
 Every access asks the camera. All raise PropertyNotFoundError if the camera has no such property (a camera has its
 properties once it is connected), PropertyError if the camera does not answer or refuses, CameraGoneError.)")
-        .def_property_readonly("name", [](const PropertyObject& object) { return toPython(object.name); },
-                               "The name by which the camera lists the property.")
+        .def_property_readonly(
+            "name", [](const PropertyObject& object) { return toPython(object.name); },
+            "The name by which the camera lists the property.")
         .def_property("value", &readValue, &writeValue, R"(The value: int, float, bool or str, by the property's type.
 
 A text that is none of the type stays a str ("USB" of a switch with names of its own). When written: a number is limited
 to the range; a choice must be one of `choices` (PropertyValueError, InvalidArgumentError, ValueError otherwise); True and
 False stand for "Enabled" and "Disabled"; most properties ignore a write while they are not `writable`.)")
-        .def_property("text", &textOf<&Property::getValue>,
-                      [](const PropertyObject& object, const py::str& text) { writeText(object, toBytes(text)); },
-                      "The value as the library's text, such as \"12.500000\".")
+        .def_property(
+            "text", &textOf<&Property::getValue>,
+            [](const PropertyObject& object, const py::str& text) { writeText(object, toBytes(text)); },
+            "The value as the library's text, such as \"12.500000\".")
         .def_property_readonly("type", &typeName, "\"Integer\", \"Float\", \"String\" or \"Boolean\".")
-        .def_property_readonly("unit", &textOf<&Property::getUnit>, "The unit of the value: \"ms\", \"px\", ... or \"\".")
+        .def_property_readonly("unit", &textOf<&Property::getUnit>,
+                               "The unit of the value: \"ms\", \"px\", ... or \"\".")
         .def_property_readonly("range", &range, "The smallest and the largest value.")
         .def_property_readonly("step", &step, "The step of which a value is a multiple, or None.")
         .def_property_readonly("default", &valueOf<&Property::getDefault>, "The value after reset().")
@@ -143,12 +146,12 @@ False stand for "Enabled" and "Disabled"; most properties ignore a write while t
                                "Such as \"Image Format Control\", or an empty text.")
         .def_property_readonly("visibility", &visibility,
                                "For whom the property is: \"beginner\", \"expert\", \"guru\", \"invisible\".")
-        .def_property_readonly("writable", &isTrue<&Property::isAvailableForWriting>,
-                               "Whether it can be written now.")
+        .def_property_readonly("writable", &isTrue<&Property::isAvailableForWriting>, "Whether it can be written now.")
         .def_property_readonly("read_only", &isTrue<&Property::isReadOnly>, "Whether it can never be written.")
-        .def("reset", [](const PropertyObject& object) {
-                ask(object, [](Property& property) { property.resetToDefault(); });
-            }, "Writes the default value.")
+        .def(
+            "reset",
+            [](const PropertyObject& object) { ask(object, [](Property& property) { property.resetToDefault(); }); },
+            "Writes the default value.")
         .def("__repr__", &represent);
 }
 

@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
+import os
 import threading
 import time
 
@@ -8,6 +9,10 @@ import _quill_devices as devices
 import quillcamera
 
 PATIENCE = 60  # seconds; only a failure takes so long
+without_sanitizer = pytest.mark.skipif(
+    "ASAN_OPTIONS" in os.environ,
+    reason="AddressSanitizer keeps freed memory, and its locks when a process forks while threads allocate",
+)
 
 
 @pytest.fixture

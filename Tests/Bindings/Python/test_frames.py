@@ -12,7 +12,7 @@ import pytest
 
 import _quill_devices as devices
 import quillcamera
-from conftest import PATIENCE, Thread, wait_until, withhold_frames
+from conftest import PATIENCE, Thread, wait_until, withhold_frames, without_sanitizer
 
 
 def test_a_loop_gets_every_frame_and_leaves_the_stream_as_it_was(camera):
@@ -167,6 +167,7 @@ def test_tasks_share_an_event_loop_with_frames(camera):
     assert len(asyncio.run(main())) == 5
 
 
+@without_sanitizer
 def test_ten_thousand_frames_leave_nothing_behind(camera):
     def resident():
         with open("/proc/self/statm") as file:
