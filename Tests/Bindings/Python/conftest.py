@@ -11,7 +11,7 @@ import quillcamera
 PATIENCE = 60  # seconds; only a failure takes so long
 without_sanitizer = pytest.mark.skipif(
     "ASAN_OPTIONS" in os.environ,
-    reason="AddressSanitizer keeps freed memory, and its locks when a process forks while threads allocate",
+    reason="sanitizers keep freed memory, and their locks when a process forks while threads allocate",
 )
 
 
