@@ -223,8 +223,8 @@ TEST(LinkFindings, SayWhatIsWrongAndWhatMendsIt) {
          [](LinkFigures& figures) {
              figures.sizes = {{576, false}, {1500, false}};
          }},
-        {"firewall", LinkVerdict::Hint, "the camera streams", "",
-         [](LinkFigures& figures) { figures.whyNotTested = "the camera streams."; }},
+        {"firewall", LinkVerdict::Hint, "Not examined. The camera streams", "",
+         [](LinkFigures& figures) { figures.whyNotTested = "The camera streams."; }},
         {"packet size", LinkVerdict::Fault, "sends packets of 9000 bytes, and eth1 takes 1500",
          "sudo ip link set eth1 mtu 9000",
          [](LinkFigures& figures) {

@@ -1,40 +1,14 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# Runs "quill network" against a camera in software that is at the other end of a cable: camera and computer are network namespaces, so
-# that nothing leaves them. Arguments: the tool, the camera's program, and which one that is: "aravis" or "software".
+# Runs "quill network" against a camera in software that is at the other end of a cable. Arguments: the tool, the camera's program, and which
+# one that is: "aravis" or "software".
 set -euo pipefail
 quill=$1 program=$2 kind=$3
 
-if [[ ${QUILL_NETWORK_TEST-} != inside ]]; then
-    for options in --net "--net --map-root-user"; do
-        # shellcheck disable=SC2086 # options are words
-        if unshare $options ip link add probe0 type veth peer name probe1 2>/dev/null; then
-            QUILL_NETWORK_TEST=inside exec unshare $options bash "$0" "$@"
-        fi
-    done
-    echo "Skipped: this system lets nobody make a network namespace with two cards."
-    exit 77
-fi
-
-work=$(mktemp -d)
-processes=()
-finish() {
-    ((${#processes[@]} == 0)) || kill "${processes[@]}" 2>/dev/null || true
-    rm -rf "$work"
-}
-trap finish EXIT
+source "$(dirname "$0")/../../scripts/own-network.sh"
+enterOwnNetwork "$0" "$@"
+plugCable
 failures=0
-
-# Waits until a command succeeds, half a minute at the most.
-await() {
-    local end=$((SECONDS + 30))
-    while ((SECONDS < end)); do
-        "$@" >/dev/null 2>&1 && return
-        sleep 0.1
-    done
-    echo "Not within half a minute: $*" >&2
-    exit 1
-}
 
 # Runs the tool and compares its exit code with a pattern, and what it prints with a regular expression. An examination may find that this
 # computer's buffers are small, therefore [01]. On a busy computer the camera may miss the time in which it must answer to be listed; then
@@ -53,21 +27,6 @@ expect() {
         failures=$((failures + 1))
     fi
 }
-
-unshare --net sleep infinity &
-processes+=($!)
-there=(nsenter --net --target "$!")
-differ() { [[ $(readlink "/proc/${processes[0]}/ns/net") != "$(readlink /proc/self/ns/net)" ]]; }
-await differ
-ip link set lo up
-ip link add eth1 type veth peer name camera0 netns "${processes[0]}"
-ip address add 192.168.7.1/24 dev eth1
-ip link set eth1 up
-"${there[@]}" ip link set lo up
-for address in 192.168.7.2/24 192.168.7.9/24 10.0.0.5/24; do
-    "${there[@]}" ip address add "$address" dev camera0
-done
-"${there[@]}" ip link set camera0 up
 
 if [[ $kind == software ]]; then
     options=(--card camera0 --address 192.168.7.2 --serial 1 --vendor Test)
@@ -128,8 +87,8 @@ expect 1 'fault +firewall +No test packet' network "$camera" --test
 echo 'deny on' >"$work/input"
 await grep -q 'ok deny' "$work/camera.log"
 expect 0 '^Controlled by +another program' network "$camera"
-expect 1 'another program controls' network "$camera" --packet-size 1500
-expect '[01]' 'firewall +Not examined: another program' network "$camera" --test
+expect 1 'Another program.* controls it' network "$camera" --packet-size 1500
+expect '[01]' 'firewall +Not examined\. Another program' network "$camera" --test
 expect 1 'The camera refuses: access denied' network "$camera" --force 192.168.7.9/24
 echo 'deny off' >"$work/input"
 await grep -q 'ok deny off' "$work/camera.log"

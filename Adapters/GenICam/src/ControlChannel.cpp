@@ -206,9 +206,12 @@ ControlChannel::Result ControlChannel::writeMemory(std::uint32_t address, const 
     return {Result::Kind::Done, 0};
 }
 
-ControlChannel::Result ControlChannel::takeControl(std::uint32_t heartbeatMs) {
+std::string ControlChannel::takeControl(std::uint32_t heartbeatMs) {
+    if (std::string held = controller(); !held.empty()) {
+        return held;
+    }
     if (const Result result = writeRegister(Registers::kControl, kControlAccess); !result) {
-        return result;
+        return result.status == kAccessDenied ? kControlledByAnother : result.text();
     }
     if (heartbeatMs != 0) {
         writeRegister(Registers::kHeartbeatTimeout, heartbeatMs); // not writable on every camera
@@ -227,7 +230,7 @@ ControlChannel::Result ControlChannel::takeControl(std::uint32_t heartbeatMs) {
         leaveControl();
         throw;
     }
-    return {Result::Kind::Done, 0};
+    return "";
 }
 
 std::string ControlChannel::controller() {
@@ -237,9 +240,9 @@ std::string ControlChannel::controller() {
     }
     std::uint32_t address = 0;
     if (!readRegister(Registers::kControllerAddress, address) || address == 0) {
-        return "?";
+        return kControlledByAnother;
     }
-    return CameraInterface::GenICam::Ipv4::format(address);
+    return "Another program, at " + CameraInterface::GenICam::Ipv4::format(address) + ", controls it.";
 }
 
 bool ControlChannel::isAlive() {

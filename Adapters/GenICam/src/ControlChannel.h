@@ -33,6 +33,8 @@ public:
         std::string text() const;
     };
 
+    static constexpr const char* kControlledByAnother = "Another program controls it.";
+
     /// @throws std::system_error  no route leads to the address
     explicit ControlChannel(const std::string& address);
     ControlChannel(const ControlChannel&) = delete;
@@ -53,7 +55,8 @@ public:
 
     /// Takes control of the camera and keeps it until the end, by a thread that gives signs of life.
     /// @param heartbeatMs the time-out to set; 0 leaves the camera's own
-    Result takeControl(std::uint32_t heartbeatMs);
+    /// @return why it cannot be taken, as a sentence; empty if it was
+    std::string takeControl(std::uint32_t heartbeatMs);
     /// Gives control back. Not to be called by two threads at once.
     /// @return whether the camera answered
     bool leaveControl();
@@ -62,10 +65,12 @@ public:
     bool repeatGoodBye();
     /// Whether the good-bye is to be repeated. True at most once.
     bool owesGoodBye() { return m_OwesGoodBye.exchange(false); }
-    /// The address of the program that controls the camera; empty if nobody does, "?" if the camera does not say.
+    /// Says that a program controls the camera, and its address if the camera knows it; empty if nobody does.
     std::string controller();
     /// Asks the camera for a sign of life. False also if it answers but control was lost.
     bool isAlive();
+    /// Whether the camera said that this program controls it no longer.
+    bool hasLostControl() const { return m_ControlLost; }
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -196,11 +196,10 @@ void setPolicies(ArvDevice* device) {
     arv_device_set_access_check_policy(device, ARV_ACCESS_CHECK_POLICY_ENABLE);
 }
 
-void requireFree(ControlChannel& channel) {
-    const std::string holder = channel.controller();
-    if (!holder.empty()) {
-        throw std::runtime_error(holder == "?" ? "Another program controls it."
-                                               : "Another program controls it, at " + holder + ".");
+/// @param obstacle  a sentence; empty if there is none
+void refuseFor(const std::string& obstacle) {
+    if (!obstacle.empty()) {
+        throw std::runtime_error(obstacle);
     }
 }
 
@@ -231,9 +230,7 @@ void takeControl(ControlChannel& channel, std::uint32_t heartbeatMs) {
     if (isDebuggerAttached()) {
         heartbeatMs = std::max(heartbeatMs, kHeartbeatWhileDebuggingMs);
     }
-    if (const auto result = channel.takeControl(heartbeatMs); !result) {
-        throw std::runtime_error(result.status == Gvcp::kAccessDenied ? "Another program controls it." : result.text());
-    }
+    refuseFor(channel.takeControl(heartbeatMs));
 }
 
 } // namespace
@@ -249,7 +246,7 @@ std::shared_ptr<Device> Device::open(const FoundCamera& camera, std::uint32_t he
     requireReachable(camera);
     const auto channel = std::make_shared<ControlChannel>(camera.record.address);
     channel->setDeadline(std::chrono::steady_clock::now() + kLongestOpening);
-    requireFree(*channel);
+    refuseFor(channel->controller());
     DescriptionFile description = fetchDescription(*channel);
     takeControl(*channel, heartbeatMs);
     try {
@@ -316,6 +313,10 @@ void Device::prepareStream() const {
             throw std::runtime_error(failure.text());
         }
     }
+}
+
+bool Device::hasLostControl() const {
+    return m_Channel ? m_Channel->hasLostControl() : m_Lost->load();
 }
 
 bool Device::isAlive() {

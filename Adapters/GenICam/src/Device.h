@@ -43,6 +43,8 @@ public:
     void rememberLockOfStream(std::optional<bool> isLocked);
     /// Lets Aravis stream from the camera. @throws std::runtime_error  the camera is gone, or was lost meanwhile
     void prepareStream() const;
+    /// Whether it is known to be controlled by this program no longer. Thread-safe.
+    bool hasLostControl() const;
     /// Gives control back, while others may still refer to this object. Not to be called by two threads at once.
     void close();
 

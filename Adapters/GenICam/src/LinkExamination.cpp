@@ -179,12 +179,12 @@ void measureRoundTrips(LinkFigures& figures) {
 void measureTestPackets(LinkFigures& figures, ControlChannel& channel) {
     StreamRegisters registers(channel);
     if (!registers.isRead()) {
-        figures.whyNotTested = "the registers of the stream cannot be read.";
+        figures.whyNotTested = "The registers of the stream cannot be read.";
         return;
     }
     figures.packetSize = registers.packetSize();
     if (registers.isStreaming()) {
-        figures.whyNotTested = "the camera streams.";
+        figures.whyNotTested = "The camera streams.";
         return;
     }
     figures.largestSize = registers.tryPacketSize(kLargestAskedFor);

@@ -169,7 +169,7 @@ std::uint32_t largestArrived(const LinkFigures& figures) {
 LinkFinding judgeFirewall(const LinkFigures& figures) {
     constexpr const char* kSubject = "firewall";
     if (!figures.whyNotTested.empty()) {
-        return hint(kSubject, "Not examined: " + figures.whyNotTested);
+        return hint(kSubject, "Not examined. " + figures.whyNotTested);
     }
     if (largestArrived(figures) != 0) {
         return good(kSubject, "Test packets of the camera arrive.");

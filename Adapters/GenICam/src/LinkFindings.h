@@ -33,7 +33,7 @@ struct LinkFigures {
     std::vector<double> roundTripsUs; ///< of the control packets that were answered, in microseconds
     unsigned lostRoundTrips = 0;
 
-    std::string whyNotTested;      ///< why there were no test packets; empty if there were
+    std::string whyNotTested;      ///< why there were no test packets, as a sentence; empty if there were
     std::vector<TestedSize> sizes; ///< in ascending order
     std::uint32_t packetSize = 0;  ///< of the camera at present; 0 if unknown
     std::uint32_t largestSize = 0; ///< that the camera takes; 0 if unknown

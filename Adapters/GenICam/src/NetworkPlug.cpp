@@ -73,21 +73,8 @@ public:
     bool isOpenHere() const { return m_Open != nullptr; }
 
     /// Takes control until the end, unless this program has it.
-    /// @return why it cannot be taken; empty if it was
-    std::string takeControl() {
-        if (m_Open) {
-            return "";
-        }
-        if (const std::string holder = m_Own->controller(); !holder.empty()) {
-            return holder == "?" ? "another program controls the camera."
-                                 : "another program, at " + holder + ", controls the camera.";
-        }
-        const auto result = m_Own->takeControl(0);
-        if (!result && result.status == Gvcp::kAccessDenied) {
-            return "another program controls the camera.";
-        }
-        return result.text();
-    }
+    /// @return why it cannot be taken, as a sentence; empty if it was
+    std::string takeControl() { return m_Open ? "" : m_Own->takeControl(0); }
 
 private:
     std::shared_ptr<Device> m_Open;
@@ -101,7 +88,7 @@ auto changeCamera(const Settings& settings, const std::string& serialNumber, Cha
     try {
         Access access(camera);
         if (const std::string reason = access.takeControl(); !reason.empty()) {
-            throw std::runtime_error("Control of it is needed: " + reason);
+            throw std::runtime_error(reason);
         }
         return change(access.channel(), camera);
     } catch (const std::exception& failure) {
