@@ -98,7 +98,12 @@ std::string GenICamCamera::getModelName() {
 
 bool GenICamCamera::isCameraAlive() {
     const std::shared_ptr<Device> open = device();
-    return open && open->isAlive();
+    const auto asked = std::chrono::steady_clock::now();
+    if (!open || open->isAlive()) {
+        return open != nullptr;
+    }
+    // One that is busy with frames may fail to answer.
+    return !open->hasLostControl() && static_cast<GenICamStream&>(*m_Stream).hasReceivedSince(asked);
 }
 
 void GenICamCamera::open() {

@@ -98,6 +98,7 @@ RunSettings GenICamStream::readSettings(const Device& device) {
         raiseNotStarted(Errors::kInvalidStreamSettings, "The size of the payload is invalid.");
     }
     settings.payloadBytes = std::max(*frame, static_cast<std::size_t>(payload));
+    settings.framesPerSecond = number(PropertyNames::kFramerate).value_or(0);
     settings.packetSocket = GenICam::getSettings().packetSocket;
     return settings;
 }
@@ -243,6 +244,11 @@ std::vector<unsigned char> GenICamStream::getImageData() {
     FrameHandover::Request request(run->frames().handover());
     waitForFrame(request);
     return request.takeImageData();
+}
+
+bool GenICamStream::hasReceivedSince(std::chrono::steady_clock::time_point time) {
+    const std::shared_ptr<ReceivingRun> run = currentRun();
+    return m_Streaming && run && run->hasReceivedSince(time);
 }
 
 std::unique_ptr<Imaging::Image> GenICamStream::takeImage() {

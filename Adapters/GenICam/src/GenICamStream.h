@@ -39,6 +39,8 @@ public:
     CameraInterface::StreamStatistics& getStreamStatistics() override;
     void describeFrames() override QUILL_EXCLUDES(m_ControlMutex);
 
+    /// Whether a whole frame came after that time.
+    bool hasReceivedSince(std::chrono::steady_clock::time_point time);
     /// Waits for the next frame, as an image. Throws what getImageData() throws.
     std::unique_ptr<Imaging::Image> takeImage();
 

@@ -26,6 +26,15 @@ constexpr std::size_t kFewestBuffers = 5;
 constexpr std::size_t kMostIdle = 256;
 /// Holds a burst of frames at 10 GigE; the kernel grants at most its limit.
 constexpr int kSocketBufferBytes = 8 << 20;
+/// How long an incomplete frame waits for a packet. A busy computer, or camera, needs more than Aravis' 0.1 s. Where no
+/// packet is sent again, waiting only costs: every packet that comes is compared with all frames that wait.
+constexpr std::chrono::duration<double> kShortestPatience{0.1};
+constexpr std::chrono::duration<double> kLongestPatience{0.5};
+/// A packet that stays away is requested again after that time; fast repetitions reach the limit before a busy camera
+/// has answered the first.
+constexpr guint kPauseBetweenRequestsUs = 40000;
+/// Requests for packets of a frame, in proportion to its packets.
+constexpr double kMostRequestsPerPacket = 0.5;
 /// A larger gap between two numbers is a camera that counts anew.
 constexpr std::uint64_t kLargestGap = 1U << 15;
 constexpr std::uint64_t kLargestShortId = 0xFFFF;
@@ -54,18 +63,34 @@ void ReceivingRun::start() {
     if (!m_Stream) {
         throw std::runtime_error(failure.text());
     }
-    if (m_Device->isOnNetwork()) {
-        g_object_set(m_Stream.get(), "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size",
-                     kSocketBufferBytes, nullptr);
-        growSocketBuffer();
-    }
     const std::size_t buffers =
         std::clamp(kBufferMemory / std::max<std::size_t>(m_Settings.payloadBytes, 1), kFewestBuffers, kMostBuffers);
+    if (m_Device->isOnNetwork()) {
+        configureNetwork(buffers);
+    }
     for (std::size_t i = 0; i < buffers; ++i) {
         offer(m_Frames->takeBuffer(m_Settings.payloadBytes));
     }
     m_Frames->begin();
     m_Thread = std::thread([this] { runThread(); });
+}
+
+void ReceivingRun::configureNetwork(std::size_t buffers) {
+    // The frames behind an incomplete one need buffers while it waits for its packets.
+    const double framesBehind = static_cast<double>(buffers) / 2;
+    const double patienceSeconds =
+        m_Settings.framesPerSecond > 0
+            ? std::clamp(framesBehind / m_Settings.framesPerSecond, kShortestPatience.count(), kLongestPatience.count())
+            : kShortestPatience.count();
+    setPatience(patienceSeconds);
+    g_object_set(m_Stream.get(), "packet-timeout", kPauseBetweenRequestsUs, "packet-request-ratio",
+                 kMostRequestsPerPacket, "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size",
+                 kSocketBufferBytes, nullptr);
+    growSocketBuffer();
+}
+
+void ReceivingRun::setPatience(double seconds) {
+    g_object_set(m_Stream.get(), "frame-retention", static_cast<guint>(seconds * 1e6), nullptr);
 }
 
 void ReceivingRun::growSocketBuffer() {
@@ -119,8 +144,13 @@ void ReceivingRun::onEvent(void* self, ArvStreamCallbackType type, ArvBuffer* bu
     if (type != ARV_STREAM_CALLBACK_TYPE_BUFFER_DONE || buffer == nullptr) {
         return;
     }
-    const Clock::time_point arrival = Clock::now();
+    // Aravis notes by the computer's clock when the first packet came; setting that clock must not give a nonsense.
+    const gint64 sinceFirst = g_get_real_time() * 1000 - static_cast<gint64>(arv_buffer_get_system_timestamp(buffer));
+    const Arrival arrival{Clock::now(), std::max(0.0, static_cast<double>(sinceFirst) * 1e-9)};
     auto& run = *static_cast<ReceivingRun*>(self);
+    if (arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS) {
+        run.m_LastWhole = arrival.time;
+    }
     {
         const MutexLock lock(run.m_FinishedMutex);
         run.m_Arrivals[(run.m_FirstArrival + run.m_ArrivalCount) % run.m_Arrivals.size()] = arrival;
@@ -134,13 +164,13 @@ void ReceivingRun::offer(std::vector<unsigned char> bytes) {
     if (known != m_Idle.end()) {
         ObjectPointer<ArvBuffer> buffer = std::move(known->second);
         m_Idle.erase(known);
-        receptacleOf(buffer.get()) = std::move(bytes);
+        receptacleOf(buffer.get()).bytes = std::move(bytes);
         giveBack(std::move(buffer));
         return;
     }
-    auto* const receptacle = new Receptacle(std::move(bytes));
+    auto* const receptacle = new Receptacle{std::move(bytes)};
     giveBack(
-        ObjectPointer<ArvBuffer>(arv_buffer_new_full(receptacle->size(), receptacle->data(), receptacle,
+        ObjectPointer<ArvBuffer>(arv_buffer_new_full(receptacle->bytes.size(), receptacle->bytes.data(), receptacle,
                                                      [](void* content) { delete static_cast<Receptacle*>(content); })));
 }
 
@@ -161,7 +191,7 @@ void ReceivingRun::runThread() noexcept {
 void ReceivingRun::receive() {
     std::optional<std::size_t> left; // frames that had come when the stop was requested
     while (!left || *left > 0) {
-        Clock::time_point arrival;
+        Arrival arrival;
         {
             MutexLock lock(m_FinishedMutex);
             lock.wait(m_Finished,
@@ -181,24 +211,27 @@ void ReceivingRun::receive() {
     }
 }
 
-void ReceivingRun::take(ObjectPointer<ArvBuffer> buffer, Clock::time_point arrival) {
+void ReceivingRun::take(ObjectPointer<ArvBuffer> buffer, const Arrival& arrival) {
     m_Statistics->incrementFrameCount(STREAM_TYPE::Received);
     if (m_Device->isOnNetwork()) {
         countPackets();
+        if (arv_buffer_get_status(buffer.get()) == ARV_BUFFER_STATUS_TIMEOUT && m_Counted.resentPackets == 0) {
+            setPatience(kShortestPatience.count());
+        }
     }
+    countGap(buffer.get());
     if (countFailure(buffer.get())) {
-        ++m_FailedSinceWhole;
         m_Statistics->incrementIncompleteFrameCount();
         giveBack(std::move(buffer));
         return;
     }
-    countGap(arv_buffer_get_frame_id(buffer.get()));
     const PixelFormat* const format = findPixelFormat(arv_buffer_get_image_pixel_format(buffer.get()));
     if (format == nullptr || format->layout != m_Settings.format->layout) {
         m_Frames->lose(FrameLoss::Undescribed);
         giveBack(std::move(buffer));
         return;
     }
+    m_Statistics->setCaptureTime(arrival.receivingSeconds);
     publish(std::move(buffer), *format, arrival);
 }
 
@@ -245,9 +278,15 @@ bool ReceivingRun::countFailure(ArvBuffer* buffer) {
     return false;
 }
 
-void ReceivingRun::countGap(std::uint64_t frameId) {
+void ReceivingRun::countGap(ArvBuffer* buffer) {
+    const std::uint64_t frameId = arv_buffer_get_frame_id(buffer);
+    const std::uint64_t before = std::exchange(receptacleOf(buffer).lastFrameId, frameId);
+    if (arv_buffer_get_status(buffer) != ARV_BUFFER_STATUS_SUCCESS && frameId == before) {
+        ++m_UnnumberedSince;
+        return;
+    }
     const std::optional<std::uint64_t> last = std::exchange(m_LastFrameId, frameId);
-    const std::uint64_t failed = std::exchange(m_FailedSinceWhole, 0);
+    const std::uint64_t unnumbered = std::exchange(m_UnnumberedSince, 0);
     m_IsExtendedId = m_IsExtendedId || frameId > kLargestShortId;
     if (!last) {
         return;
@@ -255,13 +294,13 @@ void ReceivingRun::countGap(std::uint64_t frameId) {
     // A number of 16 bits goes from its largest value to 1.
     const bool wraps = !m_IsExtendedId && frameId < *last;
     const std::uint64_t step = wraps ? kLargestShortId - *last + frameId : frameId - *last;
-    if (step <= failed + 1 || step > kLargestGap) {
+    if (step <= unnumbered + 1 || step > kLargestGap) {
         return;
     }
     // Aravis counts packets for which no buffer was free, not frames, and those of frames that come later.
     const std::uint64_t present = underruns();
     const bool hadNoBuffer = present != std::exchange(m_Counted.underruns, present);
-    m_Frames->lose(hadNoBuffer ? FrameLoss::Missed : FrameLoss::DroppedByCamera, step - 1 - failed);
+    m_Frames->lose(hadNoBuffer ? FrameLoss::Missed : FrameLoss::DroppedByCamera, step - 1 - unnumbered);
 }
 
 std::uint64_t ReceivingRun::underruns() const {
@@ -281,13 +320,13 @@ void ReceivingRun::countPackets() {
     m_Counted.missingPackets = missing;
 }
 
-void ReceivingRun::publish(ObjectPointer<ArvBuffer> buffer, const PixelFormat& format, Clock::time_point arrival) {
+void ReceivingRun::publish(ObjectPointer<ArvBuffer> buffer, const PixelFormat& format, const Arrival& arrival) {
     const auto width = static_cast<std::uint32_t>(arv_buffer_get_image_width(buffer.get()));
     const auto height = static_cast<std::uint32_t>(arv_buffer_get_image_height(buffer.get()));
     const std::size_t bytes = *format.imageBytes(width, height); // checked before
-    Receptacle& receptacle = receptacleOf(buffer.get());
+    std::vector<unsigned char>& receptacle = receptacleOf(buffer.get()).bytes;
     FrameInformation known;
-    known.arrival = arrival;
+    known.arrival = arrival.time;
     known.cameraNumber = arv_buffer_get_frame_id(buffer.get());
     if (const guint64 timestamp = arv_buffer_get_timestamp(buffer.get()); timestamp != 0) {
         known.cameraTime = std::chrono::nanoseconds(timestamp);

@@ -28,6 +28,7 @@ namespace GenICamAdapter {
 struct RunSettings {
     const PixelFormat* format = nullptr;
     std::size_t payloadBytes = 0; ///< of the largest frame that the camera announces
+    double framesPerSecond = 0;   ///< 0 if the camera does not say
     bool packetSocket = false;
 };
 
@@ -56,6 +57,8 @@ public:
     const PixelFormat& format() const { return *m_Settings.format; }
     /// The geometry of the last whole frame.
     CameraInterface::FrameGeometry geometry() const QUILL_EXCLUDES(m_GeometryMutex);
+    /// Whether a whole frame came after that time.
+    bool hasReceivedSince(std::chrono::steady_clock::time_point time) const { return m_LastWhole.load() >= time; }
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -64,7 +67,16 @@ private:
     static constexpr std::size_t kMostBuffers = 64;
 
     /// A buffer of the pool that Aravis fills. The Aravis object of its memory is kept for the next time.
-    using Receptacle = std::vector<unsigned char>;
+    struct Receptacle {
+        std::vector<unsigned char> bytes;
+        std::uint64_t lastFrameId = 0; ///< of the frame that was in it before
+    };
+
+    /// When a frame was complete, and how long after its first packet.
+    struct Arrival {
+        Clock::time_point time;
+        double receivingSeconds = 0;
+    };
 
     /// Aravis' counts of the stream, as far as they are counted here.
     struct Counted {
@@ -76,19 +88,21 @@ private:
     static void onEvent(void* self, ArvStreamCallbackType type, ArvBuffer* buffer);
     static Receptacle& receptacleOf(ArvBuffer* buffer);
 
+    void configureNetwork(std::size_t buffers);
+    void setPatience(double seconds);
     void growSocketBuffer();
     void offer(std::vector<unsigned char> bytes);
     /// Lets Aravis fill a buffer again.
     void giveBack(ObjectPointer<ArvBuffer> buffer);
     void runThread() noexcept;
     void receive();
-    void take(ObjectPointer<ArvBuffer> buffer, Clock::time_point arrival);
+    void take(ObjectPointer<ArvBuffer> buffer, const Arrival& arrival);
     bool countFailure(ArvBuffer* buffer);
-    /// Counts the frames of which nothing was received, by the number of the next whole one.
-    void countGap(std::uint64_t frameId);
+    /// Counts the frames of which nothing was received, by the number of the next one.
+    void countGap(ArvBuffer* buffer);
     void countPackets();
     std::uint64_t underruns() const;
-    void publish(ObjectPointer<ArvBuffer> buffer, const PixelFormat& format, Clock::time_point arrival);
+    void publish(ObjectPointer<ArvBuffer> buffer, const PixelFormat& format, const Arrival& arrival);
 
     std::shared_ptr<Device> m_Device; // until the end of the run, which its waiters may outlive
     const RunSettings m_Settings;
@@ -97,17 +111,19 @@ private:
 
     ObjectPointer<ArvStream> m_Stream;
     std::unordered_map<const void*, ObjectPointer<ArvBuffer>> m_Idle; // Aravis objects by their memory; of the worker
-    std::optional<std::uint64_t> m_LastFrameId; // of a whole frame: one without its first packet has no number
-    std::uint64_t m_FailedSinceWhole = 0;
-    bool m_IsExtendedId = false; // wider than 16 bits
+    std::optional<std::uint64_t> m_LastFrameId;
+    std::uint64_t m_UnnumberedSince = 0; // frames without their first packet, which has the number
+    bool m_IsExtendedId = false;         // wider than 16 bits
     Counted m_Counted;
+
+    std::atomic<Clock::time_point> m_LastWhole{Clock::time_point::min()}; // set on Aravis' thread
 
     mutable Utilities::Mutex m_GeometryMutex; // guards the geometry
     CameraInterface::FrameGeometry m_Geometry QUILL_GUARDED_BY(m_GeometryMutex);
 
     Utilities::Mutex m_FinishedMutex; // guards the following members; taken on Aravis' thread
     std::condition_variable m_Finished;
-    std::array<Clock::time_point, kMostBuffers> m_Arrivals QUILL_GUARDED_BY(m_FinishedMutex); // a ring, by buffer
+    std::array<Arrival, kMostBuffers> m_Arrivals QUILL_GUARDED_BY(m_FinishedMutex); // a ring, by buffer
     std::size_t m_FirstArrival QUILL_GUARDED_BY(m_FinishedMutex) = 0;
     std::size_t m_ArrivalCount QUILL_GUARDED_BY(m_FinishedMutex) = 0; // frames not yet taken
     bool m_StopRequested QUILL_GUARDED_BY(m_FinishedMutex) = false;

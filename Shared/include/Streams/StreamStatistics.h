@@ -46,7 +46,7 @@ public:
     double getDesiredIntervalTime(STREAM_TYPE type);
     void setDesiredIntervalTime(STREAM_TYPE type, double seconds);
 
-    /// The duration of the last capture, in seconds.
+    /// The duration of the last capture, in seconds; of a GenICam camera's frame, from its first packet to its last.
     double getCaptureTime();
     void setCaptureTime(double seconds);
     /// The time taken to hand over the last image, in seconds.
