@@ -306,7 +306,8 @@ public:
             refuseLength(static_cast<guint64>(longest), failure);
             const char* const text =
                 *failure == nullptr ? arv_gc_string_get_value(ARV_GC_STRING(node), failure) : nullptr;
-            return text == nullptr ? "" : text;
+            // Aravis ends no text that fills its register.
+            return text == nullptr ? "" : std::string(text, strnlen(text, static_cast<std::size_t>(longest)));
         });
     }
 
