@@ -192,6 +192,18 @@ TEST_F(Tool, ColoursATerminalUnlessDisabled) {
     EXPECT_THAT(runChild(list).output, Not(HasSubstr("\033[")));
 }
 
+TEST_F(Tool, TellsPeopleAloneHowTheNetworkIsSearched) {
+    if (!canOpenTerminal()) {
+        GTEST_SKIP() << "No pseudo-terminal can be opened here.";
+    }
+    ChildProcess list = shellCommand(R"("$0" list 2>&1)");
+    EXPECT_THAT(runChild(list).output, Not(HasSubstr("--genicam")));
+    list.onTerminal = true;
+    EXPECT_THAT(runChild(list).output, HasSubstr("'quill list --genicam eth1'"));
+    list.environment.push_back("QUILL_GENICAM=nosuchcard");
+    EXPECT_THAT(runChild(list).output, Not(HasSubstr("--genicam")));
+}
+
 TEST_F(Tool, SaysThatTheCameraListIsBroken) {
     m_Folder.write("list.json", "{ \"Cameras\": [");
     const ChildResult list = run({"list"});
@@ -378,6 +390,8 @@ TEST_F(Tool, PipesFramesAndSaysWhatIsLost) {
     EXPECT_EQ(result.output.size(), 20U * 64 * 48);
     EXPECT_THAT(result.errors, HasSubstr("-pixel_format bayer_rggb8 -video_size 64x48"));
     EXPECT_THAT(result.errors, HasSubstr("20 frames written; lost: "));
+    const ChildResult few = runChild(command({"stream", "41500101", "--frames", "3", "--json"}, "orange"));
+    EXPECT_THAT(few.output, HasSubstr("\"deliveredPerSecond\":")) << "a run of less than a second has a line, too";
     const ChildResult stalled = runChild(
         command({"stream", "41500101", "--still", "--set", "Hardware Trigger=Enabled", "--seconds", "2"}, "orange"));
     EXPECT_THAT(stalled.errors, HasSubstr("no frame for "));

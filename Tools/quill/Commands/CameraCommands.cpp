@@ -50,6 +50,7 @@ public:
             context.output.printJson(Json{{"cameras", cameras}, {"failures", failures}});
         } else {
             context.output.printTable(table);
+            hint(context.output);
         }
         if (const std::string incomplete = Session::incompleteness(); !incomplete.empty()) {
             throw ToolError(ExitCode::Failed, "the list is not complete: " + incomplete);
@@ -62,6 +63,16 @@ private:
         const char* kind;
         const char* state;
     };
+
+    /// Tells people how GigE Vision cameras are looked for, where they are not.
+    static void hint(Output& output) {
+        const CameraInterface::GenICam::Settings settings = CameraInterface::GenICam::getSettings();
+        if (output.isOnTerminal() && settings.cards.empty() && settings.addresses.empty()) {
+            output.notify(
+                "no network is searched for GigE Vision cameras; 'quill list --genicam eth1' searches that of "
+                "network card eth1");
+        }
+    }
 
     static Listed find(const std::string& serialNumber) {
         try {

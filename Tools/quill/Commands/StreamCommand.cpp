@@ -33,6 +33,8 @@ constexpr double kMillisecondsPerSecond = 1000.0;
 /// A camera without a frame for so many of its frame periods, and at least a second, has stalled.
 constexpr double kStallPeriods = 3;
 constexpr Seconds kShortestStall{1};
+/// A line covers at least this time, however late the previous one was; only the first may cover less.
+constexpr Seconds kShortestLine{0.5};
 /// Longer exposures and higher rates are no settings of a camera.
 constexpr double kLargestSetting = 1e9;
 /// What the reader of a pipe may be behind.
@@ -184,7 +186,7 @@ private:
         return std::max(milliseconds(Names::kVideoExposure), Seconds(rate > 0 ? 1 / rate : 0));
     }
 
-    /// Takes frames, and prints a line each second, until time or frames are over.
+    /// Takes frames, and prints a line each second and at the end, until time or frames are over.
     void watch(Output& output, FrameSource& source, Progress& progress) {
         const auto end = m_Seconds == 0 ? Clock::time_point::max() : progress.begin() + std::chrono::seconds(m_Seconds);
         Counts last = progress.now();
@@ -208,9 +210,12 @@ private:
             }
             const Counts now = progress.now();
             printRates(output, progress, std::exchange(last, now), now);
-            // The next line covers at least half a second, however late this line is.
             due = progress.begin() + std::chrono::round<std::chrono::seconds>(now.time - progress.begin()) +
                   std::chrono::seconds(1);
+        }
+        const Counts now = progress.now();
+        if (last.time < progress.begin() + kShortestLine || now.time - last.time >= kShortestLine) {
+            printRates(output, progress, last, now);
         }
     }
 
@@ -236,7 +241,8 @@ private:
         const double captureMs = progress.statistics().getCaptureTime() * kMillisecondsPerSecond;
         const double transferMs = progress.statistics().getImageDataTransferTime() * kMillisecondsPerSecond;
         if (m_Json) {
-            Json line{{"deliveredPerSecond", delivered},
+            Json line{{"delivered", now.delivered},
+                      {"deliveredPerSecond", delivered},
                       {"receivedPerSecond", received},
                       {"captureMs", captureMs},
                       {"transferMs", transferMs},

@@ -112,6 +112,10 @@ void Output::flush() {
     requireWritten(std::fflush(stdout) == 0);
 }
 
+bool Output::isOnTerminal() const {
+    return isatty(STDOUT_FILENO) == 1 && isatty(STDERR_FILENO) == 1;
+}
+
 void Output::notify(std::string_view sentence) {
     complain(kBold, sentence);
 }

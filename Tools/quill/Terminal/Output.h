@@ -40,6 +40,8 @@ public:
     void printJsonLine(const Json& document);
     /// Writes everything printed so far.
     void flush();
+    /// Whether people see results and complaints at once, rather than a file or another program.
+    bool isOnTerminal() const;
 
     /// Prints one line on standard error.
     void notify(std::string_view sentence);
