@@ -20,6 +20,7 @@ struct Faults {
     double controlLoss = 0;                  ///< requests that are lost, or whose answers are
     std::uint32_t answerMilliseconds = 0;    ///< that answers come later
     std::uint32_t discoveryMilliseconds = 0; ///< the same of answers to discoveries
+    double wrongAnswers = 0;                 ///< answers to requests that are wrong
     bool noResend = false;                   ///< sends no packet again
     bool deny = false;                       ///< somebody else has control
     bool silent = false;                     ///< answers nothing

@@ -70,6 +70,8 @@ const std::vector<FaultRow>& faultRows() {
         {"discovery-late", "MS", "answers discoveries that much later",
          setMilliseconds<&Faults::discoveryMilliseconds>},
         {"gvcp-loss", "PERCENT", "requests that are lost, or whose answers are", setShare<&Faults::controlLoss>},
+        {"gvcp-wrong", "PERCENT", "answers that are wrong: cut off, of another request, a refusal, or other bytes",
+         setShare<&Faults::wrongAnswers>},
         {"stall-after", "N", "sends no more after N frames of an acquisition; 0: never", setStallAfter},
         {"no-test-packets", nullptr, "sends no test packets", setSwitch<&Faults::noTestPackets>},
     };

@@ -27,9 +27,31 @@ constexpr std::uint32_t kResetTimestamp = 1;
 // What chance decides on.
 constexpr std::uint64_t kLoseRequest = 100;
 constexpr std::uint64_t kLoseAnswer = 101;
+constexpr std::uint64_t kSpoilAnswer = 102;
 
 std::uint32_t wordOf(const std::uint8_t* bytes) {
     return static_cast<std::uint32_t>(bigEndian(bytes, 4));
+}
+
+/// Makes an answer wrong, in one of five ways.
+void spoil(Bytes& answer, std::uint64_t way) {
+    constexpr std::uint8_t kOther = 0xA5;
+    switch (way % 5) {
+    case 0:
+        answer.resize(answer.size() / 2);
+        break;
+    case 1:
+        answer.at(3) ^= kOther; // another request's
+        break;
+    case 2:
+        answer.at(7) ^= kOther; // of another number
+        break;
+    case 3:
+        putBigEndian(answer.data(), 2, static_cast<std::uint16_t>(GigEStatus::LocalProblem));
+        break;
+    default:
+        std::for_each(answer.begin() + kControlHeaderSize, answer.end(), [](std::uint8_t& byte) { byte ^= kOther; });
+    }
 }
 
 } // namespace
@@ -116,6 +138,9 @@ Outcome GigEDevice::handlePacket(const Peer& from, const std::uint8_t* packet, s
     }
     if (percentOf(m_Seed, m_RequestCount, kLoseAnswer) < halfLoss) {
         outcome.answer.clear();
+    }
+    if (!outcome.answer.empty() && percentOf(m_Seed, m_RequestCount, kSpoilAnswer) < m_Faults.wrongAnswers) {
+        spoil(outcome.answer, m_RequestCount);
     }
     return outcome;
 }
