@@ -37,7 +37,7 @@ bool enterOwnNetwork() {
     std::strcpy(loopback.ifr_name, "lo");
     loopback.ifr_flags = IFF_UP | IFF_RUNNING;
     bool isUp = any >= 0 && ioctl(any, SIOCSIFFLAGS, &loopback) == 0;
-    for (const char* number : {"2", "3", "4"}) { // cameras listen only on addresses that a card has
+    for (const char* number : {"2", "3", "4", "5", "6", "7"}) { // cameras listen only on addresses that a card has
         ifreq alias{};
         std::strcpy(alias.ifr_name, (std::string("lo:") + number).c_str());
         auto* const address = reinterpret_cast<sockaddr_in*>(&alias.ifr_addr);

@@ -9,7 +9,7 @@
 namespace TestSupport {
 
 /// Moves this process into a network of its own, which has only the loopback card, with addresses from 127.0.0.1 to
-/// 127.0.0.4. Called before any thread starts.
+/// 127.0.0.7. Called before any thread starts.
 /// @return whether the system permits it
 bool enterOwnNetwork();
 
