@@ -16,9 +16,11 @@ int main(int argumentCount, char* arguments[]) try {
         std::cout << serialNumber << "  " << modelName << '\n';
     }
 
-    Camera& camera = Camera::getCamera("90001");
+    // A simulated camera, unless an argument names another one, of any kind.
+    Camera& camera = Camera::getCamera(argumentCount > 2 ? arguments[2] : "90001");
     camera.connect();
-    CameraInterface::Property& exposure = camera.getProperty("Video Exposure");
+    const bool hasOneExposure = camera.isPropertySupported("Exposure"); // otherwise one for each mode of the stream
+    CameraInterface::Property& exposure = camera.getProperty(hasOneExposure ? "Exposure" : "Video Exposure");
     exposure.setValue("12.5");
     std::cout << exposure.getName() << " is " << exposure.getValue() << ", at most " << exposure.getMaximum() << '\n';
 
