@@ -21,6 +21,10 @@ if(QUILL_BUILD_C)
     install(TARGETS quillcamera-c EXPORT QuillCameraTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
     install(FILES Bindings/C/include/quillcamera.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endif()
+if(TARGET gstquill)
+    set_property(TARGET gstquill PROPERTY INSTALL_RPATH "\$ORIGIN/..")
+    install(TARGETS gstquill LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/gstreamer-1.0)
+endif()
 install(DIRECTORY Shared/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quillcamera)
 
 # The list of simulated cameras is a configuration file, and stays if it was edited. The copy beside it is the list as it was installed.

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <Quill.h>
+
+namespace QuillGStreamer {
+
+/// A camera as the camera list identifies it to people.
+struct ListedCamera {
+    std::string serialNumber;
+    std::string modelName;
+};
+
+/// Makes sure that the library watches for cameras. The plug-in never ends the workspace, which is the application's.
+void ensureWorkspace();
+
+/// Returns the listed cameras that have a stream, in the order of serial numbers. Does not ask the cameras.
+std::vector<ListedCamera> listStreamingCameras();
+
+/// Returns the sentence of a failure.
+std::string reasonOf(const std::exception& failure);
+
+/// No camera of the list is the wanted one, or it has left the list.
+struct NoSuchCamera : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+class SharedCamera;
+
+/// An element's use of a camera. All elements of the process use one connection and one run of the stream: what the
+/// first one had to open or start, the last one closes or stops. What the application had opened or started stays.
+///
+/// Thread-safe: the camera is used by one element at a time.
+class CameraUse {
+public:
+    /// Finds the camera and connects it.
+    /// @param serialNumber empty for the first camera that has a stream
+    /// @throws NoSuchCamera; what Camera::connect() throws
+    explicit CameraUse(const std::string& serialNumber);
+    CameraUse(const CameraUse&) = delete;
+    CameraUse& operator=(const CameraUse&) = delete;
+    ~CameraUse();
+
+    const std::string& serialNumber() const { return m_SerialNumber; }
+
+    /// Calls @p action with the camera while no other element uses it.
+    /// @throws NoSuchCamera  it is gone; what the action throws
+    template <typename Action>
+    auto with(Action&& action) const {
+        const Utilities::MutexLock lock(mutex());
+        return action(camera());
+    }
+    /// Whether a change that restarts the stream disturbs nobody else.
+    bool mayRestart() const;
+    /// Starts the stream unless it runs.
+    /// @throws what Camera::startStream() throws
+    void startStream() const;
+
+private:
+    Utilities::Mutex& mutex() const;
+    CameraInterface::Camera& camera() const; // if it is still listed
+
+    std::string m_SerialNumber;
+    SharedCamera* m_Shared; // of the process, never destroyed
+};
+
+} // namespace QuillGStreamer

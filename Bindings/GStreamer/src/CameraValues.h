@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include <Quill.h>
+
+namespace QuillGStreamer {
+
+/// Reads "Video Exposure=12.5,Gain=3": names and values of properties as the library has them, without the blanks
+/// around them. A backslash takes the following character as it is.
+/// @throws std::invalid_argument  its sentence names the part that is no assignment
+CameraInterface::CameraSettings parseAssignments(const std::string& text);
+
+/// Reads a file of settings; see CameraInterface::parseSettings().
+/// @throws std::runtime_error, KestrelException  the file cannot be read, or is not valid
+CameraInterface::CameraSettings readSettingsFile(const std::string& path);
+
+/// Writes settings to a connected camera.
+/// @param warn called with a sentence about each value that the camera accepted and changed
+/// @throws std::runtime_error  its sentence names a property that could not be written, and why
+/// @throws what writeSettings() throws
+void writeValues(CameraInterface::Camera& camera, const CameraInterface::CameraSettings& settings,
+                 const std::function<void(const std::string&)>& warn);
+
+} // namespace QuillGStreamer
