@@ -63,8 +63,13 @@ buildPreset() {
 maximumTestShare=37
 longestRepetition=130
 
-# Lines of C and C++ in these folders, without blank and comment lines.
-codeLines() { find "$@" -name '*.h' -o -name '*.cpp' -o -name '*.c' | xargs cat | grep --count --invert-match --extended-regexp '^\s*(//.*)?$'; }
+# Lines of C, C++ and Python in these folders, without blank and comment lines.
+codeLines() {
+    {
+        find "$@" -name '*.h' -o -name '*.cpp' -o -name '*.c' | xargs cat | grep --invert-match --extended-regexp '^\s*(//.*)?$'
+        find "$@" -name '*.py' | xargs --no-run-if-empty cat | grep --invert-match --extended-regexp '^\s*(#.*)?$'
+    } | wc --lines
+}
 
 # Lines of tests in per mille of those of library, adapters, bindings, devices in software and tool.
 testShare() { echo $((1000 * $(codeLines Tests) / $(codeLines Shared Adapters Bindings Platform Tools))); }

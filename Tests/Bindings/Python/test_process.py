@@ -80,6 +80,7 @@ def test_a_forked_child_has_images_and_cameras_of_its_own():
                 else:
                     os._exit(2)
             del camera, queue, frame
+            devices.plug(72)
             with quillcamera.open("72") as own:
                 assert own.capture().width == 64
             sys.exit(0)
