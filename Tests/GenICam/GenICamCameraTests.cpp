@@ -70,8 +70,7 @@ TEST_F(GenICamTest, IsFoundOnCardsAndAddressesAndOnlyThere) {
 TEST_F(GenICamTest, HasItsFeaturesAndTheStandardVocabulary) {
     const CameraProcess process(peer("127.0.0.2", "One"));
     lookOn({}, {"127.0.0.2"});
-    Camera& camera = listed("Aravis-One");
-    camera.connect();
+    Camera& camera = connected("Aravis-One");
     EXPECT_EQ(camera.getModelName(), "Fake");
     const std::map<std::string, std::string> expected{{"Width", "512"},
                                                       {"Height", "512"},
@@ -112,8 +111,7 @@ TEST_F(GenICamTest, HasItsFeaturesAndTheStandardVocabulary) {
 TEST_F(GenICamTest, EveryFrameIsAccountedFor) {
     const CameraProcess process(peer("127.0.0.2", "One"));
     lookOn({}, {"127.0.0.2"});
-    Camera& camera = listed("Aravis-One");
-    camera.connect();
+    Camera& camera = connected("Aravis-One");
     const auto image = camera.getImage();
     EXPECT_EQ(image->getWidth(), 512U);
     EXPECT_FALSE(camera.isStreaming());
@@ -162,8 +160,7 @@ TEST_F(GenICamTest, LeavesAndComesBack) {
     double longestNotice = 0;
     double longestCall = 0;
     for (int i = 1; i <= replugs; ++i) {
-        Camera& camera = Camera::getCamera("Aravis-One");
-        camera.connect();
+        Camera& camera = connected("Aravis-One");
         FrameQueue queue = camera.openFrameQueue({});
         camera.startStream();
         ASSERT_TRUE(queue.pop(kLongEnough));
@@ -195,8 +192,7 @@ TEST_F(GenICamTest, IsFreeForItsNextObjectAfterAnOutage) {
     Camera::registerDisconnectCallback([&](const std::string&, const std::string&) { left.raise(); });
     Camera::registerNewConnectCallback([&] { came.raise(); });
     Camera::initialiseWorkspace();
-    Camera& camera = Camera::getCamera("Quill-One");
-    camera.connect();
+    Camera& camera = connected("Quill-One");
     camera.suspend();
     camera.connect();
     process.tell("silent on");
@@ -204,14 +200,7 @@ TEST_F(GenICamTest, IsFreeForItsNextObjectAfterAnOutage) {
     EXPECT_THROW(camera.connect(), KestrelException_Camera);
     process.tell("silent off");
     ASSERT_TRUE(came.wait());
-    EXPECT_TRUE(eventually([] {
-        try {
-            Camera::getCamera("Quill-One").connect();
-            return true;
-        } catch (const KestrelException_Camera&) {
-            return false; // until the lost one has said good-bye
-        }
-    }));
+    connected("Quill-One"); // once the lost one has said good-bye
 }
 
 TEST_F(GenICamTest, AnotherProgramsCameraIsListedAndRefused) {
@@ -222,22 +211,14 @@ TEST_F(GenICamTest, AnotherProgramsCameraIsListedAndRefused) {
     EXPECT_STREQ(refusal.who(), "CameraConnection");
     EXPECT_THAT(refusal.why(), ::testing::HasSubstr("Another program controls it"));
     process.tell("deny off");
-    EXPECT_TRUE(eventually([&] {
-        try {
-            camera.connect();
-            return true;
-        } catch (const KestrelException_Camera&) {
-            return false; // until the camera has read the line
-        }
-    }));
+    connected("Quill-One"); // once the camera has read the line
     EXPECT_TRUE(camera.getImage());
 }
 
 TEST_F(GenICamTest, WritesEveryKindOfNumber) {
     const CameraProcess process(software("127.0.0.2", {"--size", "640x480"}));
     lookOn({}, {"127.0.0.2"});
-    Camera& camera = listed("Quill-One");
-    camera.connect();
+    Camera& camera = connected("Quill-One");
     const std::vector<std::array<std::string, 3>> cases{{"Exposure", "12.5", "12.5"},
                                                         {"ExposureTime", "0", "10"},
                                                         {"Gain", "1e9", ""},
@@ -285,8 +266,7 @@ TEST_F(GenICamTest, SaysWhyAFrameIsLost) {
         options.insert(options.end(), fault.faults.begin(), fault.faults.end());
         const CameraProcess process(software("127.0.0.2", options));
         lookOn({}, {"127.0.0.2"});
-        Camera& camera = listed("Quill-One");
-        camera.connect();
+        Camera& camera = connected("Quill-One");
         const auto counters = countersOfARun(camera, 20);
         expectEveryFrameCounted(counters);
         if (fault.loss != nullptr) {
@@ -325,8 +305,7 @@ void expectPattern(const Imaging::Image& image, const GenICamDevices::PixelForma
 TEST_F(GenICamTest, EveryPixelFormatArrivesAsItWasSent) {
     const CameraProcess process(software("127.0.0.2", {"--size", "64x32", "--fps", "100"}));
     lookOn({}, {"127.0.0.2"});
-    Camera& camera = listed("Quill-One");
-    camera.connect();
+    Camera& camera = connected("Quill-One");
     for (const GenICamDevices::PixelFormat& format : GenICamDevices::kPixelFormats) {
         if (format.kind == GenICamDevices::PixelKind::Yuv422) {
             continue; // is converted, to RGB
@@ -346,8 +325,7 @@ TEST_F(GenICamTest, EveryPixelFormatArrivesAsItWasSent) {
 TEST_F(GenICamTest, AQueueThatHoldsTheStreamBackLosesNothingSilently) {
     const CameraProcess process(software("127.0.0.2", {"--size", "64x32", "--fps", "1000"}));
     lookOn({}, {"127.0.0.2"});
-    Camera& camera = listed("Quill-One");
-    camera.connect();
+    Camera& camera = connected("Quill-One");
     FrameQueue queue = camera.openFrameQueue({1, WhenFull::HoldBack, "test"});
     camera.startStream();
     ASSERT_TRUE(queue.pop(kLongEnough));
@@ -370,12 +348,11 @@ TEST_F(GenICamTest, CamerasAreOpenedAndReadByThreadsOfTheirOwn) {
     lookOn({}, {"127.0.0.2", "127.0.0.3"});
     std::vector<std::thread> threads;
     for (const char* name : {"Aravis-One", "Aravis-Two"}) {
-        Camera& camera = listed(name);
-        threads.emplace_back([&camera] {
+        threads.emplace_back([name] {
             for (int i = 0; i < 5; ++i) {
-                camera.connect();
-                EXPECT_EQ(camera.getImage()->getWidth(), 512U);
-                camera.disconnect();
+                Camera& camera = connected(name);
+                EXPECT_NO_THROW(EXPECT_EQ(camera.getImage()->getWidth(), 512U));
+                EXPECT_NO_THROW(camera.disconnect());
             }
         });
     }

@@ -68,6 +68,19 @@ protected:
         }));
         return CameraInterface::Camera::getCamera(serialNumber);
     }
+
+    /// Waits until the camera is listed and connected. A peer's answer may be late on a busy machine.
+    static CameraInterface::Camera& connected(const std::string& serialNumber) {
+        EXPECT_TRUE(eventually([&] {
+            try {
+                listed(serialNumber).connect();
+                return true;
+            } catch (const KestrelExceptions::KestrelException_Camera&) {
+                return false;
+            }
+        }));
+        return CameraInterface::Camera::getCamera(serialNumber);
+    }
 };
 
 } // namespace TestSupport

@@ -91,8 +91,7 @@ TEST_F(GenICamTest, ACameraThatAnswersLateStaysListed) {
 TEST_F(GenICamTest, AnImageHasTheSizeOfItsFrame) {
     const CameraProcess process(software("127.0.0.2", {"--size", "640x480", "--fps", "200", "--vary-height"}));
     lookOn({}, {"127.0.0.2"});
-    Camera& camera = listed("Quill-One");
-    camera.connect();
+    Camera& camera = connected("Quill-One");
     camera.startStream();
     std::set<unsigned> heights;
     for (int i = 0; i < 40 || heights.size() < 2; ++i) {
@@ -110,8 +109,7 @@ TEST_F(GenICamTest, AnImageHasTheSizeOfItsFrame) {
 TEST_F(GenICamTest, ARunWithoutMemoryEndsAndTheNextOneWorks) {
     const CameraProcess process(software("127.0.0.2", {"--size", "640x480", "--fps", "100"}));
     lookOn({}, {"127.0.0.2"});
-    Camera& camera = listed("Quill-One");
-    camera.connect();
+    Camera& camera = connected("Quill-One");
     for (int run = 0; run < 3; ++run) {
         FrameQueue queue = camera.openFrameQueue({64, WhenFull::DropNewest, "test"});
         camera.startStream();
@@ -134,8 +132,7 @@ TEST_F(GenICamTest, ARunWithoutMemoryEndsAndTheNextOneWorks) {
 TEST_F(GenICamTest, AnOutageWithinTheTimeOutEndsWithACameraThatStreams) {
     const CameraProcess process(software("127.0.0.2", {"--size", "64x32"}));
     lookOn({}, {"127.0.0.2"}, 2 * std::chrono::milliseconds(kLongEnough).count());
-    Camera& camera = listed("Quill-One");
-    camera.connect();
+    Camera& camera = connected("Quill-One");
     process.tell("silent on");
     EXPECT_TRUE(eventually([&] { return !camera.isCameraAlive(); }));
     std::this_thread::sleep_for(8s); // Aravis gives control up after 5 s
@@ -165,8 +162,7 @@ TEST_F(GenICamTest, AProcessThatWasStoppedFindsItsCameraOrSaysThatItIsGone) {
             lookOn({}, {"127.0.0.2"}, 1000);
             listed("Quill-One");
             Camera::initialiseWorkspace();
-            Camera& camera = Camera::getCamera("Quill-One");
-            camera.connect();
+            Camera& camera = connected("Quill-One");
             FrameQueue queue = camera.openFrameQueue({4, WhenFull::DropOldest, "test"});
             camera.startStream();
             const bool hadFrame = static_cast<bool>(queue.pop(kLongEnough));
