@@ -106,6 +106,7 @@ TEST_F(GenICamTest, AnImageHasTheSizeOfItsFrame) {
     expectEveryFrameCounted(camera.getStreamCounters());
 }
 
+#ifndef QUILL_THREAD_SANITIZER // which defines the operators that would fail
 TEST_F(GenICamTest, ARunWithoutMemoryEndsAndTheNextOneWorks) {
     const CameraProcess process(software("127.0.0.2", {"--size", "640x480", "--fps", "100"}));
     lookOn({}, {"127.0.0.2"});
@@ -128,6 +129,7 @@ TEST_F(GenICamTest, ARunWithoutMemoryEndsAndTheNextOneWorks) {
     }
     EXPECT_TRUE(camera.getImage());
 }
+#endif
 
 TEST_F(GenICamTest, AnOutageWithinTheTimeOutEndsWithACameraThatStreams) {
     const CameraProcess process(software("127.0.0.2", {"--size", "64x32"}));

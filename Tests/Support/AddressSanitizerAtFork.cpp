@@ -6,6 +6,7 @@
 #include <pthread.h>
 
 #if defined(__clang__) && __clang_major__ < 17
+#    if __has_feature(address_sanitizer)
 
 // Of the runtime, which is linked statically; compiler-rt/lib/lsan/lsan_common.h and sanitizer_stackdepot.h.
 namespace __lsan { // NOLINT(bugprone-reserved-identifier)
@@ -38,4 +39,5 @@ namespace {
 
 } // namespace
 
+#    endif
 #endif
