@@ -30,6 +30,9 @@ bool loadPlugins() {
 
 int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
+    if (GTEST_FLAG_GET(list_tests)) { // when the tests are discovered, without what their environment suppresses
+        return RUN_ALL_TESTS();
+    }
     for (const char* searched :
          {"GST_PLUGIN_SYSTEM_PATH_1_0", "GST_PLUGIN_SYSTEM_PATH", "GST_PLUGIN_PATH_1_0", "GST_PLUGIN_PATH"}) {
         setenv(searched, "", 1);
