@@ -145,11 +145,20 @@ private:
     std::unordered_map<std::string, Id> m_Ids;
 };
 
+xmlParserCtxtPtr createContext(const std::string& xml) {
+    // libxml2 does not initialise itself safely when several threads begin at once.
+    static const bool isInitialised = [] {
+        xmlInitParser();
+        return true;
+    }();
+    static_cast<void>(isInitialised);
+    return xmlCreateMemoryParserCtxt(xml.data(), static_cast<int>(xml.size()));
+}
+
 /// Reads a description with the parser that Aravis uses, so that both see the same document.
 class Reader {
 public:
-    explicit Reader(const std::string& xml)
-        : m_Context(xmlCreateMemoryParserCtxt(xml.data(), static_cast<int>(xml.size())), xmlFreeParserCtxt) {
+    explicit Reader(const std::string& xml) : m_Context(createContext(xml), xmlFreeParserCtxt) {
         if (!m_Context) {
             throw std::runtime_error("Its description is empty.");
         }
