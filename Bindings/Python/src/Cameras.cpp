@@ -246,7 +246,7 @@ void bindCameras(py::module_& module) {
         .def_property_readonly(
             "is_listed", [](const CameraHandle& handle) { return handle.isListed(); },
             "Whether the camera is still in the list. Without, everything else raises CameraGoneError.")
-        .def_property_readonly("state", &stateName, "\"connected\", \"disconnected\" or \"suspended\".")
+        .def_property_readonly("state", &stateName, R"("connected", "disconnected" or "suspended".)")
         .def_property_readonly("is_connected", [](CameraHandle& handle) { return CameraUse(handle)->isConnected(); })
         .def_property_readonly("is_alive", &isAlive, "Whether the camera is listed and, connected, still answers.")
         .def_property_readonly(

@@ -157,7 +157,7 @@ FrameQueueSettings queueSettings(std::size_t capacity, const std::string& whenFu
             return {capacity, value, std::move(name)};
         }
     }
-    throw py::value_error("when_full is \"drop_oldest\", \"drop_newest\" or \"hold_back\".");
+    throw py::value_error(R"(when_full is "drop_oldest", "drop_newest" or "hold_back".)");
 }
 
 py::dict toPython(const std::vector<StreamCounter>& counters) {
@@ -198,9 +198,8 @@ void bindFrames(py::module_& module) {
             "The number that the camera gave the frame, or None.")
         .def_property_readonly("camera_time", &cameraTime,
                                "The camera's own timestamp in nanoseconds on its camera_clock, or None.")
-        .def_property_readonly(
-            "camera_clock", &clockName,
-            "\"none\", \"camera\" (an instant of its choice is 0), or \"epoch\" (1970-01-01 TAI is 0).")
+        .def_property_readonly("camera_clock", &clockName,
+                               R"("none", "camera" (an instant of its choice is 0), or "epoch" (1970-01-01 TAI is 0).)")
         .def_property_readonly(
             "arrival", [](const Frame& frame) { return nanosecondsOf(frame.information.arrival); },
             "When the last byte was here: nanoseconds on the clock of time.monotonic_ns().")

@@ -134,9 +134,8 @@ False stand for "Enabled" and "Disabled"; most properties ignore a write while t
             "text", &textOf<&Property::getValue>,
             [](const PropertyObject& object, const py::str& text) { writeText(object, toBytes(text)); },
             "The value as the library's text, such as \"12.500000\".")
-        .def_property_readonly("type", &typeName, "\"Integer\", \"Float\", \"String\" or \"Boolean\".")
-        .def_property_readonly("unit", &textOf<&Property::getUnit>,
-                               "The unit of the value: \"ms\", \"px\", ... or \"\".")
+        .def_property_readonly("type", &typeName, R"("Integer", "Float", "String" or "Boolean".)")
+        .def_property_readonly("unit", &textOf<&Property::getUnit>, R"(The unit of the value: "ms", "px", ... or "".)")
         .def_property_readonly("range", &range, "The smallest and the largest value.")
         .def_property_readonly("step", &step, "The step of which a value is a multiple, or None.")
         .def_property_readonly("default", &valueOf<&Property::getDefault>, "The value after reset().")
@@ -145,7 +144,7 @@ False stand for "Enabled" and "Disabled"; most properties ignore a write while t
         .def_property_readonly("category", &textOf<&Property::getCategory>,
                                "Such as \"Image Format Control\", or an empty text.")
         .def_property_readonly("visibility", &visibility,
-                               "For whom the property is: \"beginner\", \"expert\", \"guru\", \"invisible\".")
+                               R"(For whom the property is: "beginner", "expert", "guru", "invisible".)")
         .def_property_readonly("writable", &isTrue<&Property::isAvailableForWriting>, "Whether it can be written now.")
         .def_property_readonly("read_only", &isTrue<&Property::isReadOnly>, "Whether it can never be written.")
         .def(
