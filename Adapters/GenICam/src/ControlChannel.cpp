@@ -30,7 +30,7 @@ constexpr auto kLongestPending = 10000ms;
 constexpr int kSignsPerTimeout = 5;
 constexpr auto kLongestPeriod = 500ms;
 constexpr auto kShortestPeriod = 50ms;
-/// A camera that asks for more does not give itself free.
+/// A camera that asks for more does not free itself.
 constexpr std::chrono::milliseconds kLongestHeartbeat = 1h;
 
 bool isWriting(Command command) {

@@ -25,6 +25,7 @@ namespace {
 
 // More than any description has.
 constexpr std::size_t kMostElements = 500000;
+constexpr std::size_t kMostReferences = 2000000;
 constexpr std::size_t kLongestFormula = 16384;
 constexpr std::int64_t kLongestRegister = std::int64_t{16} << 20;
 /// Features that are read one for another, each of which may ask the camera.
@@ -294,6 +295,9 @@ private:
         const References::Id target = m_References.named(trimmed(element.text));
         for (const Element& outer : m_Open) {
             if (outer.node) {
+                if (++m_ReferenceCount > kMostReferences) {
+                    throw std::runtime_error("Its description has too many references.");
+                }
                 m_References.refer(*outer.node, *element.reference, target, element.used);
             }
         }
@@ -326,6 +330,7 @@ private:
     References m_References;
     std::vector<Element> m_Open;
     std::size_t m_Elements = 0;
+    std::size_t m_ReferenceCount = 0;
     CheckedDescription m_Found;
     std::exception_ptr m_Refusal;
 };

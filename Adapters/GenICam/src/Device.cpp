@@ -254,6 +254,7 @@ std::shared_ptr<Device> Device::open(const FoundCamera& camera, std::uint32_t he
         channel->setDeadline(std::chrono::steady_clock::time_point::max());
         return std::shared_ptr<Device>(new Device(std::move(device), channel, camera.record.address));
     } catch (...) {
+        channel->setDeadline(std::chrono::steady_clock::time_point::max()); // which would keep the good-bye back, too
         leaveControl(channel);
         throw;
     }

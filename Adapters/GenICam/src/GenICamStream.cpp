@@ -94,7 +94,7 @@ RunSettings GenICamStream::readSettings(const Device& device) {
     const auto frame =
         settings.format->frameBytes(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
     const std::int64_t payload = integerOf(device, "PayloadSize");
-    if (!frame || payload <= 0 || payload > kLargestPayload) {
+    if (!frame || *frame > std::size_t{kLargestPayload} || payload <= 0 || payload > kLargestPayload) {
         raiseNotStarted(Errors::kInvalidStreamSettings, "The size of the payload is invalid.");
     }
     settings.payloadBytes = std::max(*frame, static_cast<std::size_t>(payload));

@@ -121,9 +121,9 @@ Packet makeWriteMemory(std::uint16_t id, std::uint32_t address, const std::uint8
     return packet;
 }
 
-Packet makeAnswer(std::uint16_t id, Command command, const Packet& payload) {
+Packet makeAnswer(std::uint16_t id, Command command, const Packet& payload, std::uint16_t status) {
     Packet packet;
-    append16(packet, 0);
+    append16(packet, status);
     append16(packet, static_cast<std::uint32_t>(command) + 1);
     append16(packet, static_cast<std::uint32_t>(payload.size()));
     append16(packet, id);

@@ -79,7 +79,7 @@ Packet makeReadMemory(std::uint16_t id, std::uint32_t address, std::uint16_t byt
 Packet makeWriteMemory(std::uint16_t id, std::uint32_t address, const std::uint8_t* data, std::size_t bytes);
 
 /// Says that a command was done, as a camera does.
-Packet makeAnswer(std::uint16_t id, Command command, const Packet& payload);
+Packet makeAnswer(std::uint16_t id, Command command, const Packet& payload, std::uint16_t status = 0);
 
 /// An answer; the payload lies in the packet. A command has the same fields, but for its status.
 struct Answer {
@@ -93,6 +93,7 @@ struct Answer {
 /// The camera needs the time, in milliseconds, that the last two bytes of the payload give.
 constexpr std::uint16_t kPending = 0x0089;
 constexpr std::uint16_t kAccessDenied = 0x8006;
+constexpr std::uint16_t kBusy = 0x8007;
 
 std::optional<Answer> parseAnswer(const std::uint8_t* packet, std::size_t size);
 /// What an answer is to the command that was sent.
@@ -103,7 +104,7 @@ std::uint16_t pendingMsOf(const Answer& answer);
 /// The bytes of an answer to a reading of memory; null if they are fewer.
 const std::uint8_t* memoryOf(const Answer& answer, std::size_t bytes);
 
-/// The bytes of an URL register.
+/// The bytes of a URL register.
 constexpr std::size_t kUrlSize = 512;
 /// Where in a camera's memory its description lies.
 struct DescriptionPlace {

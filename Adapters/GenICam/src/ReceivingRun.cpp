@@ -144,7 +144,7 @@ void ReceivingRun::onEvent(void* self, ArvStreamCallbackType type, ArvBuffer* bu
     if (type != ARV_STREAM_CALLBACK_TYPE_BUFFER_DONE || buffer == nullptr) {
         return;
     }
-    // Aravis notes by the computer's clock when the first packet came; setting that clock must not give a nonsense.
+    // Aravis notes by the computer's clock when the first packet came; setting that clock must not give nonsense.
     const gint64 sinceFirst = g_get_real_time() * 1000 - static_cast<gint64>(arv_buffer_get_system_timestamp(buffer));
     const Arrival arrival{Clock::now(), std::max(0.0, static_cast<double>(sinceFirst) * 1e-9)};
     auto& run = *static_cast<ReceivingRun*>(self);

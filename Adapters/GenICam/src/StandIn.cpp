@@ -104,7 +104,7 @@ std::optional<Packet> StandIn::answer(const Answer& request) {
     case Command::ReadRegister: {
         std::uint32_t value = kControlAccess;
         if (address != Registers::kControl && !m_Channel.readRegister(address, value)) {
-            return std::nullopt;
+            return makeAnswer(request.id, command, {}, kBusy); // without an answer, Aravis would ask again and again
         }
         appendBig32(payload, value);
         break;
@@ -114,7 +114,7 @@ std::optional<Packet> StandIn::answer(const Answer& request) {
         payload.resize(4 + std::min(count, kMostBytes));
         std::copy_n(request.payload, request.size >= 4 ? 4 : 0, payload.begin());
         if (!readMemory(address, payload.data() + 4, payload.size() - 4)) {
-            return std::nullopt;
+            return makeAnswer(request.id, command, {}, kBusy);
         }
         break;
     }

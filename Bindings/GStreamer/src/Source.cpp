@@ -97,22 +97,22 @@ void Source::setExtraProperties(const std::string& assignments) {
         const MutexLock lock(m_Mutex);
         m_Options.extraProperties = assignments;
     }
-    if (!use()) {
+    const std::shared_ptr<CameraUse> camera = use();
+    if (!camera) {
         return;
     }
     try {
-        writeSettings(parseAssignments(assignments));
+        writeSettings(*camera, parseAssignments(assignments));
     } catch (const std::exception& failure) {
         GST_ELEMENT_WARNING(&m_Element, RESOURCE, SETTINGS, ("%s", reasonOf(failure).c_str()), (nullptr));
     }
 }
 
-void Source::writeSettings(const CameraInterface::CameraSettings& settings) {
+void Source::writeSettings(CameraUse& camera, const CameraInterface::CameraSettings& settings) {
     if (settings.values.empty()) {
         return;
     }
-    const std::shared_ptr<CameraUse> camera = use();
-    camera->with([&](Camera& object) {
+    camera.with([&](Camera& object) {
         writeValues(object, settings, [this](const std::string& sentence) {
             GST_ELEMENT_WARNING(&m_Element, RESOURCE, SETTINGS, ("%s", sentence.c_str()), (nullptr));
         });
@@ -134,9 +134,9 @@ void Source::start() {
     try {
         attempt(GST_RESOURCE_ERROR_SETTINGS, name + " cannot be set", [&] {
             if (!options.settingsFile.empty()) {
-                writeSettings(readSettingsFile(options.settingsFile));
+                writeSettings(*opened, readSettingsFile(options.settingsFile));
             }
-            writeSettings(parseAssignments(options.extraProperties));
+            writeSettings(*opened, parseAssignments(options.extraProperties));
         });
         adaptRate();
         attempt(GST_RESOURCE_ERROR_OPEN_READ, name + " cannot stream", [&] {

@@ -92,7 +92,7 @@ private:
     using Image = std::shared_ptr<const Imaging::Image>;
 
     std::shared_ptr<CameraUse> use() const;
-    void writeSettings(const CameraInterface::CameraSettings& settings);
+    void writeSettings(CameraUse& camera, const CameraInterface::CameraSettings& settings);
     void openQueue();
     void setLayout(const ImageLayout& layout);
     GstFlowReturn deliver(const CameraInterface::Frame& frame, GstBuffer*& buffer);

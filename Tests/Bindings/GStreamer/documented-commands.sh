@@ -39,7 +39,7 @@ while IFS= read -r line; do
         echo "$line &"
         eval "exec $line" >"$work/started" 2>&1 &
         job=$!
-        until [[ -s $work/started ]]; do kill -0 "$job" && sleep 0.1; done # its first line says that it runs
+        until [[ -s $work/started ]]; do kill -0 "$job" || exit 1; sleep 0.1; done # its first line says that it runs
         ;;
     '$ '*)
         echo "${line#\$ }"

@@ -7,6 +7,8 @@
 #include <gst/gst.h>
 #include <gtest/gtest.h>
 
+#include <Quill.h>
+
 namespace {
 
 const std::string kSystemPlugins = QUILL_TEST_GSTREAMER_PLUGINS;
@@ -39,6 +41,9 @@ int main(int argc, char** argv) {
     }
     setenv("GST_REGISTRY_FORK", "no", 1);
     setenv("GST_REGISTRY", "/dev/null/registry", 1); // neither read nor written
+    CameraInterface::GenICam::Settings none;         // whatever this machine's settings say
+    none.usb = false;
+    CameraInterface::GenICam::configure(none);
     gst_init(&argc, &argv);
     return loadPlugins() ? RUN_ALL_TESTS() : 1;
 }
