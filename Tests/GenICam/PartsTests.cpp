@@ -121,9 +121,7 @@ TEST(DescriptionCheckTest, AcceptsWhatEndsAndRefusesWhatDoesNot) {
                                         std::string("<StringReg Name='A'><pLength>B</pLength></StringReg>"),
                                         std::string("<Integer Name='A'><pIsLocked>A</pIsLocked></Integer>")}) {
         const std::string xml = described(features);
-        const CheckedDescription found = checkDescription(xml + "\n<after>");
-        EXPECT_EQ(found.size, xml.size()) << features;
-        EXPECT_EQ(xml.substr(0, found.headSize), "<RegisterDescription");
+        EXPECT_EQ(checkDescription(xml + "\n<after>"), xml.size()) << features;
     }
     const struct {
         std::string xml;

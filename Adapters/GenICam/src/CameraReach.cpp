@@ -29,12 +29,20 @@ std::string withMask(std::uint32_t address, std::uint32_t mask) {
     return CardAddress{address, mask}.text();
 }
 
-} // namespace
-
-CameraReach reachOf(const FoundCamera& camera) {
+CameraReach reachOverPresentCards(const FoundCamera& camera) {
     const std::vector<NetworkCard> cards = networkCards();
     const std::uint32_t address = Ipv4::parse(camera.record.address).value_or(0);
     return reachOf(camera, cards, routeTo(address, cards), isRoutedOnCard(camera.card, address));
+}
+
+} // namespace
+
+CameraReach reachOf(const FoundCamera& camera) {
+    CameraReach reach = reachOverPresentCards(camera);
+    if (reach.card) {
+        addLimits(*reach.card);
+    }
+    return reach;
 }
 
 CameraReach reachOf(const FoundCamera& camera, const std::vector<NetworkCard>& cards, const Route& route,
@@ -80,7 +88,10 @@ CameraReach reachOf(const FoundCamera& camera, const std::vector<NetworkCard>& c
 }
 
 void requireReachable(const FoundCamera& camera) {
-    const CameraReach reach = reachOf(camera);
+    if (camera.card.empty()) {
+        return; // found by its address, over whatever way there is
+    }
+    const CameraReach reach = reachOverPresentCards(camera);
     if (!reach.obstacle.empty()) {
         throw std::runtime_error(reach.obstacle + (reach.remedy.empty() ? "" : " This helps: " + reach.remedy));
     }

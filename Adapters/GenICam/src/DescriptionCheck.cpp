@@ -189,16 +189,17 @@ public:
     Reader& operator=(const Reader&) = delete;
     ~Reader() = default;
 
-    CheckedDescription read() {
+    /// @return bytes of the document
+    std::size_t read() {
         xmlParseDocument(m_Context.get());
         if (m_Refusal) {
             std::rethrow_exception(m_Refusal);
         }
-        if (m_Found.size == 0) {
+        if (m_Size == 0) {
             throw std::runtime_error("Its description is no complete XML document.");
         }
         m_References.requireEnd();
-        return m_Found;
+        return m_Size;
     }
 
 private:
@@ -225,14 +226,17 @@ private:
         }
     }
 
-    std::size_t position() const { return static_cast<std::size_t>(xmlByteConsumed(m_Context.get())); }
+    std::size_t position() const {
+        const long place = xmlByteConsumed(m_Context.get());
+        if (place < 0) {
+            throw std::runtime_error("Its description has an encoding that cannot be followed.");
+        }
+        return static_cast<std::size_t>(place);
+    }
 
     void begin(std::string_view name, const xmlChar** attributes, int count) {
         if (m_Open.empty() && name != "RegisterDescription") {
             throw std::runtime_error("Its description is none of GenICam.");
-        }
-        if (m_Open.empty()) {
-            m_Found.headSize = position();
         }
         if (++m_Elements > kMostElements) {
             throw std::runtime_error("Its description has too many parts.");
@@ -286,7 +290,7 @@ private:
             throw std::runtime_error("Its description has a number of variable length.");
         }
         if (m_Open.empty()) {
-            m_Found.size = position();
+            m_Size = position();
         }
     }
 
@@ -331,21 +335,21 @@ private:
     std::vector<Element> m_Open;
     std::size_t m_Elements = 0;
     std::size_t m_ReferenceCount = 0;
-    CheckedDescription m_Found;
+    std::size_t m_Size = 0;
     std::exception_ptr m_Refusal;
 };
 
 } // namespace
 
-CheckedDescription checkDescription(const std::string& xml) {
+std::size_t checkDescription(const std::string& xml) {
     if (xml.size() > kLargestXml) {
         throw std::runtime_error("Its description is too large.");
     }
-    const CheckedDescription found = Reader(xml).read();
-    if (xml.find('\0') < found.size) {
+    const std::size_t size = Reader(xml).read();
+    if (xml.find('\0') < size) {
         throw std::runtime_error("Its description has an encoding of more than one byte.");
     }
-    return found;
+    return size;
 }
 
 } // namespace GenICamAdapter

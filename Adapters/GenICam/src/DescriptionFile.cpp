@@ -48,7 +48,7 @@ std::optional<Gvcp::DescriptionPlace> readPlace(ControlChannel& channel, std::ui
 
 } // namespace
 
-DescriptionFile fetchDescription(ControlChannel& channel) {
+std::string fetchDescription(ControlChannel& channel) {
     auto place = readPlace(channel, Gvcp::Registers::kFirstUrl);
     if (!place) {
         place = readPlace(channel, Gvcp::Registers::kSecondUrl);
@@ -66,10 +66,8 @@ DescriptionFile fetchDescription(ControlChannel& channel) {
     if (isZipped(file)) {
         file = unzipFirst(file, kLargestXml);
     }
-    const CheckedDescription checked = checkDescription(file);
-    file.resize(checked.size);
-    std::string head = file.substr(0, checked.headSize) + "/>";
-    return {std::move(file), std::move(head)};
+    file.resize(checkDescription(file));
+    return file;
 }
 
 } // namespace GenICamAdapter

@@ -7,15 +7,9 @@
 
 namespace GenICamAdapter {
 
-/// The description of a camera's features.
-struct DescriptionFile {
-    std::string xml;
-    std::string head; ///< the same without its contents
-};
-
 /// Fetches the description of a camera's features from the camera itself, expands it if it is zipped, and checks it.
-/// @return XML documents that Aravis can take
+/// @return an XML document that Aravis can take
 /// @throws std::runtime_error  there is none, it is broken, too large or harmful, or the channel's deadline passes
-DescriptionFile fetchDescription(ControlChannel& channel);
+std::string fetchDescription(ControlChannel& channel);
 
 } // namespace GenICamAdapter

@@ -6,6 +6,8 @@
 #include <chrono>
 #include <cstring>
 #include <fstream>
+#include <future>
+#include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -28,8 +30,13 @@ using Channel = std::shared_ptr<ControlChannel>;
 constexpr std::uint32_t kHeartbeatWhileDebuggingMs = 300000;
 /// A camera that needs longer is refused.
 constexpr std::chrono::seconds kLongestOpening{10};
-/// The part of it in which others wait.
-constexpr std::chrono::seconds kLongestConstruction{2};
+/// What Aravis asks of a camera while it constructs a device.
+constexpr std::uint32_t kAskedByAravis[] = {Gvcp::Registers::kDeviceMode, Gvcp::Registers::kCapabilities};
+constexpr const char* kAttributesOfDescription[] = {
+    "ModelName",          "VendorName",         "ToolTip",
+    "StandardNameSpace",  "ProductGuid",        "VersionGuid",
+    "MajorVersion",       "MinorVersion",       "SubMinorVersion",
+    "SchemaMajorVersion", "SchemaMinorVersion", "SchemaSubMinorVersion"};
 
 /// What a device of Aravis has besides.
 struct Extension {
@@ -150,15 +157,14 @@ void redirect(ArvDevice* device, const std::string& address) {
     }
 }
 
-/// Opens a camera that the channel controls already. Aravis streams only from a camera that it believes to control.
-ObjectPointer<ArvDevice> constructNetworkDevice(const Channel& channel, const std::string& address,
-                                                DescriptionFile description) {
+/// Lets Aravis construct a device in front of a camera that the channel controls already: Aravis streams only from a
+/// camera that it believes to control. The device has no description yet.
+ObjectPointer<ArvDevice> constructNetworkDevice(const Channel& channel, const std::string& address) {
     const ObjectPointer<GInetAddress> card = inetAddressOf(channel->localAddress());
-    const StandIn standIn(*channel, description.head);
+    const StandIn standIn(*channel, {std::begin(kAskedByAravis), std::end(kAskedByAravis)});
     const ObjectPointer<GInetAddress> place = inetAddressOf(standIn.address());
     Failure failure;
     const MutexLock lock(aravisMutex());
-    channel->setDeadline(std::chrono::steady_clock::now() + kLongestConstruction);
     channelOfOpening = &channel;
     ObjectPointer<ArvDevice> device(
         static_cast<ArvDevice*>(g_initable_new(networkDeviceType(), nullptr, failure.out(), "interface-address",
@@ -168,15 +174,27 @@ ObjectPointer<ArvDevice> constructNetworkDevice(const Channel& channel, const st
         throw std::runtime_error(failure.text());
     }
     redirect(device.get(), address);
-    // Aravis has added registers of its own to the head.
-    auto* const features = ARV_DOM_DOCUMENT(arv_device_get_genicam(device.get()));
-    arv_dom_document_append_from_memory(features, nullptr, description.xml.data(),
-                                        static_cast<int>(description.xml.size()), failure.out());
+    return device;
+}
+
+/// Adds a description to the empty one, to which Aravis has added registers of its own.
+void describe(ArvDevice* device, std::string xml) {
+    Failure failure;
+    auto* const features = ARV_DOM_DOCUMENT(arv_device_get_genicam(device));
+    const MutexLock lock(aravisMutex());
+    arv_dom_document_append_from_memory(features, nullptr, xml.data(), static_cast<int>(xml.size()), failure.out());
     if (failure) {
         throw std::runtime_error(failure.text());
     }
-    extensionOf(device.get()).description = std::move(description.xml);
-    return device;
+    // Aravis looks for what is true of the whole in the first one.
+    ArvDomElement* const whole = arv_dom_document_get_document_element(features);
+    auto* const added = ARV_DOM_ELEMENT(arv_dom_node_get_last_child(ARV_DOM_NODE(features)));
+    for (const char* name : kAttributesOfDescription) {
+        if (const char* value = arv_dom_element_get_attribute(added, name)) {
+            arv_dom_element_set_attribute(whole, name, value);
+        }
+    }
+    extensionOf(device).description = std::move(xml);
 }
 
 ObjectPointer<ArvDevice> constructUsbDevice(const std::string& id) {
@@ -246,11 +264,13 @@ std::shared_ptr<Device> Device::open(const FoundCamera& camera, std::uint32_t he
     requireReachable(camera);
     const auto channel = std::make_shared<ControlChannel>(camera.record.address);
     channel->setDeadline(std::chrono::steady_clock::now() + kLongestOpening);
-    refuseFor(channel->controller());
-    DescriptionFile description = fetchDescription(*channel);
     takeControl(*channel, heartbeatMs);
     try {
-        auto device = constructNetworkDevice(channel, camera.record.address, std::move(description));
+        // Most of an opening is waiting for the description. Without a thread for it, it is fetched at the end.
+        auto description = std::async(std::launch::async | std::launch::deferred,
+                                      [&channel = *channel] { return fetchDescription(channel); });
+        auto device = constructNetworkDevice(channel, camera.record.address);
+        describe(device.get(), description.get());
         channel->setDeadline(std::chrono::steady_clock::time_point::max());
         return std::shared_ptr<Device>(new Device(std::move(device), channel, camera.record.address));
     } catch (...) {

@@ -28,6 +28,7 @@ enum class Command : std::uint16_t {
 
 /// Addresses of the standard registers.
 namespace Registers {
+constexpr std::uint32_t kDeviceMode = 0x0004;
 constexpr std::uint32_t kFirstUrl = 0x0200; // of the description
 constexpr std::uint32_t kSecondUrl = 0x0400;
 constexpr std::uint32_t kEnabledConfigurations = 0x0014;

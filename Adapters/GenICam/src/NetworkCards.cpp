@@ -117,17 +117,18 @@ std::vector<NetworkCard> networkCards() {
         }
     }
     freeifaddrs(list);
-    const CardQuestions questions;
-    const int filterOfAll = filterOf("all");
     std::vector<NetworkCard> result;
     for (auto& entry : cards) {
-        NetworkCard& card = entry.second;
-        card.mtu = questions.mtu(card.name);
-        card.speedMbps = card.hasLink ? questions.speedMbps(card.name) : std::nullopt;
-        card.reversePathFilter = std::max(filterOfAll, filterOf(card.name));
-        result.push_back(std::move(card));
+        result.push_back(std::move(entry.second));
     }
     return result;
+}
+
+void addLimits(NetworkCard& card) {
+    const CardQuestions questions;
+    card.mtu = questions.mtu(card.name);
+    card.speedMbps = card.hasLink ? questions.speedMbps(card.name) : std::nullopt;
+    card.reversePathFilter = std::max(filterOf("all"), filterOf(card.name));
 }
 
 Route routeTo(std::uint32_t address, const std::vector<NetworkCard>& cards) {

@@ -24,6 +24,8 @@ struct NetworkCard {
     std::vector<CardAddress> addresses;
     bool isUp = false;
     bool hasLink = false;
+
+    // Known after addLimits().
     std::uint32_t mtu = 0;                  ///< bytes of the largest packet
     std::optional<std::uint32_t> speedMbps; ///< nothing if the card has no speed, or no link
     int reversePathFilter = 0;              ///< 1 drops packets whose sender is reached over another card
@@ -34,6 +36,9 @@ struct NetworkCard {
 
 /// The cards of this computer, those without an address too.
 std::vector<NetworkCard> networkCards();
+
+/// Asks the system what a card lets through.
+void addLimits(NetworkCard& card);
 
 /// The way on which packets to an address leave.
 struct Route {

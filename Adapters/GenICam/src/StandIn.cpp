@@ -20,6 +20,7 @@ using namespace Gvcp;
 
 namespace {
 
+constexpr std::string_view kDescription = "<RegisterDescription/>";
 constexpr std::uint32_t kDescriptionAt = 0x10000;
 
 /// Addresses to try: each that is in use belongs to another opening, in this process or another one.
@@ -27,10 +28,10 @@ constexpr int kMostTries = 100;
 /// How long the end waits if the packet that announces it is lost.
 constexpr std::chrono::milliseconds kLongestWait{100};
 
-std::string urlOf(const std::string& description) {
+std::string urlOfDescription() {
     std::array<char, 64> url{};
-    static_cast<void>(
-        std::snprintf(url.data(), url.size(), "Local:camera.xml;%X;%zX", unsigned{kDescriptionAt}, description.size()));
+    static_cast<void>(std::snprintf(url.data(), url.size(), "Local:camera.xml;%X;%zX", unsigned{kDescriptionAt},
+                                    kDescription.size()));
     return url.data();
 }
 
@@ -44,9 +45,13 @@ bool copyText(std::string_view text, std::size_t from, std::uint8_t* bytes, std:
 
 } // namespace
 
-StandIn::StandIn(ControlChannel& channel, std::string description)
-    : m_Channel(channel), m_Description(std::move(description)), m_Url(urlOf(m_Description)),
-      m_Address(bindToFreeAddress(m_Socket)) {
+StandIn::StandIn(ControlChannel& channel, const std::vector<std::uint32_t>& known)
+    : m_Channel(channel), m_Registers{{Registers::kControl, kControlAccess}}, m_Address(bindToFreeAddress(m_Socket)) {
+    for (const std::uint32_t address : known) {
+        if (std::uint32_t value = 0; m_Channel.readRegister(address, value)) {
+            m_Registers.emplace(address, value);
+        }
+    }
     m_Thread = std::thread([this] { run(); });
 }
 
@@ -102,8 +107,8 @@ std::optional<Packet> StandIn::answer(const Answer& request) {
     Packet payload;
     switch (command) {
     case Command::ReadRegister: {
-        std::uint32_t value = kControlAccess;
-        if (address != Registers::kControl && !m_Channel.readRegister(address, value)) {
+        std::uint32_t value = 0;
+        if (!readRegister(address, value)) {
             return makeAnswer(request.id, command, {}, kBusy); // without an answer, Aravis would ask again and again
         }
         appendBig32(payload, value);
@@ -128,12 +133,20 @@ std::optional<Packet> StandIn::answer(const Answer& request) {
     return makeAnswer(request.id, command, payload);
 }
 
+bool StandIn::readRegister(std::uint32_t address, std::uint32_t& value) {
+    if (const auto known = m_Registers.find(address); known != m_Registers.end()) {
+        value = known->second;
+        return true;
+    }
+    return static_cast<bool>(m_Channel.readRegister(address, value));
+}
+
 bool StandIn::readMemory(std::uint32_t address, std::uint8_t* bytes, std::size_t count) {
     if (address == Registers::kFirstUrl) {
-        return copyText(m_Url, 0, bytes, count);
+        return copyText(urlOfDescription(), 0, bytes, count);
     }
-    if (address >= kDescriptionAt && address - kDescriptionAt < m_Description.size()) {
-        return copyText(m_Description, address - kDescriptionAt, bytes, count);
+    if (address >= kDescriptionAt && address - kDescriptionAt < kDescription.size()) {
+        return copyText(kDescription, address - kDescriptionAt, bytes, count);
     }
     return static_cast<bool>(m_Channel.readMemory(address, bytes, count));
 }
