@@ -24,7 +24,7 @@ constexpr std::array kWritingWaits{200ms, 300ms, 1000ms};
 constexpr std::array kSilentWaits{100ms, 0ms, 0ms};
 /// A port that nobody listens on may belong to a camera that is just starting.
 constexpr auto kPauseAfterRefusal = 20ms;
-/// The longest time that a camera may ask for.
+/// The longest time that a camera may ask for, with all repetitions of a command.
 constexpr auto kLongestPending = 10000ms;
 /// A sign of life is due after a fraction of the time-out, and at the latest after half a second.
 constexpr int kSignsPerTimeout = 5;
@@ -99,6 +99,7 @@ std::uint16_t ControlChannel::nextId() {
 ControlChannel::Result ControlChannel::ask(Packet packet, Command command, Answer& answer) {
     const std::uint16_t id = readBig16(packet.data() + 6);
     const auto& waits = m_Silent ? kSilentWaits : isWriting(command) ? kWritingWaits : kReadingWaits;
+    const Clock::time_point latest = std::min(Clock::now() + kLongestPending, m_Deadline);
     for (const auto wait : waits) {
         const Clock::time_point now = Clock::now();
         if (wait == 0ms) {
@@ -108,7 +109,7 @@ ControlChannel::Result ControlChannel::ask(Packet packet, Command command, Answe
             return {}; // which says nothing of the next access
         }
         m_Socket.send(packet);
-        switch (waitForAnswer(id, command, std::min(now + wait, m_Deadline), answer)) {
+        switch (waitForAnswer(id, command, std::min(now + wait, m_Deadline), latest, answer)) {
         case UdpSocket::Arrival::Packet:
             m_Silent = false;
             if (answer.status != 0) {
@@ -127,8 +128,7 @@ ControlChannel::Result ControlChannel::ask(Packet packet, Command command, Answe
 }
 
 UdpSocket::Arrival ControlChannel::waitForAnswer(std::uint16_t id, Command command, Clock::time_point until,
-                                                 Answer& answer) {
-    const Clock::time_point latest = std::min(Clock::now() + kLongestPending, m_Deadline);
+                                                 Clock::time_point latest, Answer& answer) {
     PacketSource source;
     while (true) {
         const UdpSocket::Arrival arrival = m_Socket.receive(m_Buffer, until, source);

@@ -77,8 +77,9 @@ private:
 
     /// Sends a command and waits for its answer, which lies in the buffer.
     Result ask(Gvcp::Packet packet, Gvcp::Command command, Gvcp::Answer& answer) QUILL_REQUIRES(m_Mutex);
+    /// @param latest  where a camera that asks for more time finds its end
     UdpSocket::Arrival waitForAnswer(std::uint16_t id, Gvcp::Command command, Clock::time_point until,
-                                     Gvcp::Answer& answer) QUILL_REQUIRES(m_Mutex);
+                                     Clock::time_point latest, Gvcp::Answer& answer) QUILL_REQUIRES(m_Mutex);
     std::uint16_t nextId() QUILL_REQUIRES(m_Mutex);
     void keepControl();
 

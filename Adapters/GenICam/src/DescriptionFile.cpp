@@ -30,6 +30,12 @@ void requireAnswer(ControlChannel& channel, const ControlChannel::Result& result
     }
 }
 
+std::string printable(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+    return text;
+}
+
 /// The place in the camera; nothing if the register has no URL.
 std::optional<Gvcp::DescriptionPlace> readPlace(ControlChannel& channel, std::uint32_t urlRegister) {
     std::array<std::uint8_t, Gvcp::kUrlSize> bytes{};
@@ -41,7 +47,7 @@ std::optional<Gvcp::DescriptionPlace> readPlace(ControlChannel& channel, std::ui
     const std::string url(bytes.begin(), std::find(bytes.begin(), bytes.end(), 0));
     const auto place = Gvcp::placeOfDescription(url);
     if (!url.empty() && (!place || place->size == 0 || place->size > kLargestDescription)) {
-        throw std::runtime_error("Its description is not in the camera, or too large: " + url);
+        throw std::runtime_error("Its description is not in the camera, or too large: " + printable(url));
     }
     return place;
 }

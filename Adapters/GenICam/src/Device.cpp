@@ -8,6 +8,7 @@
 #include <fstream>
 #include <future>
 #include <iterator>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -33,10 +34,9 @@ constexpr std::chrono::seconds kLongestOpening{10};
 /// What Aravis asks of a camera while it constructs a device.
 constexpr std::uint32_t kAskedByAravis[] = {Gvcp::Registers::kDeviceMode, Gvcp::Registers::kCapabilities};
 constexpr const char* kAttributesOfDescription[] = {
-    "ModelName",          "VendorName",         "ToolTip",
-    "StandardNameSpace",  "ProductGuid",        "VersionGuid",
-    "MajorVersion",       "MinorVersion",       "SubMinorVersion",
-    "SchemaMajorVersion", "SchemaMinorVersion", "SchemaSubMinorVersion"};
+    "ModelName",          "VendorName",           "ToolTip",      "StandardNameSpace", "ProductGuid",
+    "VersionGuid",        "MajorVersion",         "MinorVersion", "SubMinorVersion",   "SchemaMajorVersion",
+    "SchemaMinorVersion", "SchemaSubMinorVersion"};
 
 /// What a device of Aravis has besides.
 struct Extension {
@@ -239,7 +239,11 @@ void release(ArvDevice* device, ControlChannel* channel) noexcept {
 bool leaveControl(const Channel& channel) {
     const bool isAnswered = channel->leaveControl();
     if (channel->owesGoodBye()) {
-        Process::instance().reaper().take([channel] { return channel->repeatGoodBye(); });
+        try {
+            Process::instance().reaper().take([channel] { return channel->repeatGoodBye(); });
+        } catch (const std::bad_alloc&) {
+            // The camera's time-out frees it.
+        }
     }
     return isAnswered;
 }
@@ -295,10 +299,15 @@ Device::Device(ObjectPointer<ArvDevice> device, std::shared_ptr<ControlChannel> 
 Device::~Device() {
     close();
     if (m_IsGone) { // Aravis says good-bye on its own, and waits for the answer
-        Process::instance().reaper().take([device = m_Device.release(), channel = m_Channel] {
-            release(device, channel.get());
-            return true;
-        });
+        ArvDevice* const device = m_Device.release();
+        try {
+            Process::instance().reaper().take([device, channel = m_Channel] {
+                release(device, channel.get());
+                return true;
+            });
+        } catch (const std::bad_alloc&) {
+            release(device, m_Channel.get());
+        }
     }
 }
 

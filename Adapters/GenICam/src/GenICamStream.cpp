@@ -24,7 +24,9 @@ constexpr const char* kStreamWord = "video";
 constexpr std::chrono::milliseconds kDefaultTimeout{5000};
 constexpr double kLongestTimeoutMs = 1e12;
 /// A larger frame is a wrong size.
-constexpr std::int64_t kLargestPayload = std::int64_t{1} << 31;
+constexpr std::size_t kLargestFrame = std::size_t{1} << 31;
+/// What a payload may have beside its frame, such as chunk data; more is a wrong size, for which memory would be taken.
+constexpr std::size_t kLargestAddition = std::size_t{16} << 20;
 
 std::chrono::nanoseconds toTime(double milliseconds) {
     const double bounded = milliseconds > 0 ? std::min(milliseconds, kLongestTimeoutMs) : 0;
@@ -94,7 +96,8 @@ RunSettings GenICamStream::readSettings(const Device& device) {
     const auto frame =
         settings.format->frameBytes(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
     const std::int64_t payload = integerOf(device, "PayloadSize");
-    if (!frame || *frame > std::size_t{kLargestPayload} || payload <= 0 || payload > kLargestPayload) {
+    if (!frame || *frame > kLargestFrame || payload <= 0 ||
+        static_cast<std::size_t>(payload) > *frame + kLargestAddition) {
         raiseNotStarted(Errors::kInvalidStreamSettings, "The size of the payload is invalid.");
     }
     settings.payloadBytes = std::max(*frame, static_cast<std::size_t>(payload));

@@ -14,6 +14,15 @@ namespace {
 
 constexpr std::chrono::milliseconds kPause{500};
 
+/// @return whether the work is done
+bool attempt(const Reaper::Work& work) noexcept {
+    try {
+        return work();
+    } catch (const std::exception&) {
+        return false; // there is no memory now
+    }
+}
+
 } // namespace
 
 void Reaper::take(const Work& work) noexcept {
@@ -28,7 +37,7 @@ void Reaper::take(const Work& work) noexcept {
     } catch (const std::exception&) {
         // No thread or no memory: it is done here, and takes its time.
     }
-    work();
+    attempt(work);
 }
 
 void Reaper::finish() {
@@ -62,7 +71,7 @@ void Reaper::run() {
             isLast = m_Finish;
             unfinished.splice(unfinished.end(), m_Work);
         }
-        unfinished.remove_if([](const Work& work) { return work(); });
+        unfinished.remove_if(attempt);
     }
 }
 

@@ -24,7 +24,8 @@ namespace GenICamAdapter {
 class StandIn {
 public:
     /// @param channel to the camera; outlives this object
-    /// @param known  registers that are read at once. Others are read when Aravis asks, behind what else uses the channel.
+    /// @param known  registers that are read at once. Others are read when Aravis asks, behind what else uses the
+    /// channel.
     /// @throws std::system_error  this computer has no loopback card
     explicit StandIn(ControlChannel& channel, const std::vector<std::uint32_t>& known = {});
     StandIn(const StandIn&) = delete;
