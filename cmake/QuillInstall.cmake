@@ -6,6 +6,12 @@ include(CMakePackageConfigHelpers)
 
 set(quill_cmake_dir "${CMAKE_INSTALL_LIBDIR}/cmake/QuillCamera")
 
+if(PROJECT_IS_TOP_LEVEL)
+    add_custom_target(uninstall
+        COMMAND "${CMAKE_COMMAND}" "-DMANIFEST=${PROJECT_BINARY_DIR}/install_manifest.txt" -P "${PROJECT_SOURCE_DIR}/cmake/QuillUninstall.cmake"
+        VERBATIM)
+endif()
+
 install(TARGETS quillcamera EXPORT QuillCameraTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 if(QUILL_BUILD_SOFTWARE_DEVICES)

@@ -45,3 +45,4 @@
 #include "Utilities/Stopwatch.h"
 #include "Utilities/Watchdog.h"
 #include "Utilities/Xsvf.h"
+#include "Version.h"

@@ -3,7 +3,9 @@
 # Checks that the library exports only names of its public namespaces and classes. Argument: the library.
 set -euo pipefail
 
-names=$(nm --dynamic --defined-only --format=just-symbols "$1" 2>/dev/null)
+symbols=$(nm --dynamic --defined-only "$1")
+names=$(sed -n 's/^[0-9a-f]* [^A] \(.*\)@@QUILL_[0-9.]*$/\1/p' <<<"$symbols")
+[[ $(grep -vc ' A ' <<<"$symbols") == $(wc -l <<<"$names") ]] || { echo "Some names have no version." >&2 && exit 1; }
 public='^_Z((T[VIS])?NK?(15CameraInterface|7Imaging|17KestrelExceptions|9Utilities|12OrvexAdapter(5CGigE|8readGigE)|5CSHA1|5win32|13QuillInternal)|14getZephVersion|15isZephInstalled)'
 internal='SimulatedAdapter|OrvexCamera|Usb3VisionAdapter|N4Base|8nlohmann'
 [[ -n $names ]] || { echo "The library exports nothing." >&2 && exit 1; }

@@ -30,6 +30,13 @@ for edited in '{}' ''; do
         cmp --silent "$list" "$example" || fail "An unedited list of cameras was not renewed."
     fi
 done
+# Uninstalling leaves an edited list, and nothing else.
+cp -r "$work/staged" "$work/removed"
+echo '{}' >"$work/removed/share/quillcamera/TestCameraList.json"
+sed "s|$work/staged|$work/removed|" "$buildFolder/install_manifest.txt" >"$work/manifest"
+cmake "-DMANIFEST=$work/manifest" -P "$sourceFolder/cmake/QuillUninstall.cmake" >/dev/null
+[[ $(find "$work/removed" -not -type d -printf '%P') == share/quillcamera/TestCameraList.json ]] || fail "Uninstalling leaves or removes too much."
+
 mv "$work/staged" "$work/moved"
 package=$work/moved
 library=$package/$libraryFolder/libquillcamera.so

@@ -5,6 +5,7 @@
 #include "GenICamCamera.h"
 #include "NetworkPlug.h"
 #include "Process.h"
+#include "Version.h"
 
 namespace GenICamAdapter {
 
@@ -17,7 +18,7 @@ void restNow(bool atExit) {
     }
 }
 
-constexpr CameraInterface::GenICam::Plug kPlug{QUILL_VERSION,
+constexpr CameraInterface::GenICam::Plug kPlug{QUILL_VERSION_TEXT,
                                                GenICamCamera::getListOfCameras,
                                                restNow,
                                                Network::describe,

@@ -10,18 +10,14 @@
 #include "Calls.h"
 #include "Workspace.h"
 
-#define QUILL_TEXT_OF(number) QUILL_TEXT(number)
-#define QUILL_TEXT(text) #text
-
 using namespace CInterface;
 using CameraInterface::Camera;
 
-static_assert(std::string_view(QUILL_VERSION) == QUILL_TEXT_OF(QUILL_C_VERSION_MAJOR) "." QUILL_TEXT_OF(
-                                                     QUILL_C_VERSION_MINOR) "." QUILL_TEXT_OF(QUILL_C_VERSION_PATCH),
-              "the header has the version of the project");
+static_assert(QUILL_VERSION == QUILL_MAKE_VERSION(QUILL_C_VERSION_MAJOR, QUILL_C_VERSION_MINOR, QUILL_C_VERSION_PATCH),
+              "both headers have one version");
 
 const char* quill_version(void) { // NOLINT(modernize-redundant-void-arg): as in the header
-    return QUILL_VERSION;
+    return CameraInterface::getQuillVersion();
 }
 
 quill_status quill_get_zeph_version(char** version, quill_error* error) {

@@ -2,6 +2,8 @@
 
 #include <gst/gst.h>
 
+#include <Quill.h>
+
 #include "QuillDevice.h"
 #include "QuillSrc.h"
 
@@ -18,4 +20,4 @@ gboolean initialisePlugin(GstPlugin* plugin) {
 
 #define PACKAGE "quillcamera"
 GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, quill, "Machine-vision cameras", initialisePlugin,
-                  QUILL_VERSION, "Apache 2.0", "Quill", "quillcamera")
+                  QUILL_VERSION_TEXT, "Apache 2.0", "Quill", "quillcamera")

@@ -10,7 +10,7 @@ warnings=(-Wall -Wextra -pedantic -Werror -Wno-pragma-once-outside-header -fsynt
 "$4" -x c++ -std=c++17 "${warnings[@]}" "$header"
 
 declared=$(grep -A1 '^QUILL_C_API' "$header" | grep -o 'quill_[a-z0-9_]*(' | tr -d '(' | sort)
-exported=$(nm --dynamic --defined-only --format=just-symbols "$library" | sort)
+exported=$(nm --dynamic --defined-only "$library" | sed -n 's/^[0-9a-f]* [^A] \(.*\)@@QUILL_C_[0-9.]*$/\1/p' | sort)
 (($(wc -l <<<"$declared") == $(grep -c '^QUILL_C_API' "$header"))) || { echo "Not all declarations were found." >&2 && exit 1; }
 diff --unified <(echo "$declared") <(echo "$exported")
 

@@ -8,6 +8,7 @@
 #include "Base/SharedLibrary.h"
 #include "Cameras/GenICam/GenICamPlug.h"
 #include "Exceptions/Raise.h"
+#include "Version.h"
 
 namespace CameraInterface::GenICam {
 
@@ -31,9 +32,9 @@ LoadedPlug load() {
         return {nullptr, library.failure().empty() ? "the library has no adapter" : library.failure()};
     }
     const Plug* const plug = reinterpret_cast<const Plug* (*)()>(symbol)();
-    if (std::string(plug->version) != QUILL_VERSION) {
+    if (std::string(plug->version) != QUILL_VERSION_TEXT) {
         return {nullptr,
-                std::string("the adapter is of version ") + plug->version + ", this library of " QUILL_VERSION};
+                std::string("the adapter is of version ") + plug->version + ", this library of " QUILL_VERSION_TEXT};
     }
     loadedPlug = plug;
     return {plug, ""};
