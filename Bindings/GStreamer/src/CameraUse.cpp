@@ -3,9 +3,11 @@
 #include "CameraUse.h"
 
 #include <exception>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -15,35 +17,34 @@ using CameraInterface::Camera;
 using Utilities::Mutex;
 using Utilities::MutexLock;
 
-/// What the elements of the process did to a camera.
+/// What the elements of the process did to a camera; lives as long as one of them uses it.
 class SharedCamera {
 public:
     explicit SharedCamera(Camera& camera) : m_Camera(camera) {}
 
-    /// Returns the camera, which is destroyed once it has left the list and the workspace has ended.
-    /// @throws NoSuchCamera  it has left the list
-    Camera& listed(const std::string& serialNumber) const {
-        try {
-            if (&Camera::getCamera(serialNumber) == &m_Camera) {
-                return m_Camera;
-            }
-        } catch (const std::exception&) {
-            // Nor is another camera of this serial number there.
+    /// Adds a user, and connects the camera.
+    /// @return false if the camera is gone
+    bool join(const std::string& serialNumber) {
+        const MutexLock lock(m_Mutex);
+        if (!isListed(serialNumber)) {
+            return false;
         }
-        throw NoSuchCamera("Camera " + serialNumber + " is gone.");
-    }
-
-    void join() {
-        const MutexLock lock(mutex);
         if (!m_Camera.isConnected()) {
             m_Camera.connect();
             m_ConnectedHere = true;
         }
         ++m_Users;
+        return true;
+    }
+
+    void with(const std::string& serialNumber, const CameraUse::Action& action) {
+        const MutexLock lock(m_Mutex);
+        Camera& camera = listed(serialNumber);
+        action(camera, !camera.isStreaming() || (m_StartedHere && m_Users == 1));
     }
 
     void startStream(const std::string& serialNumber) {
-        const MutexLock lock(mutex);
+        const MutexLock lock(m_Mutex);
         Camera& camera = listed(serialNumber);
         if (!camera.isStreaming()) {
             camera.startStream();
@@ -52,33 +53,65 @@ public:
     }
 
     void leave(const std::string& serialNumber) {
-        const MutexLock lock(mutex);
+        const MutexLock lock(m_Mutex);
         if (--m_Users != 0) {
             return;
         }
         const bool stops = std::exchange(m_StartedHere, false);
         const bool disconnects = std::exchange(m_ConnectedHere, false);
         Camera& camera = listed(serialNumber);
-        if (stops) {
-            camera.stopStream();
+        try {
+            if (stops) {
+                camera.stopStream();
+            }
+        } catch (const std::exception&) {
+            if (!disconnects) {
+                throw;
+            } // else it is tried again
         }
         if (disconnects) {
             camera.disconnect();
         }
     }
 
-    bool mayRestart(const std::string& serialNumber) {
-        const MutexLock lock(mutex);
-        return !listed(serialNumber).isStreaming() || (m_StartedHere && m_Users == 1);
+private:
+    /// Whether the camera is still in the list; otherwise it may have been destroyed.
+    bool isListed(const std::string& serialNumber) QUILL_REQUIRES(m_Mutex) {
+        try {
+            m_IsGone = m_IsGone || &Camera::getCamera(serialNumber) != &m_Camera || !isSame();
+        } catch (const KestrelExceptions::KestrelException_Camera&) {
+            m_IsGone = true; // nor is another camera of this serial number there
+        }
+        return !m_IsGone;
     }
 
-    Mutex mutex; // guards what follows, and that one element at a time uses the camera
+    /// Tells the camera from another one that has taken its place in memory: a copy of statistics shares its counters
+    /// with their source.
+    bool isSame() QUILL_REQUIRES(m_Mutex) {
+        constexpr auto kUnused = CameraInterface::STREAM_TYPE::Reserved;
+        CameraInterface::StreamStatistics& present = m_Camera.getStreamStatistics();
+        if (!m_Statistics) {
+            m_Statistics = present;
+        }
+        const auto before = present.getFrameCount(kUnused);
+        m_Statistics->incrementFrameCount(kUnused);
+        return present.getFrameCount(kUnused) != before;
+    }
 
-private:
+    Camera& listed(const std::string& serialNumber) QUILL_REQUIRES(m_Mutex) {
+        if (!isListed(serialNumber)) {
+            throw NoSuchCamera("Camera " + serialNumber + " is gone.");
+        }
+        return m_Camera;
+    }
+
     Camera& m_Camera;
-    unsigned m_Users QUILL_GUARDED_BY(mutex) = 0;
-    bool m_ConnectedHere QUILL_GUARDED_BY(mutex) = false;
-    bool m_StartedHere QUILL_GUARDED_BY(mutex) = false;
+    Mutex m_Mutex; // guards what follows, and that one element at a time uses the camera
+    std::optional<CameraInterface::StreamStatistics> m_Statistics QUILL_GUARDED_BY(m_Mutex);
+    unsigned m_Users QUILL_GUARDED_BY(m_Mutex) = 0;
+    bool m_ConnectedHere QUILL_GUARDED_BY(m_Mutex) = false;
+    bool m_StartedHere QUILL_GUARDED_BY(m_Mutex) = false;
+    bool m_IsGone QUILL_GUARDED_BY(m_Mutex) = false;
 };
 
 namespace {
@@ -103,16 +136,24 @@ bool hasStream(const std::string& serialNumber) {
     }
 }
 
-/// Returns a listed camera, or null.
-Camera* findListed(const std::string& serialNumber) {
+/// A camera of the list, which it has left when the application ends the workspace.
+struct Found {
+    std::string serialNumber;
+    Camera* camera; ///< null if there is none
+};
+
+Found findListed(std::string serialNumber) {
     try {
-        if (!serialNumber.empty()) {
-            return &Camera::getCamera(serialNumber);
+        if (serialNumber.empty()) {
+            const std::vector<ListedCamera> cameras = listStreamingCameras();
+            if (cameras.empty()) {
+                return {"", nullptr};
+            }
+            serialNumber = cameras.front().serialNumber;
         }
-        const std::vector<ListedCamera> cameras = listStreamingCameras();
-        return cameras.empty() ? nullptr : &Camera::getCamera(cameras.front().serialNumber);
+        return {serialNumber, &Camera::getCamera(serialNumber)};
     } catch (const std::exception&) {
-        return nullptr;
+        return {serialNumber, nullptr};
     }
 }
 
@@ -126,27 +167,33 @@ Camera* findListed(const std::string& serialNumber) {
                                             : "There is no camera " + serialNumber + "; there are: " + there + ".");
 }
 
-Camera& findCamera(const std::string& serialNumber) {
-    Camera* camera = findListed(serialNumber);
-    if (camera == nullptr) {
+Found findCamera(const std::string& serialNumber) {
+    Found found = findListed(serialNumber);
+    if (found.camera == nullptr) {
         watchCameras(); // it may have just arrived, or the application has ended the workspace
-        camera = findListed(serialNumber);
+        found = findListed(serialNumber);
     }
-    if (camera == nullptr) {
+    if (found.camera == nullptr) {
         refuse(serialNumber);
     }
-    return *camera;
+    return found;
 }
 
-SharedCamera& share(Camera& camera) {
+/// Returns what the elements that use a camera share, but not @p gone, whose camera had the same place in memory.
+std::shared_ptr<SharedCamera> share(Camera& camera, const std::shared_ptr<SharedCamera>& gone) {
     static Mutex mutex; // guards the map
-    static auto& cameras = *new std::map<const Camera*, std::unique_ptr<SharedCamera>>;
+    static auto& cameras = *new std::map<const Camera*, std::weak_ptr<SharedCamera>>;
     const MutexLock lock(mutex);
-    std::unique_ptr<SharedCamera>& shared = cameras[&camera];
-    if (!shared) {
-        shared = std::make_unique<SharedCamera>(camera);
+    for (auto entry = cameras.begin(); entry != cameras.end();) {
+        entry = entry->second.expired() ? cameras.erase(entry) : std::next(entry);
     }
-    return *shared;
+    std::weak_ptr<SharedCamera>& known = cameras[&camera];
+    std::shared_ptr<SharedCamera> shared = known.lock();
+    if (!shared || shared == gone) {
+        shared = std::make_shared<SharedCamera>(camera);
+        known = shared;
+    }
+    return shared;
 }
 
 } // namespace
@@ -176,10 +223,11 @@ std::string reasonOf(const std::exception& failure) {
 
 CameraUse::CameraUse(const std::string& serialNumber) {
     ensureWorkspace();
-    Camera& camera = findCamera(serialNumber);
-    m_SerialNumber = camera.getSerialNumber();
-    m_Shared = &share(camera);
-    m_Shared->join();
+    do {
+        const Found found = findCamera(serialNumber);
+        m_SerialNumber = found.serialNumber;
+        m_Shared = share(*found.camera, m_Shared);
+    } while (!m_Shared->join(m_SerialNumber));
 }
 
 CameraUse::~CameraUse() {
@@ -190,20 +238,12 @@ CameraUse::~CameraUse() {
     }
 }
 
-bool CameraUse::mayRestart() const {
-    return m_Shared->mayRestart(m_SerialNumber);
+void CameraUse::with(const Action& action) const {
+    m_Shared->with(m_SerialNumber, action);
 }
 
 void CameraUse::startStream() const {
     m_Shared->startStream(m_SerialNumber);
-}
-
-Mutex& CameraUse::mutex() const {
-    return m_Shared->mutex;
-}
-
-Camera& CameraUse::camera() const {
-    return m_Shared->listed(m_SerialNumber);
 }
 
 } // namespace QuillGStreamer

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -47,25 +49,18 @@ public:
 
     const std::string& serialNumber() const { return m_SerialNumber; }
 
-    /// Calls @p action with the camera while no other element uses it.
+    /// What is done to the camera, and whether a restart of its stream disturbs nobody else.
+    using Action = std::function<void(CameraInterface::Camera& camera, bool mayRestart)>;
+    /// Calls @p action while no other element uses the camera.
     /// @throws NoSuchCamera  it is gone; what the action throws
-    template <typename Action>
-    auto with(Action&& action) const {
-        const Utilities::MutexLock lock(mutex());
-        return action(camera());
-    }
-    /// Whether a change that restarts the stream disturbs nobody else.
-    bool mayRestart() const;
+    void with(const Action& action) const;
     /// Starts the stream unless it runs.
     /// @throws what Camera::startStream() throws
     void startStream() const;
 
 private:
-    Utilities::Mutex& mutex() const;
-    CameraInterface::Camera& camera() const; // if it is still listed
-
     std::string m_SerialNumber;
-    SharedCamera* m_Shared; // of the process, never destroyed
+    std::shared_ptr<SharedCamera> m_Shared;
 };
 
 } // namespace QuillGStreamer

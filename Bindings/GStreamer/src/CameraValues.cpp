@@ -66,8 +66,7 @@ CameraSettings readSettingsFile(const std::string& path) {
     return CameraInterface::parseSettings(text);
 }
 
-void writeValues(CameraInterface::Camera& camera, const CameraSettings& settings,
-                 const std::function<void(const std::string&)>& warn) {
+std::vector<std::string> writeValues(CameraInterface::Camera& camera, const CameraSettings& settings) {
     CameraInterface::SettingsOptions options;
     options.acceptOtherModels = settings.modelName.empty(); // assignments are for any camera
     const CameraInterface::SettingsReport report = CameraInterface::writeSettings(camera, settings, options);
@@ -80,9 +79,11 @@ void writeValues(CameraInterface::Camera& camera, const CameraSettings& settings
     if (!report.failed.empty()) {
         throw std::runtime_error(describe(report.failed.front()) + report.failed.front().reason);
     }
+    std::vector<std::string> warnings;
     for (const SettingDifference& one : report.different) {
-        warn(describe(one) + "the camera has made it '" + one.present + "'.");
+        warnings.push_back(describe(one) + "the camera has made it '" + one.present + "'.");
     }
+    return warnings;
 }
 
 } // namespace QuillGStreamer

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <functional>
 #include <string>
+#include <vector>
 
 #include <Quill.h>
 
@@ -18,10 +18,9 @@ CameraInterface::CameraSettings parseAssignments(const std::string& text);
 CameraInterface::CameraSettings readSettingsFile(const std::string& path);
 
 /// Writes settings to a connected camera.
-/// @param warn called with a sentence about each value that the camera accepted and changed
+/// @return a sentence about each value that the camera accepted and changed
 /// @throws std::runtime_error  its sentence names a property that could not be written, and why
 /// @throws what writeSettings() throws
-void writeValues(CameraInterface::Camera& camera, const CameraInterface::CameraSettings& settings,
-                 const std::function<void(const std::string&)>& warn);
+std::vector<std::string> writeValues(CameraInterface::Camera& camera, const CameraInterface::CameraSettings& settings);
 
 } // namespace QuillGStreamer

@@ -64,6 +64,11 @@ private:
     void update() {
         std::map<Identity, Device> devices;
         try {
+            std::map<std::string, std::string> listed = CameraInterface::Camera::getCamerasList();
+            if (listed == m_Listed) { // no camera is asked, which the application may be about to destroy
+                return;
+            }
+            m_Listed.clear(); // if this comparison fails, the next one is made
             for (const ListedCamera& camera : listStreamingCameras()) {
                 Device& device = devices[{camera.serialNumber, camera.modelName}];
                 const auto known = m_Devices.find({camera.serialNumber, camera.modelName});
@@ -75,6 +80,7 @@ private:
                     gst_device_provider_device_add(&m_Provider, device.get());
                 }
             }
+            m_Listed.swap(listed);
         } catch (const std::exception&) {
             // Out of memory: the next comparison makes up for it.
         }
@@ -85,6 +91,7 @@ private:
     }
 
     GstDeviceProvider& m_Provider;
+    std::map<std::string, std::string> m_Listed; // with which the devices were compared last
     std::map<Identity, Device> m_Devices;
     Mutex m_Mutex; // guards whether the watch ends
     bool m_Ends QUILL_GUARDED_BY(m_Mutex) = false;

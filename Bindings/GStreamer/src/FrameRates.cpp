@@ -92,11 +92,14 @@ void collectRates(Property& property, GValue& rates) {
         return;
     }
     FrameRate least = toFrameRate(toNumber(property.getMinimum()));
-    const FrameRate most = toFrameRate(toNumber(property.getMaximum()));
+    FrameRate most = toFrameRate(toNumber(property.getMaximum()));
     if (!least.isKnown()) { // below what a fraction can say
         least = {1, G_MAXINT};
     }
-    if (most.isKnown() && toNumber(least) < toNumber(most)) {
+    if (!most.isKnown()) { // the camera limits what it gets
+        most = {G_MAXINT, 1};
+    }
+    if (toNumber(least) < toNumber(most)) {
         g_value_init(&rates, GST_TYPE_FRACTION_RANGE);
         gst_value_set_fraction_range_full(&rates, least.numerator, least.denominator, most.numerator, most.denominator);
     } else {

@@ -54,28 +54,25 @@ std::string textOf(const GValue* value) {
 
 void setProperty(GObject* object, guint id, const GValue* value, GParamSpec* spec) {
     Source& source = sourceOf(object);
-    SourceOptions options = source.options();
     switch (id) {
     case kSerial:
-        options.serialNumber = textOf(value);
+        source.changeOptions([&](SourceOptions& options) { options.serialNumber = textOf(value); });
         break;
     case kFormat:
-        options.format = g_value_get_enum(value);
+        source.changeOptions([&](SourceOptions& options) { options.format = g_value_get_enum(value); });
         break;
     case kQueue:
-        options.queueCapacity = g_value_get_uint(value);
+        source.changeOptions([&](SourceOptions& options) { options.queueCapacity = g_value_get_uint(value); });
         break;
     case kSettingsFile:
-        options.settingsFile = textOf(value);
+        source.changeOptions([&](SourceOptions& options) { options.settingsFile = textOf(value); });
         break;
     case kExtraProperties:
         source.setExtraProperties(textOf(value));
-        return;
+        break;
     default:
         G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
-        return;
     }
-    source.setOptions(options);
 }
 
 void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <exception>
 #include <utility>
+#include <vector>
 
 #include "CameraValues.h"
 
@@ -82,21 +83,13 @@ SourceOptions Source::options() const {
     return m_Options;
 }
 
-void Source::setOptions(const SourceOptions& options) {
-    const MutexLock lock(m_Mutex);
-    m_Options = options;
-}
-
 std::shared_ptr<CameraUse> Source::use() const {
     const MutexLock lock(m_Mutex);
     return m_Use;
 }
 
 void Source::setExtraProperties(const std::string& assignments) {
-    {
-        const MutexLock lock(m_Mutex);
-        m_Options.extraProperties = assignments;
-    }
+    changeOptions([&](SourceOptions& options) { options.extraProperties = assignments; });
     const std::shared_ptr<CameraUse> camera = use();
     if (!camera) {
         return;
@@ -104,19 +97,23 @@ void Source::setExtraProperties(const std::string& assignments) {
     try {
         writeSettings(*camera, parseAssignments(assignments));
     } catch (const std::exception& failure) {
-        GST_ELEMENT_WARNING(&m_Element, RESOURCE, SETTINGS, ("%s", reasonOf(failure).c_str()), (nullptr));
+        warn(reasonOf(failure));
     }
+}
+
+void Source::warn(const std::string& sentence) {
+    GST_ELEMENT_WARNING(&m_Element, RESOURCE, SETTINGS, ("%s", sentence.c_str()), (nullptr));
 }
 
 void Source::writeSettings(CameraUse& camera, const CameraInterface::CameraSettings& settings) {
     if (settings.values.empty()) {
         return;
     }
-    camera.with([&](Camera& object) {
-        writeValues(object, settings, [this](const std::string& sentence) {
-            GST_ELEMENT_WARNING(&m_Element, RESOURCE, SETTINGS, ("%s", sentence.c_str()), (nullptr));
-        });
-    });
+    std::vector<std::string> warnings;
+    camera.with([&](Camera& object, bool /*mayRestart*/) { warnings = writeValues(object, settings); });
+    for (const std::string& warning : warnings) { // the application that hears them may use the camera
+        warn(warning);
+    }
 }
 
 void Source::start() {
@@ -172,8 +169,10 @@ void Source::openQueue() {
     const std::shared_ptr<CameraUse> camera = use();
     const CameraInterface::FrameQueueSettings settings{options().queueCapacity, CameraInterface::WhenFull::DropOldest,
                                                        "quillsrc"};
-    const auto queue =
-        std::make_shared<FrameQueue>(camera->with([&](Camera& object) { return object.openFrameQueue(settings); }));
+    Queue queue;
+    camera->with([&](Camera& object, bool /*mayRestart*/) {
+        queue = std::make_shared<FrameQueue>(object.openFrameQueue(settings));
+    });
     const MutexLock lock(m_Mutex);
     if (m_Queue) {
         m_FormerCounts = countsOf(*m_Queue, std::move(m_FormerCounts));
@@ -229,9 +228,9 @@ void Source::adaptRate() {
         return;
     }
     const std::shared_ptr<CameraUse> camera = use();
-    const FrameRate rate = attempt(GST_RESOURCE_ERROR_SETTINGS, "The frame rate cannot be set", [&] {
-        const bool mayRestart = camera->mayRestart();
-        return camera->with([&](Camera& object) { return adaptFrameRate(object, m_Accepted, mayRestart); });
+    FrameRate rate;
+    attempt(GST_RESOURCE_ERROR_SETTINGS, "The frame rate cannot be set", [&] {
+        camera->with([&](Camera& object, bool mayRestart) { rate = adaptFrameRate(object, m_Accepted, mayRestart); });
     });
     bool isChange = false;
     {

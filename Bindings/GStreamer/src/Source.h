@@ -50,7 +50,12 @@ public:
     ~Source();
 
     SourceOptions options() const;
-    void setOptions(const SourceOptions& options);
+    /// Calls @p change, a short function, with the options, which no other thread changes meanwhile.
+    template <typename Change>
+    void changeOptions(Change change) {
+        const Utilities::MutexLock lock(m_Mutex);
+        change(m_Options);
+    }
     /// Writes the assignments at once if the camera is in use, and warns of a failure; otherwise keeps them for
     /// start().
     void setExtraProperties(const std::string& assignments);
@@ -92,6 +97,7 @@ private:
     using Image = std::shared_ptr<const Imaging::Image>;
 
     std::shared_ptr<CameraUse> use() const;
+    void warn(const std::string& sentence);
     void writeSettings(CameraUse& camera, const CameraInterface::CameraSettings& settings);
     void openQueue();
     void setLayout(const ImageLayout& layout);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <atomic>
 #include <chrono>
 #include <fstream>
 #include <future>
@@ -272,6 +273,85 @@ TEST_F(QuillSrc, PipelinesAndTheApplicationShareACamera) {
     first.setState(GST_STATE_PLAYING);
     Camera::unitialisedWorkpace();
     EXPECT_THAT(first.waitForError(), HasSubstr("is gone"));
+}
+
+TEST_F(QuillSrc, ACameraThatTookThePlaceOfADestroyedOneIsLeftAlone) {
+    const std::uint32_t serial = plug(mono());
+    for (int i = 0; i < 5; ++i) { // the new object may have the same address
+        Pipeline pipeline("quillsrc name=source ! appsink");
+        pipeline.setState(GST_STATE_PLAYING);
+        ASSERT_TRUE(pipeline.pull());
+        pipeline.setState(GST_STATE_PAUSED);
+        Camera::unitialisedWorkpace();
+        Camera& camera = open(serial);
+        camera.startStream();
+        g_object_set(pipeline.find("source"), "extra-properties", "Video Gain=3", nullptr);
+        EXPECT_TRUE(pipeline.waitFor(GST_MESSAGE_WARNING));
+        Pipeline other("quillsrc name=source ! appsink");
+        other.setState(GST_STATE_PLAYING);
+        ASSERT_TRUE(other.pull());
+        other.setState(GST_STATE_NULL);
+        EXPECT_TRUE(camera.isStreaming());
+        pipeline.setState(GST_STATE_NULL);
+        EXPECT_TRUE(camera.isStreaming());
+        Camera::unitialisedWorkpace();
+    }
+}
+
+TEST_F(QuillSrc, ACameraThatRefusesToStopIsClosedAllTheSame) {
+    const std::uint32_t serial = plug(mono());
+    Pipeline pipeline("quillsrc name=source ! appsink");
+    pipeline.setState(GST_STATE_PLAYING);
+    ASSERT_TRUE(pipeline.pull());
+    SoftwareDevices::failNext(serial, SoftwareDevices::Operation::sdkRemoveStreamingCallback, 1,
+                              SoftwareDevices::kInternalError);
+    pipeline.setState(GST_STATE_NULL);
+    EXPECT_FALSE(SoftwareDevices::isOpen(serial));
+}
+
+TEST_F(QuillSrc, PropertiesThatTwoThreadsSetAreBothKept) {
+    Pipeline pipeline("quillsrc name=source ! appsink");
+    GstElement* const source = pipeline.find("source");
+    std::atomic<bool> ended{false};
+    auto other = std::async(std::launch::async, [&] {
+        while (!ended) {
+            g_object_set(source, "serial", "1", nullptr);
+        }
+    });
+    for (int i = 0; i < 20000; ++i) {
+        const std::string wanted = "Gain=" + std::to_string(i);
+        g_object_set(source, "extra-properties", wanted.c_str(), nullptr);
+        gchar* text = nullptr;
+        g_object_get(source, "extra-properties", &text, nullptr);
+        EXPECT_EQ(text, wanted);
+        g_free(text);
+    }
+    ended = true;
+}
+
+TEST_F(QuillSrc, WhoHearsAWarningMayUseTheCamera) {
+    plug(color());
+    Pipeline pipeline("quillsrc name=source ! appsink");
+    pipeline.setState(GST_STATE_PLAYING);
+    ASSERT_TRUE(pipeline.pull());
+    GstElement* const source = pipeline.find("source");
+    const Owned<GstBus> bus(gst_element_get_bus(source));
+    const auto answer = [](GstBus*, GstMessage* message, gpointer element) {
+        if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_WARNING) {
+            g_object_set(element, "extra-properties", "Video Gain=3", nullptr);
+        }
+        return GST_BUS_PASS;
+    };
+    gst_bus_set_sync_handler(bus.get(), answer, source, nullptr);
+    auto written = std::async(std::launch::async, [source] {
+        g_object_set(source, "extra-properties", "Video Exposure=1000000", nullptr); // more than the camera takes
+    });
+    ASSERT_EQ(written.wait_for(std::chrono::minutes(5)), std::future_status::ready);
+    gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);
+    gchar* text = nullptr;
+    g_object_get(source, "extra-properties", &text, nullptr);
+    EXPECT_STREQ(text, "Video Gain=3") << "no warning";
+    g_free(text);
 }
 
 TEST_F(QuillSrc, TheCameraGetsSettingsAndProperties) {
