@@ -31,6 +31,8 @@ from ._types import (
     BootImageSection,
     Counter,
     Event,
+    GigEDescription,
+    GigESettings,
     Parameter,
     SettingDifference,
     SettingsReport,
@@ -106,6 +108,16 @@ def use_genicam(
 def genicam_settings() -> Dict[str, Any]:
     """Returns what use_genicam() was last called with, by parameter. Error "SettingsInvalid": the file cannot be read"""
     return _native.genicam_settings()
+
+
+def zeph_version() -> str:
+    """Returns the version of the maker's driver kit. RegistryError: it is not installed, or its record cannot be read"""
+    return _native.zeph_version()
+
+
+def is_zeph_installed() -> bool:
+    """Whether the maker's driver kit is installed."""
+    return _native.is_zeph_installed()
 
 
 def _end_at_exit() -> None:

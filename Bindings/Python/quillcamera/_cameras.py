@@ -14,7 +14,16 @@ from . import _quillcamera as native
 from ._errors import CameraGoneError, CameraStateError, Error
 from ._quillcamera import Property
 from ._streams import Stream
-from ._types import Parameter, SettingDifference, SettingsReport, Value, WhenFull, XsvfReport
+from ._types import (
+    GigEDescription,
+    GigESettings,
+    Parameter,
+    SettingDifference,
+    SettingsReport,
+    Value,
+    WhenFull,
+    XsvfReport,
+)
 
 Settings = Dict[str, Any]
 """What a camera is set to, in the form of its JSON document: {"format": 1, "camera": {...}, "properties": {...}}."""
@@ -53,7 +62,7 @@ class Properties:
             for name in self:
                 if attribute_name(name) == attribute:
                     return name
-        raise AttributeError(f"{self._camera!r} has no property {attribute!r}", name=attribute, obj=self)
+        raise AttributeError(f"{self._camera!r} has no property {attribute!r}")
 
     def __getitem__(self, name: str) -> Property:
         return self._camera.get_property(name)
@@ -196,6 +205,17 @@ class Camera(native.CameraBase):
     def compare_settings(self, settings: Union[Settings, str]) -> List[SettingDifference]:
         """Returns what differs between the camera and the settings, by name."""
         return self._compare_settings(_document(settings))
+
+    def read_gige(self) -> Optional[GigEDescription]:
+        """Reads network settings and counters of a connected GigE camera of the maker's SDK; None for any other camera.
+
+        GigE Vision cameras of any maker: see quillcamera.network.
+        """
+        described = self._read_gige()
+        if described is None:
+            return None
+        settings, statistics, failure = described
+        return GigEDescription(settings and GigESettings(*settings), statistics, failure)
 
     def play_xsvf(self, data: bytes, progress: Optional[Callable[[float], object]] = None) -> XsvfReport:
         """Plays an XSVF file into the JTAG port. One play at a time in the process.

@@ -3,7 +3,7 @@
 
 from __future__ import annotations
 
-from typing import Tuple, Type
+from typing import Any, Dict, Tuple, Type
 
 
 class Error(Exception):
@@ -27,8 +27,8 @@ class Error(Exception):
     def __str__(self) -> str:
         return self.sentence
 
-    def __reduce__(self) -> Tuple[Type["Error"], Tuple[str, str, str]]:
-        return type(self), (self.sentence, self.word, self.where)
+    def __reduce__(self) -> Tuple[Type["Error"], Tuple[str, str, str], Dict[str, Any]]:
+        return type(self), (self.sentence, self.word, self.where), self.__dict__
 
 
 class CameraError(Error):
@@ -93,6 +93,12 @@ class StreamTimeoutError(StreamError, TimeoutError):
 
 class CameraGoneError(CameraError, StreamError, ConnectionError):
     """The camera has left the list, or the workspace has ended: this object gets no answer any more."""
+
+
+class RegistryError(Error, RuntimeError):
+    """The record of the driver kit cannot be read. `code` is the registry's status: 2 if the kit is not installed."""
+
+    code: int
 
 
 class NetworkTimeoutError(CameraError, TimeoutError):

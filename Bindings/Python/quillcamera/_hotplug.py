@@ -9,7 +9,7 @@ import os
 import queue as queues
 import threading
 import weakref
-from typing import AsyncIterator, Callable, Dict, Iterator, Optional
+from typing import AsyncIterator, Callable, Dict, Iterator, List, Optional
 
 from . import _quillcamera as native
 from ._errors import CameraGoneError
@@ -25,7 +25,7 @@ class Events:
     def __init__(self) -> None:
         self._lock = threading.Lock()  # guards what the list's two threads use
         self._queue: queues.SimpleQueue[Optional[Event]] = queues.SimpleQueue()
-        self._sink: Callable[[Optional[Event]], object] = self._queue.put
+        self._wake: Callable[[], object] = lambda: None  # a loop of asyncio that waits
         self._known: Optional[Dict[str, str]] = None  # until then, changes are part of the list
         _list.begin(self)
         with self._lock:
@@ -33,9 +33,13 @@ class Events:
 
     def close(self) -> None:
         """Ends the loop."""
-        _list.events.discard(self)
+        _list.remove(self)
         with self._lock:
-            self._sink(None)
+            self._put(None)
+
+    def _put(self, event: Optional[Event]) -> None:
+        self._queue.put(event)
+        self._wake()
 
     def _arrive(self) -> None:
         with self._lock:
@@ -44,12 +48,12 @@ class Events:
             for serial_number, model_name in native.get_cameras_list().items():
                 if serial_number not in self._known:
                     self._known[serial_number] = model_name
-                    self._sink(Event("connected", serial_number, model_name))
+                    self._put(Event("connected", serial_number, model_name))
 
     def _depart(self, model_name: str, serial_number: str) -> None:
         with self._lock:
             if self._known is not None and self._known.pop(serial_number, None) is not None:
-                self._sink(Event("disconnected", serial_number, model_name))
+                self._put(Event("disconnected", serial_number, model_name))
 
     def __iter__(self) -> Iterator[Event]:
         return self
@@ -63,22 +67,25 @@ class Events:
 
     async def __aiter__(self) -> AsyncIterator[Event]:
         loop = asyncio.get_running_loop()
-        arrived: asyncio.Queue[Optional[Event]] = asyncio.Queue()
+        changed = asyncio.Event()
 
-        def sink(event: Optional[Event]) -> None:
+        def wake() -> None:
             with contextlib.suppress(RuntimeError):  # the loop was closed
-                loop.call_soon_threadsafe(arrived.put_nowait, event)
+                loop.call_soon_threadsafe(changed.set)
 
         with self._lock:
-            while not self._queue.empty():
-                arrived.put_nowait(self._queue.get())
-            self._sink = sink
-        try:
-            while (event := await arrived.get()) is not None:
-                yield event
-        finally:
-            with self._lock:
-                self._sink = self._queue.put
+            self._wake = wake
+        while True:
+            try:
+                event = self._queue.get_nowait()
+            except queues.Empty:
+                await changed.wait()
+                changed.clear()
+                continue
+            if event is None:
+                self._queue.put(None)  # for further calls
+                return
+            yield event
 
     def __enter__(self) -> Events:
         return self
@@ -91,27 +98,37 @@ class _List:
     """Who wants to know of changes of the list of cameras."""
 
     def __init__(self) -> None:
-        self.events: weakref.WeakSet[Events] = weakref.WeakSet()
+        self._lock = threading.Lock()  # guards who is there
+        self._events: weakref.WeakSet[Events] = weakref.WeakSet()
         self._on_connect: Optional[ConnectCallback] = None
         self._on_disconnect: Optional[DisconnectCallback] = None
         self._is_watched = False
 
     def begin(self, events: Events) -> None:
-        self.events.add(events)
+        with self._lock:
+            self._events.add(events)
         if not self._is_watched:
             self.set_connect(self._on_connect)
             self.set_disconnect(self._on_disconnect)
             self._is_watched = True
 
+    def remove(self, events: Events) -> None:
+        with self._lock:
+            self._events.discard(events)
+
+    def events(self) -> List[Events]:
+        with self._lock:
+            return list(self._events)
+
     def end(self) -> None:
-        for events in list(self.events):
+        for events in self.events():
             events.close()
         self.__init__()  # type: ignore[misc]
 
     def set_connect(self, callback: Optional[ConnectCallback]) -> None:
         def arrive() -> None:
             with contextlib.suppress(CameraGoneError):  # the workspace ends
-                for events in list(self.events):
+                for events in self.events():
                     events._arrive()
             if callback is not None:
                 callback()
@@ -121,7 +138,7 @@ class _List:
 
     def set_disconnect(self, callback: Optional[DisconnectCallback]) -> None:
         def depart(model_name: str, serial_number: str) -> None:
-            for events in list(self.events):
+            for events in self.events():
                 events._depart(model_name, serial_number)
             if callback is not None:
                 callback(model_name, serial_number)
@@ -134,6 +151,8 @@ _list = _List()
 
 
 def _begin_forked_child() -> None:
+    for events in list(_list._events):  # of the parent; their locks may be held for ever
+        events._queue.put(None)
     _list.__init__()  # type: ignore[misc]
 
 

@@ -64,8 +64,9 @@ class Stream:
         try:
             frames = await asyncio.shield(start)
         except asyncio.CancelledError:
-            await start
-            await asyncio.to_thread(context.__exit__, None, None, None)
+            with contextlib.suppress(Exception):  # of a start that failed, nothing is left to stop
+                await start
+                await asyncio.to_thread(context.__exit__, None, None, None)
             raise
         popper = _Popper(frames)
         try:
@@ -102,7 +103,11 @@ class _Popper:
     async def next(self, timeout: Optional[float]) -> Optional[Frame]:
         """The next frame; None at the ordinary end of the stream."""
         if len(self._frames):  # its only consumer is here
-            return self._frames.try_pop()
+            await asyncio.sleep(0)  # other tasks go on, also those that cancel this one
+            try:
+                return self._frames.next(0)
+            except StopIteration:  # the queue was closed meanwhile
+                return None
         future: asyncio.Future[Optional[Frame]] = self._loop.create_future()
         self._orders.put((timeout, future))
         return await future

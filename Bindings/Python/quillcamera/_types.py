@@ -125,6 +125,32 @@ class XsvfReport:
     """The file ran to its end without error, and all of it reached the camera."""
 
 
+class GigESettings(NamedTuple):
+    """The network settings of a GigE camera of the maker's SDK, and of this computer's card that reaches it.
+
+    Hardware addresses are hexadecimal numbers joined by ":", of which only the first is padded.
+    """
+
+    camera_ip_address: str
+    camera_mask_address: str
+    camera_gateway_address: str
+    camera_mac_address: str
+    host_ip_address: str
+    host_mask_address: str
+    host_gateway_address: str
+    host_mac_address: str
+
+
+class GigEDescription(NamedTuple):
+    """Network settings and counters of a GigE camera of the maker's SDK. What cannot be read is None."""
+
+    settings: Optional[GigESettings]
+    statistics: Optional[str]
+    """The report of the stream's counters, one to a line."""
+    failure: Optional[BaseException]
+    """Why something is missing; None if nothing is."""
+
+
 class NetworkPlace(NamedTuple):
     """Where a device is in an IPv4 network."""
 

@@ -9,6 +9,13 @@
 namespace PythonBinding {
 
 using CameraInterface::Camera;
+using CameraInterface::Frame;
+
+namespace {
+
+thread_local bool g_IsInFrameCallback = false;
+
+} // namespace
 
 bool CameraHandle::isListed() const {
     try {
@@ -46,6 +53,33 @@ void CameraHandle::stopCapture() noexcept {
     const std::lock_guard lock(m_Mutex);
     --m_Stops;
     m_Free.notify_all();
+}
+
+void CameraHandle::setFrameCallback(std::function<void(const Frame&)> callback,
+                                    const CameraInterface::FrameQueueSettings& settings, Released& released) {
+    if (g_IsInFrameCallback) {
+        throw Failure("Error", "WouldWaitForItself", "A frame callback cannot be replaced by such a callback.");
+    }
+    requireListed(); // before the mutex, as for a turn
+    std::unique_lock lock(m_FrameCallbackMutex, std::defer_lock);
+    while (!lock.try_lock_for(kSignalPeriod)) {
+        released.checkSignals();
+    }
+    if (callback) { // what fails, fails while the former one is there
+        const Turn turn(*this, Purpose::Call, &released);
+        turn.camera().openFrameQueue(settings);
+    }
+    requireListed();
+    m_Camera.setFrameCallback({});
+    if (callback) {
+        const Turn turn(*this, Purpose::Call, &released);
+        turn.camera().setFrameCallback(
+            [callback = std::move(callback)](const Frame& frame) {
+                g_IsInFrameCallback = true; // the thread is of frame callbacks alone
+                callback(frame);
+            },
+            settings);
+    }
 }
 
 bool CameraHandle::isUsedHere() {

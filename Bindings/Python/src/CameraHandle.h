@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -36,6 +37,11 @@ public:
     bool isUsedHere();
     /// Stops the stream if a thread waits for an image.
     void stopCapture() noexcept;
+    /// Replaces the function that gets every frame. Waits for the former one without a turn, for which that one may
+    /// wait.
+    /// @throws Failure  on the thread of such a function; the camera is gone
+    void setFrameCallback(std::function<void(const CameraInterface::Frame&)> callback,
+                          const CameraInterface::FrameQueueSettings& settings, Released& released);
 
 private:
     friend class Turn;
@@ -49,7 +55,8 @@ private:
     const CameraInterface::CameraKind m_Kind;
     std::atomic<bool> m_Ended{false};
 
-    std::mutex m_Mutex; // guards whose turn it is
+    std::timed_mutex m_FrameCallbackMutex; // guards the frame callback, also while the former one is awaited
+    std::mutex m_Mutex;                    // guards whose turn it is
     std::condition_variable m_Free;
     std::thread::id m_User;
     int m_Depth = 0; // of calls by the user: callbacks of the camera may use it

@@ -42,7 +42,11 @@ const char* stateName(CameraHandle& handle) {
 }
 
 bool isAlive(CameraHandle& handle) {
-    return handle.isListed() && camera(&Camera::isCameraAlive)(handle);
+    try {
+        return camera(&Camera::isCameraAlive)(handle);
+    } catch (const Failure&) { // it has left the list
+        return false;
+    }
 }
 
 // --- Images ---
@@ -89,9 +93,20 @@ py::dict statistics(CameraHandle& handle) {
     result["delivered"] = copy->getFrameCount(STREAM_TYPE::Delivered);
     result["received"] = copy->getFrameCount(STREAM_TYPE::Received);
     result["incomplete"] = copy->getIncompleteFrameCount();
+    result["delivered_interval_time"] = copy->getDesiredIntervalTime(STREAM_TYPE::Delivered);
+    result["received_interval_time"] = copy->getDesiredIntervalTime(STREAM_TYPE::Received);
     result["capture_time"] = copy->getCaptureTime();
     result["image_data_transfer_time"] = copy->getImageDataTransferTime();
     return result;
+}
+
+void setDesiredIntervalTime(CameraHandle& handle, const std::string& counter, double seconds) {
+    if (counter != "delivered" && counter != "received") {
+        throw py::value_error(R"(A rate is that of "delivered" or "received" frames.)");
+    }
+    const CameraUse use(handle);
+    use->getStreamStatistics().setDesiredIntervalTime(
+        counter == "delivered" ? STREAM_TYPE::Delivered : STREAM_TYPE::Received, seconds);
 }
 
 void setFrameCallback(CameraHandle& handle, const py::object& function, std::size_t capacity,
@@ -103,8 +118,8 @@ void setFrameCallback(CameraHandle& handle, const py::object& function, std::siz
         };
     }
     const FrameQueueSettings settings = queueSettings(capacity, whenFull, name);
-    const CameraUse use(handle);
-    use->setFrameCallback(std::move(callback), settings);
+    Released released;
+    handle.setFrameCallback(std::move(callback), settings, released);
 }
 
 // --- Functions ---
@@ -134,7 +149,7 @@ py::tuple describeFunction(CameraHandle& handle, const std::string& name) {
 py::object perform(CameraHandle& handle, const std::string& name, const py::args& arguments) {
     std::vector<std::string> parameters, results;
     for (const py::handle argument : arguments) {
-        parameters.push_back(toText(argument));
+        parameters.push_back(toParameter(argument));
     }
     std::vector<ParameterDescriptor> types;
     {
@@ -143,6 +158,27 @@ py::object perform(CameraHandle& handle, const std::string& name, const py::args
         results = use->perform(name, parameters);
     }
     return toResults(types, results);
+}
+
+// --- GigE cameras of the SDK ---
+
+/// Settings, statistics and failure, each None if it is missing; None for any other camera.
+py::object readGigEOf(CameraHandle& handle) {
+    std::optional<OrvexAdapter::GigEDescription> description;
+    {
+        const CameraUse use(handle);
+        description = OrvexAdapter::readGigE(*use);
+    }
+    if (!description) {
+        return py::none();
+    }
+    py::object settings = py::none();
+    if (const auto& read = description->settings) {
+        settings = py::make_tuple(read->GetCamIPAddress(), read->GetCamMaskAddress(), read->GetCamGatewayAddress(),
+                                  read->GetCamMacAddress(), read->GetHostIPAddress(), read->GetHostMaskAddress(),
+                                  read->GetHostGatewayAddress(), read->GetHostMacAddress());
+    }
+    return py::make_tuple(settings, description->statistics, toException(description->failure));
 }
 
 // --- Settings ---
@@ -283,7 +319,12 @@ ends it at once. StreamTimeoutError, StreamStoppedError, CameraGoneError; what s
 
 delivered_per_second, received_per_second  rates of frames that the stream handed out, and of those that came
 delivered, received, incomplete            their totals; incomplete ones were dropped
+delivered_interval_time, received_interval_time  over which the rates are averaged, in seconds
 capture_time, image_data_transfer_time     of the last frame, in seconds)")
+        .def("set_desired_interval_time", &setDesiredIntervalTime, py::arg("counter"), py::arg("seconds"),
+             R"(Sets the time over which a rate of `statistics` is averaged; initially one second.
+
+counter  "delivered" or "received")")
         .def_property_readonly(
             "counters", [](CameraHandle& handle) { return toPython(camera(&Camera::getStreamCounters)(handle)); },
             R"(What became of all frames, as a dict of Counter by name.
@@ -307,8 +348,9 @@ InvalidArgumentError: the capacity; Error "StreamUnsupported")")
              py::arg("when_full") = "drop_oldest", py::arg("name") = "",
              R"(Replaces the function that gets every Frame, on a thread of its own, from such a queue; None clears it.
 
-When the call returns, the former function no longer runs. What the function raises goes to sys.unraisablehook.
-Error "WouldWaitForItself": called by such a function)")
+When the call returns, the former function no longer runs; a frame that comes meanwhile may reach neither. What the
+function raises goes to sys.unraisablehook. What open_frame_queue() raises, and then the former function stays; Error
+"WouldWaitForItself": called by such a function)")
         .def(
             "register_property_change_callback",
             [](const CameraPointer& handle, const py::object& callback) {
@@ -356,6 +398,7 @@ Called on the writing thread, which gets what it raises.)")
 Parameters are numbers, texts, or bytes and arrays of bytes. Of the results, a String comes back as bytes, an Integer,
 Float or Boolean as int, float or bool; None for no result, a tuple for several. FunctionNotFoundError; FunctionError: the
 operation failed; InvalidArgumentError: too few parameters)")
+        .def("_read_gige", &readGigEOf)
         .def("_read_settings", &readSettingsAsJson)
         .def("_write_settings", &writeSettingsFromJson)
         .def("_compare_settings", &compareSettingsWithJson)

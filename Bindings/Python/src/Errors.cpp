@@ -51,10 +51,14 @@ const char* classOf(const KestrelException& failure) {
                                                                                 : "Error";
 }
 
-void setError(const char* className, const std::string& sentence, const std::string& word, const std::string& where) {
+py::object makeError(const char* className, const std::string& sentence, const std::string& word = "",
+                     const std::string& where = "") {
     const py::object type = py::module_::import("quillcamera._errors").attr(className);
-    const py::object error = type(toPython(sentence), toPython(word), toPython(where));
-    PyErr_SetObject(type.ptr(), error.ptr());
+    return type(toPython(sentence), toPython(word), toPython(where));
+}
+
+void setError(const py::object& error) {
+    PyErr_SetObject(py::type::handle_of(error).ptr(), error.ptr());
 }
 
 void translateError(std::exception_ptr failure) { // NOLINT(performance-unnecessary-value-param): the signature is given
@@ -64,9 +68,13 @@ void translateError(std::exception_ptr failure) { // NOLINT(performance-unnecess
     try {
         std::rethrow_exception(failure);
     } catch (const KestrelException& error) {
-        setError(classOf(error), error.why(), error.who(), error.where());
+        setError(makeError(classOf(error), error.why(), error.who(), error.where()));
     } catch (const Failure& error) {
-        setError(error.m_Class, error.m_Sentence, error.m_Word, "");
+        setError(makeError(error.m_Class, error.m_Sentence, error.m_Word));
+    } catch (const win32::RegistryError& error) {
+        const py::object raised = makeError("RegistryError", error.what());
+        raised.attr("code") = error.m_ErrorCode;
+        setError(raised);
     } catch (const std::out_of_range& error) { // a number in a text; an IndexError by default
         PyErr_SetString(PyExc_ValueError, error.what());
     } catch (const std::system_error& error) {

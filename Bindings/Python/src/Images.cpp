@@ -128,6 +128,17 @@ py::object toPng(const py::object& image) {
     return py::module_::import("quillcamera._png").attr("to_png")(image);
 }
 
+template <auto get>
+auto samples(const ImageObject& object) {
+    const Released released;
+    return ((*object.image).*get)();
+}
+
+ImageObject copy(const ImageObject& object) {
+    const Released released;
+    return ownImage(Imaging::cloneImage(*object.image));
+}
+
 ImageObject convert(const ImageObject& object, const std::string& format) {
     const IMAGE_FORMAT target = formatNamed(format);
     const Released released;
@@ -188,22 +199,20 @@ the image of a frame. The array keeps the memory alive.)")
 
 Samples are reordered but never scaled; a mosaic is demosaiced bilinearly. Width, height, depth and byte order stay.
 Other threads of Python run meanwhile. ValueError: no such format; RuntimeError: no conversion between the two.)")
-        .def(
-            "copy", [](const ImageObject& object) { return ownImage(Imaging::cloneImage(*object.image)); },
-            "Returns an independent, writable copy.")
+        .def("copy", &copy, "Returns an independent, writable copy.")
         .def("get_pixel", &getPixel, py::arg("row"), py::arg("column"), R"(Returns the four channels of a pixel.
 
 MONO: the grey is channel 0. Mosaic: red, first green, second green, blue; all but one are 0. Colour: red, green, blue,
 alpha, in whichever order they lie in memory. ValueError: outside the image.)")
         .def(
             "get_8bit_data",
-            [](const ImageObject& object) { return toArray(object.image->get8bitImageData(), "uint8"); },
+            [](const ImageObject& object) { return toArray(samples<&Image::get8bitImageData>(object), "uint8"); },
             "Returns a flat array of bytes, scaled so that the brightest is 255: grey, or blue, green, red. An image "
             "of "
             "depth 8 returns its own bytes.")
         .def(
             "get_16bit_data",
-            [](const ImageObject& object) { return toArray(object.image->get16bitImageData(), "uint16"); },
+            [](const ImageObject& object) { return toArray(samples<&Image::get16bitImageData>(object), "uint16"); },
             "Returns a flat array of unscaled samples in machine order, as get_8bit_data(); empty for depth 8.")
         .def("to_png", &toPng, "Returns the image as a PNG of 8 bits per sample: grey for MONO, otherwise RGB or RGBA.")
         .def("_repr_png_", &toPng)

@@ -2,6 +2,8 @@
 
 #include "Process.h"
 
+#include <thread>
+
 #include <pthread.h>
 
 #include "CameraHandle.h"
@@ -121,9 +123,13 @@ void Process::endWaits() {
 }
 
 void Process::endWorkspace(bool atExit) {
-    if (Acquired::isHere() || m_Ending.exchange(true)) {
-        throw Failure("Error", "WouldWaitForItself",
-                      "The end of the workspace waits for the callback, or the end, that called it.");
+    while (Acquired::isHere() || m_Ending.exchange(true)) {
+        if (Acquired::isHere() || !atExit) {
+            throw Failure("Error", "WouldWaitForItself",
+                          "The end of the workspace waits for the callback, or the end, that called it.");
+        }
+        const WithoutInterpreter released;
+        std::this_thread::sleep_for(kSignalPeriod); // for the other thread that ends it
     }
     struct Ending {
         std::atomic<bool>& is;
@@ -137,7 +143,8 @@ void Process::endWorkspace(bool atExit) {
             endWaits();
             waitForCalls();
         }
-        if (isMainThread() && PyErr_CheckSignals() != 0) {
+        // At exit, Ctrl-C would leave threads in a library whose interpreter is gone.
+        if (!atExit && isMainThread() && PyErr_CheckSignals() != 0) {
             throw py::error_already_set();
         }
     }

@@ -106,6 +106,8 @@ void bindProgramming(py::module_& module) {
     module.def("can_play_xsvf", [](CameraHandle& handle) { return canPlayXsvf(*CameraUse(handle)); });
     module.def("check_xsvf", &check);
     module.def("read_boot_image", &bootImage);
+    module.def("zeph_version", [] { return toPython(getZephVersion()); });
+    module.def("is_zeph_installed", &isZephInstalled);
 }
 
 } // namespace PythonBinding

@@ -43,6 +43,11 @@ bool isTrue(const PropertyObject& object) {
     return ask(object, [](Property& property) { return (property.*is)(); });
 }
 
+void registerOnChangeCallback(const PropertyObject& object, const py::object& callback) {
+    auto function = changeFunction(object.camera, callback);
+    ask(object, [&function](Property& property) { property.registerOnChangeCallback(std::move(function)); });
+}
+
 void writeText(const PropertyObject& object, const std::string& text) {
     ask(object, [&text](Property& property) { property.setValue(text); });
 }
@@ -151,6 +156,12 @@ False stand for "Enabled" and "Disabled"; most properties ignore a write while t
             "reset",
             [](const PropertyObject& object) { ask(object, [](Property& property) { property.resetToDefault(); }); },
             "Writes the default value.")
+        .def(
+            "register_on_change_callback", &registerOnChangeCallback, py::arg("callback"),
+            R"(Replaces the function that gets this Property after it was written or changed with another one; None clears it.
+
+Called on the writing thread, which gets what it raises. Camera.register_property_change_callback(), and connecting the
+camera again, replace it, too.)")
         .def("__repr__", &represent);
 }
 

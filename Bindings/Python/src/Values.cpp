@@ -17,6 +17,7 @@ namespace {
 
 constexpr const char* kEnabled = "Enabled";
 constexpr const char* kDisabled = "Disabled";
+constexpr const char* kArray = "numpy.ndarray";
 
 py::object valueOfNumber(const std::string& text, bool isWhole) {
     char* end = nullptr;
@@ -61,9 +62,14 @@ std::string toText(py::handle value) {
     if (PyBool_Check(value.ptr()) || typeName == "numpy.bool_" || typeName == "numpy.bool") {
         return PyObject_IsTrue(value.ptr()) != 0 ? kEnabled : kDisabled;
     }
-    if (PyUnicode_Check(value.ptr()) || typeName == "numpy.ndarray" ||
-        (PyObject_CheckBuffer(value.ptr()) && !PyNumber_Check(value.ptr()))) { // numbers of NumPy have bytes, too
+    if (PyUnicode_Check(value.ptr()) || PyBytes_Check(value.ptr())) {
         return toBytes(value);
+    }
+    if (typeName == kArray) { // of numbers: each of them has bytes, which are no text
+        if (value.attr("ndim").cast<int>() == 0) {
+            return toText(value.attr("item")());
+        }
+        throw py::type_error("A value is one number, not an array.");
     }
     PyObject* number = PyIndex_Check(value.ptr())    ? PyNumber_Index(value.ptr())
                        : PyNumber_Check(value.ptr()) ? PyNumber_Float(value.ptr())
@@ -75,6 +81,14 @@ std::string toText(py::handle value) {
         throw py::error_already_set();
     }
     throw py::type_error("A value is a number, a bool, a str, or bytes.");
+}
+
+std::string toParameter(py::handle value) {
+    const bool isArray = Py_TYPE(value.ptr())->tp_name == std::string(kArray) && value.attr("ndim").cast<int>() > 0;
+    if (isArray || (PyObject_CheckBuffer(value.ptr()) && !PyNumber_Check(value.ptr()))) { // numbers of NumPy have bytes
+        return toBytes(value);
+    }
+    return toText(value);
 }
 
 py::object toResults(const std::vector<ParameterDescriptor>& types, const std::vector<std::string>& texts) {

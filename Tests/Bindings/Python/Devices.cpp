@@ -40,6 +40,14 @@ PYBIND11_MODULE(_quill_devices, module) {
     module.def("start_empty", &Devices::startEmpty);
     module.def("plug", &plug, py::arg("serial"), py::arg("like") = 0, py::arg("width") = 64, py::arg("height") = 48,
                py::arg("big_endian") = false);
+    module.def("plug_gige", [] {
+        Devices::DeviceDescription description = Devices::gigeDevice();
+        description.interfaceNumber = 2; // one that is searched for cameras
+        return Devices::plug(description);
+    });
+    module.def("fail_next", [](std::uint32_t serial, const std::string& operation, std::uint32_t error) {
+        Devices::failNext(serial, operationNamed(operation), 1, error);
+    });
     module.def("unplug", &Devices::unplug);
     module.def("replug", &Devices::replug);
     module.def("is_streaming", &Devices::isStreaming);

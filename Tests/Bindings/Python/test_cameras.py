@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
+import asyncio
 import json
 import locale
 import pickle
@@ -9,7 +10,7 @@ import pytest
 
 import _quill_devices as devices
 import quillcamera
-from conftest import PATIENCE, Thread, withhold_frames
+from conftest import PATIENCE, Thread, wait_until, withhold_frames
 
 
 def test_values_have_the_types_of_their_properties(camera):
@@ -20,6 +21,7 @@ def test_values_have_the_types_of_their_properties(camera):
         ("Exposure", 1e9, 2000.0),  # limited to the range
         ("Width", 32, 32),
         ("Width", np.uint16(48), 48),
+        ("Width", np.array(56), 56),  # its bytes are the text "8"
         ("Auto Exposure Target", 111, 111),  # its text is "111.000000"
         ("Strobe", True, True),
         ("Strobe", np.bool_(False), False),
@@ -38,8 +40,9 @@ def test_values_have_the_types_of_their_properties(camera):
     assert camera.properties.framerate.choices == (3.75, 7.5, 15.0)
     assert camera.properties.usb3_vision_mode.choices == (False, True)
     assert camera.properties.model_name.read_only
-    with pytest.raises(TypeError):
-        camera["Exposure"] = [1]
+    for none in ([1], np.array([56])):
+        with pytest.raises(TypeError):
+            camera["Exposure"] = none
 
 
 def test_attributes_are_names_by_one_rule(camera):
@@ -167,6 +170,40 @@ def test_changes_of_properties_reach_a_function_that_may_use_the_camera(camera):
         camera["Video Exposure"] = 40
     assert raised.value.word == "WouldWaitForItself"
     camera.register_property_change_callback(None)
+    camera.properties.video_gain.register_on_change_callback(lambda change: seen.append(change.name))
+    seen.clear()
+    camera["Video Exposure"], camera["Video Gain"] = 50, 2
+    assert seen == ["Video Gain"]
+    camera.properties.video_gain.register_on_change_callback(None)
+    camera["Video Gain"] = 1
+    assert seen == ["Video Gain"]
+
+
+def test_what_only_some_cameras_and_computers_have(camera):
+    assert camera.read_gige() is None
+    serial = devices.plug_gige()
+    quillcamera.search_for_new_cameras()
+    with quillcamera.open(str(serial)) as gige:
+        settings, statistics, failure = gige.read_gige()
+        assert (settings.camera_mac_address, settings.host_ip_address) == ("00:A:1B:3:4:F5", "192.168.1.2")
+        assert "\n" in statistics and failure is None
+        devices.fail_next(serial, "sdkGetStreamStats", 7)
+        settings, statistics, failure = gige.read_gige()
+        assert settings and statistics is None and failure.word == "GigEError"
+    if quillcamera.is_zeph_installed():
+        assert quillcamera.zeph_version()
+    else:
+        with pytest.raises(quillcamera.RegistryError) as missing:
+            quillcamera.zeph_version()
+        assert pickle.loads(pickle.dumps(missing.value)).code == 2
+
+
+def test_rates_are_averaged_over_a_time_that_can_be_set(camera):
+    camera.set_desired_interval_time("received", 0.25)
+    statistics = camera.statistics
+    assert (statistics["received_interval_time"], statistics["delivered_interval_time"]) == (0.25, 1.0)
+    with pytest.raises(ValueError):
+        camera.set_desired_interval_time("lost", 1)
 
 
 def test_cameras_that_come_and_go_are_events(camera):
@@ -180,7 +217,25 @@ def test_cameras_that_come_and_go_are_events(camera):
         devices.replug(71)
         assert next(events)[:2] == ("connected", "71")
     assert list(events) == []
-    assert quillcamera.open("71") != camera and not camera.is_listed
+    assert quillcamera.open("71") != camera and not camera.is_listed and not camera.is_alive
+
+
+def test_events_of_a_task_are_lost_neither_when_it_ends_nor_at_the_end(camera):
+    async def watch(events, count=None):
+        seen = []
+        async for event in events:
+            seen.append(event.kind)
+            if len(seen) == count:
+                break
+        return seen
+
+    with quillcamera.events() as events:
+        for change in (devices.unplug, devices.replug):
+            change(71)
+            wait_until(lambda: events._queue.qsize() == (1 if change == devices.unplug else 2))
+        assert asyncio.run(watch(events, 1)) == ["disconnected"]
+        assert asyncio.run(watch(events, 1)) == ["connected"]
+    assert asyncio.run(watch(events)) == asyncio.run(watch(events)) == []
 
 
 def test_threads_take_turns_with_a_camera(camera):

@@ -138,6 +138,50 @@ def test_a_frame_callback_gets_frames_until_it_is_replaced(camera, monkeypatch):
     assert dropped == [ZeroDivisionError]
 
 
+def test_a_frame_callback_that_waits_for_its_turn_can_be_replaced(camera):
+    begun = threading.Event()
+    words = []
+
+    def see(frame):
+        begun.set()
+        for _ in range(200):
+            camera["Exposure"]
+        try:
+            camera.set_frame_callback(None)
+        except quillcamera.Error as failure:
+            words.append(failure.word)
+
+    camera.start_stream()
+    for successor in (see, see, None):
+        camera.set_frame_callback(see)
+        with pytest.raises(quillcamera.InvalidArgumentError):
+            camera.set_frame_callback(see, capacity=0)
+        begun.clear()
+        assert begun.wait(PATIENCE)  # the former one stays after a failure
+        Thread(camera.set_frame_callback, successor).result()
+    assert set(words) == {"WouldWaitForItself"}
+
+
+def test_tasks_go_on_beside_a_loop_that_always_has_a_frame(camera):
+    async def consume(numbers):
+        async for frame in camera.stream():
+            numbers.append(frame.number)
+            assert len(numbers) < 50
+            wait_until(lambda: camera.counters["Delivered"] > frame.number + 1)
+
+    async def main():
+        numbers = []
+        task = asyncio.create_task(consume(numbers))
+        while not numbers and not task.done():
+            await asyncio.sleep(0)
+        task.cancel()
+        with pytest.raises(asyncio.CancelledError):
+            await task
+
+    asyncio.run(main())
+    assert not camera.is_streaming
+
+
 def test_tasks_share_an_event_loop_with_frames(camera):
     async def main():
         numbers = []

@@ -38,6 +38,16 @@ WAYS_TO_EXIT = {
         camera.register_property_change_callback(lambda change: camera)
         devices.unplug(71)""",
     "array": "array = camera.capture().array; quillcamera.end_workspace(); assert array.sum() > 0",
+    "interrupt_at_exit": """
+        import atexit, signal
+        def interrupt(*ignored):
+            assert not camera.is_listed, "the end was given up"
+        signal.signal(signal.SIGALRM, interrupt)
+        devices.delay(71, "sdkGetProperty", 1000)
+        threading.excepthook = lambda failure: None
+        threading.Thread(target=lambda: camera["Exposure"], daemon=True).start()
+        time.sleep(0.1)
+        atexit.register(lambda: signal.setitimer(signal.ITIMER_REAL, 0.3))""",
     "late_use": "import atexit; atexit.register(lambda: print(camera))",
 }
 
