@@ -19,9 +19,15 @@ thread_local bool g_IsInFrameCallback = false;
 
 bool CameraHandle::isListed() const {
     try {
-        return !m_Ended && &m_Process == &Process::present() && &Camera::getCamera(m_SerialNumber) == &m_Camera;
+        return !m_Ended && isOfThisProcess() && &Camera::getCamera(m_SerialNumber) == &m_Camera;
     } catch (const std::exception&) {
         return false;
+    }
+}
+
+void CameraHandle::requireThisProcess() const {
+    if (!isOfThisProcess()) {
+        throw Failure("CameraGoneError", "CameraGone", "The camera belongs to the parent of this process.");
     }
 }
 
@@ -31,10 +37,14 @@ void CameraHandle::requireListed() const {
     }
     if (!isListed()) {
         throw Failure("CameraGoneError", "CameraGone",
-                      m_Ended                             ? "The workspace of this camera has ended."
-                      : &m_Process != &Process::present() ? "The camera belongs to the parent of this process."
-                                                          : describe(CameraInterface::FrameQueueStatus::CameraGone));
+                      m_Ended ? "The workspace of this camera has ended."
+                              : describe(CameraInterface::FrameQueueStatus::CameraGone));
     }
+}
+
+void CameraHandle::awaitUsers() {
+    std::unique_lock lock(m_Mutex);
+    m_Free.wait(lock, [this] { return m_Depth == 0 && m_Stops == 0 && m_Others == 0; });
 }
 
 void CameraHandle::stopCapture() noexcept {
@@ -55,12 +65,29 @@ void CameraHandle::stopCapture() noexcept {
     m_Free.notify_all();
 }
 
+void CameraHandle::endFrameCallback() {
+    const auto count = [this](int change) {
+        const std::lock_guard lock(m_Mutex);
+        m_Others += change;
+        m_Free.notify_all();
+    };
+    count(1);
+    try {
+        requireListed();
+        m_Camera.setFrameCallback({});
+    } catch (...) {
+        count(-1);
+        throw;
+    }
+    count(-1);
+}
+
 void CameraHandle::setFrameCallback(std::function<void(const Frame&)> callback,
                                     const CameraInterface::FrameQueueSettings& settings, Released& released) {
     if (g_IsInFrameCallback) {
         throw Failure("Error", "WouldWaitForItself", "A frame callback cannot be replaced by such a callback.");
     }
-    requireListed(); // before the mutex, as for a turn
+    requireThisProcess();
     std::unique_lock lock(m_FrameCallbackMutex, std::defer_lock);
     while (!lock.try_lock_for(kSignalPeriod)) {
         released.checkSignals();
@@ -69,8 +96,7 @@ void CameraHandle::setFrameCallback(std::function<void(const Frame&)> callback,
         const Turn turn(*this, Purpose::Call, &released);
         turn.camera().openFrameQueue(settings);
     }
-    requireListed();
-    m_Camera.setFrameCallback({});
+    endFrameCallback();
     if (callback) {
         const Turn turn(*this, Purpose::Call, &released);
         turn.camera().setFrameCallback(
@@ -88,17 +114,17 @@ bool CameraHandle::isUsedHere() {
 }
 
 Turn::Turn(CameraHandle& camera, Purpose purpose, Released* released) : m_Handle(camera) {
-    m_Handle.requireListed(); // before its mutex, which may be locked for ever in a forked child
-    if (take(purpose, std::chrono::milliseconds(0))) {
-        return;
-    }
-    while (!take(purpose, kSignalPeriod)) {
-        if (released) {
-            released->checkSignals();
+    m_Handle.requireThisProcess();
+    if (!take(purpose, std::chrono::milliseconds(0))) {
+        m_Handle.requireListed(); // otherwise the wait is of no use
+        while (!take(purpose, kSignalPeriod)) {
+            if (released) {
+                released->checkSignals();
+            }
         }
     }
     try {
-        m_Handle.requireListed(); // it may have left while this thread waited
+        m_Handle.requireListed(); // from here on it is not destroyed
     } catch (...) {
         giveBack();
         throw;

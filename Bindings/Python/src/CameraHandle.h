@@ -35,6 +35,11 @@ public:
     void end() { m_Ended = true; }
     /// Whether the calling thread uses the camera: it is in a callback of it.
     bool isUsedHere();
+    /// Notes that the camera has left the list.
+    /// @return whether that is news
+    bool depart() { return !m_Departed.exchange(true); }
+    /// Waits until no thread uses the camera.
+    void awaitUsers();
     /// Stops the stream if a thread waits for an image.
     void stopCapture() noexcept;
     /// Replaces the function that gets every frame. Waits for the former one without a turn, for which that one may
@@ -46,14 +51,19 @@ public:
 private:
     friend class Turn;
 
+    bool isOfThisProcess() const { return &m_Process == &Process::present(); }
+    /// @throws Failure  its locks may be held for ever
+    void requireThisProcess() const;
     /// @throws Failure  no camera will answer
     void requireListed() const;
+    void endFrameCallback();
 
     Process& m_Process;
     CameraInterface::Camera& m_Camera; // owned by the library; lives as long as it is listed
     const std::string m_SerialNumber;
     const CameraInterface::CameraKind m_Kind;
     std::atomic<bool> m_Ended{false};
+    std::atomic<bool> m_Departed{false};
 
     std::timed_mutex m_FrameCallbackMutex; // guards the frame callback, also while the former one is awaited
     std::mutex m_Mutex;                    // guards whose turn it is
@@ -61,7 +71,8 @@ private:
     std::thread::id m_User;
     int m_Depth = 0; // of calls by the user: callbacks of the camera may use it
     bool m_IsCapturing = false;
-    int m_Stops = 0; // threads that stop the stream beside a user that waits for an image
+    int m_Stops = 0;  // threads that stop the stream beside a user that waits for an image
+    int m_Others = 0; // threads that use the camera without a turn
 };
 
 using CameraPointer = std::shared_ptr<CameraHandle>;

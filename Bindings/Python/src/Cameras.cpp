@@ -248,7 +248,7 @@ void registerDisconnectCallback(const py::object& function) {
             function.call([&] { return py::make_tuple(toPython(modelName), toPython(serialNumber)); });
         };
     }
-    list([&] { Camera::registerDisconnectCallback(std::move(callback)); });
+    list([&] { Process::present().registerDisconnectCallback(std::move(callback)); });
 }
 
 void bindList(py::module_& module) {

@@ -19,6 +19,9 @@ Process* Process::s_Present = nullptr;
 
 namespace {
 
+/// The library keeps 64 cameras that left the list; when the next one leaves, the oldest of this many is still there.
+constexpr std::size_t kMaximumDeparted = 63;
+
 template <typename Container, typename IsExpired>
 void eraseExpired(Container& container, IsExpired isExpired) {
     for (auto entry = container.begin(); entry != container.end();) {
@@ -69,6 +72,7 @@ void Process::requireWorkspace() {
     }
     if (!m_Started) {
         const Released released;
+        registerDisconnectCallback({});
         Camera::initialiseWorkspace();
         m_Started = true;
     }
@@ -87,6 +91,38 @@ CameraPointer Process::handleOf(const std::string& serialNumber) {
         m_Cameras[&camera] = handle;
     }
     return handle;
+}
+
+void Process::registerDisconnectCallback(std::function<void(const std::string&, const std::string&)> callback) {
+    Camera::registerDisconnectCallback(
+        [this, callback = std::move(callback)](const std::string& modelName, const std::string& serialNumber) {
+            awaitUsersOfOldest(serialNumber);
+            if (callback) {
+                callback(modelName, serialNumber);
+            }
+        });
+}
+
+/// Called for each camera that left the list: waits for calls that use the one that the library destroys next.
+void Process::awaitUsersOfOldest(const std::string& departed) {
+    std::weak_ptr<CameraHandle> left; // none if nobody holds it
+    for (const CameraPointer& camera : heldCameras()) {
+        if (camera->serialNumber() == departed && !camera->isListed() && camera->depart()) {
+            left = camera;
+        }
+    }
+    CameraPointer oldest;
+    {
+        const std::lock_guard lock(m_Mutex);
+        m_Departed.push_back(left);
+        if (m_Departed.size() > kMaximumDeparted) {
+            oldest = m_Departed.front().lock();
+            m_Departed.pop_front();
+        }
+    }
+    if (oldest) {
+        oldest->awaitUsers();
+    }
 }
 
 void Process::keep(const std::shared_ptr<CameraInterface::FrameQueue>& queue) {
@@ -157,6 +193,7 @@ void Process::endWorkspace(bool atExit) {
     Camera::unitialisedWorkpace();
     const std::lock_guard lock(m_Mutex);
     m_Cameras.clear();
+    m_Departed.clear();
     m_Started = false;
 }
 

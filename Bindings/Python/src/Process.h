@@ -3,6 +3,8 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -42,6 +44,8 @@ public:
 
     /// The handle of a listed camera.
     std::shared_ptr<CameraHandle> handleOf(const std::string& serialNumber);
+    /// Replaces the function that hears which camera went away, by model name and serial number; it may be empty.
+    void registerDisconnectCallback(std::function<void(const std::string&, const std::string&)> callback);
     /// Remembers a queue, so that its waits end with the workspace.
     void keep(const std::shared_ptr<CameraInterface::FrameQueue>& queue);
 
@@ -53,6 +57,7 @@ private:
     void waitForCalls();
     void endWaits();
     std::vector<std::shared_ptr<CameraHandle>> heldCameras() const;
+    void awaitUsersOfOldest(const std::string& departed);
 
     static Process* s_Present; // never deleted
 
@@ -65,6 +70,7 @@ private:
     std::condition_variable m_Returned;
     int m_Calls = 0;
     std::map<CameraInterface::Camera*, std::weak_ptr<CameraHandle>> m_Cameras;
+    std::deque<std::weak_ptr<CameraHandle>> m_Departed; // those that left the list last, oldest first
     std::set<std::weak_ptr<CameraInterface::FrameQueue>, std::owner_less<>> m_Queues;
 };
 

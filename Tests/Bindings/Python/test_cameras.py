@@ -4,6 +4,7 @@ import json
 import locale
 import pickle
 import threading
+import time
 
 import numpy as np
 import pytest
@@ -236,6 +237,31 @@ def test_events_of_a_task_are_lost_neither_when_it_ends_nor_at_the_end(camera):
         assert asyncio.run(watch(events, 1)) == ["disconnected"]
         assert asyncio.run(watch(events, 1)) == ["connected"]
     assert asyncio.run(watch(events)) == asyncio.run(watch(events)) == []
+
+
+def test_a_camera_that_is_used_is_not_destroyed_however_many_leave(camera):
+    for serial in range(7100, 7170):
+        devices.plug(serial)
+    quillcamera.search_for_new_cameras()
+    others = [quillcamera.Camera(str(serial)) for serial in range(7100, 7170)]
+    begun = threading.Event()
+    kept = []
+
+    def hold(fraction):  # the call until the others are gone, if they go
+        begun.set()
+        end = time.monotonic() + 1
+        while time.monotonic() < end and any(other.is_listed for other in others):
+            time.sleep(0.01)
+        kept.append(any(other.is_listed for other in others))
+
+    writing = Thread(lambda: quillcamera.Programmer(camera).write_buffer_to_flash(bytes(65536), 0, progress=hold))
+    assert begun.wait(PATIENCE)
+    for serial in (71, *range(7100, 7170)):
+        devices.unplug(serial)
+    with pytest.raises(quillcamera.Error):
+        writing.result()
+    assert kept[0]  # the 64th to leave waits for the call
+    wait_until(lambda: not any(other.is_listed for other in others))
 
 
 def test_threads_take_turns_with_a_camera(camera):
