@@ -37,7 +37,8 @@
 /// A callback may use the library, but must not leave by longjmp() or an exception.
 ///
 /// **Threads.** What is marked thread-safe may be called by any thread at any time. Otherwise one thread at a time uses
-/// a camera, as in C++; different cameras are independent.
+/// a camera, as in C++; different cameras are independent. A thread inside a function must not be cancelled
+/// (pthread_cancel()).
 ///
 /// **Forks.** In a forked child, cameras and queues of the parent are invalid handles; images and frames stay usable.
 ///
@@ -168,7 +169,7 @@ typedef void (*quill_new_connect_function)(void* context);
 typedef void (*quill_disconnect_function)(void* context, const char* model_name, const char* serial_number);
 
 /// Adds every attached camera and starts watching for changes. Further calls only add new cameras.
-/// "WouldWaitForItself" inside a callback of the library.
+/// "WouldWaitForItself" inside a callback, or a progress or release function.
 QUILL_C_API quill_status quill_initialise_workspace(quill_error* error);
 /// Clears both callbacks, stops watching and destroys all cameras: their handles become invalid. First waits for calls
 /// of other threads that use a camera; those that wait for an image end, since their stream is stopped. A program may
@@ -183,7 +184,7 @@ QUILL_C_API quill_status quill_get_camera(const char* serial_number, quill_camer
 /// Searches for cameras now and returns the number of those added.
 QUILL_C_API quill_status quill_search_for_new_cameras(unsigned* added, quill_error* error);
 /// Replaces the function that is called after cameras were added. "WouldWaitForItself" inside a callback, or a progress
-/// function.
+/// or release function.
 QUILL_C_API quill_status quill_register_new_connect_callback(quill_new_connect_function callback, void* context,
                                                              quill_release_function release, quill_error* error);
 /// Replaces the function that is called for every camera that went away. Fails as the one before.
@@ -259,6 +260,13 @@ QUILL_C_API quill_status quill_camera_register_property_change_callback(quill_ca
                                                                         quill_property_change_function callback,
                                                                         void* context, quill_release_function release,
                                                                         quill_error* error);
+
+/// Replaces the function that is called after this property changed, until the camera is connected again, or the
+/// function for all properties is replaced.
+QUILL_C_API quill_status quill_property_register_on_change_callback(quill_camera camera, const char* name,
+                                                                    quill_property_change_function callback,
+                                                                    void* context, quill_release_function release,
+                                                                    quill_error* error);
 
 /// Reads the value, as text. "PropertyReadFailure".
 QUILL_C_API quill_status quill_property_get_value(quill_camera camera, const char* name, char** value,

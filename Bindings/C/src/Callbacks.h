@@ -9,6 +9,21 @@
 
 namespace CInterface {
 
+/// Marks that this thread is inside a call that the end of the workspace would wait for.
+class InsideCall {
+public:
+    InsideCall() { ++s_Depth; }
+    InsideCall(const InsideCall&) = delete;
+    InsideCall& operator=(const InsideCall&) = delete;
+    ~InsideCall() { --s_Depth; }
+
+    /// @throws KestrelException "WouldWaitForItself"
+    static void refuse();
+
+private:
+    inline static thread_local int s_Depth = 0;
+};
+
 /// Owns the context of a callback: releases it once.
 class CallbackContext {
 public:
@@ -20,6 +35,7 @@ public:
     CallbackContext& operator=(CallbackContext&&) = delete;
     ~CallbackContext() {
         if (m_Release != nullptr) {
+            const InsideCall mark; // it may be released by a thread for which the end of the workspace waits
             m_Release(m_Context);
         }
     }

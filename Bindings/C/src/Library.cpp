@@ -66,14 +66,16 @@ quill_status quill_search_for_new_cameras(unsigned* added, quill_error* error) {
 quill_status quill_register_new_connect_callback(quill_new_connect_function callback, void* context,
                                                  quill_release_function release, quill_error* error) {
     return call(error, [&] {
-        Workspace::instance().registerNewConnect({callback, CallbackContext(context, release)});
+        Callback<quill_new_connect_function> hear(callback, CallbackContext(context, release));
+        Workspace::instance().registerNewConnect(std::move(hear));
     });
 }
 
 quill_status quill_register_disconnect_callback(quill_disconnect_function callback, void* context,
                                                 quill_release_function release, quill_error* error) {
     return call(error, [&] {
-        Workspace::instance().registerDisconnect({callback, CallbackContext(context, release)});
+        Callback<quill_disconnect_function> hear(callback, CallbackContext(context, release));
+        Workspace::instance().registerDisconnect(std::move(hear));
     });
 }
 

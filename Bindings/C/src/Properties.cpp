@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <functional>
 #include <limits>
 #include <stdexcept>
 #include <system_error>
@@ -52,6 +53,15 @@ quill_status readText(quill_camera camera, const char* name, char** result, quil
 template <bool (Property::*read)()>
 quill_status readBool(quill_camera camera, const char* name, bool* result, quill_error* error) {
     return readProperty(camera, name, result, error, [](Property& property) { return (property.*read)(); });
+}
+
+/// Makes what the library calls of a callback, or nothing of none.
+std::function<void(Property&)> changeFunction(quill_camera camera,
+                                              const Callback<quill_property_change_function>& change) {
+    if (!change) {
+        return {};
+    }
+    return [change, camera](Property& property) { change(camera, property.getName().c_str()); };
 }
 
 /// Reads a number that is the whole text.
@@ -109,13 +119,18 @@ quill_status quill_camera_register_property_change_callback(quill_camera camera,
                                                             quill_release_function release, quill_error* error) {
     return call(error, [&] {
         const Callback<quill_property_change_function> change(callback, CallbackContext(context, release));
+        CameraUse(camera)->registerPropertyChangeCallback(changeFunction(camera, change));
+    });
+}
+
+quill_status quill_property_register_on_change_callback(quill_camera camera, const char* name,
+                                                        quill_property_change_function callback, void* context,
+                                                        quill_release_function release, quill_error* error) {
+    return call(error, [&] {
+        const Callback<quill_property_change_function> change(callback, CallbackContext(context, release));
+        requireAll(name);
         const CameraUse use(camera);
-        if (change) {
-            use->registerPropertyChangeCallback(
-                [change, camera](Property& property) { change(camera, property.getName().c_str()); });
-        } else {
-            use->registerPropertyChangeCallback({});
-        }
+        use->getProperty(name).registerOnChangeCallback(changeFunction(camera, change));
     });
 }
 

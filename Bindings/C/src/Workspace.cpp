@@ -88,6 +88,7 @@ private:
 
 void Workspace::initialise() {
     InsideCall::refuse();
+    const Stay stay;
     bool isWatching = false;
     {
         const MutexLock lock(m_Mutex);
@@ -160,6 +161,7 @@ void Workspace::registerDisconnect(Callback<quill_disconnect_function> callback)
 template <typename Function, typename Await>
 void Workspace::exchange(Callback<Function> Workspace::*present, Callback<Function>& callback, Await await) {
     InsideCall::refuse();
+    const Stay stay;
     const auto swap = [&] {
         const MutexLock lock(m_Mutex);
         std::swap(this->*present, callback);
@@ -281,6 +283,7 @@ void Workspace::stopAwaitedStreams() {
         for (const auto& [camera, waits] : m_ImageWaits) {
             cameras.push_back(camera);
         }
+        ++m_Closing; // one that left the list is not destroyed meanwhile
     }
     for (Camera* const camera : cameras) {
         try {
@@ -289,6 +292,13 @@ void Workspace::stopAwaitedStreams() {
             // It is stopped again, until the wait has ended.
         }
     }
+    noteClosed();
+}
+
+Workspace::Stay::Stay() {
+    MutexLock lock(m_Workspace.m_Mutex);
+    lock.wait(m_Workspace.m_Changed, [this]() QUILL_REQUIRES(m_Workspace.m_Mutex) { return !m_Workspace.m_Ending; });
+    ++m_Workspace.m_Stays;
 }
 
 Workspace::Stay::Stay(const char* serialNumber) {

@@ -16,21 +16,6 @@
 
 namespace CInterface {
 
-/// Marks that this thread is inside a call that the end of the workspace would wait for.
-class InsideCall {
-public:
-    InsideCall() { ++s_Depth; }
-    InsideCall(const InsideCall&) = delete;
-    InsideCall& operator=(const InsideCall&) = delete;
-    ~InsideCall() { --s_Depth; }
-
-    /// @throws KestrelException "WouldWaitForItself"
-    static void refuse();
-
-private:
-    inline static thread_local int s_Depth = 0;
-};
-
 /// The handles of cameras. The list owns cameras, and destroys those that left it when 64 more have left; before that,
 /// their handles become invalid, and calls that use them end. Thread-safe.
 class Workspace {
@@ -47,6 +32,8 @@ public:
     /// Keeps the workspace from ending.
     class Stay {
     public:
+        /// Waits until an end has ended; not for callbacks, for which it waits.
+        Stay();
         /// @throws KestrelException_Camera "CameraNotFound"  the workspace ends
         explicit Stay(const char* serialNumber);
         Stay(const Stay&) = delete;
@@ -101,7 +88,7 @@ private:
     std::uint64_t m_Order QUILL_GUARDED_BY(m_Mutex) = 0;
     // Those that left the list last, oldest first; null for one without a handle.
     std::deque<CameraInterface::Camera*> m_Departed QUILL_GUARDED_BY(m_Mutex);
-    std::size_t m_Closing QUILL_GUARDED_BY(m_Mutex) = 0; // handles that are closed and still in use
+    std::size_t m_Closing QUILL_GUARDED_BY(m_Mutex) = 0; // handles that are closed and still in use, and other uses
     std::size_t m_Stays QUILL_GUARDED_BY(m_Mutex) = 0;
     std::map<CameraInterface::Camera*, int> m_ImageWaits QUILL_GUARDED_BY(m_Mutex);
     bool m_Ending QUILL_GUARDED_BY(m_Mutex) = false;

@@ -72,9 +72,12 @@ void Process::requireWorkspace() {
     }
     if (!m_Started) {
         const Released released;
-        registerDisconnectCallback({});
-        Camera::initialiseWorkspace();
-        m_Started = true;
+        const std::lock_guard lock(m_StartMutex);
+        if (!m_Started) {
+            registerDisconnectCallback({});
+            Camera::initialiseWorkspace();
+            m_Started = true;
+        }
     }
 }
 

@@ -19,8 +19,8 @@ namespace PythonBinding {
 class CameraHandle;
 
 /// What the binding knows of the library in this process, for the lifetime of what it hands out. A forked child has one
-/// of its own; its parent's is left as it was. Thread-safe. No mutex of it is held while the interpreter, or the
-/// library, is waited for.
+/// of its own; its parent's is left as it was. Thread-safe. No mutex of it is held while the interpreter is waited for,
+/// nor, except for the start, while the library is.
 class Process {
 public:
     static Process& present() { return *s_Present; }
@@ -66,6 +66,7 @@ private:
     std::atomic<bool> m_Ending{false};
     std::atomic<bool> m_Started{false};
 
+    std::mutex m_StartMutex;    // guards the start of the workspace; taken without the interpreter
     mutable std::mutex m_Mutex; // guards what follows
     std::condition_variable m_Returned;
     int m_Calls = 0;

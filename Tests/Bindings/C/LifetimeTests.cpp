@@ -86,6 +86,11 @@ constexpr Register kRegistrations[] = {
             camera, clear ? nullptr : +[](void*, quill_camera, const char*) {}, context, countRelease, nullptr);
     },
     [](quill_camera camera, bool clear, void* context) {
+        return quill_property_register_on_change_callback(
+            camera, "Width", clear ? nullptr : +[](void*, quill_camera, const char*) {}, context, countRelease,
+            nullptr);
+    },
+    [](quill_camera camera, bool clear, void* context) {
         return quill_camera_set_frame_callback(
             camera, nullptr, clear ? nullptr : +[](void*, quill_frame) {}, context, countRelease, nullptr);
     },
@@ -118,7 +123,7 @@ TEST_F(CInterfaceLifetime, AContextIsReleasedOnceHoweverItsCallbackEnds) {
     for (const std::atomic<int>& count : ended) {
         EXPECT_EQ(count, 1);
     }
-    for (std::size_t i = 0; i < 2; ++i) { // of cameras
+    for (std::size_t i = 0; i < 3; ++i) { // of cameras
         std::atomic<int> refused{0};
         EXPECT_EQ(kRegistrations[i](m_Camera, false, &refused), QUILL_INVALID_HANDLE);
         EXPECT_EQ(refused, 1);
@@ -141,6 +146,14 @@ TEST_F(CInterfaceLifetime, CamerasThatLeftStayUsableUntil63MoreHaveLeft) {
                   [](void* context, const char*, const char*) { ++*static_cast<std::atomic<unsigned>*>(context); },
                   &departures, nullptr, nullptr),
               QUILL_OK);
+    std::atomic<quill_status> inRelease{QUILL_OK};
+    ASSERT_EQ(quill_camera_register_property_change_callback(
+                  m_Camera, [](void*, quill_camera, const char*) {}, &inRelease,
+                  [](void* context) { // on the watching thread
+                      *static_cast<std::atomic<quill_status>*>(context) = quill_end_workspace(nullptr);
+                  },
+                  nullptr),
+              QUILL_OK);
     std::thread user([&] { // of a camera that is destroyed meanwhile
         while (stateOf(m_Camera) == QUILL_OK) {
             bool alive = false;
@@ -156,6 +169,7 @@ TEST_F(CInterfaceLifetime, CamerasThatLeftStayUsableUntil63MoreHaveLeft) {
         usable += stateOf(camera) == QUILL_OK ? 1 : 0;
     }
     EXPECT_EQ(usable, 63);
+    EXPECT_EQ(inRelease, QUILL_EXCEPTION);
     quill_error error = QUILL_ERROR_INIT;
     EXPECT_EQ(quill_camera_connect(cameras.back(), &error), QUILL_EXCEPTION_CAMERA);
     EXPECT_STREQ(error.word, "CameraConnection");

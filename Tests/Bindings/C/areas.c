@@ -136,6 +136,14 @@ static void use_properties(quill_camera camera) {
     REQUIRE(calls > 0 && strcmp(changed, exposure) == 0);
     OK(quill_camera_register_property_change_callback(camera, NULL, NULL, NULL, &error));
     REQUIRE(calls == -100);
+    calls = 0;
+    OK(quill_property_register_on_change_callback(camera, "Video Gain", note_change, &calls, note_release, &error));
+    OK(quill_property_set_value(camera, exposure, "12.5", &error));
+    REQUIRE(calls == 0);
+    OK(quill_property_set_value(camera, "Video Gain", "2", &error));
+    REQUIRE(calls == 1 && strcmp(changed, "Video Gain") == 0);
+    OK(quill_property_register_on_change_callback(camera, "Video Gain", NULL, NULL, NULL, &error));
+    REQUIRE(calls == -100);
     OK(quill_property_get_value(camera, exposure, &text, &error));
     REQUIRE(is_text(text, "12.500000"));
     OK(quill_property_set_double(camera, exposure, 0.0625, &error));
