@@ -84,10 +84,11 @@ void CameraHandle::endFrameCallback() {
 
 void CameraHandle::setFrameCallback(std::function<void(const Frame&)> callback,
                                     const CameraInterface::FrameQueueSettings& settings, Released& released) {
-    if (g_IsInFrameCallback) {
-        throw Failure("Error", "WouldWaitForItself", "A frame callback cannot be replaced by such a callback.");
-    }
     requireThisProcess();
+    if (g_IsInFrameCallback || isUsedHere()) {
+        throw Failure("Error", "WouldWaitForItself",
+                      "A frame callback is replaced neither by such a callback nor within another call of the camera.");
+    }
     std::unique_lock lock(m_FrameCallbackMutex, std::defer_lock);
     while (!lock.try_lock_for(kSignalPeriod)) {
         released.checkSignals();

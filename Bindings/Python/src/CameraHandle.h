@@ -44,7 +44,7 @@ public:
     void stopCapture() noexcept;
     /// Replaces the function that gets every frame. Waits for the former one without a turn, for which that one may
     /// wait.
-    /// @throws Failure  on the thread of such a function; the camera is gone
+    /// @throws Failure  on the thread of such a function, or within another call of the camera; the camera is gone
     void setFrameCallback(std::function<void(const CameraInterface::Frame&)> callback,
                           const CameraInterface::FrameQueueSettings& settings, Released& released);
 

@@ -350,7 +350,7 @@ InvalidArgumentError: the capacity; Error "StreamUnsupported")")
 
 When the call returns, the former function no longer runs; a frame that comes meanwhile may reach neither. What the
 function raises goes to sys.unraisablehook. What open_frame_queue() raises, and then the former function stays; Error
-"WouldWaitForItself": called by such a function)")
+"WouldWaitForItself": called by such a function, or by one that another call of the camera has called)")
         .def(
             "register_property_change_callback",
             [](const CameraPointer& handle, const py::object& callback) {
