@@ -29,7 +29,8 @@ def test_the_guide_runs_word_for_word(tmp_path):
     if not importlib.util.find_spec("cv2"):
         blocks = [block for block in blocks if "cv2" not in block]
     printed = run(tmp_path, "-c", "\n".join(blocks))
-    assert "PropertyUnsupported" in printed and "b'Quill" in printed
+    for text in ("PropertyUnsupported", "b'Quill", "Video Gain is now 2.0"):
+        assert text in printed
 
 
 def test_the_examples_run(tmp_path):
