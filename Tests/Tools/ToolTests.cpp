@@ -196,12 +196,13 @@ TEST_F(Tool, TellsPeopleAloneHowTheNetworkIsSearched) {
     if (!canOpenTerminal()) {
         GTEST_SKIP() << "No pseudo-terminal can be opened here.";
     }
-    ChildProcess list = shellCommand(R"("$0" list 2>&1)");
-    EXPECT_THAT(runChild(list).output, Not(HasSubstr("--genicam")));
-    list.onTerminal = true;
-    EXPECT_THAT(runChild(list).output, HasSubstr("'quill list --genicam eth1'"));
-    list.environment.push_back("QUILL_GENICAM=nosuchcard");
-    EXPECT_THAT(runChild(list).output, Not(HasSubstr("--genicam")));
+    ChildProcess unconfigured = shellCommand(R"(unset QUILL_GENICAM; "$0" list 2>&1)");
+    EXPECT_THAT(runChild(unconfigured).output, Not(HasSubstr("--genicam")));
+    unconfigured.onTerminal = true;
+    EXPECT_THAT(runChild(unconfigured).output, HasSubstr("'quill list --genicam eth1'"));
+    ChildProcess configured = shellCommand(R"(QUILL_GENICAM=nosuchcard "$0" list 2>&1)");
+    configured.onTerminal = true;
+    EXPECT_THAT(runChild(configured).output, Not(HasSubstr("--genicam")));
 }
 
 TEST_F(Tool, SaysThatTheCameraListIsBroken) {
