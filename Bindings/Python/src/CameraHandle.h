@@ -65,8 +65,8 @@ private:
     std::atomic<bool> m_Ended{false};
     std::atomic<bool> m_Departed{false};
 
-    std::timed_mutex m_FrameCallbackMutex; // guards the frame callback, also while the former one is awaited
-    std::mutex m_Mutex;                    // guards whose turn it is
+    std::mutex m_FrameCallbackMutex; // guards the frame callback, also while the former one is awaited
+    std::mutex m_Mutex;              // guards whose turn it is
     std::condition_variable m_Free;
     std::thread::id m_User;
     int m_Depth = 0; // of calls by the user: callbacks of the camera may use it
