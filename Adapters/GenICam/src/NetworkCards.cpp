@@ -118,6 +118,7 @@ std::vector<NetworkCard> networkCards() {
     }
     freeifaddrs(list);
     std::vector<NetworkCard> result;
+    result.reserve(cards.size());
     for (auto& entry : cards) {
         result.push_back(std::move(entry.second));
     }

@@ -13,6 +13,7 @@
 using namespace CInterface;
 using CameraInterface::Camera;
 
+// NOLINTNEXTLINE(misc-redundant-expression): they are equal until one header is changed alone
 static_assert(QUILL_VERSION == QUILL_MAKE_VERSION(QUILL_C_VERSION_MAJOR, QUILL_C_VERSION_MINOR, QUILL_C_VERSION_PATCH),
               "both headers have one version");
 
