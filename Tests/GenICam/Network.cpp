@@ -8,8 +8,8 @@
 #include <netinet/in.h>
 #include <sched.h>
 #include <signal.h>
+#include <spawn.h>
 #include <sys/ioctl.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -17,6 +17,7 @@
 #include <cstring>
 #include <fstream>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace TestSupport {
@@ -62,21 +63,28 @@ void CameraProcess::putBack() {
     if (pipe2(ends, O_CLOEXEC) != 0) {
         throw std::runtime_error("no pipe");
     }
+    // A forked child may hang before it becomes the camera: AddressSanitizer of clang before 17 leaves the mutexes
+    // locked that other threads held.
+    std::vector<std::string> words{"setpriv", "--pdeathsig", "KILL"}; // ends the camera with the thread that started it
+    words.insert(words.end(), m_Words.begin(), m_Words.end());
     std::vector<char*> arguments;
-    for (std::string& word : m_Words) {
+    for (std::string& word : words) {
         arguments.push_back(word.data());
     }
     arguments.push_back(nullptr);
-    m_Process = fork();
-    if (m_Process == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        dup2(ends[0], STDIN_FILENO);
-        dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
-        execvp(arguments[0], arguments.data());
-        _exit(127);
-    }
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_adddup2(&files, ends[0], STDIN_FILENO);
+    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    const int error = posix_spawnp(&m_Process, arguments[0], &files, nullptr, arguments.data(), environ);
+    posix_spawn_file_actions_destroy(&files);
     close(ends[0]);
     m_Input = ends[1];
+    if (error != 0) {
+        close(m_Input);
+        m_Process = -1;
+        throw std::system_error(error, std::generic_category(), arguments[0]);
+    }
 }
 
 void CameraProcess::pull() {
