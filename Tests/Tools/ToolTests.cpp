@@ -110,6 +110,36 @@ TEST_F(Tool, EndsWithTheDocumentedCodeAndSaysWhy) {
     }
 }
 
+TEST_F(Tool, CompletesTheLastWord) {
+    const std::pair<Words, std::string> cases[] = {
+        {{"fl"}, "flash\n"},
+        {{"flash", "r"}, "read\n"},
+        {{"get", "900"}, "90001\n90002\n"},
+        {{"set", "90001", "Sh"}, "Shutter=\n"},
+        {{"set", "90001", "Shutter=R"}, "Shutter=Rolling\n"},
+        {{"capture", "--format", "RGB", "90001", "--set", "Shutter=G"}, "Shutter=Global\n"},
+        {{"get", "90001", "Gain", "Wi"}, "Width\n"},
+        {{"perform", "90001", "Read"}, "Read Flash\n"},
+        {{"convert", "a.raw", "--from", "BAYER_R"}, "BAYER_RGGB\n"},
+        {{"capture", "90001", "--stil"}, "--still\n"},
+        {{"get", "none", ""}, ""},
+        {{"frobnicate", ""}, ""},
+    };
+    for (const auto& [begun, candidates] : cases) {
+        Words words{"completion", "words", "--"};
+        words.insert(words.end(), begun.begin(), begun.end());
+        const ChildResult result = run(words);
+        EXPECT_EQ(result.exitCode, 0) << begun.back();
+        EXPECT_EQ(result.output, candidates) << begun.back();
+    }
+    // As bash splits the line, with its quotes and signs of equality.
+    ChildProcess bash =
+        shellCommand("quill() { \"$0\" \"$@\"; }; command() { \"$@\"; }; eval \"$(quill completion bash)\";"
+                     "COMP_WORDS=(quill set 90001 Shutter = R); COMP_CWORD=5; _quill; echo ${COMPREPLY[*]}");
+    bash.program = "bash";
+    EXPECT_EQ(runChild(bash).output, "Rolling\n");
+}
+
 TEST_F(Tool, GivesJsonWithStableKeys) {
     const struct {
         Words words;

@@ -2,6 +2,8 @@
 
 #include "Commands/Command.h"
 
+#include <Quill.h>
+
 #include "ImageFiles/ImageFile.h"
 
 namespace QuillTool {
@@ -28,6 +30,15 @@ void refuseCommandsAsInput(const Context& context, const std::string& path) {
     if (context.inShell && path == kStandardStream) {
         throw ToolError(ExitCode::Usage, "standard input holds the commands of the shell, not a file");
     }
+}
+
+std::vector<std::string> formatNames() {
+    std::vector<std::string> names;
+    for (int format = static_cast<int>(Imaging::IMAGE_FORMAT::MONO);
+         format <= static_cast<int>(Imaging::IMAGE_FORMAT::BGRA_PLANAR); ++format) {
+        names.push_back(Imaging::getFormatName(static_cast<Imaging::IMAGE_FORMAT>(format)));
+    }
+    return names;
 }
 
 CLI::Option* addTexts(CLI::App& parser, const std::string& name, std::vector<std::string>& texts,

@@ -54,6 +54,9 @@ void addJsonFlag(CLI::App& parser, bool& json);
 /// @throws ToolError
 void refuseCommandsAsInput(const Context& context, const std::string& path);
 
+/// The names of all image formats.
+std::vector<std::string> formatNames();
+
 /// Adds an argument that takes all texts that follow, unchanged.
 CLI::Option* addTexts(CLI::App& parser, const std::string& name, std::vector<std::string>& texts,
                       const std::string& description);
@@ -75,5 +78,6 @@ CommandDescription watchCommand();
 CommandDescription conformCommand();
 CommandDescription settingsCommands();
 CommandDescription shellCommand();
+CommandDescription completionCommand();
 
 } // namespace QuillTool

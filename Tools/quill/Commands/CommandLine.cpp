@@ -49,21 +49,25 @@ Examples:
   quill firmware write 41500101 update.img --dry-run
 )";
 
+} // namespace
+
 const std::vector<CommandDescription>& allCommands() {
     static const std::vector<CommandDescription> commands = [] {
         std::vector<CommandDescription> all;
         for (auto& group : {cameraCommands(), propertyCommands(), functionCommands(), imageCommands()}) {
             std::copy(group.begin(), group.end(), std::back_inserter(all));
         }
-        for (const auto& single :
-             {settingsCommands, streamCommand, watchCommand, conformCommand, flashCommands, firmwareCommands,
-              jtagCommand, rebootCommand, usb3VisionCommands, networkCommand, kitCommand, shellCommand}) {
+        for (const auto& single : {settingsCommands, streamCommand, watchCommand, conformCommand, flashCommands,
+                                   firmwareCommands, jtagCommand, rebootCommand, usb3VisionCommands, networkCommand,
+                                   kitCommand, shellCommand, completionCommand}) {
             all.push_back(single());
         }
         return all;
     }();
     return commands;
 }
+
+namespace {
 
 class HelpFormatter : public CLI::Formatter {
     std::string make_description(const CLI::App* parser) const override { return parser->get_description() + ".\n"; }
@@ -206,6 +210,12 @@ ExitCode dispatch(std::vector<std::string> words, Context& context) {
 }
 
 } // namespace
+
+void useNetworkOf(std::vector<std::string>& words) {
+    if (const std::vector<std::string> network = takeNetwork(words); !network.empty()) {
+        useNetwork(network);
+    }
+}
 
 ExitCode runCommandLine(const std::vector<std::string>& words, Context& context) {
     try {

@@ -27,15 +27,6 @@ namespace {
 using Imaging::Image;
 using Imaging::IMAGE_FORMAT;
 
-std::vector<std::string> formatNames() {
-    std::vector<std::string> names;
-    for (int format = static_cast<int>(IMAGE_FORMAT::MONO); format <= static_cast<int>(IMAGE_FORMAT::BGRA_PLANAR);
-         ++format) {
-        names.push_back(Imaging::getFormatName(static_cast<IMAGE_FORMAT>(format)));
-    }
-    return names;
-}
-
 IMAGE_FORMAT parseFormat(const std::string& option, const std::string& name) {
     const std::optional<IMAGE_FORMAT> format = Imaging::findFormat(inCapitals(name));
     if (!format) {

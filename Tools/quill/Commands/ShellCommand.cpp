@@ -9,6 +9,7 @@
 
 #include "Commands/Command.h"
 #include "Commands/CommandLine.h"
+#include "Commands/Completion.h"
 #include "Terminal/LineReader.h"
 #include "Terminal/WordSplitter.h"
 
@@ -25,7 +26,8 @@ public:
             throw ToolError(ExitCode::Usage, "shell: the shell is already running");
         }
         Context inside{context.session, context.output, context.interrupt, true};
-        const std::unique_ptr<LineReader> lines = makeLineReader(context.interrupt);
+        const std::unique_ptr<LineReader> lines = makeLineReader(
+            context.interrupt, [&inside](const std::vector<std::string>& words) { return completions(words, inside); });
         ExitCode firstFailure = ExitCode::Done;
         for (int number = 1; const std::optional<std::string> line = lines->next(); ++number) {
             if (!lines->isInteractive()) {
@@ -75,6 +77,8 @@ CommandDescription shellCommand() {
             "lines. Quote words as in a shell. '#' begins a comment, 'help' lists the\n"
             "commands, 'exit' or 'quit' ends the session. A command that fails does not end\n"
             "the session; a script ends with the exit code of its first failure.\n\n"
+            "At the prompt, Tab completes a word or lists what it can become. Lines are kept\n"
+            "for later sessions in ~/.local/state/quill/history.\n\n"
             "Examples:\n"
             "  quill shell\n"
             "  quill shell < setup.quill\n"

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Terminal/Interrupt.h"
 
@@ -23,9 +25,12 @@ public:
     virtual bool isInteractive() const = 0;
 };
 
-/// Reads standard input. On a terminal, it offers a prompt with editing and a history, and an interrupt discards the
-/// line; otherwise an interrupt ends the input.
+/// Returns what the last word can become.
+using Completer = std::function<std::vector<std::string>(const std::vector<std::string>& words)>;
+
+/// Reads standard input. On a terminal, it offers a prompt with editing, completion by Tab, and a history that sessions
+/// share, and an interrupt discards the line; otherwise an interrupt ends the input.
 /// @param interrupt  outlives the reader
-std::unique_ptr<LineReader> makeLineReader(Interrupt& interrupt);
+std::unique_ptr<LineReader> makeLineReader(Interrupt& interrupt, Completer completer);
 
 } // namespace QuillTool
