@@ -16,7 +16,14 @@ install(TARGETS quillcamera EXPORT QuillCameraTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 if(QUILL_BUILD_SOFTWARE_DEVICES)
     # Beside the library, which searches for the flat libraries only there.
-    install(TARGETS softwaredevices orvexapi tarnulibrary LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
+    install(TARGETS orvexapi tarnulibrary LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
+    # For tests of applications: the interface that controls the devices, and the boundary headers that it includes.
+    set(quill_devices_headers "${CMAKE_INSTALL_INCLUDEDIR}/quillcamera-devices")
+    install(TARGETS softwaredevices EXPORT QuillSoftwareDevicesTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    install(FILES Platform/SoftwareDevices/include/SoftwareDevices.h DESTINATION ${quill_devices_headers})
+    install(FILES Shared/src/OrvexApi/OrvexOperations.h Shared/src/OrvexApi/OrvexRecords.h DESTINATION ${quill_devices_headers}/OrvexApi)
+    install(FILES Shared/src/TarnuLibrary/TarnuOperations.h DESTINATION ${quill_devices_headers}/TarnuLibrary)
+    install(EXPORT QuillSoftwareDevicesTargets NAMESPACE Quill:: DESTINATION ${quill_cmake_dir})
 endif()
 if(TARGET quillcamera-genicam)
     set_property(TARGET quillcamera-genicam PROPERTY INSTALL_RPATH "\$ORIGIN")

@@ -5,7 +5,7 @@
 # Argument: source folder.
 set -euo pipefail
 cd "$1"
-built=(Examples/*.cpp Examples/C/* Tests/Package/consumer/* Tests/Package/c-consumer/*)
+built=(Examples/*.cpp Examples/C/* Tests/Package/consumer/* Tests/Package/c-consumer/* Tests/Package/devices-consumer/*)
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

@@ -68,6 +68,15 @@ export PKG_CONFIG_PATH=$package/$libraryFolder/pkgconfig
 "$compiler" -std=c++17 "-I$own" "$consumer/main.cpp" -o "$work/consumer" $(pkg-config --cflags --libs quillcamera)
 "$work/consumer"
 
+# Tests of applications control the devices in software.
+if [[ -e $package/include/quillcamera-devices ]]; then
+    mkdir "$work/devices"
+    cp "$sourceFolder/Examples/MisbehavingCamera.cpp" "$sourceFolder/Tests/Package/devices-consumer/CMakeLists.txt" "$work/devices"
+    cmake -S "$work/devices" -B "$work/devices/build" -G "$generator" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$package" >/dev/null
+    cmake --build "$work/devices/build" >/dev/null
+    "$work/devices/build/misbehaving_camera"
+fi
+
 # The C interface: the documented build line word for word, the documented CMake project, and a program that uses all of it.
 if [[ -e $package/include/quillcamera.h ]]; then
     mkdir "$work/c"
