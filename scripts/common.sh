@@ -15,7 +15,7 @@ quillPackages=(
     python3-dev python3-numpy pybind11-dev python3-pytest python3-mypy python3-matplotlib
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libgstrtspserver-1.0-dev
     gstreamer1.0-tools gstreamer1.0-plugins-base-apps gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
-    libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libtiff-tools libraw-bin aravis-tools aravis-tools-cli
+    libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libtiff-tools libraw-bin aravis-tools aravis-tools-cli python3-jsonschema
 )
 
 # Those of scripts/check.

@@ -78,6 +78,7 @@ CommandDescription watchCommand();
 CommandDescription conformCommand();
 CommandDescription settingsCommands();
 CommandDescription shellCommand();
+CommandDescription checkCommand();
 CommandDescription completionCommand();
 
 } // namespace QuillTool

@@ -59,7 +59,7 @@ const std::vector<CommandDescription>& allCommands() {
         }
         for (const auto& single : {settingsCommands, streamCommand, watchCommand, conformCommand, flashCommands,
                                    firmwareCommands, jtagCommand, rebootCommand, usb3VisionCommands, networkCommand,
-                                   kitCommand, shellCommand, completionCommand}) {
+                                   kitCommand, shellCommand, checkCommand, completionCommand}) {
             all.push_back(single());
         }
         return all;
