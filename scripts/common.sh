@@ -4,14 +4,15 @@
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
 
-# Debian packages, line by line: the tools; those of the library; of its GenICam adapter; of the devices in software; of the quill tool; of the
-# Python package; of the GStreamer plug-in and its tests; of tests and benchmarks.
+# Debian packages, line by line: the tools; those of the library; of its GenICam adapter; of the devices in software; of the quill tool; of its
+# server; of the Python package; of the GStreamer plug-in and its tests; of tests and benchmarks.
 quillPackages=(
     g++ cmake ninja-build pkg-config
     libopencv-core-dev libopencv-imgproc-dev nlohmann-json3-dev
     libaravis-dev libusb-1.0-0-dev libxml2-dev
     nettle-dev
     libcli11-dev libfmt-dev libpng-dev libtiff-dev libedit-dev
+    libboost-dev libturbojpeg0-dev
     python3-dev python3-numpy pybind11-dev python3-pytest python3-mypy python3-matplotlib
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libgstrtspserver-1.0-dev
     gstreamer1.0-tools gstreamer1.0-plugins-base-apps gstreamer1.0-plugins-good gstreamer1.0-plugins-bad

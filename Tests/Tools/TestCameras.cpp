@@ -108,6 +108,8 @@ const std::map<std::string, void (*)()> kDevices{
          device.properties.push_back({20, 1e6F, 0, 1e6F, 10});
          plugInterrupted<&OrvexApi::sdkCaptureVideoFrames>(1, device);
      }},
+    {"small", [] { plug(smallDevice()); }},
+    {"leaving later", [] { unplugDuring(plug(smallDevice()), Operation::sdkCaptureVideoFrames, 50); }},
     {"leaving", [] { unplugDuring(plug(smallDevice()), Operation::sdkCaptureVideoFrames, 2); }},
 };
 

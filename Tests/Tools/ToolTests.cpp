@@ -121,8 +121,8 @@ TEST_F(Tool, NamesTheLinesOfAListThatTheLibraryWouldLeaveOut) {
     const std::pair<std::string, std::string> cases[] = {
         {listWith(R"({"Name": "Gain", "Type": "Float", "Minimum": "0", )" + property + "}"),
          "1 cameras, 1 properties, 0 functions"},
-        {listWith(R"({"Name": "Gain", "Type": "Flaot", "Minimum": "0", )" + property + "}"),
-         ":3: Cameras[0] / Properties[0] \"Gain\": \"Type\" is \"Flaot\""},
+        {listWith(R"({"Name": "Gain", "Type": "Real", "Minimum": "0", )" + property + "}"),
+         ":3: Cameras[0] / Properties[0] \"Gain\": \"Type\" is \"Real\""},
         {listWith("{\"Name\": \"Gain\", \"Type\": \"Float\",\n\"Minimum\": 0\n, " + property + "}"),
          ":4: Cameras[0] / Properties[0] \"Gain\": \"Minimum\" is a number"},
         {listWith(R"({"Name": "Gain", "Type": "Float", "Minimum": "4", )" + property + "}"),

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include <array>
 #include <exception>
 #include <map>
 #include <optional>
@@ -9,6 +8,7 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
+#include "Camera/CameraJson.h"
 #include "Camera/CameraKind.h"
 #include "Camera/ComputedColor.h"
 #include "Commands/Command.h"
@@ -18,14 +18,8 @@ namespace QuillTool {
 namespace {
 
 using CameraInterface::Camera;
-using CameraInterface::CameraState;
 using OrvexAdapter::CGigE;
 using OrvexAdapter::GigEDescription;
-
-const char* stateName(CameraState state) {
-    constexpr std::array kNames{"connected", "disconnected", "suspended"};
-    return kNames.at(static_cast<std::size_t>(state));
-}
 
 class ListCommand : public Command {
 public:
@@ -35,19 +29,12 @@ public:
         Table table{{"SERIAL", "MODEL", "KIND", "STATE"}, {}};
         Json cameras = Json::array();
         for (const auto& [serialNumber, modelName] : context.session.listCameras()) {
-            const Listed listed = find(serialNumber);
-            table.rows.push_back({serialNumber, modelName, listed.kind, listed.state});
-            cameras.push_back({{"serialNumber", serialNumber},
-                               {"modelName", modelName},
-                               {"state", listed.state},
-                               {"kind", listed.kind}});
+            const Json camera = listedCameraJson(serialNumber, modelName);
+            table.rows.push_back({serialNumber, modelName, camera["kind"], camera["state"]});
+            cameras.push_back(camera);
         }
         if (m_Json) {
-            Json failures = Json::array();
-            for (const auto& [adapter, reason] : Camera::getEnumerationFailures()) {
-                failures.push_back({{"adapter", adapter}, {"reason", readable(reason)}});
-            }
-            context.output.printJson(Json{{"cameras", cameras}, {"failures", failures}});
+            context.output.printJson(Json{{"cameras", cameras}, {"failures", enumerationFailuresJson()}});
         } else {
             context.output.printTable(table);
             hint(context.output);
@@ -59,11 +46,6 @@ public:
     }
 
 private:
-    struct Listed {
-        const char* kind;
-        const char* state;
-    };
-
     /// Tells people how GigE Vision cameras are looked for, where they are not.
     static void hint(Output& output) {
         const CameraInterface::GenICam::Settings settings = CameraInterface::GenICam::getSettings();
@@ -71,15 +53,6 @@ private:
             output.notify(
                 "no network is searched for GigE Vision cameras; 'quill list --genicam eth1' searches that of "
                 "network card eth1");
-        }
-    }
-
-    static Listed find(const std::string& serialNumber) {
-        try {
-            Camera& camera = Camera::getCamera(serialNumber);
-            return {getKindName(camera.getKind()), stateName(camera.getState())};
-        } catch (const KestrelExceptions::KestrelException&) {
-            return {getKindName(CameraInterface::CameraKind::Unknown), "gone"};
         }
     }
 

@@ -75,6 +75,7 @@ CommandDescription kitCommand();
 CommandDescription networkCommand();
 CommandDescription streamCommand();
 CommandDescription watchCommand();
+CommandDescription serveCommand();
 CommandDescription conformCommand();
 CommandDescription settingsCommands();
 CommandDescription shellCommand();

@@ -57,9 +57,9 @@ const std::vector<CommandDescription>& allCommands() {
         for (auto& group : {cameraCommands(), propertyCommands(), functionCommands(), imageCommands()}) {
             std::copy(group.begin(), group.end(), std::back_inserter(all));
         }
-        for (const auto& single : {settingsCommands, streamCommand, watchCommand, conformCommand, flashCommands,
-                                   firmwareCommands, jtagCommand, rebootCommand, usb3VisionCommands, networkCommand,
-                                   kitCommand, shellCommand, checkCommand, completionCommand}) {
+        for (const auto& single : {settingsCommands, streamCommand, watchCommand, serveCommand, conformCommand,
+                                   flashCommands, firmwareCommands, jtagCommand, rebootCommand, usb3VisionCommands,
+                                   networkCommand, kitCommand, shellCommand, checkCommand, completionCommand}) {
             all.push_back(single());
         }
         return all;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <string>
 #include <utility>
@@ -10,6 +9,7 @@
 #include <Quill.h>
 #include <fmt/format.h>
 
+#include "Camera/CameraJson.h"
 #include "Camera/PropertyAccess.h"
 #include "Commands/Command.h"
 
@@ -17,36 +17,7 @@ namespace QuillTool {
 
 namespace {
 
-using CameraInterface::PROPERTY_TYPE;
 using CameraInterface::PropertyVisibility;
-
-std::string typeName(PROPERTY_TYPE type) {
-    static const CameraInterface::PropertyTypes names;
-    return names.toString(type);
-}
-
-const char* visibilityName(PropertyVisibility visibility) {
-    constexpr std::array kNames{"Beginner", "Expert", "Guru", "Invisible"};
-    return kNames.at(static_cast<std::size_t>(visibility));
-}
-
-Json toJson(const PropertyReading& reading) {
-    return {{"name", reading.name},
-            {"type", typeName(reading.type)},
-            {"value", reading.value},
-            {"default", reading.defaultValue},
-            {"minimum", reading.minimum},
-            {"maximum", reading.maximum},
-            {"discrete", reading.discrete},
-            {"choices", reading.choices},
-            {"readOnly", reading.readOnly},
-            {"availableForWriting", reading.availableForWriting},
-            {"unit", reading.unit},
-            {"increment", reading.increment},
-            {"category", reading.category},
-            {"description", reading.description},
-            {"visibility", visibilityName(reading.visibility)}};
-}
 
 /// The JSON document of all commands on properties.
 Json toJson(const SelectedCamera& camera, const std::vector<PropertyReading>& readings) {
@@ -106,7 +77,7 @@ private:
         for (const auto& [category, members] : categories) {
             table.rows.push_back({fmt::format("[{}]", category.first ? "Other" : category.second)});
             for (const PropertyReading* reading : members) {
-                table.rows.push_back({reading->name, typeName(reading->type), reading->value, reading->unit,
+                table.rows.push_back({reading->name, propertyTypeName(reading->type), reading->value, reading->unit,
                                       reading->increment, reading->writability(), reading->allowed()});
             }
         }
@@ -137,7 +108,7 @@ public:
                     {{"Name", reading.name},
                      {"Description", reading.description},
                      {"Category", reading.category},
-                     {"Type", typeName(reading.type)},
+                     {"Type", propertyTypeName(reading.type)},
                      {"Value", reading.value},
                      {"Default", reading.defaultValue},
                      {"Unit", reading.unit},

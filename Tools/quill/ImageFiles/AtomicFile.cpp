@@ -86,6 +86,15 @@ AtomicFile::AtomicFile(Access access) : m_File(nullptr, &std::fclose), m_Receive
     }
 }
 
+AtomicFile::AtomicFile(int descriptor)
+    : m_File(::fdopen(descriptor, "w+b"), &std::fclose), m_Receiver(nullptr, &std::fclose) {
+    if (!m_File) {
+        const int error = errno;
+        ::close(descriptor);
+        raiseSystemError(error);
+    }
+}
+
 AtomicFile::~AtomicFile() {
     if (!m_Temporary.empty()) {
         ::unlink(m_Temporary.c_str());

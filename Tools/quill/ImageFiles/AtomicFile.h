@@ -23,6 +23,10 @@ public:
     /// Writes to standard output, which stays open, as to a pipe.
     /// @throws std::system_error  reason of the operating system
     explicit AtomicFile(Access access);
+    /// Writes to an open, empty file of either access, from its beginning.
+    /// @param descriptor  closed at the end
+    /// @throws std::system_error  reason of the operating system
+    explicit AtomicFile(int descriptor);
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
     /// Removes the file unless commit() succeeded.

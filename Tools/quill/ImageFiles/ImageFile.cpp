@@ -14,6 +14,7 @@
 #include "ImageFiles/AtomicFile.h"
 #include "ImageFiles/FileSamples.h"
 #include "ImageFiles/InputFile.h"
+#include "ImageFiles/MemoryFile.h"
 #include "ImageFiles/PngFile.h"
 #include "ImageFiles/PnmFile.h"
 #include "ImageFiles/RawFile.h"
@@ -202,6 +203,20 @@ void writeImageFile(const std::unique_ptr<Imaging::Image>& image, const ImageTar
         const std::unique_ptr<AtomicFile> file = openFile(target.path, type.access);
         type.write(held, *file, target.origin);
         file->commit();
+    });
+}
+
+std::string encodeImageFile(const std::unique_ptr<Imaging::Image>& image, const std::string& type,
+                            const ImageOrigin& origin) {
+    return explained("encode", type, [&] {
+        const FileType& fileType = writableType({"", type});
+        std::unique_ptr<Imaging::Image> copy;
+        const Imaging::Image& held = asHeld(fileType, image, copy);
+        const MemoryFile memory;
+        AtomicFile file(memory.duplicate());
+        fileType.write(held, file, origin);
+        file.commit();
+        return memory.content();
     });
 }
 

@@ -70,6 +70,12 @@ std::unique_ptr<Imaging::Image> readImageFile(const std::string& path, const std
 /// @throws ImageFileError  unknown type, a layout that the format cannot hold, or a failure of the file system
 void writeImageFile(const std::unique_ptr<Imaging::Image>& image, const ImageTarget& target);
 
+/// Returns the bytes that writeImageFile() would write.
+/// @param type  such as "png"
+/// @throws ImageFileError
+std::string encodeImageFile(const std::unique_ptr<Imaging::Image>& image, const std::string& type,
+                            const ImageOrigin& origin);
+
 /// Checks that writeImageFile() supports the type.
 /// @throws ImageFileError
 void requireWritableType(const ImageTarget& target);
