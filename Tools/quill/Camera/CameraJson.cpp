@@ -29,16 +29,16 @@ const char* visibilityName(PropertyVisibility visibility) {
 }
 
 Json listedCameraJson(const std::string& serialNumber, const std::string& modelName) {
-    const char* state = "gone";
-    const char* kind = getKindName(CameraInterface::CameraKind::Unknown);
+    const auto entry = [&](const char* state, CameraInterface::CameraKind kind) {
+        return Json{
+            {"serialNumber", serialNumber}, {"modelName", modelName}, {"state", state}, {"kind", getKindName(kind)}};
+    };
     try {
         Camera& camera = Camera::getCamera(serialNumber);
-        state = stateName(camera.getState());
-        kind = getKindName(camera.getKind());
+        return entry(stateName(camera.getState()), camera.getKind());
     } catch (const KestrelExceptions::KestrelException&) {
-        // It has left since it was listed.
+        return entry("gone", CameraInterface::CameraKind::Unknown); // since it was listed
     }
-    return {{"serialNumber", serialNumber}, {"modelName", modelName}, {"state", state}, {"kind", kind}};
 }
 
 Json enumerationFailuresJson() {

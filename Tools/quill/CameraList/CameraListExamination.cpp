@@ -142,7 +142,7 @@ private:
         const bool isKnown = std::find(kTypes.begin(), kTypes.end(), type.text) != kTypes.end();
         if (!isKnown) {
             const std::string nearest = nearestName(type.text, kTypes);
-            find(type, fmt::format("\"Type\" is \"{}\", which is none of Integer, Float, String and Boolean{}",
+            find(type, fmt::format(R"("Type" is "{}", which is none of Integer, Float, String and Boolean{})",
                                    type.text, nearest.empty() ? "" : fmt::format("; did you mean \"{}\"?", nearest)));
         }
         return isKnown;
@@ -212,9 +212,9 @@ private:
             const bool isChoice = std::any_of(choices.elements.begin(), choices.elements.end(),
                                               [&](const LinedJson& choice) { return choice.text == initial.text; });
             if (choices.elements.empty()) {
-                find(choices, "\"ValueList\" is empty, but \"Discrete\" is true: no value can be written");
+                find(choices, R"("ValueList" is empty, but "Discrete" is true: no value can be written)");
             } else if (!isChoice) {
-                find(initial, fmt::format("\"Default\" is \"{}\", which is not in \"ValueList\"", initial.text));
+                find(initial, fmt::format(R"("Default" is "{}", which is not in "ValueList")", initial.text));
             }
         } else if (const std::string& type = property.find("Type")->text; type == "Integer" || type == "Float") {
             examineRange(property, type == "Integer" ? NumberKind::Whole : NumberKind::Real);
@@ -228,13 +228,13 @@ private:
             const LinedJson& value = *property.find(kKeys[i]);
             numbers[i] = parseNumber(value.text, kind);
             if (!numbers[i]) {
-                find(value, fmt::format("\"{}\" is \"{}\", which is no {}number", kKeys[i], value.text,
+                find(value, fmt::format(R"("{}" is "{}", which is no {}number)", kKeys[i], value.text,
                                         kind == NumberKind::Whole ? "whole " : ""));
                 return;
             }
         }
         if (!(*numbers[0] <= *numbers[1] && *numbers[1] <= *numbers[2])) {
-            find(*property.find("Default"), "\"Default\" is not between \"Minimum\" and \"Maximum\"");
+            find(*property.find("Default"), R"("Default" is not between "Minimum" and "Maximum")");
         }
     }
 
