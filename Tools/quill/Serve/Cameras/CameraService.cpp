@@ -92,7 +92,7 @@ public:
         }
     }
 
-    /// Changes the state of a camera, and tells all.
+    /// Changes the state of a camera, and reports the change to all listeners.
     template <typename Action>
     Json change(const std::string& serialNumber, const char* done, Action&& action) {
         try {
@@ -110,7 +110,7 @@ public:
         }
     }
 
-    /// Writes a property by an action, and tells all what changed with it.
+    /// Writes a property by an action, and reports what changed with it to all listeners.
     template <typename Action>
     Json write(const std::string& serialNumber, const std::string& name, Action&& action) {
         std::vector<Json> changed;
@@ -149,7 +149,7 @@ public:
     }
 
 private:
-    /// Opens the workspace; a failure to close it has nobody to be told.
+    /// Opens the workspace. Drops a failure to close it, since the process ends.
     class Workspace {
     public:
         Workspace() { Camera::initialiseWorkspace(); }

@@ -53,7 +53,7 @@ void Observer::setListening(bool anybody) {
         m_IsListening = anybody;
     }
     if (anybody) {
-        lookNow(); // what changes from now on is told
+        lookNow(); // reports what changes from now on
     }
 }
 

@@ -14,7 +14,7 @@
 
 namespace QuillTool::Serve {
 
-/// Tells what happens to cameras by itself: arrivals and departures as the library reports them; each second, while
+/// Reports what happens to cameras by itself: arrivals and departures as the library reports them; each second, while
 /// somebody listens, properties that have changed and the statistics of streams. One object at a time, made and
 /// destroyed while the library's workspace is open.
 class Observer {
@@ -38,7 +38,7 @@ private:
         ~Registrations();
     };
 
-    /// What was told of a camera's properties, by name. A camera whose properties nobody was told of is not in it.
+    /// The properties of a camera as they were last reported, by name.
     using Told = std::map<std::string, Json>;
 
     void tellArrivals();

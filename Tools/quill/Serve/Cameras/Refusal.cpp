@@ -23,7 +23,7 @@ constexpr int kBadGateway = 502; // the camera, to which this server is a gatewa
 constexpr int kUnavailable = 503;
 constexpr int kGatewayTimeout = 504;
 
-/// What a client is told of a failure that the library names so.
+/// The status and the advice for a failure that the library names so.
 struct KnownFailure {
     std::string_view name;
     int status;

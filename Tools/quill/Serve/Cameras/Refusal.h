@@ -8,7 +8,7 @@
 
 namespace QuillTool::Serve {
 
-/// What a client is told when it does not get what it asked for.
+/// The reason why a client does not get what it asked for, and what it can do.
 class Refusal : public std::runtime_error {
 public:
     /// @param status  of HTTP

@@ -31,7 +31,8 @@ using WriteBytes = std::function<bool(std::string_view bytes)>;
 /// Bytes that are sent as they come into being.
 struct Download {
     Fields fields;
-    std::function<void(const WriteBytes& write)> produce; ///< blocks; a Refusal before the first bytes is answered
+    std::function<void(const WriteBytes& write)>
+        produce; ///< blocks; a Refusal before the first bytes becomes the answer
 };
 
 /// Events until the client leaves.

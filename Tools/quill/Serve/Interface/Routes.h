@@ -56,8 +56,8 @@ public:
     std::string methods; ///< the value of the field "Allow"
 };
 
-/// Finds the route of a request and fills in the call's names. "HEAD" has the route of "GET" where that is answered at
-/// once.
+/// Finds the route of a request and fills in the call's names. "HEAD" takes the route of "GET" where the answer comes
+/// at once.
 /// @throws Refusal  404; MethodRefusal  405, also for OPTIONS, whose answer are the methods
 const Route& findRoute(std::string_view method, Call& call);
 

@@ -11,7 +11,7 @@
 
 namespace QuillTool::Serve {
 
-/// Something that lasts until it is told to end.
+/// Something that lasts until end() is called.
 class Endable {
 public:
     Endable() = default;

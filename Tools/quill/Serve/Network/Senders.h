@@ -44,7 +44,7 @@ private:
     bool m_IsSending = true;
 };
 
-/// Sends events, and a comment where there are none for long, which tells a proxy and the client that it lives.
+/// Sends events. After a while without any, sends a comment, so that proxies and clients keep the connection.
 class EventSender : public Sender {
 public:
     EventSender(boost::beast::tcp_stream&& stream, Seats::Seat seat, Hosting& hosting,

@@ -18,7 +18,7 @@
 
 namespace QuillTool::Serve {
 
-/// What is told of a stream.
+/// The state of a stream, as viewers get it.
 struct StreamState {
     std::string status;
     std::string text;

@@ -37,7 +37,7 @@ public:
     using OnPicture = std::function<void()>;
     /// Called on the feed's thread when the stream does not run, or runs again; with the name of a FrameQueueStatus, or
     /// "Running", "NotConnected" or "Failed" (frames cannot become pictures), and a sentence. Must not block. The
-    /// latest state is told to each viewer that joins.
+    /// latest state goes to each viewer that joins.
     using OnState = std::function<void(const std::string& status, const std::string& text)>;
     /// Opens a queue of the camera's frames. Throws if the camera is not there, or not connected.
     using OpenQueue = std::function<CameraInterface::FrameQueue()>;
