@@ -35,7 +35,7 @@ constexpr KnownFailure kKnownFailures[] = {
     {"PropertyUnsupported", kNotFound, "See the list of the camera's properties."},
     {"CameraConnection", kConflict, "See that no other program uses the camera, and that it is plugged in."},
     {"CameraState", kConflict, "A suspended camera can only be connected."},
-    {"StreamUnsupported", kConflict, "This kind of camera has no stream; a single image can be captured."},
+    {"StreamUnsupported", kConflict, "This kind of camera has no stream; choose another camera."},
     {"StartStream", kConflict, "Look at the region and the pixel format; another program may use the camera."},
     {"StreamStopped", kConflict, "Start the stream again."},
     {"StreamTimeout", kGatewayTimeout, "Look at the trigger and the exposure, then try again."},
