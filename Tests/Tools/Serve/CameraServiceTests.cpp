@@ -87,6 +87,20 @@ protected:
         return eventually([&] { return isTold(event, holds); });
     }
 
+    /// What a camera changes by itself, only a look at it can tell.
+    bool tellsOfChangesFromOutside(const std::string& serial) {
+        SoftwareDevices::PropertyRow temperature = SoftwareDevices::property(number(serial), 108);
+        const Json first = value(serial, "Camera Temperature");
+        return eventually([&] {
+            temperature.value += 0.5F;
+            SoftwareDevices::setProperty(number(serial), temperature);
+            return isTold("property", [&](const Json& data) {
+                return data["camera"] == serial && data["property"]["name"] == "Camera Temperature" &&
+                       data["property"]["value"] != first;
+            });
+        });
+    }
+
     Json value(const std::string& serialNumber, const char* property, const char* member = "value") {
         return m_Service->property(serialNumber, property)["property"][member];
     }
@@ -177,16 +191,7 @@ TEST_F(CameraServiceTest, AListenerIsToldOfLimitsThatFollowAndOfChangesFromOutsi
         return isOf(data, "Framerate") && data["property"]["choices"] != fastest;
     }));
 
-    // What the camera changes by itself, only a look at it can tell.
-    SoftwareDevices::PropertyRow temperature = SoftwareDevices::property(number(serial), 108);
-    const Json first = value(serial, "Camera Temperature");
-    EXPECT_TRUE(eventually([&] {
-        temperature.value += 0.5F;
-        SoftwareDevices::setProperty(number(serial), temperature);
-        return isTold("property", [&](const Json& data) {
-            return isOf(data, "Camera Temperature") && data["property"]["value"] != first;
-        });
-    }));
+    EXPECT_TRUE(tellsOfChangesFromOutside(serial));
 }
 
 TEST_F(CameraServiceTest, AViewerSeesACameraLeaveAndComeBack) {
@@ -237,15 +242,31 @@ TEST_F(CameraServiceTest, ASlowCameraHoldsUpNoOther) {
     const std::string quick = plugSmall(kColor);
     const std::string slow = startWith(kMono);
     m_Service->connect(quick);
+    m_Service->setListening(true);
     SoftwareDevices::delay(number(slow), Operation::sdkSetProperty, std::chrono::hours(1));
     const auto written = std::async(
         std::launch::async, [&] { EXPECT_THROW(m_Service->writeProperty(slow, "Video Exposure", 5), Refusal); });
     EXPECT_GT(m_Service->properties(quick)["properties"].size(), 10U);
     EXPECT_EQ(camerasListed(), 2U);
     EXPECT_FALSE(m_Service->capture(quick, "jpeg").bytes.empty());
+    EXPECT_TRUE(tellsOfChangesFromOutside(quick));
     EXPECT_EQ(written.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
     SoftwareDevices::unplug(number(slow)); // ends the delay
     written.wait();
+}
+
+TEST_F(CameraServiceTest, RecordingsEndWithTheServer) {
+    const std::string serial = startWith(kMono);
+    unsigned parts = 0;
+    expectRefused(503, [&] {
+        m_Service->series(serial, 1000, "png", [&](std::string_view /*bytes*/) {
+            m_Service->endRecordings();
+            ++parts;
+            return true;
+        });
+    });
+    EXPECT_LE(parts, 3U); // of one frame
+    expectRefused(503, [&] { m_Service->capture(serial, "png"); });
 }
 
 TEST_F(CameraServiceTest, ASeriesIsAnArchiveThatEndsWhenItsReaderDoes) {

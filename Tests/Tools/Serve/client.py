@@ -24,12 +24,12 @@ UNCONNECTED = "90002"
 class Server:
     """`quill serve` on a free port of loopback, with cameras described in a file and a device in software."""
 
-    def __init__(self, folder, *options, device="", before=()):
+    def __init__(self, folder, *options, device="", before=(), port=0):
         self.cameras = folder / "cameras.json"
         self.cameras.write_text(CAMERAS.read_text())
         environment = {**os.environ, "QUILL_TEST_CAMERA_LIST": str(self.cameras), "QUILL_TEST_DEVICE": device}
         self.process = subprocess.Popen(
-            [*before, os.environ["QUILL_UNDER_TEST"], "serve", "--port", "0", *options],
+            [*before, os.environ["QUILL_UNDER_TEST"], "serve", "--port", str(port), *options],
             env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         self.line = self.process.stdout.readline()
         self.port = int(re.match(r"Quill is at http://\S+:(\d+)/", self.line).group(1))

@@ -86,6 +86,31 @@ def test_slow_viewers_do_not_slow_others(server):
         viewer.close()
 
 
+def closed(schema):
+    """A schema whose objects have no properties but those described."""
+    if isinstance(schema, list):
+        return [closed(one) for one in schema]
+    if not isinstance(schema, dict):
+        return schema
+    schema = {key: closed(value) for key, value in schema.items()}
+    return {"additionalProperties": False, **schema} if isinstance(schema.get("properties"), dict) else schema
+
+
+def test_answers_as_described(server):
+    """What requests about a streaming camera answer has exactly the described form."""
+    jsonschema = pytest.importorskip("jsonschema")
+    document = closed(server.api("GET", "/openapi.json"))
+    answered = 0
+    for path, item in document["paths"].items():
+        content = item.get("get", {}).get("responses", {}).get("200", {}).get("content", {}).get("application/json")
+        if content:
+            status, _, answer = server.ask("GET", path.replace("{camera}", server.camera).replace("{property}", "Contrast"))
+            if status == 200:
+                jsonschema.validate(answer, {**content["schema"], "components": document["components"]})
+                answered += 1
+    assert answered >= 9
+
+
 def test_sends_pictures_as_a_stream_without_scripts(server):
     with server.connect() as connection:
         connection.sendall(f"GET /api/v1/cameras/{server.camera}/live.mjpeg?scale=2 HTTP/1.0\r\n"

@@ -54,6 +54,7 @@ public:
                                              token.empty() ? "" : "#token=" + token));
         context.output.flush();
         waitForInterrupt(context.interrupt);
+        cameras.endRecordings();
         return ExitCode::Interrupted;
     }
 

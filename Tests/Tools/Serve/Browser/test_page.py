@@ -138,7 +138,7 @@ def test_draws_and_types_a_region(page):
         page.element(f"region-{name}").send_keys(Keys.CONTROL + "a" + Keys.NULL + text)
     page.click("region-apply")
     page.wait(lambda: region()["x"] == 0 and region()["width"] == 40)
-    assert "40" in page.text("region-note")
+    page.wait_text("region-note", "The camera took 40")
     page.click("region-full")
     page.wait(lambda: region() == {"x": 0, "y": 0, "width": 64, "height": 48})
 

@@ -11,19 +11,19 @@ from client import SIMULATED, serving
 def free_port():
     with socket.socket() as probe:
         probe.bind(("127.0.0.1", 0))
-        return str(probe.getsockname()[1])
+        return probe.getsockname()[1]
 
 
 def test_goes_on_after_a_restart_of_the_server(driver, tmp_path):
     port = free_port()
-    with serving(tmp_path, "--port", port) as server:
+    with serving(tmp_path, port=port) as server:
         server.api("POST", f"/cameras/{SIMULATED}/connect", {})
         page = Page(driver, server, SIMULATED)
         page.field("Gain")
     page.wait(lambda: page.element("away").is_displayed())
     page.wait_text("stage-text", "goes on by itself")
     assert not page.element("action-disconnect").is_enabled()
-    with serving(tmp_path, "--port", port):
+    with serving(tmp_path, port=port):
         page.wait(lambda: not page.element("away").is_displayed())
         page.wait_text("camera-state", "disconnected")
         page.click("action-connect")

@@ -3,6 +3,7 @@
 #include "Serve/Cameras/CameraService.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <exception>
 #include <optional>
@@ -81,6 +82,7 @@ public:
     KnownCameras& known() { return m_Known; }
     Observer& observer() { return m_Observer; }
     bool mayChange() const { return !m_ViewOnly; }
+    std::atomic<bool>& isEnding() { return m_IsEnding; }
 
     /// Calls an action with what is known of a camera. Turns its exceptions into a Refusal.
     template <typename Action>
@@ -129,13 +131,18 @@ public:
                     refusal = refusalOf(failure);
                 }
                 selected->registerPropertyChangeCallback({});
+                if (refusal && refusal->status == 409) {
+                    throw Refusal(422, "InvalidValue", refusal->what(), "Look at the property's range and choices.");
+                }
                 if (refusal) {
-                    throw Refusal(refusal->status == 409 ? 422 : refusal->status,
-                                  refusal->status == 409 ? "InvalidValue" : refusal->error, refusal->what(),
-                                  refusal->advice);
+                    throw *refusal;
                 }
                 for (const std::string& other : names) {
-                    changed.push_back(QuillTool::toJson(readProperty(selected, other)));
+                    try {
+                        changed.push_back(QuillTool::toJson(readProperty(selected, other)));
+                    } catch (const ToolError&) {
+                        // One that cannot be read now; it comes as an event once it can.
+                    }
                 }
                 return Json{{"camera", serialNumber},
                             {"property", QuillTool::toJson(written.reading)},
@@ -171,6 +178,7 @@ private:
 
     const Sink m_Sink;
     const bool m_ViewOnly;
+    std::atomic<bool> m_IsEnding{false};
     const Workspace m_Workspace;
     KnownCameras m_Known;
     Observer m_Observer;
@@ -328,7 +336,7 @@ std::shared_ptr<LiveFeed> CameraService::live(const std::string& serialNumber) {
 File CameraService::capture(const std::string& serialNumber, const std::string& format) {
     return m_Core->with(serialNumber, [&](KnownCamera& camera) {
         Recording recording(camera, 1, m_Core->mayChange());
-        const auto frame = recording.next(kLongestWait);
+        const auto frame = recording.next(kLongestWait, m_Core->isEnding());
         return encodeFile(Imaging::cloneImage(*frame.image), format,
                           fmt::format("{}-{:05}", serialNumber, frame.information.number), originOf(camera, recording));
     });
@@ -340,7 +348,7 @@ void CameraService::series(const std::string& serialNumber, unsigned frames, con
         Recording recording(camera, kWaitingFrames, m_Core->mayChange());
         bool isWanted = true;
         for (unsigned number = 1; number <= frames && isWanted; ++number) {
-            const auto frame = recording.next(kLongestWait);
+            const auto frame = recording.next(kLongestWait, m_Core->isEnding());
             const File file = encodeFile(Imaging::cloneImage(*frame.image), format,
                                          fmt::format("{}-{:05}", serialNumber, frame.information.number),
                                          originOf(camera, recording));
@@ -352,6 +360,10 @@ void CameraService::series(const std::string& serialNumber, unsigned frames, con
             write(std::string(kTarEndSize, '\0'));
         }
     });
+}
+
+void CameraService::endRecordings() {
+    m_Core->isEnding() = true;
 }
 
 void CameraService::setListening(bool anybody) {

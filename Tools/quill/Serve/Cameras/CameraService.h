@@ -56,6 +56,9 @@ public:
     void series(const std::string& serialNumber, unsigned frames, const std::string& format,
                 const std::function<bool(std::string_view bytes)>& write);
 
+    /// Ends captures and series, those under way and later ones, before their next frame.
+    void endRecordings();
+
     /// Whether anybody gets events: properties are polled only then.
     void setListening(bool anybody);
 

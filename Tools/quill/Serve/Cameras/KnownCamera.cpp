@@ -14,7 +14,7 @@ using Utilities::MutexLock;
 namespace {
 
 /// Viewers see the newest frame; one more may arrive while it is encoded.
-const CameraInterface::FrameQueueSettings kViewersQueue{2, CameraInterface::WhenFull::DropOldest, "viewers"};
+const CameraInterface::FrameQueueSettings kNewest{2, CameraInterface::WhenFull::DropOldest, kViewersQueue};
 
 } // namespace
 
@@ -32,7 +32,7 @@ void KnownCamera::requireConnected(const SelectedCamera& camera) {
 
 CameraInterface::FrameQueue KnownCamera::openQueue() {
     try {
-        return useConnected([](const SelectedCamera& camera) { return camera->openFrameQueue(kViewersQueue); });
+        return useConnected([](const SelectedCamera& camera) { return camera->openFrameQueue(kNewest); });
     } catch (const std::exception& failure) {
         throw refusalOf(failure);
     }

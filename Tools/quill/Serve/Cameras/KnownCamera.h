@@ -14,6 +14,9 @@
 
 namespace QuillTool::Serve {
 
+/// The queue from which viewers get the newest frame.
+constexpr const char* kViewersQueue = "viewers";
+
 /// A camera that somebody asked for; stays while it is away.
 class KnownCamera {
 public:

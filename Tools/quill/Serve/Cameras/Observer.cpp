@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <exception>
+#include <system_error>
 #include <utility>
 
 #include <fmt/format.h>
@@ -36,7 +37,7 @@ Observer::Registrations::~Registrations() {
 
 Observer::Observer(KnownCameras& known, Sink sink)
     : m_Known(known), m_Sink(std::move(sink)), m_Present(Camera::getCamerasList()), m_Registrations(*this),
-      m_Thread([this] { run(); }) {}
+      m_Starter([this] { startWatching(); }) {}
 
 Observer::~Observer() {
     {
@@ -44,7 +45,10 @@ Observer::~Observer() {
         m_IsEnding = true;
     }
     m_Changed.notify_all();
-    m_Thread.join();
+    m_Starter.join();
+    for (auto& watch : m_Watches) {
+        watch.second.join();
+    }
 }
 
 void Observer::setListening(bool anybody) {
@@ -60,7 +64,7 @@ void Observer::setListening(bool anybody) {
 void Observer::lookNow() {
     {
         const MutexLock lock(m_Mutex);
-        m_IsDue = true;
+        ++m_Looks;
     }
     m_Changed.notify_all();
 }
@@ -89,58 +93,77 @@ void Observer::tellDeparture(const std::string& modelName, const std::string& se
     m_Sink("log", logReport("warning", serialNumber, fmt::format("{} has left.", modelName)));
 }
 
-bool Observer::waitForTurn() {
+bool Observer::waitForTurn(unsigned& knownLook) {
     MutexLock lock(m_Mutex);
     const auto next = std::chrono::steady_clock::now() + kPeriod;
-    lock.waitUntil(m_Changed, next, [this]() QUILL_REQUIRES(m_Mutex) { return m_IsEnding || m_IsDue; });
-    m_IsDue = false;
+    lock.waitUntil(m_Changed, next, [&]() QUILL_REQUIRES(m_Mutex) { return m_IsEnding || m_Looks != knownLook; });
+    knownLook = m_Looks;
     return !m_IsEnding;
 }
 
-void Observer::run() {
-    while (waitForTurn()) {
-        bool isListening = false;
-        {
-            const MutexLock lock(m_Mutex);
-            isListening = m_IsListening;
-        }
-        if (!isListening) {
-            m_Told.clear(); // who listens next reads all properties first
+bool Observer::isListening() {
+    const MutexLock lock(m_Mutex);
+    return m_IsListening;
+}
+
+void Observer::startWatching() {
+    unsigned knownLook = 0;
+    while (waitForTurn(knownLook)) {
+        if (!isListening()) {
             continue;
         }
         for (const auto& camera : m_Known.all()) {
+            std::thread& thread = m_Watches[camera->serialNumber()];
             try {
-                look(camera);
-            } catch (const std::exception&) {
-                m_Told.erase(camera->serialNumber()); // not connected, or gone: the list says so
+                if (!thread.joinable()) {
+                    thread = std::thread([this, camera] { watch(*camera); });
+                }
+            } catch (const std::system_error&) {
+                // No thread is left now; the next turn tries again.
             }
         }
     }
 }
 
-void Observer::look(const std::shared_ptr<KnownCamera>& camera) {
+void Observer::watch(KnownCamera& camera) {
+    Told told;
+    unsigned knownLook = 0;
+    do {
+        try {
+            if (isListening()) {
+                look(camera, told);
+            } else {
+                told.reset(); // who listens next reads all properties first
+            }
+        } catch (const std::exception&) {
+            told.reset(); // not connected, or gone: the list says so
+        }
+    } while (waitForTurn(knownLook));
+}
+
+void Observer::look(KnownCamera& camera, Told& told) {
     Json statistics;
-    const bool isStreaming = camera->useConnected([&](const SelectedCamera& selected) {
+    const bool isStreaming = camera.useConnected([&](const SelectedCamera& selected) {
         const bool streams = selected->isStreaming();
         if (streams) {
             statistics = statisticsReport(selected);
         }
         return streams;
     });
-    if (camera->rememberStreaming(isStreaming)) {
+    if (camera.rememberStreaming(isStreaming)) {
         m_Sink("cameras", listReport(m_Known));
     }
     if (isStreaming) {
         m_Sink("statistics", statistics);
     }
-    tellProperties(*camera);
+    tellProperties(camera, told);
 }
 
-void Observer::tellProperties(KnownCamera& camera) {
+void Observer::tellProperties(KnownCamera& camera, Told& told) {
     const auto names =
         camera.useConnected([](const SelectedCamera& selected) { return selected->getSupportedProperties(); });
-    const bool isFirst = m_Told.count(camera.serialNumber()) == 0;
-    Told& told = m_Told[camera.serialNumber()];
+    const bool isFirst = !told.has_value();
+    auto& known = isFirst ? told.emplace() : *told;
     for (const std::string& name : names) {
         // A turn for each, so that nobody waits for all of a slow camera.
         Json property;
@@ -150,7 +173,7 @@ void Observer::tellProperties(KnownCamera& camera) {
         } catch (const ToolError&) {
             continue; // one that cannot be read now
         }
-        Json& before = told[name];
+        Json& before = known[name];
         if (!isFirst && before != property) {
             m_Sink("property", {{"camera", camera.serialNumber()}, {"property", property}});
         }

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <map>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -15,8 +16,8 @@
 namespace QuillTool::Serve {
 
 /// Reports what happens to cameras by itself: arrivals and departures as the library reports them; each second, while
-/// somebody listens, properties that have changed and the statistics of streams. One object at a time, made and
-/// destroyed while the library's workspace is open.
+/// somebody listens, properties that have changed and the statistics of streams, on a thread for each camera, so that a
+/// slow one holds up no other. One object at a time, made and destroyed while the library's workspace is open.
 class Observer {
 public:
     Observer(KnownCameras& known, Sink sink);
@@ -38,27 +39,31 @@ private:
         ~Registrations();
     };
 
-    /// The properties of a camera as they were last reported, by name.
-    using Told = std::map<std::string, Json>;
+    /// The properties of a camera as they were last reported, by name; none until they are known.
+    using Told = std::optional<std::map<std::string, Json>>;
 
     void tellArrivals();
     void tellDeparture(const std::string& modelName, const std::string& serialNumber);
-    void run();
-    bool waitForTurn();
-    void look(const std::shared_ptr<KnownCamera>& camera);
-    void tellProperties(KnownCamera& camera);
+    void startWatching();
+    void watch(KnownCamera& camera);
+    /// Waits for the end of the second, or for a look at once of which the caller does not know.
+    /// @return false if the observer ends
+    bool waitForTurn(unsigned& knownLook);
+    bool isListening();
+    void look(KnownCamera& camera, Told& told);
+    void tellProperties(KnownCamera& camera, Told& told);
 
     KnownCameras& m_Known;
     const Sink m_Sink;
     Utilities::Mutex m_Mutex; // guards the following, up to the models
     std::condition_variable m_Changed;
     bool m_IsListening QUILL_GUARDED_BY(m_Mutex) = false;
-    bool m_IsDue QUILL_GUARDED_BY(m_Mutex) = false; // to look at once
+    unsigned m_Looks QUILL_GUARDED_BY(m_Mutex) = 0; // looks at once, so far
     bool m_IsEnding QUILL_GUARDED_BY(m_Mutex) = false;
     std::map<std::string, std::string> m_Present QUILL_GUARDED_BY(m_Mutex); // models by serial number
-    std::map<std::string, Told> m_Told;                                     // of the thread alone
     const Registrations m_Registrations;
-    std::thread m_Thread;
+    std::map<std::string, std::thread> m_Watches; // by serial number; of m_Starter alone
+    std::thread m_Starter;
 };
 
 } // namespace QuillTool::Serve

@@ -2,6 +2,7 @@
 
 #include "Serve/Cameras/Recording.h"
 
+#include <algorithm>
 #include <exception>
 
 #include <fmt/format.h>
@@ -12,6 +13,12 @@
 namespace QuillTool::Serve {
 
 using CameraInterface::FrameQueueStatus;
+
+namespace {
+
+constexpr std::chrono::milliseconds kUntilEndIsSeen{100};
+
+} // namespace
 
 Recording::Recording(KnownCamera& camera, std::size_t capacity, bool mayStart)
     : m_Camera(camera), m_Queue(open(capacity, mayStart)) {}
@@ -49,11 +56,18 @@ Recording::~Recording() {
     }
 }
 
-CameraInterface::Frame Recording::next(std::chrono::nanoseconds limit) {
-    CameraInterface::FrameResult result = m_Queue.pop(limit);
-    if (result) {
-        return std::move(result.frame);
-    }
+CameraInterface::Frame Recording::next(std::chrono::nanoseconds limit, const std::atomic<bool>& isEnding) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    CameraInterface::FrameResult result;
+    do {
+        if (isEnding) {
+            throw Refusal(503, "Ending", fmt::format("camera {}: the server ends", m_Camera.serialNumber()));
+        }
+        result = m_Queue.pop(std::min<std::chrono::nanoseconds>(limit, kUntilEndIsSeen));
+        if (result) {
+            return std::move(result.frame);
+        }
+    } while (result.status == FrameQueueStatus::TimedOut && std::chrono::steady_clock::now() < end);
     const int status = result.status == FrameQueueStatus::TimedOut     ? 504
                        : result.status == FrameQueueStatus::CameraGone ? 410
                                                                        : 409;

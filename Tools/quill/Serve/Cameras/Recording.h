@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <string>
 
@@ -21,9 +22,9 @@ public:
     /// Stops a stream that ran only for recordings, of which this is the last.
     ~Recording();
 
-    /// Waits for the next frame.
-    /// @throws Refusal  no frame came within @p limit, or the stream has ended
-    CameraInterface::Frame next(std::chrono::nanoseconds limit);
+    /// Waits for the next frame, until @p isEnding.
+    /// @throws Refusal  no frame came within @p limit, or the stream or the server has ended
+    CameraInterface::Frame next(std::chrono::nanoseconds limit, const std::atomic<bool>& isEnding);
     const std::string& modelName() const { return m_ModelName; }
 
 private:

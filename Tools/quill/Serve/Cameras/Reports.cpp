@@ -65,11 +65,14 @@ Json statisticsReport(const SelectedCamera& camera) {
     report["transferTimeMs"] = statistics.getImageDataTransferTime() * kMillisecondsPerSecond;
     report["temperatures"] = temperaturesOf(camera);
     Json& counters = report["counters"] = Json::array();
+    const std::string replaced = fmt::format("Dropped by {}", kViewersQueue);
     for (const auto& counter : camera->getStreamCounters()) {
-        counters.push_back({{"name", counter.name},
-                            {"value", counter.value},
-                            {"isLoss", counter.isLoss},
-                            {"description", counter.description}});
+        const bool isReplaced = counter.name == replaced; // viewers want the newest frame, not all
+        counters.push_back(
+            {{"name", counter.name},
+             {"value", counter.value},
+             {"isLoss", counter.isLoss && !isReplaced},
+             {"description", isReplaced ? "Frames for which no viewer was ready." : counter.description}});
     }
     return report;
 }

@@ -14,7 +14,10 @@ namespace QuillTool::Serve {
 
 namespace {
 
-constexpr double kSampled = 500'000; // samples that are counted, and pixels whose sharpness is measured
+/// Larger pictures are sampled, so that the measures cost little beside the compression of a picture.
+constexpr std::size_t kMeasuredWhole = 100'000; // pixels
+constexpr unsigned kExposureStep = 4;           // across and down
+constexpr unsigned kFocusStep = 7;              // odd, so that rows of both parities of a mosaic take part
 constexpr std::size_t kBins = 256;
 constexpr unsigned kGreenChannel = 1;
 
@@ -26,30 +29,40 @@ struct Exposure {
     std::uint64_t samples = 0;
 };
 
+/// Samples of one channel in one row: every @p step th of those from @p first to before @p last.
+struct Series {
+    std::size_t first;
+    std::size_t last;
+    std::size_t step;
+};
+
 /// Counts the samples of every @p step th cell of every @p step th row of cells: a cell is a pixel, of a mosaic 2 x 2.
 template <typename Reader>
 Exposure measureExposure(const SampleView& view, Reader read, unsigned step) {
     Exposure exposure;
     const unsigned shift = view.bitDepth - 8;
     const unsigned largest = view.largest();
+    const auto count = [&](const Series& series, Counts& counts) {
+        for (std::size_t place = series.first; place < series.last; place += series.step) {
+            const unsigned sample = std::min(read(place), largest);
+            ++counts[sample >> shift];
+            exposure.saturated += sample == largest ? 1 : 0;
+            ++exposure.samples;
+        }
+    };
     const unsigned cell = view.isMosaic ? 2 : 1;
-    const unsigned channelsPerPixel = view.isMosaic ? 1 : view.channels;
     for (unsigned top = 0; top < view.height; top += cell * step) {
         for (unsigned row = top; row < std::min(top + cell, view.height); ++row) {
-            for (unsigned left = 0; left < view.width; left += cell * step) {
-                for (unsigned column = left; column < std::min(left + cell, view.width); ++column) {
-                    for (unsigned k = 0; k < channelsPerPixel; ++k) {
-                        const unsigned sample = std::min(read(view.channelStart[k] + view.index(row, column)), largest);
-                        ++exposure.histogram[view.isMosaic ? view.mosaicChannel(row, column) : k][sample >> shift];
-                        exposure.saturated += sample == largest ? 1 : 0;
-                    }
+            const std::size_t first = view.index(row, 0);
+            const std::size_t last = view.index(row + 1, 0);
+            const std::size_t between = view.columnStep * cell * step;
+            for (unsigned k = 0; k < (view.isMosaic ? cell : view.channels); ++k) {
+                if (view.isMosaic) {
+                    count({first + k, last, between}, exposure.histogram[view.mosaicChannel(row, k)]);
+                } else {
+                    count({first + view.channelStart[k], last + view.channelStart[k], between}, exposure.histogram[k]);
                 }
             }
-        }
-    }
-    for (const Counts& counts : exposure.histogram) {
-        for (const std::uint32_t count : counts) {
-            exposure.samples += count;
         }
     }
     return exposure;
@@ -101,13 +114,9 @@ double measureFocus(const SampleView& view, Reader read, unsigned step) {
 
 Json analyse(const Imaging::Image& image) {
     const SampleView view(image);
-    const double pixels = static_cast<double>(view.width) * view.height;
-    const double samples = view.isMosaic ? pixels : pixels * view.channels;
-    const auto gridStep = static_cast<unsigned>(std::ceil(std::sqrt(std::max(samples / kSampled, 1.0))));
-    // Odd, so that rows of both parities of a mosaic take part.
-    const unsigned rowStep = static_cast<unsigned>(std::ceil(std::max(pixels / kSampled, 1.0))) | 1U;
+    const bool isWhole = std::size_t{view.width} * view.height <= kMeasuredWhole;
     return withReader(view, [&](auto read) {
-        const Exposure exposure = measureExposure(view, read, gridStep);
+        const Exposure exposure = measureExposure(view, read, isWhole ? 1 : kExposureStep);
         Json histogram = Json::array();
         for (unsigned channel = 0; channel < view.channels; ++channel) {
             histogram.push_back(exposure.histogram[channel]);
@@ -115,7 +124,7 @@ Json analyse(const Imaging::Image& image) {
         return Json{{"histogram", std::move(histogram)},
                     {"channels", view.channelNames()},
                     {"saturated", static_cast<double>(exposure.saturated) / static_cast<double>(exposure.samples)},
-                    {"focus", measureFocus(view, read, rowStep)}};
+                    {"focus", measureFocus(view, read, isWhole ? 1 : kFocusStep)}};
     });
 }
 

@@ -12,6 +12,7 @@ const kSmallest = 4; // pixels of the screen; less is a click
 let present = null; // as GET /region
 let drawn = null; // { from, to } in points of the frame
 let isDrawing = false;
+let isUnread = false; // since reading it failed
 let isTyped = false; // and not written yet: what the camera says does not replace it
 
 const field = (name) => byId(`region-${name}`);
@@ -22,16 +23,26 @@ function say(text, isError = false) {
 }
 
 async function load() {
-    present = null;
-    byId("region-panel").classList.remove("unsupported");
+    const camera = state.selected;
+    let found = null;
+    let problem = null;
     if (isConnected() && state.link === "on") {
         try {
-            present = await call("GET", cameraPath(state.selected, "/region"));
-            say("");
-        } catch (problem) {
-            say(problem.text, problem.error !== "RegionNotSupported");
+            found = await call("GET", cameraPath(camera, "/region"));
+        } catch (failure) {
+            problem = failure;
         }
     }
+    if (camera !== state.selected) {
+        return;
+    }
+    present = found;
+    if (problem) {
+        say(problem.text, problem.error !== "RegionNotSupported");
+    } else if (isUnread) {
+        say(""); // else the note says what the last change did
+    }
+    isUnread = problem !== null;
     show();
 }
 
@@ -105,7 +116,7 @@ const tool = {
         drawn = { from: at, to: at };
     },
     move(point) {
-        if (drawn) {
+        if (drawn && present) {
             drawn.to = viewport.toFrame(point.x, point.y);
             const { width, height, x, y } = onSensor(drawn, shownFrame() ?? viewport.frame, present.region);
             say(`${width} × ${height} at ${x}, ${y}`);
@@ -116,7 +127,7 @@ const tool = {
         const area = drawn;
         const isLarge = area && Math.hypot(area.to.x - area.from.x, area.to.y - area.from.y) * viewport.zoom > kSmallest;
         setDrawing(false);
-        if (isLarge && shownFrame()) {
+        if (isLarge && present && shownFrame()) {
             area.to = viewport.toFrame(point.x, point.y);
             write(onSensor(area, shownFrame(), present.region));
         }
@@ -156,6 +167,8 @@ export function start() {
     const loadIfOpen = () => byId("region-panel").hidden || load();
     on("camera", () => {
         isTyped = false;
+        present = null;
+        setDrawing(false);
         loadIfOpen();
     });
     on("link", show);

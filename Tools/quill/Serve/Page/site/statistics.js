@@ -8,6 +8,7 @@ import { kSpanSeconds, Plot } from "./plots.js";
 
 const history = new Map(); // by camera: [{ seconds, statistics }]
 let plots;
+let shownFrames = 0; // since the last reading
 
 /** Losses per second, by reason, between two readings. */
 export function lossRates(before, now, seconds) {
@@ -18,8 +19,8 @@ export function lossRates(before, now, seconds) {
 }
 
 function plot(entry, before) {
-    const { seconds, statistics } = entry;
-    plots.rate.add(seconds, { Delivered: statistics.deliveredPerSecond, Received: statistics.receivedPerSecond });
+    const { seconds, statistics, shownPerSecond } = entry;
+    plots.rate.add(seconds, { Received: statistics.receivedPerSecond, Shown: shownPerSecond });
     plots.losses.add(seconds, lossRates(before?.statistics, statistics, seconds - (before?.seconds ?? seconds)));
     plots.times.add(seconds, { Capture: statistics.captureTimeMs, Transfer: statistics.transferTimeMs });
     const temperatures = Object.fromEntries((statistics.temperatures ?? []).map(({ name, value }) => [name, Number(value)]));
@@ -39,12 +40,14 @@ function take(statistics) {
     const seconds = performance.now() / 1000;
     const entries = history.get(statistics.camera) ?? [];
     const before = entries.at(-1);
-    entries.push({ seconds, statistics });
+    const isSelected = statistics.camera === state.selected;
+    entries.push({ seconds, statistics, shownPerSecond: isSelected && before ? shownFrames / (seconds - before.seconds) : 0 });
+    shownFrames = isSelected ? 0 : shownFrames;
     while (entries[0].seconds < seconds - kSpanSeconds) {
         entries.shift();
     }
     history.set(statistics.camera, entries);
-    if (statistics.camera === state.selected) {
+    if (isSelected) {
         plot(entries.at(-1), before);
         showCounters(statistics);
     }
@@ -65,7 +68,13 @@ export function start() {
         temperatures: new Plot("Temperature", "°C", false) };
     byId("plots").append(...Object.values(plots).map(({ element }) => element));
     on("statistics", take);
-    on("camera", load);
+    on("frame", (description) => {
+        shownFrames += description ? 1 : 0;
+    });
+    on("camera", () => {
+        shownFrames = 0;
+        load();
+    });
     for (const topic of ["theme", "tab"]) {
         on(topic, () => Object.values(plots).forEach((one) => one.draw()));
     }
