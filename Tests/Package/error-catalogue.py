@@ -65,6 +65,13 @@ def quoted(lines):
     return texts
 
 
+def exit_codes(root, page):
+    """Those of the tool's enumeration, and those of the catalogue."""
+    enumeration = (root / "Tools/quill/Terminal/ToolError.h").read_text().split("enum class ExitCode {")[1].split("};")[0]
+    section = page.split("## Exit codes")[1].split("\n## ")[0]
+    return set(re.findall(r" = (\d+)", enumeration)), set(re.findall(r"^\| (\d+) \|", section, re.M))
+
+
 def main(root):
     every, answers = [], {}
     for folder in FOLDERS:
@@ -76,10 +83,14 @@ def main(root):
                     every += literals
                     if name in ANSWERING or FAILING.search(code):
                         answers |= {literal.strip(): name for literal in literals if is_answer(literal)}
-    catalogue = quoted((root / "docs/errors.md").read_text().splitlines())
+    page = (root / "docs/errors.md").read_text()
+    catalogue = quoted(page.splitlines())
+    of_tool, of_page = exit_codes(root, page)
     lacking = sorted(f"{name}: {text}" for text, name in answers.items() if not any(text in entry for entry in catalogue))
     unknown = sorted(entry for entry in catalogue
                      if not all(any(part in literal for literal in every) for part in PLACEHOLDER.split(entry) if part.strip()))
+    lacking += [f"exit code {code}" for code in of_tool - of_page]
+    unknown += [f"exit code {code}" for code in of_page - of_tool]
     for title, texts in (("The catalogue lacks", lacking), ("The code lacks", unknown)):
         for text in texts:
             print(f"{title}: {text}", file=sys.stderr)
