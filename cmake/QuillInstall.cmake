@@ -67,6 +67,8 @@ install(CODE [[
     endif()
 ]])
 install(FILES Data/TestCameraList.json DESTINATION ${CMAKE_INSTALL_DATADIR}/quillcamera RENAME TestCameraList.example.json)
+# What is linked, and its licences.
+install(FILES LICENSE NOTICE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quillcamera)
 
 if(QUILL_BUILD_TOOLS)
     # The tool finds the library by a relative path, so that both can be moved.

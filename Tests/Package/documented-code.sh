@@ -12,7 +12,7 @@ trap 'rm -rf "$work"' EXIT
 awk -v work="$work" '
     /^```(c|cpp|c\+\+|cmake)$/ { name = FILENAME; gsub("/", "_", name); block = work "/" name ":" FNR; next }
     /^```/ { block = "" }
-    block { print > block }' README.md CONTRIBUTING.md docs/*.md
+    block { print > block }' README.md CONTRIBUTING.md docs/*.md docs/guide/*.md
 
 blocks=("$work"/README.md:*)
 [[ -e ${blocks[0]} ]] || { echo "README.md contains no code." >&2 && exit 1; }

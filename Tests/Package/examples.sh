@@ -18,6 +18,7 @@ examples=(
     'capture_image 41500102 one.ppm' 'one\.ppm: 1280 x 1024'
     'live_statistics 41500102 1' '[0-9.]+ frames/s, captured in [0-9.]+ ms.*'
     'exposure_bracket 41500102' '8\.0+ ms: mean [0-9.]+, [0-9]+ pixels at the top'
+    'adjust_properties' 'Video Exposure is now 20\.0+ ms'
     'hot_plug_monitor' '\+ 41500101  Model 613'
     'two_in_step' 'frames [0-9]+ and [0-9]+, [-0-9.e]+ ms apart'
     'write_flash 41500101 0x40000 table.bin' 'verified'
