@@ -20,6 +20,7 @@
 #include "CameraKind.h"
 #include "CameraState.h"
 
+/// Cameras, and what they offer: properties, functions and streams.
 namespace CameraInterface {
 
 class CameraList;
