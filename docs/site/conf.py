@@ -1,0 +1,70 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The site of the documents, by Sphinx: its search needs no server and no network, and one index holds guides and references."""
+
+import pathlib
+import sys
+
+SITE = pathlib.Path(__file__).resolve().parent
+sys.path.insert(0, str(SITE))
+
+project = "Quill"
+copyright = "the authors of Quill, Apache-2.0"
+extensions = ["myst_parser", "sphinx.ext.autodoc", "docstrings", "files"]
+
+root_doc = "README"
+source_suffix = {".md": "markdown", ".rst": "restructuredtext"}
+include_patterns = ["*.md", "Data/*.md", "docs/*.md", "docs/guide/**.md", "docs/site/*.rst"]
+exclude_patterns = ["build"]
+templates_path = ["templates"]
+myst_heading_anchors = 4
+reference_tags = str(SITE.parents[1] / "build/docs/reference.tag")
+
+autodoc_default_options = {"members": True, "undoc-members": True}
+autodoc_member_order = "bysource"
+autodoc_typehints_format = "short"
+python_use_unqualified_type_names = True
+
+html_theme = "furo"
+html_title = "Quill"
+html_copy_source = False
+html_show_sphinx = False
+
+GUIDES = "\n".join(f"docs/guide/{path.stem}" for path in sorted(SITE.parent.glob("guide/*.md")))
+
+# The front page is a document that is read elsewhere, too: what leads through the site is added to it here.
+NAVIGATION = f"""
+```{{toctree}}
+:hidden:
+:glob:
+:caption: Guides
+
+{GUIDES}
+docs/*
+```
+
+```{{toctree}}
+:hidden:
+:caption: Project
+
+CHANGELOG
+CONTRIBUTING
+SECURITY
+Data/README
+```
+
+```{{toctree}}
+:hidden:
+:caption: Reference
+
+Python <docs/site/python-reference>
+```
+"""
+
+
+def add_navigation(app, document, source):
+    if document == root_doc:
+        source[0] += NAVIGATION
+
+
+def setup(app):
+    app.connect("source-read", add_navigation)
