@@ -24,8 +24,11 @@ autodoc_member_order = "bysource"
 autodoc_typehints_format = "short"
 python_use_unqualified_type_names = True
 
+smartquotes = False  # quoted words are those of programs, and two dashes begin an option
+
 html_theme = "furo"
 html_title = "Quill"
+html_static_path = ["/usr/share/javascript/normalize.css"]
 html_copy_source = False
 html_show_sphinx = False
 
@@ -66,5 +69,12 @@ def add_navigation(app, document, source):
         source[0] += NAVIGATION
 
 
+def localise_styles(app, failure):
+    """Debian's theme takes one of its style sheets from where a web server has it: the site has it itself."""
+    styles = pathlib.Path(app.outdir, "_static/styles/furo.css")
+    styles.write_text(styles.read_text().replace("/javascript/normalize.css/", "../"))
+
+
 def setup(app):
     app.connect("source-read", add_navigation)
+    app.connect("build-finished", localise_styles)
