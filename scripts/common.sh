@@ -19,6 +19,9 @@ quillPackages=(
     libgtest-dev libgmock-dev libbenchmark-dev libssl-dev libtiff-tools libraw-bin aravis-tools aravis-tools-cli python3-jsonschema
 )
 
+# Those of scripts/docs.
+quillDocumentPackages=(doxygen python3-sphinx python3-myst-parser furo)
+
 # Those of scripts/check.
 quillCheckPackages=(clang-format clang-tidy clang similarity-tester codespell)
 
