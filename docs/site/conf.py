@@ -2,6 +2,7 @@
 """The site of the documents, by Sphinx: its search needs no server and no network, and one index holds guides and references."""
 
 import pathlib
+import re
 import sys
 
 SITE = pathlib.Path(__file__).resolve().parent
@@ -32,16 +33,30 @@ html_static_path = ["/usr/share/javascript/normalize.css"]
 html_copy_source = False
 html_show_sphinx = False
 
-GUIDES = "\n".join(f"docs/guide/{path.stem}" for path in sorted(SITE.parent.glob("guide/*.md")))
+
+def guides():
+    """Returns the pages of the guide in the order in which its first page links to them."""
+    folder = SITE.parent / "guide"
+    first = folder / "index.md"
+    linked = ["index", *re.findall(r"\]\(([\w-]+)\.md\)", first.read_text())] if first.exists() else []
+    names = sorted(path.stem for path in folder.glob("*.md"))
+    return [f"docs/guide/{name}" for name in sorted(names, key=lambda name: linked.index(name) if name in linked else len(linked))]
+
 
 # The front page is a document that is read elsewhere, too: what leads through the site is added to it here.
 NAVIGATION = f"""
 ```{{toctree}}
 :hidden:
-:glob:
-:caption: Guides
+:caption: Guide
 
-{GUIDES}
+{chr(10).join(guides())}
+```
+
+```{{toctree}}
+:hidden:
+:glob:
+:caption: Documents
+
 docs/*
 ```
 
