@@ -22,6 +22,9 @@ quillPackages=(
 # Those of the thorough tests, which need a browser. npm, where it is installed, gets the checks of accessibility.
 quillThoroughPackages=(chromium chromium-driver nodejs python3-selenium)
 
+# Those of scripts/docs.
+quillDocumentPackages=(doxygen python3-sphinx python3-myst-parser furo)
+
 # Those of scripts/check.
 quillCheckPackages=(clang-format clang-tidy clang similarity-tester codespell)
 

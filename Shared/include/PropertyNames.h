@@ -1,45 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+/// The names under which cameras list their properties. Camera::getSupportedProperties() lists those that a
+/// camera has.
+///
+/// The effect of Property::setValue(), by kind. A camera that does not answer, or refuses, causes a
+/// KestrelException_Property: "PropertyReadFailure", "PropertyRangeReadFailure", "PropertyErrorUnknown" (when asked
+/// whether the property can be written) or "PropertyWriteFailure".
+///
+/// Properties of the SDK's cameras:
+/// - Numbers of the camera (all that are not listed below): limited to the range. A text that is not a number throws
+///   std::invalid_argument or std::out_of_range. A difference of less than 1.2e-7 writes nothing. A write is ignored
+///   while the property cannot be written.
+/// - Names of the camera (correction matrix, demosaic method, flipping, clock speeds, tap configurations,
+///   trigger mode): any other text throws KestrelException "PropertyValueConversion". A write is ignored while the
+///   property cannot be written; a tap configuration cannot be written while the camera is streaming.
+/// - Switches of the camera (auto exposure, tap corrections, fan): a text other than "Enabled" or "Disabled" throws
+///   KestrelException_InvalidArgument "ArgumentUnhandled". While it cannot be written, the fan ignores a write; the
+///   others throw "PropertyWriteFailure".
+/// - Region (width, height, offsets): limited to the range, but not to a multiple of "Unit Width" or "Unit Height". A
+///   text that is not an unsigned 32-bit number throws std::invalid_argument or std::out_of_range; "-1" is the largest
+///   number.
+/// - Frame rate: selects the first rate whose text contains the given text; if none does, throws std::invalid_argument.
+///   A running stream is stopped and restarted, which throws what Camera::stopStream() and Camera::startStream() throw.
+/// - Sampling description, pixel format, shutter and streaming mode, kept in memory: any text that is not in the list
+///   throws KestrelException "PropertyValueConversion". The streaming mode ignores a write while the camera is
+///   streaming.
+/// - Timeout, kept in memory: not limited; a text that is not a number stores 0.
+/// - Buffer last frame, strobe, strobe from start exposure: a text other than "Enabled" or "Disabled" throws
+///   KestrelException "PropertyValueConversion". The next three properties throw it likewise.
+/// - Hardware trigger: kept for the next connection. If it cannot be switched on again then, it reads "Disabled", and
+///   the property-change callback runs.
+/// - Power mode ("USB", "Y-Cable"): throws KestrelException_Property "PropertyUnknown" if the camera refuses.
+/// - USB3 Vision mode, also of cameras in that mode: ignores a write while it cannot be written.
+/// - Exposure to speed, which have a video and a still variant: as the variant that they stand for.
+/// - Maximum and unit sizes: throw "PropertyReadOnly" if the camera reports them as writable; otherwise ignore a write.
+/// - Descriptions of the camera (versions, serial number, colour format, endianness and so on): ignore every write.
+///
+/// Properties of simulated cameras store every text as it is; read-only ones ignore it.
 namespace CameraInterface::PropertyNames {
-
-// The names under which cameras list their properties. Camera::getSupportedProperties() lists those that a
-// camera has.
-//
-// The effect of Property::setValue(), by kind. A camera that does not answer, or refuses, causes a
-// KestrelException_Property: "PropertyReadFailure", "PropertyRangeReadFailure", "PropertyErrorUnknown" (when asked
-// whether the property can be written) or "PropertyWriteFailure".
-//
-// Properties of the SDK's cameras:
-// - Numbers of the camera (all that are not listed below): limited to the range. A text that is not a number throws
-//   std::invalid_argument or std::out_of_range. A difference of less than 1.2e-7 writes nothing. A write is ignored
-//   while the property cannot be written.
-// - Names of the camera (correction matrix, demosaic method, flipping, clock speeds, tap configurations, trigger mode):
-//   any other text throws KestrelException "PropertyValueConversion". A write is ignored while the property cannot be
-//   written; a tap configuration cannot be written while the camera is streaming.
-// - Switches of the camera (auto exposure, tap corrections, fan): a text other than "Enabled" or "Disabled" throws
-//   KestrelException_InvalidArgument "ArgumentUnhandled". While it cannot be written, the fan ignores a write; the
-//   others throw "PropertyWriteFailure".
-// - Region (width, height, offsets): limited to the range, but not to a multiple of "Unit Width" or "Unit Height". A
-//   text that is not an unsigned 32-bit number throws std::invalid_argument or std::out_of_range; "-1" is the largest
-//   number.
-// - Frame rate: selects the first rate whose text contains the given text; if none does, throws std::invalid_argument.
-//   A running stream is stopped and restarted, which throws what Camera::stopStream() and Camera::startStream() throw.
-// - Sampling description, pixel format, shutter and streaming mode, kept in memory: any text that is not in the list
-//   throws KestrelException "PropertyValueConversion". The streaming mode ignores a write while the camera is
-//   streaming.
-// - Timeout, kept in memory: not limited; a text that is not a number stores 0.
-// - Buffer last frame, strobe, strobe from start exposure: a text other than "Enabled" or "Disabled" throws
-//   KestrelException "PropertyValueConversion". The next three properties throw it likewise.
-// - Hardware trigger: kept for the next connection. If it cannot be switched on again then, it reads "Disabled", and
-//   the property-change callback runs.
-// - Power mode ("USB", "Y-Cable"): throws KestrelException_Property "PropertyUnknown" if the camera refuses.
-// - USB3 Vision mode, also of cameras in that mode: ignores a write while it cannot be written.
-// - Exposure to speed, which have a video and a still variant: as the variant that they stand for.
-// - Maximum and unit sizes: throw "PropertyReadOnly" if the camera reports them as writable; otherwise ignore a write.
-// - Descriptions of the camera (versions, serial number, colour format, endianness and so on): ignore every write.
-//
-// Properties of simulated cameras store every text as it is; read-only ones ignore it.
 
 inline constexpr const char* kAutoExposureMaximum = "Auto Exposure Maximum";
 inline constexpr const char* kAutoExposureTarget = "Auto Exposure Target";

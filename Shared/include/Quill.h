@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+/// @file
 /// Includes every public header of the library.
 
 #include "Cameras/Camera.h"

@@ -6,6 +6,7 @@
 #include <stddef.h>  // NOLINT(modernize-deprecated-headers): C as well
 #include <stdint.h>  // NOLINT(modernize-deprecated-headers): C as well
 
+/// @file
 /// The C interface of the camera library: the model of its C++ headers, without a second vocabulary.
 ///
 /// Names are those of C++ in C's manner: Camera::startStream() is quill_camera_start_stream(), a static operation of
@@ -148,15 +149,19 @@ QUILL_C_API quill_status quill_is_zeph_installed(bool* installed, quill_error* e
 
 // --- Handles ---
 
+/// A camera of the list.
 typedef struct quill_camera {
     uint64_t id;
 } quill_camera;
+/// A queue of frames; the caller's.
 typedef struct quill_frame_queue {
     uint64_t id;
 } quill_frame_queue;
+/// A frame; the caller's.
 typedef struct quill_frame {
     uint64_t id;
 } quill_frame;
+/// An image; the caller's.
 typedef struct quill_image {
     uint64_t id;
 } quill_image;
@@ -380,6 +385,7 @@ QUILL_C_API quill_status quill_function_get_return_format(quill_camera camera, c
 /// Selects one of the frame counters of a stream.
 typedef int32_t quill_stream_type;
 enum { QUILL_STREAM_DELIVERED = 1, QUILL_STREAM_RECEIVED = 2 };
+/// Counts and rates of a stream.
 typedef struct quill_stream_statistics {
     size_t size;
     double delivered_frames_per_second;
@@ -433,6 +439,7 @@ enum {
     QUILL_DROP_NEWEST = 1,
     QUILL_HOLD_BACK = 2 ///< the stream waits until the queue has space
 };
+/// How many frames a queue holds, and what becomes of the others.
 typedef struct quill_frame_queue_settings {
     size_t size;
     size_t capacity; ///< frames that wait: 1 to 65536
@@ -633,6 +640,7 @@ typedef struct quill_setting_difference {
     const char* present; ///< empty if it cannot be read
     const char* reason;  ///< why it cannot be written or read; empty if it only has another value
 } quill_setting_difference;
+/// The result of quill_write_settings().
 typedef struct quill_settings_report {
     size_t size;
     const char* const* written;
@@ -647,6 +655,7 @@ typedef struct quill_settings_report {
 } quill_settings_report;
 /// Hears the name of each property before it is looked at; returns whether to continue.
 typedef bool (*quill_settings_progress_function)(void* context, const char* name);
+/// What quill_write_settings() accepts, and whom it tells how far it is.
 typedef struct quill_settings_options {
     size_t size;
     bool accept_other_models;
@@ -713,6 +722,7 @@ typedef struct quill_boot_image_section {
     size_t offset;    ///< of its first byte in the image
     size_t length;
 } quill_boot_image_section;
+/// The structure of a boot image.
 typedef struct quill_boot_image {
     size_t size;
     const quill_boot_image_section* const* sections;

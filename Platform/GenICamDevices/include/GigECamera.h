@@ -8,8 +8,10 @@
 #include "GigEFaults.h"
 #include "GigEWire.h"
 
+/// A GigE Vision camera in software.
 namespace GenICamDevices {
 
+/// What a camera is, and where it answers. Does not change while the camera runs.
 struct CameraOptions {
     std::string address =
         "127.0.0.1";  ///< IPv4 address of this machine that the camera answers at; empty: the first one of the card

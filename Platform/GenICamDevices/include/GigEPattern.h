@@ -2,16 +2,19 @@
 #pragma once
 
 /**
+ * @file
  * The image of the camera in software, as a formula: a test can compute every sample of a frame that it received.
  *
  * A ramp of 1024 steps lies over the sensor. At column x and row y of frame n, whose number is its block id, the step
  * is (start + stepX * X + stepY * y' + stepFrame * n) mod 1024 with X = offsetX + x, or sensorWidth - 1 - (offsetX + x)
  * if the image is mirrored, and y' = offsetY + y; see kRamps. Red sees this step, as grey does, green the one 341
- * further, blue the one 682 further. A step is 64 units of light; light becomes brightness by brightness = light *
- * exposureTime / 10000 us * 10 ^ (gain / 20), at most 65535 sample     = 65535 * (brightness / 65535) ^ gamma + 256 *
- * blackLevel, at most 65535 where gain is that of all colours and, for red and blue, their own in addition. A sample of
- * fewer bits is the high bits of this one. The colour of a mosaic's pixel depends on its place in the image, not on
- * that on the sensor.
+ * further, blue the one 682 further. A step is 64 units of light; light becomes a sample in two steps:
+ *
+ * - brightness = light * exposureTime / 10000 us * 10 ^ (gain / 20), at most 65535
+ * - sample = 65535 * (brightness / 65535) ^ gamma + 256 * blackLevel, at most 65535
+ *
+ * Here, gain is that of all colours and, for red and blue, their own in addition. A sample of fewer bits is the high
+ * bits of this one. The colour of a mosaic's pixel depends on its place in the image, not on that on the sensor.
  */
 
 #include <algorithm>
@@ -27,6 +30,7 @@ namespace GenICamDevices {
 /// Values of the feature TestPattern.
 enum class TestPattern : std::uint32_t { Off, HorizontalRamp, VerticalRamp, MovingDiagonalRamp };
 
+/// A pattern that rises by a number of steps per column, row and frame, up to kRampLength, and starts again.
 struct Ramp {
     std::uint32_t start;
     std::uint32_t stepX;
@@ -57,6 +61,7 @@ inline bool operator==(const Picture& a, const Picture& b) {
            a.blackLevel == b.blackLevel && a.gamma == b.gamma;
 }
 
+/// The colour that a sample measures.
 enum class SampleColor : std::uint32_t { Grey, Red, Green, Blue };
 
 inline constexpr std::uint32_t kSampleColorCount = 4;

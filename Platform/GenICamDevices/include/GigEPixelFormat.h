@@ -19,6 +19,7 @@ enum class Packing {
                    ///< second
 };
 
+/// A pixel format of the camera.
 struct PixelFormat {
     const char* name;
     std::uint32_t code; ///< of the Pixel Format Naming Convention

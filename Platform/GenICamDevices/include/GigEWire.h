@@ -2,6 +2,7 @@
 #pragma once
 
 /**
+ * @file
  * The numbers of GigE Vision's two protocols: GVCP, which reads and writes the registers of a camera, and GVSP, which
  * carries its frames. Both use UDP and send numbers with their highest byte first.
  */
@@ -35,6 +36,7 @@ enum class GigECommand : std::uint16_t {
     WriteMemory = 0x0086,
 };
 
+/// What an answer says of its request.
 enum class GigEStatus : std::uint16_t {
     Success = 0,
     NotImplemented = 0x8001,

@@ -2,6 +2,7 @@
 #pragma once
 
 /**
+ * @file
  * The control interface of the devices in software: describes and plugs cameras, inspects them, presents scenes,
  * injects faults and logs the calls that reach the devices. The library drives the same devices through two flat
  * libraries: the camera SDK (liborvexapi) and, while a device is a USB3 Vision camera, the USB3 Vision access library
@@ -29,6 +30,7 @@
 #    define SOFTWARE_DEVICES_API __attribute__((visibility("default")))
 #endif
 
+/// Control of the devices in software.
 namespace SoftwareDevices {
 
 #define SOFTWARE_DEVICES_ENUMERATOR(role, ...) role,
@@ -321,6 +323,7 @@ SOFTWARE_DEVICES_API void clearFaults();
 
 // ---- Log ----
 
+/// A call that reached the devices.
 struct CallRecord {
     Operation operation;
     std::string name;            ///< role name

@@ -20,6 +20,7 @@
 #include "CameraKind.h"
 #include "CameraState.h"
 
+/// Cameras, and what they offer: properties, functions and streams.
 namespace CameraInterface {
 
 class CameraList;
@@ -126,8 +127,8 @@ public:
     /// the workspace; nor for an image if its queue holds the stream back.
     /// Exceptions that it throws are dropped. Once the camera leaves the list, it is no longer called.
     /// @throws KestrelException "WouldWaitForItself"  called by such a function, as are initialiseWorkspace(),
-    ///     unitialisedWorkpace() and the two registrations
-    /// @throws what openFrameQueue() throws; then the former function stays
+    ///     unitialisedWorkpace() and the two registrations; what openFrameQueue() throws: then the former function
+    ///     stays
     /// @throws std::system_error  the thread cannot be started; then there is no function
     void setFrameCallback(std::function<void(const Frame&)> callback, const FrameQueueSettings& settings = {});
     /// Returns what became of all frames that this object captured: "Captured" is the sum of "Delivered", "Turned

@@ -11,6 +11,7 @@
 ///
 /// They are found by an adapter in a library of its own, which is loaded once cameras are looked for. USB cameras are
 /// looked for always; the network is used only on the cards, and for the addresses, that are named.
+/// Where cameras of any maker are looked for, and how they are in the network.
 namespace CameraInterface::GenICam {
 
 /// Where cameras are looked for, and how they are driven.

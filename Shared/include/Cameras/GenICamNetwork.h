@@ -105,6 +105,7 @@ QUILL_API std::uint32_t setHeartbeatMs(const std::string& serialNumber, std::uin
 /// @throws KestrelException_Camera "NetworkTimeout"  it did not answer at the new address
 QUILL_API void forceAddress(const std::string& camera, const NetworkPlace& place);
 
+/// How one thing about a link is.
 enum class LinkVerdict {
     Good,
     Hint, ///< works, but could be better, or could not be examined

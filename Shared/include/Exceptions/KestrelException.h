@@ -6,6 +6,7 @@
 
 #include "../Export.h"
 
+/// The exceptions of the library.
 namespace KestrelExceptions {
 
 /// Base of every failure that the library reports about cameras, properties, functions and streams.

@@ -9,6 +9,7 @@
 #include "ImageFormat.h"
 #include "Pixel.h"
 
+/// Images, their formats and conversions.
 namespace Imaging {
 
 struct FormatDescription;

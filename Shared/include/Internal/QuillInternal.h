@@ -10,6 +10,7 @@
 
 /// The data that cameras keep in their flash for their own use, and its validation. For updaters that call the camera
 /// SDK directly. As thread-safe as the SDK's handle.
+/// What cameras keep in their flash for themselves.
 namespace QuillInternal {
 
 /// Size of the flash in bytes; addresses have 24 bits.
@@ -43,6 +44,7 @@ QUILL_API bool isUsb3VisionFileValid(const std::vector<unsigned char>& file, con
 
 /// The same through the SDK's handle of an open camera. Every operation returns false if the SDK fails or the handle is
 /// not open.
+/// The same, of cameras of the maker's SDK.
 namespace Orvex {
 
 QUILL_API bool OrvexReadUsb3VisionInfo(void* handle, Usb3VisionInfo& info);

@@ -43,6 +43,7 @@ struct SettingsReport {
     bool isComplete() const { return different.empty() && failed.empty() && !interruption; }
 };
 
+/// What writeSettings() accepts, and whom it tells how far it is.
 struct SettingsOptions {
     bool acceptOtherModels = false;
     /// Called before each property is looked at, on the writing thread. An exception ends the writing.
@@ -50,8 +51,8 @@ struct SettingsOptions {
 };
 
 /// Reads the values of all properties of a connected camera that are not read-only, locked ones included.
-/// @throws KestrelException_Camera "CameraConnection"  the camera is not connected
-/// @throws what Property::getValue() and isReadOnly() throw
+/// @throws KestrelException_Camera "CameraConnection"  the camera is not connected; what Property::getValue() and
+///     isReadOnly() throw
 QUILL_API CameraSettings readSettings(Camera& camera);
 
 /// Writes the values that differ from the present ones, in an order that works: modes, clocks and formats before the
@@ -67,8 +68,8 @@ QUILL_API SettingsReport writeSettings(Camera& camera, const CameraSettings& set
 
 /// Returns what differs between a connected camera, of any model, and the settings, in the order of names. Properties
 /// that the settings do not mention make no difference.
-/// @throws KestrelException_Camera "CameraConnection"  the camera is not connected
-/// @throws what Property::getValue() throws  the camera is gone
+/// @throws KestrelException_Camera "CameraConnection"  the camera is not connected; what Property::getValue() throws
+///     when the camera is gone
 QUILL_API std::vector<SettingDifference> compareSettings(Camera& camera, const CameraSettings& settings);
 
 /// Returns the settings as a JSON document that ends with a line break:

@@ -30,6 +30,7 @@ enum class WhenFull : std::uint8_t {
 /// More frames than any computer has memory for.
 constexpr std::size_t kMaximumQueueCapacity = 65536;
 
+/// How many frames a queue holds, and what becomes of the others.
 struct FrameQueueSettings {
     std::size_t capacity = 8; ///< frames that wait; 1 to kMaximumQueueCapacity
     WhenFull whenFull = WhenFull::DropOldest;

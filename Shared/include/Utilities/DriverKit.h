@@ -7,6 +7,7 @@
 
 #include "../Export.h"
 
+/// The record of the installed driver kit.
 namespace win32 {
 
 /// The status of a registry operation; the numbers are those of the platform that has a registry.

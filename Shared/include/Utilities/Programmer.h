@@ -10,6 +10,7 @@ namespace CameraInterface {
 class Camera;
 }
 
+/// Work on a camera's flash and JTAG port, and what the library itself is made with.
 namespace Utilities {
 
 /// Programs a camera. Uses only its functions "Erase Flash", "Write Flash", "Read Flash", "Read Flash Status", "Write

@@ -12,6 +12,7 @@ namespace CameraInterface {
 class Camera;
 }
 
+/// Cameras of the maker's SDK.
 namespace OrvexAdapter {
 
 /// The network settings of a GigE camera and of the host adapter that reaches it. The three addresses are IP address,
