@@ -226,6 +226,31 @@ TEST_F(CameraServiceTest, AViewerSeesACameraLeaveAndComeBack) {
     EXPECT_TRUE(pictures.wait(picturesBefore + 1));
 }
 
+TEST_F(CameraServiceTest, ACameraRestartedInTheOtherModeIsServedAsWhatItIs) {
+    const std::string serial = startWith(kColor);
+    m_Service->setListening(true);
+    m_Service->writeProperty(serial, "USB3 Vision Mode", "Enabled");
+    m_Service->startStream(serial);
+    Event ends;
+    const auto viewer = m_Service->live(serial)->join([] {},
+                                                      [&](const std::string& status, const std::string&) {
+                                                          if (status != "Running") {
+                                                              ends.raise();
+                                                          }
+                                                      });
+    viewer->demand();
+    std::vector<std::string> mode{"Firmware"};
+    Camera::getCamera(serial).perform("Reboot", mode);
+    EXPECT_TRUE(ends.wait());
+    EXPECT_TRUE(eventuallyTold("cameras", [&](const Json& data) {
+        return data["cameras"].size() == 1 && data["cameras"][0]["kind"] == "USB3 Vision";
+    }));
+    expectRefused(409, [&] { m_Service->properties(serial); });
+    m_Service->connect(serial);
+    expectRefused(409, [&] { m_Service->startStream(serial); });
+    EXPECT_TRUE(eventually([&] { return value(serial, "USB3 Vision Mode") == "Enabled"; }));
+}
+
 TEST_F(CameraServiceTest, ACameraPulledDuringACaptureEndsIt) {
     const std::string serial = startWith(kMono);
     SoftwareDevices::unplugDuring(number(serial), Operation::sdkCaptureVideoFrames, 1);
