@@ -220,6 +220,7 @@ TEST_F(CameraServiceTest, AViewerSeesACameraLeaveAndComeBack) {
 
     SoftwareDevices::replug(number(serial));
     ASSERT_TRUE(eventually([&] { return camerasListed() == 1; }));
+    EXPECT_EQ(m_Service->list()["cameras"][0]["isStreaming"], false);
     m_Service->connect(serial);
     m_Service->startStream(serial);
     viewer->demand();

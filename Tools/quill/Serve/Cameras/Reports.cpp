@@ -43,7 +43,8 @@ Json listReport(KnownCameras& known) {
     Json cameras = Json::array();
     for (const auto& [serialNumber, modelName] : Camera::getCamerasList()) {
         Json camera = listedCameraJson(serialNumber, modelName);
-        camera["isStreaming"] = known.isStreaming(serialNumber);
+        // One that left while it streamed comes back disconnected.
+        camera["isStreaming"] = camera["state"] == "connected" && known.isStreaming(serialNumber);
         cameras.push_back(std::move(camera));
     }
     return {{"cameras", cameras}, {"failures", enumerationFailuresJson()}};

@@ -277,7 +277,7 @@ void Connection::showPictures(LivePictures&& pictures) {
     }
     if (pictures.isWebSocket) {
         const auto viewer = std::make_shared<ViewerConnection>(handOver(), std::move(m_Seat), std::move(*seat),
-                                                               m_Hosting, std::move(pictures.feed));
+                                                               std::move(pictures.feed));
         m_Hosting.census.add(viewer);
         viewer->start(m_Parser->release());
     } else {

@@ -35,9 +35,9 @@ double millisecondsNow() {
 } // namespace
 
 ViewerConnection::ViewerConnection(beast::tcp_stream&& stream, Seats::Seat seat, Seats::Seat viewerSeat,
-                                   Hosting& hosting, std::shared_ptr<LiveFeed> feed)
+                                   std::shared_ptr<LiveFeed> feed)
     : m_Socket(std::move(stream)), m_Executor(m_Socket.get_executor()), m_Seat(std::move(seat)),
-      m_ViewerSeat(std::move(viewerSeat)), m_Hosting(hosting), m_Feed(std::move(feed)), m_Buffer(kMaximumMessage * 2) {}
+      m_ViewerSeat(std::move(viewerSeat)), m_Feed(std::move(feed)), m_Buffer(kMaximumMessage * 2) {}
 
 void ViewerConnection::start(Request request) {
     m_Request = std::move(request);

@@ -11,7 +11,7 @@
 #include <boost/beast/http/string_body.hpp>
 #include <boost/beast/websocket/stream.hpp>
 
-#include "Serve/Network/Hosting.h"
+#include "Serve/Network/Census.h"
 
 namespace QuillTool::Serve {
 
@@ -21,7 +21,7 @@ class ViewerConnection : public Endable, public std::enable_shared_from_this<Vie
 public:
     using Request = boost::beast::http::request<boost::beast::http::string_body>;
 
-    ViewerConnection(boost::beast::tcp_stream&& stream, Seats::Seat seat, Seats::Seat viewerSeat, Hosting& hosting,
+    ViewerConnection(boost::beast::tcp_stream&& stream, Seats::Seat seat, Seats::Seat viewerSeat,
                      std::shared_ptr<LiveFeed> feed);
 
     /// Accepts the upgrade; called once, on the strand.
@@ -57,7 +57,6 @@ private:
     const boost::beast::tcp_stream::executor_type m_Executor;
     const Seats::Seat m_Seat;
     const Seats::Seat m_ViewerSeat;
-    Hosting& m_Hosting;
     const std::shared_ptr<LiveFeed> m_Feed;
     Request m_Request;
     boost::beast::flat_buffer m_Buffer;
