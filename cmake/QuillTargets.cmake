@@ -13,6 +13,8 @@ target_compile_options(quill_flags INTERFACE
     $<$<BOOL:${QUILL_WARNINGS_AS_ERRORS}>:-Werror>
     # Exceptions give the throwing file relative to the project.
     "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/="
+    # Products and sums that a processor rounds once, where it can, would give other bytes than elsewhere.
+    -ffp-contract=off
     ${QUILL_CXX_FLAGS})
 if(QUILL_SANITIZERS)
     target_compile_options(quill_flags INTERFACE

@@ -26,7 +26,7 @@ quillThoroughPackages=(chromium chromium-driver nodejs python3-selenium)
 quillDocumentPackages=(doxygen python3-sphinx python3-myst-parser furo)
 
 # Those of scripts/check.
-quillCheckPackages=(clang-format clang-tidy clang similarity-tester codespell)
+quillCheckPackages=(clang-format clang-tidy clang similarity-tester codespell abigail-tools)
 
 isInstalled() {
     [[ "$(dpkg-query --show --showformat '${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
@@ -55,14 +55,16 @@ ensurePackages() {
     exit 1
 }
 
-# Configures a preset of CMakePresets.json and builds all targets, or only those named. Uses ccache if available.
+compilerLauncher=()
+if command -v ccache >/dev/null; then
+    compilerLauncher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+fi
+
+# Configures a preset of CMakePresets.json and builds all targets, or only those named.
 buildPreset() {
-    local preset=$1 launcher=()
+    local preset=$1
     shift
-    if command -v ccache >/dev/null; then
-        launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-    fi
-    cmake --preset "$preset" "${launcher[@]}" >&2
+    cmake --preset "$preset" "${compilerLauncher[@]}" >&2
     cmake --build --preset "$preset" --parallel 2 ${1+--target "$@"} >&2
 }
 

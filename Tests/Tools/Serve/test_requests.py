@@ -180,7 +180,9 @@ def test_view_only_refuses_what_changes_a_camera(tmp_path):
                     reason="needs a network of its own")
 def test_asks_for_a_token_beyond_loopback(tmp_path):
     with serving(tmp_path, "--listen", "0.0.0.0", before=["unshare", "-rn"]) as server:
-        assert len(server.line.strip().partition("#token=")[2]) == 22
+        address, _, token = server.line.strip().partition("#token=")
+        assert address.startswith("Quill is at http://127.0.0.1:")
+        assert len(token) == 22
 
 
 def test_reads_and_writes_properties(server):

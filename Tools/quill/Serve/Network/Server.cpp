@@ -62,7 +62,10 @@ std::string Listening::address() const {
 }
 
 std::string Listening::urlHost() const {
-    return m_Sockets->endpoint.address().is_v6() ? '[' + address() + ']' : address();
+    const asio::ip::address bound = m_Sockets->endpoint.address();
+    const std::string loopback = bound.is_v6() ? "::1" : "127.0.0.1";
+    const std::string host = bound.is_unspecified() ? loopback : address();
+    return bound.is_v6() ? '[' + host + ']' : host;
 }
 
 /// The connections and the threads of a server.

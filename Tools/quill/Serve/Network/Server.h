@@ -20,7 +20,8 @@ public:
     ~Listening();
 
     unsigned port() const;
-    /// The address as a URL has it, with brackets if it is one of IPv6.
+    /// The address that a browser of this machine opens, as a URL has it: that of loopback if connections are taken on
+    /// all addresses.
     std::string urlHost() const;
     /// The numeric address in its shortest form.
     std::string address() const;
