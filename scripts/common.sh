@@ -25,6 +25,9 @@ quillThoroughPackages=(chromium chromium-driver nodejs python3-selenium)
 # Those of scripts/docs.
 quillDocumentPackages=(doxygen python3-sphinx python3-myst-parser furo)
 
+# Those of scripts/packages.
+quillPackagingPackages=(debhelper dh-python lintian mmdebstrap)
+
 # Those of scripts/check.
 quillCheckPackages=(clang-format clang-tidy clang similarity-tester codespell abigail-tools)
 
