@@ -31,11 +31,20 @@ add_custom_command(OUTPUT "${quill_page_source}"
     VERBATIM)
 
 file(GLOB_RECURSE quill_serve_sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/Serve/*.cpp")
+set(quill_picture_sources ${quill_serve_sources})
+list(FILTER quill_picture_sources INCLUDE REGEX "/Serve/Pictures/")
+list(FILTER quill_serve_sources EXCLUDE REGEX "/Serve/Pictures/")
 find_package(Threads REQUIRED)
+set_source_files_properties("${quill_page_source}" PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON) # numbers, which nobody reads
+add_library(quill_picture_objects OBJECT ${quill_picture_sources})
 add_library(quill_serve_objects OBJECT ${quill_serve_sources} "${quill_page_source}")
-target_include_directories(quill_serve_objects PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
-target_include_directories(quill_serve_objects SYSTEM PUBLIC $<TARGET_PROPERTY:quillcamera,INTERFACE_INCLUDE_DIRECTORIES>)
-target_link_libraries(quill_serve_objects
-    PUBLIC fmt::fmt nlohmann_json::nlohmann_json Threads::Threads PkgConfig::TURBOJPEG
-    PRIVATE Boost::headers PNG::PNG TIFF::TIFF quill_flags)
-target_compile_definitions(quill_serve_objects PRIVATE "QUILL_TOOL_VERSION=\"${PROJECT_VERSION}\"")
+target_sources(quill_serve_objects INTERFACE $<TARGET_OBJECTS:quill_picture_objects>)
+target_compile_options(quill_serve_objects PRIVATE ${quill_tool_optimisation})
+foreach(part quill_picture_objects quill_serve_objects)
+    target_include_directories(${part} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
+    target_include_directories(${part} SYSTEM PUBLIC $<TARGET_PROPERTY:quillcamera,INTERFACE_INCLUDE_DIRECTORIES>)
+    target_link_libraries(${part}
+        PUBLIC fmt::fmt nlohmann_json::nlohmann_json Threads::Threads PkgConfig::TURBOJPEG
+        PRIVATE Boost::headers PNG::PNG TIFF::TIFF quill_flags)
+    target_compile_definitions(${part} PRIVATE "QUILL_TOOL_VERSION=\"${PROJECT_VERSION}\"")
+endforeach()

@@ -98,7 +98,7 @@ public:
     template <typename Action>
     Json change(const std::string& serialNumber, const char* done, Action&& action) {
         try {
-            const Json report = with(serialNumber, [&](KnownCamera& camera) {
+            Json report = with(serialNumber, [&](KnownCamera& camera) {
                 return camera.use([&](const SelectedCamera& selected) {
                     action(camera, selected);
                     return cameraReport(camera, selected);
@@ -116,7 +116,7 @@ public:
     template <typename Action>
     Json write(const std::string& serialNumber, const std::string& name, Action&& action) {
         std::vector<Json> changed;
-        const Json report = with(serialNumber, [&](KnownCamera& camera) {
+        Json report = with(serialNumber, [&](KnownCamera& camera) {
             return camera.useConnected([&](const SelectedCamera& selected) {
                 const PropertyReading before = readProperty(selected, name);
                 requireWritable(selected, before);
@@ -131,11 +131,11 @@ public:
                     refusal = refusalOf(failure);
                 }
                 selected->registerPropertyChangeCallback({});
-                if (refusal && refusal->status == 409) {
-                    throw Refusal(422, "InvalidValue", refusal->what(), "Look at the property's range and choices.");
-                }
                 if (refusal) {
-                    throw *refusal;
+                    const bool isOfValue = refusal->status == 409;
+                    throw Refusal(isOfValue ? 422 : refusal->status, isOfValue ? "InvalidValue" : refusal->error,
+                                  refusal->what(),
+                                  isOfValue ? "Look at the property's range and choices." : refusal->advice);
                 }
                 for (const std::string& other : names) {
                     try {

@@ -83,12 +83,11 @@ public:
     Work& operator=(const Work&) = delete;
 
     ~Work() {
-        asio::post(m_AcceptStrand, [this] {
-            m_IsEnding = true;
-            m_Pause.cancel();
-            ErrorCode ignored;
-            m_Sockets.acceptor.close(ignored);
-        });
+        try {
+            asio::post(m_AcceptStrand, [this] { endAccepting(); });
+        } catch (const std::exception&) {
+            m_Sockets.context.stop(); // no memory is left to end in order
+        }
         m_Hosting.census.endAll();
         m_Hosting.calls.stop();
         m_Hosting.downloads.stop();
@@ -109,6 +108,13 @@ private:
                 continue;
             }
         }
+    }
+
+    void endAccepting() {
+        m_IsEnding = true;
+        m_Pause.cancel();
+        ErrorCode ignored;
+        m_Sockets.acceptor.close(ignored);
     }
 
     void accept() {

@@ -23,15 +23,15 @@ constexpr std::chrono::milliseconds kLongestRest{200};
 
 /// How the wait for a frame ended, if not with a frame or its absence.
 struct EndName {
-    FrameQueueStatus status;
     const char* name;
+    FrameQueueStatus status;
     bool isFinal; ///< the queue gets no more frames
 };
 
 constexpr EndName kEndNames[] = {
-    {FrameQueueStatus::Stopped, "Stopped", false},         {FrameQueueStatus::RunEnded, "RunEnded", false},
-    {FrameQueueStatus::OutOfMemory, "OutOfMemory", false}, {FrameQueueStatus::Suspended, "Suspended", false},
-    {FrameQueueStatus::CameraGone, "CameraGone", true},    {FrameQueueStatus::Closed, "Closed", true},
+    {"Stopped", FrameQueueStatus::Stopped, false},         {"RunEnded", FrameQueueStatus::RunEnded, false},
+    {"OutOfMemory", FrameQueueStatus::OutOfMemory, false}, {"Suspended", FrameQueueStatus::Suspended, false},
+    {"CameraGone", FrameQueueStatus::CameraGone, true},    {"Closed", FrameQueueStatus::Closed, true},
 };
 
 /// Returns null if the stream runs.

@@ -119,7 +119,8 @@ std::string tarHeader(const std::string& name, std::uint64_t size, std::int64_t 
 }
 
 std::string tarPadding(std::uint64_t size) {
-    return std::string((kTarBlock - size % kTarBlock) % kTarBlock, '\0');
+    std::string zeros((kTarBlock - size % kTarBlock) % kTarBlock, '\0');
+    return zeros;
 }
 
 } // namespace QuillTool::Serve

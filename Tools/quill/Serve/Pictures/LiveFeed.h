@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <Quill.h>
 
@@ -24,9 +25,12 @@ struct View {
 
 /// A frame as a picture. All viewers of the same view share it.
 struct LivePicture {
+    LivePicture(Json description, std::string jpeg, std::uint64_t frame)
+        : description(std::move(description)), jpeg(std::move(jpeg)), frame(frame) {}
+
     Json description; ///< as the contract of the stream of pictures says, without "sent"
     std::string jpeg;
-    std::uint64_t frame = 0; ///< the frame's number in the run of the stream
+    std::uint64_t frame; ///< the frame's number in the run of the stream
 };
 
 /// The pictures of one camera's stream, for any number of viewers. Works on a thread of its own while there are

@@ -53,10 +53,9 @@ std::shared_ptr<const LivePicture> PictureCache::picture(const View& view) {
         m_Analysis = analyse(*m_Frame.image);
     }
     const Bitmap bitmap = m_Maker.make(*m_Frame.image, view.scale);
-    auto picture = std::make_shared<LivePicture>();
-    picture->jpeg = m_Encoder.encode(bitmap, view.quality);
-    picture->description = describePicture(m_Frame, bitmap, *m_Analysis);
-    picture->frame = m_Frame.information.number;
+    auto picture =
+        std::make_shared<const LivePicture>(describePicture(m_Frame, bitmap, *m_Analysis),
+                                            m_Encoder.encode(bitmap, view.quality), m_Frame.information.number);
     m_Entries.push_back({view, picture});
     return picture;
 }

@@ -46,7 +46,7 @@ bool isThisComputerLittleEndian() {
 
 SampleView::SampleView(const Imaging::Image& image)
     : data(image.getDataAddress()), width(image.getWidth()), height(image.getHeight()), format(image.getFormat()),
-      bitDepth(image.getBitDepth()), isWide(false), isSwapped(image.isLittleEndian() != isThisComputerLittleEndian()) {
+      bitDepth(image.getBitDepth()), isSwapped(image.isLittleEndian() != isThisComputerLittleEndian()) {
     if (const auto computed = findComputedColor(bitDepth)) {
         format = computed->format;
         bitDepth = computed->bitDepth;

@@ -22,9 +22,9 @@ struct SampleView {
     unsigned width;
     unsigned height;
     Imaging::IMAGE_FORMAT format;
-    unsigned bitDepth; ///< of a sample
-    bool isWide;       ///< two bytes per sample
-    bool isSwapped;    ///< their order is not that of this computer
+    unsigned bitDepth;   ///< of a sample
+    bool isWide = false; ///< two bytes per sample
+    bool isSwapped;      ///< their order is not that of this computer
     bool isMosaic = false;
     /// 1, or 3 of a colour image: its alpha is left out. 3 of a mosaic as well, of which each pixel has one.
     unsigned channels = 1;

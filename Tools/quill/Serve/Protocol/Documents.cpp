@@ -64,7 +64,7 @@ Json parseBody(std::string_view body, std::string_view contentType) {
         return Json::object();
     }
     bool isTooDeep = false;
-    const Json document = Json::parse(
+    Json document = Json::parse(
         body.begin(), body.end(),
         [&isTooDeep](int depth, Json::parse_event_t /*event*/, Json& /*parsed*/) {
             isTooDeep = isTooDeep || depth > kMaximumDepth;
