@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <fmt/format.h>
@@ -19,11 +19,13 @@ namespace {
 
 /// @throws ToolError  the file cannot be read, or its first line is no token
 std::string readToken(const std::string& path) {
+    errno = 0;
     std::ifstream file(path);
     std::string token;
     if (!std::getline(file, token)) {
-        throw ToolError(ExitCode::Failed, fmt::format("serve: --token-file: '{}' cannot be read: {}", path,
-                                                      errno == 0 ? "it is empty" : std::strerror(errno)));
+        throw ToolError(ExitCode::Failed,
+                        fmt::format("serve: --token-file: '{}' cannot be read: {}", path,
+                                    errno == 0 ? "it is empty" : std::generic_category().message(errno)));
     }
     if (!Serve::isUsableToken(token)) {
         throw ToolError(ExitCode::Usage, fmt::format("serve: --token-file: the first line of '{}' is no token: 16 to "
