@@ -655,7 +655,7 @@ typedef struct quill_settings_report {
 } quill_settings_report;
 /// Hears the name of each property before it is looked at; returns whether to continue.
 typedef bool (*quill_settings_progress_function)(void* context, const char* name);
-/// What quill_write_settings() accepts, and whom it tells how far it is.
+/// What quill_write_settings() accepts, and the function that gets its progress.
 typedef struct quill_settings_options {
     size_t size;
     bool accept_other_models;

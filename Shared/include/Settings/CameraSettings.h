@@ -43,7 +43,7 @@ struct SettingsReport {
     bool isComplete() const { return different.empty() && failed.empty() && !interruption; }
 };
 
-/// What writeSettings() accepts, and whom it tells how far it is.
+/// What writeSettings() accepts, and the function that gets its progress.
 struct SettingsOptions {
     bool acceptOtherModels = false;
     /// Called before each property is looked at, on the writing thread. An exception ends the writing.

@@ -18,6 +18,7 @@
 #include "Support/Event.h"
 #include "Support/SoftwareDeviceFixture.h"
 #include "Tools/ChildProcess.h"
+#include "Tools/Serve/Refusals.h"
 
 namespace {
 
@@ -28,18 +29,6 @@ using SoftwareDevices::DeviceDescription;
 using SoftwareDevices::Operation;
 using TestSupport::Event;
 using TestSupport::eventually;
-
-/// Expects that an action is refused with this status, and for a reason.
-void expectRefused(int status, const std::function<void()>& action) {
-    try {
-        action();
-        ADD_FAILURE() << "not refused, instead of " << status;
-    } catch (const Refusal& refusal) {
-        EXPECT_EQ(refusal.status, status) << refusal.what();
-        EXPECT_FALSE(refusal.error.empty());
-        EXPECT_STRNE(refusal.what(), "");
-    }
-}
 
 /// Devices with small pictures, and a service of their cameras.
 class CameraServiceTest : public TestSupport::SoftwareDeviceFixture {

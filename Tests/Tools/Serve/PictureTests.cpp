@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 #include <fstream>
-#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -13,7 +12,6 @@
 #include <gtest/gtest.h>
 #include <turbojpeg.h>
 
-#include "Serve/Cameras/Refusal.h"
 #include "Serve/Pictures/Analysis.h"
 #include "Serve/Pictures/File.h"
 #include "Serve/Pictures/JpegEncoder.h"
@@ -22,6 +20,7 @@
 #include "Support/Images.h"
 #include "Support/TemporaryFolder.h"
 #include "Tools/ChildProcess.h"
+#include "Tools/Serve/Refusals.h"
 
 namespace {
 
@@ -90,16 +89,6 @@ void expectNear(const Color& color, const Color& expected, unsigned tolerance) {
     for (unsigned k = 0; k < 3; ++k) {
         ASSERT_LE(color[k] > expected[k] ? color[k] - expected[k] : expected[k] - color[k], tolerance)
             << "channel " << k << ": " << color[k] << " instead of " << expected[k];
-    }
-}
-
-/// Expects that an action is refused with this status.
-void expectRefusal(int status, const std::function<void()>& action) {
-    try {
-        action();
-        ADD_FAILURE() << "not refused, instead of " << status;
-    } catch (const Refusal& refusal) {
-        EXPECT_EQ(refusal.status, status) << refusal.what();
     }
 }
 
@@ -232,7 +221,7 @@ TEST(PixelReport, HasTheSamplesAndTheColorsOfThePicture) {
     const CameraInterface::Frame frame{patternImage(100, 100, 8, IMAGE_FORMAT::BAYER_GRBG, true), {}};
     EXPECT_EQ(reportPixels(frame, {4, 7, 3, 2})["mosaic"], Json::parse(R"(["BGB", "GRG"])"));
     for (const PixelArea& area : {PixelArea{0, 0, 65, 1}, {0, 0, 1, 0}, {99, 0, 2, 1}, {0xFFFFFFFF, 0, 2, 1}}) {
-        expectRefusal(422, [&] { reportPixels(frame, area); });
+        expectRefused(422, [&] { reportPixels(frame, area); });
     }
 }
 
@@ -254,8 +243,8 @@ TEST(CapturedFile, HoldsTheImage) {
     EXPECT_EQ(readImageFile(folder.file(file.name), {})->getData(), (std::vector<unsigned char>{3, 2, 1, 6, 5, 4}));
     EXPECT_EQ(encodeFile(computed, "jpeg", "computed", {}).bytes.substr(0, 2), "\xFF\xD8");
 
-    expectRefusal(422, [&] { encodeFile(patternImage(4, 4, 8, IMAGE_FORMAT::MONO, true), "dng", "a", {}); });
-    expectRefusal(400, [&] { encodeFile(mosaic, "raw", "a", {}); });
+    expectRefused(422, [&] { encodeFile(patternImage(4, 4, 8, IMAGE_FORMAT::MONO, true), "dng", "a", {}); });
+    expectRefused(400, [&] { encodeFile(mosaic, "raw", "a", {}); });
 }
 
 TEST(CapturedFile, LiesInAnArchiveThatTarReads) {

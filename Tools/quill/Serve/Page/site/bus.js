@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the parts of the page tell each other, and what they all know.
+// Events between the parts of the page, and the state that they share.
 
 const listeners = new Map();
 
