@@ -39,7 +39,7 @@ set_source_files_properties("${quill_page_source}" PROPERTIES SKIP_UNITY_BUILD_I
 add_library(quill_picture_objects OBJECT ${quill_picture_sources})
 add_library(quill_serve_objects OBJECT ${quill_serve_sources} "${quill_page_source}")
 target_sources(quill_serve_objects INTERFACE $<TARGET_OBJECTS:quill_picture_objects>)
-target_compile_options(quill_serve_objects PRIVATE ${quill_tool_optimisation})
+target_compile_options(quill_serve_objects PRIVATE ${quill_light_optimisation})
 foreach(part quill_picture_objects quill_serve_objects)
     target_include_directories(${part} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
     target_include_directories(${part} SYSTEM PUBLIC $<TARGET_PROPERTY:quillcamera,INTERFACE_INCLUDE_DIRECTORIES>)

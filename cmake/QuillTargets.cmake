@@ -6,6 +6,15 @@ option(QUILL_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)
 set(QUILL_SANITIZERS "" CACHE STRING "Sanitizers to build with, such as address,undefined or thread")
 set(QUILL_CXX_FLAGS "" CACHE STRING "Further compiler flags of this project's own targets")
 
+# For code that takes a person's or a camera's time, where optimising takes longer than it saves. A build with sanitizers, which runs once,
+# optimises only what the tests compute with: their preset does not, and these targets do.
+set(quill_light_optimisation -O1)
+set(quill_tested_optimisation)
+if(QUILL_SANITIZERS)
+    set(quill_light_optimisation -O0)
+    set(quill_tested_optimisation -O1)
+endif()
+
 add_library(quill_flags INTERFACE)
 target_compile_features(quill_flags INTERFACE cxx_std_17)
 target_compile_options(quill_flags INTERFACE

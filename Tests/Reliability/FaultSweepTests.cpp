@@ -26,7 +26,7 @@ namespace {
 using namespace CameraInterface;
 using Utilities::Programmer;
 using Bytes = std::vector<unsigned char>;
-using Words = std::set<std::string>;
+using WordSet = std::set<std::string>;
 
 constexpr std::uint32_t kSweptSerial = 41500101;
 const std::string kSerialNumber = std::to_string(kSweptSerial);
@@ -94,27 +94,27 @@ void forEachProperty(Action action) {
     }
 }
 
-Words operator+(Words words, const Words& more) {
+WordSet operator+(WordSet words, const WordSet& more) {
     words.insert(more.begin(), more.end());
     return words;
 }
 
-const Words kListing{"CameraNotFound"};
-const Words kConnecting{"CameraConnection", "CameraEnumeration "};
-const Words kReading{"PropertyReadFailure", "PropertyRangeReadFailure", "PropertyErrorUnknown", "PropertyUnknown"};
-const Words kWriting{"PropertyWriteFailure",
-                     "Desired value must be selected from one of the available options in the value list."};
-const Words kStreaming{
+const WordSet kListing{"CameraNotFound"};
+const WordSet kConnecting{"CameraConnection", "CameraEnumeration "};
+const WordSet kReading{"PropertyReadFailure", "PropertyRangeReadFailure", "PropertyErrorUnknown", "PropertyUnknown"};
+const WordSet kWriting{"PropertyWriteFailure",
+                       "Desired value must be selected from one of the available options in the value list."};
+const WordSet kStreaming{
     "InvalidStreamSettings", "RegisterStreamCallback", "RemoveStreamCallback", "StartStream", "StopStream",
     "StreamStopped"};
-const Words kRebooting = kListing + kConnecting + Words{"FunctionExecution"};
+const WordSet kRebooting = kListing + kConnecting + WordSet{"FunctionExecution"};
 
 /// An action of an application on a connected camera, and the exceptions it may get when a call fails meanwhile: the
 /// word of an exception of the library, the text of a standard exception.
 struct Scenario {
     const char* name;
     void (*action)();
-    Words words;
+    WordSet words;
     std::size_t device = 0; ///< index of the default device
 };
 
@@ -204,7 +204,7 @@ const std::vector<Scenario>& scenarios() {
                                        format);
              }
          },
-         kReading + Words{"Failed to convert image."}},
+         kReading + WordSet{"Failed to convert image."}},
         {"FirmwareUpdate",
          [] {
              Programmer::writeFirmwareToFlash(camera(), bootImage(), 0, 1U << 20, 64, {});
@@ -225,7 +225,7 @@ const std::vector<Scenario>& scenarios() {
          },
          kRebooting},
         {"ModeChange", [] { rebootWithUsb3VisionMode("Enabled"); },
-         kRebooting + kReading + kWriting + Words{"Failed to reboot camera in the desired mode."}},
+         kRebooting + kReading + kWriting + WordSet{"Failed to reboot camera in the desired mode."}},
         {"ModeChangeWhileClosed",
          [] {
              camera().getProperty("USB3 Vision Mode").setValue("Enabled");
@@ -236,7 +236,7 @@ const std::vector<Scenario>& scenarios() {
              camera().connect();
              rebootWithUsb3VisionMode("Disabled");
          },
-         kRebooting + kReading + kWriting + Words{"Failed to reboot camera in the desired mode."}},
+         kRebooting + kReading + kWriting + WordSet{"Failed to reboot camera in the desired mode."}},
         {"SuspendAndResume",
          [] {
              camera().suspend();
@@ -279,7 +279,7 @@ const std::vector<Scenario>& scenarios() {
 std::vector<Scenario> scenariosOfOtherDevices() {
     std::vector<Scenario> table;
     for (Scenario scenario : scenarios()) {
-        if (Words{"Connect", "VideoImage", "StillImage"}.count(scenario.name) != 0) {
+        if (WordSet{"Connect", "VideoImage", "StillImage"}.count(scenario.name) != 0) {
             for (scenario.device = 1; scenario.device < SoftwareDevices::defaultDevices().size(); ++scenario.device) {
                 table.push_back(scenario);
             }

@@ -5,11 +5,12 @@
 #include <algorithm>
 #include <array>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <poll.h>
 
 #include "Camera/CameraKind.h"
-#include "Terminal/Numbers.h"
+#include "Terminal/NumberArgument.h"
 
 namespace QuillTool {
 

@@ -4,10 +4,9 @@
 #include <chrono>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "Camera/CameraChanges.h"
 #include "Camera/Context.h"
+#include "Terminal/ParserFwd.h"
 
 namespace QuillTool {
 

@@ -2,6 +2,8 @@
 
 #include "Camera/StreamRun.h"
 
+#include <CLI/CLI.hpp>
+
 #include "Camera/PropertyAccess.h"
 #include "Camera/Region.h"
 

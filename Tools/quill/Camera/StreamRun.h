@@ -4,10 +4,9 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Camera/Session.h"
 #include "Terminal/Output.h"
+#include "Terminal/ParserFwd.h"
 
 namespace QuillTool {
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
 

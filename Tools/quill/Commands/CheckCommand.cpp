@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "CameraList/CameraListExamination.h"

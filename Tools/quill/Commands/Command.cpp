@@ -2,6 +2,7 @@
 
 #include "Commands/Command.h"
 
+#include <CLI/CLI.hpp>
 #include <Quill.h>
 
 #include "ImageFiles/ImageFile.h"

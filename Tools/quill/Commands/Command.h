@@ -5,9 +5,8 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Camera/Context.h"
+#include "Terminal/ParserFwd.h"
 #include "Terminal/ToolError.h"
 
 namespace QuillTool {

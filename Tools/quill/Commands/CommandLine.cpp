@@ -8,6 +8,7 @@
 #include <sstream>
 #include <utility>
 
+#include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
 #include <fmt/ranges.h>

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string_view>
 
+#include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
 

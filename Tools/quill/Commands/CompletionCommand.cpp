@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 #include "Commands/Command.h"
 #include "Commands/Completion.h"
 #include "Commands/CompletionScripts.h"

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
 
@@ -12,7 +13,7 @@
 #include "Commands/Bytes.h"
 #include "Commands/Command.h"
 #include "Flash/FlashJob.h"
-#include "Terminal/Numbers.h"
+#include "Terminal/NumberArgument.h"
 
 namespace QuillTool {
 

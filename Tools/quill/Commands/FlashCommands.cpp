@@ -3,13 +3,14 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
 
 #include "Commands/Bytes.h"
 #include "Commands/Command.h"
 #include "Flash/FlashJob.h"
-#include "Terminal/Numbers.h"
+#include "Terminal/NumberArgument.h"
 
 namespace QuillTool {
 

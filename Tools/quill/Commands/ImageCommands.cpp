@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
 #include <unistd.h>
@@ -17,7 +18,7 @@
 #include "Camera/StreamRun.h"
 #include "Commands/Command.h"
 #include "ImageFiles/ImageFile.h"
-#include "Terminal/Numbers.h"
+#include "Terminal/NumberArgument.h"
 #include "Terminal/Text.h"
 
 namespace QuillTool {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
 

@@ -9,10 +9,12 @@
 #include <utility>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
 
 #include "Commands/Command.h"
+#include "Terminal/NumberArgument.h"
 #include "Terminal/Numbers.h"
 
 namespace QuillTool {

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 #include "Commands/Command.h"
 #include "Commands/ServeDescription.h"
 

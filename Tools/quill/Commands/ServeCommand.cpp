@@ -6,6 +6,7 @@
 #include <system_error>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <poll.h>
 

@@ -2,6 +2,8 @@
 
 #include "Commands/ServeDescription.h"
 
+#include <CLI/CLI.hpp>
+
 #include "Commands/Command.h"
 
 namespace QuillTool {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
+#include "Terminal/ParserFwd.h"
 
 namespace QuillTool {
 

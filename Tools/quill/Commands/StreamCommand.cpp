@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
 
@@ -14,7 +15,7 @@
 #include "Camera/FrameWriter.h"
 #include "Camera/StreamRun.h"
 #include "Commands/Command.h"
-#include "Terminal/Numbers.h"
+#include "Terminal/NumberArgument.h"
 
 namespace QuillTool {
 

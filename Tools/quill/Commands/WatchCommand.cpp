@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
 #include <poll.h>

@@ -7,10 +7,11 @@
 #include <cmath>
 #include <stdexcept>
 
+#include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
 
-#include "Terminal/Numbers.h"
+#include "Terminal/NumberArgument.h"
 
 namespace QuillTool {
 

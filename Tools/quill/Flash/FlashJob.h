@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Flash/LongJob.h"
+#include "Terminal/ParserFwd.h"
 
 namespace QuillTool {
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <unistd.h>
 

@@ -5,9 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include <CLI/CLI.hpp>
-
 #include "Terminal/Output.h"
+#include "Terminal/ParserFwd.h"
 
 namespace QuillTool {
 

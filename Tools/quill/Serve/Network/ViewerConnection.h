@@ -53,7 +53,7 @@ private:
     template <typename Action>
     auto onStrand(Action action);
 
-    boost::beast::websocket::stream<boost::beast::tcp_stream> m_Socket;
+    boost::beast::websocket::stream<boost::beast::tcp_stream, false> m_Socket; // pictures are compressed already
     const boost::beast::tcp_stream::executor_type m_Executor;
     const Seats::Seat m_Seat;
     const Seats::Seat m_ViewerSeat;
