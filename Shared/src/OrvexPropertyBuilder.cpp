@@ -83,9 +83,13 @@ void takeOverConstant(Property& kept, Property& made) {
     }
 }
 
-/// Makes a property. A property of an earlier connection stays, and takes over the present values of the camera.
+/// Makes a property if the camera has it. A property of an earlier connection stays, and takes over the present values
+/// of the camera.
 void make(const PropertyDefinition& row, OrvexPropertyBuilder::Properties& properties, OrvexCamera& camera) {
     std::unique_ptr<Property> property = row.m_Factory(row.m_Name, row.m_Type, camera, row.m_SdkProperty);
+    if (!property) {
+        return;
+    }
     const auto [entry, isNew] = properties.try_emplace(property->getName());
     if (isNew) {
         entry->second = std::move(property);

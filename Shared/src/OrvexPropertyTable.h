@@ -11,7 +11,8 @@ namespace OrvexAdapter {
 
 class OrvexCamera;
 
-/// Makes a property, or throws if the camera does not have it.
+/// Makes a property. Returns null or throws if the camera does not have it: many cameras lack many of them, and an
+/// exception takes as long as some calls of the SDK.
 using PropertyFactory = std::unique_ptr<CameraInterface::Property> (*)(const std::string& name,
                                                                        const CameraInterface::PROPERTY_TYPE& type,
                                                                        OrvexCamera& camera,

@@ -351,7 +351,7 @@ TEST_F(DefaultDevicesTest, HaveEveryPropertyBetweenThem) {
     EXPECT_EQ(found[PROPERTY_TYPE::String].size(), 30U);
     EXPECT_EQ(found[PROPERTY_TYPE::Boolean].size(), 7U);
     for (const auto& row : OrvexAdapter::getPropertyTable()) {
-        EXPECT_STREQ(getPropertyMetadata(row.m_Name).name, row.m_Name);
+        EXPECT_EQ(getPropertyMetadata(row.m_Name).name, row.m_Name);
     }
 }
 

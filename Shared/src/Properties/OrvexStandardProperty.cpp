@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "Base/TextConversion.h"
 #include "Cameras/OrvexCamera/OrvexCamera.h"
@@ -41,9 +42,22 @@ bool isUnsupported(std::uint32_t error) {
 
 } // namespace
 
+OrvexStandardProperty::OrvexStandardProperty(Unasked /*unasked*/, const std::string& name,
+                                             const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,
+                                             const unsigned long& propertyId)
+    : Property(name, type), m_Camera(&camera), m_PropertyId(static_cast<std::uint32_t>(propertyId)) {}
+
+std::unique_ptr<CameraInterface::Property>
+OrvexStandardProperty::makeIfSupported(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
+                                       OrvexCamera& camera, const unsigned long& propertyId) {
+    std::unique_ptr<OrvexStandardProperty> property(
+        new OrvexStandardProperty(Unasked{}, name, type, camera, propertyId));
+    return property->isSupportedByCamera() ? std::move(property) : nullptr;
+}
+
 OrvexStandardProperty::OrvexStandardProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
                                              OrvexCamera& camera, const unsigned long& propertyId)
-    : Property(name, type), m_Camera(&camera), m_PropertyId(static_cast<std::uint32_t>(propertyId)) {
+    : OrvexStandardProperty(Unasked{}, name, type, camera, propertyId) {
     if (!isSupportedByCamera()) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
     }

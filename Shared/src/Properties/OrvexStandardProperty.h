@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,12 @@ public:
     /// property that cannot be read for another reason counts as supported
     OrvexStandardProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,
                           const unsigned long& propertyId);
+
+    /// Makes the property as the constructor does; returns null instead of throwing.
+    static std::unique_ptr<CameraInterface::Property> makeIfSupported(const std::string& name,
+                                                                      const CameraInterface::PROPERTY_TYPE& type,
+                                                                      OrvexCamera& camera,
+                                                                      const unsigned long& propertyId);
 
     using Property::operator=;
 
@@ -61,6 +68,11 @@ protected:
     std::uint32_t m_PropertyId;
 
 private:
+    /// Chooses the constructor that asks nothing of the camera.
+    struct Unasked {};
+    OrvexStandardProperty(Unasked unasked, const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
+                          OrvexCamera& camera, const unsigned long& propertyId);
+
     struct State {
         float value = 0;
         std::int32_t flags = 0;

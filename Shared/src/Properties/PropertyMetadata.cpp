@@ -139,7 +139,7 @@ constexpr PropertyMetadata kMetadata[] = {
 constexpr bool areDistinct() {
     for (std::size_t i = 0; i < std::size(kMetadata); ++i) {
         for (std::size_t j = 0; j < i; ++j) {
-            if (std::string_view(kMetadata[i].name) == kMetadata[j].name) {
+            if (kMetadata[i].name == kMetadata[j].name) {
                 return false;
             }
         }

@@ -7,7 +7,7 @@ namespace CameraInterface {
 
 /// What is known about a property by its name alone. A text that nobody knows is empty.
 struct PropertyMetadata {
-    const char* name;
+    std::string_view name;
     const char* category;
     const char* unit;
     const char* description;       ///< one sentence
