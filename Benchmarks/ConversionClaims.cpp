@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
+#include <numeric>
 #include <stdexcept>
 
 #include <benchmark/benchmark.h>
@@ -9,6 +11,7 @@
 
 #include "Claims.h"
 #include "Imaging/Conversion.h"
+#include "Imaging/FormatTable.h"
 #include "Support/Frames.h"
 
 namespace Benchmarks {
@@ -188,6 +191,22 @@ Variant copyOfResult(const SharedFrames& frames, const FrameKind& source, const 
     }};
 }
 
+std::string conversionName(const FrameKind& source, Format to) {
+    return getFormatName(source.format) + " to " + getFormatName(to) + ", " + source.size.name + ", " +
+           std::to_string(source.bitDepth) + " bit";
+}
+
+/// Reads and writes half the bytes of source and result each: the least that any conversion has to do.
+Variant movedBytes(const FrameKind& source, const FrameKind& result) {
+    using Buffers = Rotation<std::vector<unsigned char>>;
+    const std::size_t bytes = (source.bytes() + result.bytes()) / 2;
+    const auto make = [bytes] { return std::vector<unsigned char>(bytes, 1); };
+    return {[bytes, from = std::make_shared<Buffers>(make), to = std::make_shared<Buffers>(make)] {
+        std::memcpy(to->next().data(), from->next().data(), bytes);
+        benchmark::ClobberMemory();
+    }};
+}
+
 /// Times are compared only if the results are equal.
 void requireEqualResults(const ConversionGoal& goal, const FrameKind& kind) {
     const std::unique_ptr<Image> source = randomFrame(kind);
@@ -215,6 +234,36 @@ std::pair<Variant, Variant> makeVariants(const ConversionGoal& goal, const Frame
     }
 }
 
+/// Every conversion of one depth against moving its bytes, and all of them together; in the short form one of each
+/// kind.
+void addMovingClaims(Scope scope, unsigned bits, std::vector<Claim>& claims) {
+    const std::vector<Format> sources{Format::MONO, Format::BAYER_GRBG, Format::RGB, Format::BGRA, Format::BGR_PLANAR};
+    const std::vector<Format> targets{Format::MONO, Format::BGR, Format::RGBA_PLANAR};
+    const auto counts = [&](Format format, const std::vector<Format>& chosen) {
+        return scope == Scope::Full || std::find(chosen.begin(), chosen.end(), format) != chosen.end();
+    };
+    const auto ratios = std::make_shared<std::vector<double>>();
+    for (std::size_t i = 0; i < kFormats.size(); ++i) {
+        for (std::size_t k = 0; k < kFormats.size(); ++k) {
+            const auto from = static_cast<Format>(i), to = static_cast<Format>(k);
+            if (!conversionExists(from, to) || !counts(from, sources) || !counts(to, targets)) {
+                continue;
+            }
+            const FrameKind source{kMediumSize, bits, from}, result{kMediumSize, bits, to};
+            claims.push_back({"P25", conversionName(source, to), "moving its bytes", 2.0, [source, result] {
+                                  return std::pair{movedBytes(source, result),
+                                                   ours(std::make_shared<Frames>(source, result), result.format)};
+                              }});
+            claims.back().collect = [ratios](double ratio) { ratios->push_back(ratio); };
+        }
+    }
+    claims.push_back(countingClaim("P25", "mean of conversions, " + std::to_string(bits) + " bit", "moving its bytes",
+                                   1.25, [ratios] {
+                                       const auto sum = std::accumulate(ratios->begin(), ratios->end(), 0.0);
+                                       return ratios->empty() ? 0 : sum / static_cast<double>(ratios->size());
+                                   }));
+}
+
 } // namespace
 
 std::vector<Claim> conversionClaims(Scope scope) {
@@ -234,14 +283,15 @@ std::vector<Claim> conversionClaims(Scope scope) {
                 if (limit == 0) {
                     continue;
                 }
-                claims.push_back(
-                    {goal.goal,
-                     getFormatName(goal.from) + " to " + getFormatName(goal.to) + ", " + size.name + ", " +
-                         std::to_string(bits) + " bit",
-                     kFloorNames[static_cast<std::size_t>(goal.floor)], tiny ? kTinyOneCallLimit : limit,
-                     [&goal, kind = FrameKind{size, bits, goal.from}] { return makeVariants(goal, kind); }});
+                const FrameKind kind{size, bits, goal.from};
+                claims.push_back({goal.goal, conversionName(kind, goal.to),
+                                  kFloorNames[static_cast<std::size_t>(goal.floor)], tiny ? kTinyOneCallLimit : limit,
+                                  [&goal, kind] { return makeVariants(goal, kind); }});
             }
         }
+    }
+    for (const unsigned bits : {8U, 16U}) {
+        addMovingClaims(scope, bits, claims);
     }
     return claims;
 }

@@ -35,6 +35,8 @@ struct Claim {
     Timing timing = Timing::ComputingThread;
     /// For a goal that is not a time: returns the count per call, used in place of the ratio.
     std::function<double()> count = nullptr;
+    /// Gets the ratio, for a goal about several of them.
+    std::function<void(double)> collect = [](double) {};
 };
 
 /// Makes a goal that is not a time.

@@ -193,11 +193,11 @@ TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {
                 // Neighbours of the largest and the smallest sample, where sums carry.
                 std::fill_n(image->getDataAddress(), image->getImageSize() / 3, static_cast<unsigned char>(0xFF));
                 for (const F to : {F::MONO, F::RGB, F::BGRA, F::BGR_PLANAR, F::RGBA_PLANAR}) {
-                    if (depth == 8 && to == F::MONO) {
-                        continue; // OpenCV's result differs from its formula by one
-                    }
                     const Bytes expected = referenceConversion(*image, to);
                     for (const Vectors vectors : kindsOfVectors()) {
+                        if (depth == 8 && to == F::MONO && vectors != Vectors::Wide) {
+                            continue; // left to OpenCV
+                        }
                         const auto result = createImage(width, height, Bytes(expected.size(), 0xFF), depth, true, to);
                         demosaic(viewOf(*image), viewOf(*result), vectors);
                         ASSERT_TRUE(result->getData() == expected)

@@ -28,7 +28,7 @@ constexpr std::uint32_t kRedWeight = 4899;
 constexpr std::uint32_t kGreenWeight = 9617;
 constexpr std::uint32_t kBlueWeight = 1868;
 
-/// Two neighbouring pixels as one number of double width: this halves the operations and leaves room for sums.
+/// Two neighbouring pixels as one number of double width, which leaves room for sums.
 template <typename Sample>
 using Pair = std::conditional_t<sizeof(Sample) == 1, std::uint16_t, std::uint32_t>;
 
@@ -56,13 +56,51 @@ struct ColorRow {
     ColorRow from(int column) const { return {own + column, green + column, other + column}; }
 };
 
+template <typename Sample>
 struct GreyRow {
-    std::uint16_t* grey;
+    Sample* grey;
     std::uint32_t ownWeight;
     std::uint32_t otherWeight;
 
     GreyRow from(int column) const { return {grey + column, ownWeight, otherWeight}; }
 };
+
+/// Sets all bits of every second sample.
+template <typename Sample>
+struct AlternatingMasks {
+    Sample masks[kPieceColumns + 1]{};
+
+    constexpr AlternatingMasks() {
+        for (int i = 0; i <= kPieceColumns; i += 2) {
+            masks[i] = std::numeric_limits<Sample>::max();
+        }
+    }
+};
+template <typename Sample>
+constexpr AlternatingMasks<Sample> kAlternating;
+
+/// The mean of two samples, halves rounded up, without leaving their width.
+template <typename Sample>
+[[gnu::always_inline]] inline Sample meanOf(Sample a, Sample b) {
+    if constexpr (sizeof(Sample) == 1) {
+        return static_cast<Sample>((a + b + 1) >> 1); // known to g++ as one instruction
+    } else {
+        return static_cast<Sample>((a | b) - static_cast<Sample>(static_cast<Sample>(a ^ b) >> 1));
+    }
+}
+
+/// The mean of four samples, halves rounded up, without leaving their width.
+template <typename Sample>
+[[gnu::always_inline]] inline Sample meanOf(Sample a, Sample b, Sample c, Sample d) {
+    const Sample ab = meanOf(a, b), cd = meanOf(c, d);
+    const auto roundedTwice = static_cast<Sample>(((a ^ b) | (c ^ d)) & (ab ^ cd) & 1);
+    return static_cast<Sample>(meanOf(ab, cd) - roundedTwice);
+}
+
+template <typename Sample>
+[[gnu::always_inline]] inline Sample choose(Sample mask, Sample set, Sample clear) {
+    return static_cast<Sample>((set & mask) | (clear & ~mask));
+}
 
 /// A pair of pixels, separated into the green and the coloured one, with sums of their neighbours.
 template <typename Sample, bool GreenFirst>
@@ -112,25 +150,25 @@ private:
 };
 
 // Without aliases, which prevent vectorisation: g++ recognises that for parameters, through one level of inlining.
-template <typename Sample, bool GreenFirst>
+template <typename Sample>
 [[gnu::always_inline]] inline void fillColors(const Sample* __restrict above, const Sample* __restrict here,
-                                              const Sample* __restrict below, int pairs, Sample* __restrict own,
-                                              Sample* __restrict green, Sample* __restrict other) {
-    using S = Sites<Sample, GreenFirst>;
-    for (int i = 0; i < 2 * pairs; i += 2) {
-        const S sites = S::read(above + i, here + i, below + i);
-        S::store(own + i, sites.colored, (sites.horizontal + 1U) >> 1);
-        S::store(green + i, (sites.cross + 2U) >> 2, sites.green);
-        S::store(other + i, (sites.corners + 2U) >> 2, (sites.vertical + 1U) >> 1);
+                                              const Sample* __restrict below, const Sample* __restrict greens,
+                                              int pixels, Sample* __restrict own, Sample* __restrict green,
+                                              Sample* __restrict other) {
+    for (int i = 0; i < pixels; ++i) {
+        const Sample left = here[i - 1], right = here[i + 1];
+        own[i] = choose(greens[i], meanOf(left, right), here[i]);
+        green[i] = choose(greens[i], here[i], meanOf(left, right, above[i], below[i]));
+        other[i] = choose(greens[i], meanOf(above[i], below[i]),
+                          meanOf(above[i - 1], below[i - 1], above[i + 1], below[i + 1]));
     }
 }
 
-template <bool GreenFirst>
-[[gnu::always_inline]] inline void
-fillGreys(const std::uint16_t* __restrict above, const std::uint16_t* __restrict here,
-          const std::uint16_t* __restrict below, int pairs, std::uint16_t* __restrict grey, std::uint32_t ownWeight,
-          std::uint32_t otherWeight) {
-    using S = Sites<std::uint16_t, GreenFirst>;
+template <typename Sample, bool GreenFirst>
+[[gnu::always_inline]] inline void fillGreys(const Sample* __restrict above, const Sample* __restrict here,
+                                             const Sample* __restrict below, int pairs, Sample* __restrict grey,
+                                             std::uint32_t ownWeight, std::uint32_t otherWeight) {
+    using S = Sites<Sample, GreenFirst>;
     for (int i = 0; i < 2 * pairs; i += 2) {
         const S sites = S::read(above + i, here + i, below + i);
         const std::uint32_t colored =
@@ -141,46 +179,150 @@ fillGreys(const std::uint16_t* __restrict above, const std::uint16_t* __restrict
     }
 }
 
-template <typename Sample, bool GreenFirst>
-void colorsPortably(const Sample* __restrict above, const Sample* __restrict here, const Sample* __restrict below,
-                    int pairs, Sample* __restrict own, Sample* __restrict green, Sample* __restrict other) {
-    fillColors<Sample, GreenFirst>(above, here, below, pairs, own, green, other);
+/// Bytes side by side as words, of which the lower byte is the left one.
+[[gnu::always_inline]] inline std::uint16_t loadWord(const std::uint8_t* bytes) {
+    std::uint16_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+[[gnu::always_inline]] inline std::uint16_t doubledLeft(std::uint16_t word) {
+    return static_cast<std::uint16_t>((word & 0xFF) << 1);
+}
+[[gnu::always_inline]] inline std::uint16_t upperHalf(std::uint16_t number, std::uint16_t weight) {
+    return static_cast<std::uint16_t>((static_cast<std::uint32_t>(number) * weight) >> 16);
 }
 
-template <typename Sample, bool GreenFirst>
-QUILL_WIDE_VECTORS void colorsWidely(const Sample* __restrict above, const Sample* __restrict here,
-                                     const Sample* __restrict below, int pairs, Sample* __restrict own,
-                                     Sample* __restrict green, Sample* __restrict other) {
-    fillColors<Sample, GreenFirst>(above, here, below, pairs, own, green, other);
-}
-
-template <bool GreenFirst>
-void greysPortably(const std::uint16_t* __restrict above, const std::uint16_t* __restrict here,
-                   const std::uint16_t* __restrict below, int pairs, std::uint16_t* __restrict grey,
-                   std::uint32_t ownWeight, std::uint32_t otherWeight) {
-    fillGreys<GreenFirst>(above, here, below, pairs, grey, ownWeight, otherWeight);
-}
-
-template <bool GreenFirst>
-QUILL_WIDE_VECTORS void greysWidely(const std::uint16_t* __restrict above, const std::uint16_t* __restrict here,
-                                    const std::uint16_t* __restrict below, int pairs, std::uint16_t* __restrict grey,
-                                    std::uint32_t ownWeight, std::uint32_t otherWeight) {
-    fillGreys<GreenFirst>(above, here, below, pairs, grey, ownWeight, otherWeight);
+/// Greys of bytes as OpenCV's vectors compute them: each product loses its lower half, and the green bytes above and
+/// below keep a bit of their left neighbours. The first pixel is a coloured one.
+[[gnu::always_inline]] inline void fillRoughGreys(const std::uint8_t* __restrict above,
+                                                  const std::uint8_t* __restrict here,
+                                                  const std::uint8_t* __restrict below, int pairs,
+                                                  std::uint8_t* __restrict grey, std::uint16_t ownWeight,
+                                                  std::uint16_t otherWeight) {
+    using Word = std::uint16_t;
+    constexpr auto kGreen = static_cast<std::uint16_t>(2 * kGreenWeight);
+    for (int i = 0; i < 2 * pairs; i += 2) {
+        const Word up = loadWord(above + i - 1), row = loadWord(here + i - 1), down = loadWord(below + i - 1);
+        const Word row2 = loadWord(here + i + 1);
+        const auto corners = static_cast<Word>(doubledLeft(up) + doubledLeft(down));
+        const auto corners2 =
+            static_cast<Word>(doubledLeft(loadWord(above + i + 1)) + doubledLeft(loadWord(below + i + 1)));
+        const Word left = doubledLeft(row), right = doubledLeft(row2);
+        const auto own = static_cast<Word>(row >> 8), own2 = static_cast<Word>(row2 >> 8);
+        const auto cross = static_cast<Word>((up >> 7) + (down >> 7) + left + right);
+        const auto colored =
+            static_cast<Word>(upperHalf(static_cast<Word>(corners + corners2), otherWeight) + upperHalf(cross, kGreen) +
+                              upperHalf(static_cast<Word>(own << 3), ownWeight));
+        const auto green = static_cast<Word>(upperHalf(static_cast<Word>(corners2 << 1), otherWeight) +
+                                             upperHalf(static_cast<Word>(right << 2), kGreen) +
+                                             upperHalf(static_cast<Word>((own + own2) << 2), ownWeight));
+        const auto both = static_cast<Word>((colored >> 2) | (green >> 2 << 8));
+        std::memcpy(grey + i, &both, sizeof both);
+    }
 }
 
 template <typename Sample>
-void fillPairs(const MosaicRow<Sample>& row, int pairs, const ColorRow<Sample>& result, bool wide) {
-    static constexpr decltype(&colorsPortably<Sample, false>) kFunctions[2][2] = {
-        {colorsPortably<Sample, false>, colorsPortably<Sample, true>},
-        {colorsWidely<Sample, false>, colorsWidely<Sample, true>}};
-    kFunctions[wide][row.greenFirst](row.above, row.here, row.below, pairs, result.own, result.green, result.other);
+void colorsPortably(const Sample* __restrict above, const Sample* __restrict here, const Sample* __restrict below,
+                    const Sample* __restrict greens, int pixels, Sample* __restrict own, Sample* __restrict green,
+                    Sample* __restrict other) {
+    fillColors(above, here, below, greens, pixels, own, green, other);
 }
 
-void fillPairs(const MosaicRow<std::uint16_t>& row, int pairs, const GreyRow& result, bool wide) {
-    static constexpr decltype(&greysPortably<false>) kFunctions[2][2] = {{greysPortably<false>, greysPortably<true>},
-                                                                         {greysWidely<false>, greysWidely<true>}};
-    kFunctions[wide][row.greenFirst](row.above, row.here, row.below, pairs, result.grey, result.ownWeight,
-                                     result.otherWeight);
+template <typename Sample>
+QUILL_WIDE_VECTORS void colorsWidely(const Sample* __restrict above, const Sample* __restrict here,
+                                     const Sample* __restrict below, const Sample* __restrict greens, int pixels,
+                                     Sample* __restrict own, Sample* __restrict green, Sample* __restrict other) {
+    fillColors(above, here, below, greens, pixels, own, green, other);
+}
+
+template <typename Sample, bool GreenFirst>
+void greysPortably(const Sample* __restrict above, const Sample* __restrict here, const Sample* __restrict below,
+                   int pairs, Sample* __restrict grey, std::uint32_t ownWeight, std::uint32_t otherWeight) {
+    fillGreys<Sample, GreenFirst>(above, here, below, pairs, grey, ownWeight, otherWeight);
+}
+
+template <typename Sample, bool GreenFirst>
+QUILL_WIDE_VECTORS void greysWidely(const Sample* __restrict above, const Sample* __restrict here,
+                                    const Sample* __restrict below, int pairs, Sample* __restrict grey,
+                                    std::uint32_t ownWeight, std::uint32_t otherWeight) {
+    fillGreys<Sample, GreenFirst>(above, here, below, pairs, grey, ownWeight, otherWeight);
+}
+
+QUILL_WIDE_VECTORS void roughGreysWidely(const std::uint8_t* __restrict above, const std::uint8_t* __restrict here,
+                                         const std::uint8_t* __restrict below, int pairs, std::uint8_t* __restrict grey,
+                                         std::uint16_t ownWeight, std::uint16_t otherWeight) {
+    fillRoughGreys(above, here, below, pairs, grey, ownWeight, otherWeight);
+}
+
+/// Calls @p work with the begin and the number of items, whole vectors of them: the last vector overlaps the one
+/// before, since a remainder would be computed item by item.
+template <typename Work>
+void forWholeVectors(int items, int perVector, Work work) {
+    const int whole = items / perVector * perVector;
+    if (whole != 0) {
+        work(0, whole);
+    }
+    if (items != whole) {
+        const int last = whole == 0 ? items : perVector;
+        work(items - last, last);
+    }
+}
+
+template <typename Sample>
+void fillPixels(const MosaicRow<Sample>& row, int pixels, const ColorRow<Sample>& result, bool wide) {
+    constexpr int kPerVector = 32 / sizeof(Sample);
+    for (int piece = 0; piece < pixels; piece += kPieceColumns) {
+        forWholeVectors(std::min(kPieceColumns, pixels - piece), kPerVector, [&](int begin, int count) {
+            const MosaicRow<Sample> from = row.from(piece + begin);
+            const ColorRow<Sample> to = result.from(piece + begin);
+            (wide ? colorsWidely<Sample>
+                  : colorsPortably<Sample>)(from.above, from.here, from.below,
+                                            kAlternating<Sample>.masks + (from.greenFirst ? 0 : 1), count, to.own,
+                                            to.green, to.other);
+        });
+    }
+}
+
+template <typename Sample>
+void fillPairs(const MosaicRow<Sample>& row, int pairs, const GreyRow<Sample>& result, bool wide) {
+    static constexpr decltype(&greysPortably<Sample, false>) kFunctions[2][2] = {
+        {greysPortably<Sample, false>, greysPortably<Sample, true>},
+        {greysWidely<Sample, false>, greysWidely<Sample, true>}};
+    constexpr int kPairsPerVector = 16;
+    forWholeVectors(pairs, kPairsPerVector, [&](int begin, int count) {
+        const MosaicRow<Sample> from = row.from(2 * begin);
+        kFunctions[wide][from.greenFirst](from.above, from.here, from.below, count, result.grey + 2 * begin,
+                                          result.ownWeight, result.otherWeight);
+    });
+}
+
+template <typename Sample>
+void fillPixels(const MosaicRow<Sample>& row, int pixels, const GreyRow<Sample>& result, bool wide) {
+    fillPairs(row, pixels / 2, result, wide);
+    if (pixels % 2 != 0) { // the last pair overlaps
+        fillPairs(row.from(pixels - 2), 1, result.from(pixels - 2), wide);
+    }
+}
+
+/// Computes bytes roughly where OpenCV does: all but up to one pixel at the begin and 4 to 17 at the end of a row.
+void fillBytes(const MosaicRow<std::uint8_t>& row, int pixels, const GreyRow<std::uint8_t>& result) {
+    constexpr int kPixelsOfVector = 14, kReadByVector = 18;
+    const int first = row.greenFirst ? 1 : 0;
+    const int vectors = pixels < kReadByVector ? 0 : (pixels - kReadByVector) / kPixelsOfVector + 1;
+    const int rough = vectors * kPixelsOfVector;
+    if (first != 0) {
+        fillPairs(row, 1, result, true);
+    }
+    constexpr int kPairsPerVector = 16;
+    forWholeVectors(rough / 2, kPairsPerVector, [&](int begin, int count) {
+        const MosaicRow<std::uint8_t> from = row.from(first + 2 * begin);
+        roughGreysWidely(from.above, from.here, from.below, count, result.grey + first + 2 * begin,
+                         static_cast<std::uint16_t>(2 * result.ownWeight),
+                         static_cast<std::uint16_t>(2 * result.otherWeight));
+    });
+    if (first + rough < pixels) {
+        fillPixels(row.from(first + rough), pixels - first - rough, result.from(first + rough), true);
+    }
 }
 
 /// Demosaics the rows of one image.
@@ -237,7 +379,9 @@ private:
                 assembleRow(row);
                 break;
             case Layout::Planar:
-                fillWhole(row, colorRow(row, {targetRow(0, row), targetRow(1, row), targetRow(2, row)}));
+                fillPixels(mosaicRow(row, 1), m_Target.width() - 2,
+                           colorRow(row, {targetRow(0, row) + 1, targetRow(1, row) + 1, targetRow(2, row) + 1}),
+                           isWide());
                 break;
             default:
                 fillGrey(row);
@@ -252,26 +396,19 @@ private:
         }
     }
 
+    // The pixels computed are those that have neighbours on both sides.
     void fillGrey(int row) const {
-        if constexpr (sizeof(Sample) == 2) {
-            const bool red = isRedRow(row);
-            fillWhole(row, GreyRow{targetRow(0, row), red ? kRedWeight : kBlueWeight, red ? kBlueWeight : kRedWeight});
+        const bool red = isRedRow(row);
+        const GreyRow<Sample> grey{targetRow(0, row) + 1, red ? kRedWeight : kBlueWeight,
+                                   red ? kBlueWeight : kRedWeight};
+        if constexpr (sizeof(Sample) == 1) {
+            fillBytes(mosaicRow(row, 1), m_Target.width() - 2, grey);
+        } else {
+            fillPixels(mosaicRow(row, 1), m_Target.width() - 2, grey, isWide());
         }
     }
 
-    template <typename Result>
-    void fillWhole(int row, const Result& result) const {
-        fillPixels(mosaicRow(row, 1), m_Target.width() - 2, result.from(1));
-    }
-
-    /// Computes the pixels that have neighbours on both sides.
-    template <typename Result>
-    void fillPixels(const MosaicRow<Sample>& row, int pixels, const Result& result) const {
-        fillPairs(row, pixels / 2, result, m_Vectors == Vectors::Wide);
-        if (pixels % 2 != 0) { // the last pair overlaps
-            fillPairs(row.from(pixels - 2), 1, result.from(pixels - 2), m_Vectors == Vectors::Wide);
-        }
-    }
+    bool isWide() const { return m_Vectors == Vectors::Wide; }
 
     /// Prefetches the samples read next, which the processor alone would do too late.
     static void prefetch(const Sample* samples, int count) {
@@ -289,8 +426,6 @@ private:
         if (channels == 4) {
             std::fill(std::begin(samples[3]), std::end(samples[3]), std::numeric_limits<Sample>::max());
         }
-        const std::array<Sample*, 3> planes{samples[0] + kSpace, samples[1] + kSpace, samples[2] + kSpace};
-        const ColorRow<Sample> colors = colorRow(row, planes);
         const int width = m_Target.width();
         int end = 0;
         for (int begin = 0; begin < width; begin = end) {
@@ -298,9 +433,13 @@ private:
             end -= end == width - 1 ? 1 : 0; // the last pixel needs the one before
             const int first = begin == 0 ? 1 : 0;
             const int last = end - begin - (end == width ? 1 : 0);
+            // So that the first pixel computed is aligned.
+            const auto start = [&](int plane) { return samples[plane] + kSpace - first; };
+            const std::array<Sample*, 3> planes{start(0), start(1), start(2)};
+            const ColorRow<Sample> colors = colorRow(row, planes);
             const MosaicRow<Sample> sites = mosaicRow(row, begin + first);
             prefetch(sites.below + m_Source.width(), last - first);
-            fillPixels(sites, last - first, colors.from(first));
+            fillPixels(sites, last - first, colors.from(first), isWide());
             for (Sample* plane : planes) {
                 if (begin == 0) {
                     plane[0] = plane[1];
@@ -330,9 +469,9 @@ bool demosaicsFaster(const PixelView& source, const FormatDescription& target, V
     }
     switch (target.layout) {
     case Layout::Grey:
-        return source.depth() == CV_16U && vectors == Vectors::Wide;
+        return vectors == Vectors::Wide;
     case Layout::Interleaved:
-        return source.depth() == CV_16U || (target.channels == 3 && vectors == Vectors::Wide);
+        return source.depth() == CV_16U || vectors == Vectors::Wide;
     default:
         return true;
     }

@@ -150,6 +150,16 @@ void fillAlphaPlane(const PixelView& target) {
     }
 }
 
+/// Splits into the planes of the target with wide vectors.
+void splitRows(const PixelView& source, const PixelView& target) {
+    std::array<unsigned char*, 4> planes{};
+    for (unsigned k = 0; k < source.description().channels; ++k) {
+        const auto place = sampleOfChannel(target.description(), source.description().channelOfSample[k]);
+        planes[k] = place ? target.data() + *place * target.planeBytes() : nullptr;
+    }
+    splitWidely(source.data(), source.description().channels, source.pixelCount(), source.bytesPerSample(), planes);
+}
+
 /// Splits into the planes of the target; a plane that the target lacks goes into @p unwanted, the size of one band.
 void splitBand(const PixelView& source, const PixelView& target, unsigned char* unwanted) {
     std::array<cv::Mat, 4> planes;
@@ -199,11 +209,39 @@ bool demosaicsByKernel(const PixelView& source, const PixelView& target) {
     return true;
 }
 
+/// Whether OpenCV computes greys of bytes as the kernel does. Its vectors round them roughly, and need not do so in
+/// every version.
+bool kernelGivesOpenCvsGreys() {
+    static const bool gives = [] {
+        constexpr int kWidth = 67, kHeight = 8;
+        std::array<unsigned char, std::size_t{kWidth} * kHeight> sites{};
+        auto theirs = sites, ours = sites;
+        unsigned number = 1;
+        for (unsigned char& site : sites) {
+            number = number * 1664525 + 1013904223;
+            site = static_cast<unsigned char>(number >> 24);
+        }
+        for (int pattern = 0; pattern < 4; ++pattern) {
+            const auto view = [&](auto& pixels, IMAGE_FORMAT format) {
+                return PixelView(pixels.data(), kWidth, kHeight, CV_8U, pixels.size(), describe(format));
+            };
+            const auto format = static_cast<IMAGE_FORMAT>(static_cast<int>(IMAGE_FORMAT::BAYER_RGGB) + pattern);
+            const PixelView source = view(sites, format);
+            demosaicByOpenCv(source, view(theirs, IMAGE_FORMAT::MONO), bayerCodes(source.description()).toGrey);
+            demosaic(source, view(ours, IMAGE_FORMAT::MONO), Vectors::Wide);
+            if (ours != theirs) {
+                return false;
+            }
+        }
+        return true;
+    }();
+    return gives;
+}
+
 void mosaicToGrey(const PixelView& source, const PixelView& target) {
-    if (demosaicsByKernel(source, target)) {
-        return;
+    if ((source.depth() == CV_8U && !kernelGivesOpenCvsGreys()) || !demosaicsByKernel(source, target)) {
+        demosaicByOpenCv(source, target, bayerCodes(source.description()).toGrey);
     }
-    demosaicByOpenCv(source, target, bayerCodes(source.description()).toGrey);
 }
 
 void interleavedToInterleaved(const PixelView& source, const PixelView& target) {
@@ -244,18 +282,19 @@ void demosaicByTheWay(const PixelView& source, const PixelView& target) {
 }
 
 void interleavedToPlanar(const PixelView& source, const PixelView& target) {
-    const bool dropsPlane = source.description().channels > target.description().channels;
-    const std::size_t rowBytes = target.rowBytes();
-    ScratchBuffer unwanted(dropsPlane ? std::max(kBandBytes, rowBytes) : 0);
-    if (dropsPlane) {
+    if (source.description().channels < target.description().channels) {
+        fillAlphaPlane(target);
+    }
+    if (widestVectors() == Vectors::Wide) {
+        splitRows(source, target);
+    } else if (source.description().channels > target.description().channels) {
+        const std::size_t rowBytes = target.rowBytes();
+        ScratchBuffer unwanted(std::max(kBandBytes, rowBytes));
         forEachBand(source, target, rowBytes, [&](const PixelView& sourceRows, const PixelView& targetRows) {
             splitBand(sourceRows, targetRows, unwanted.data());
         });
     } else {
         splitBand(source, target, nullptr);
-        if (source.description().channels < target.description().channels) {
-            fillAlphaPlane(target);
-        }
     }
 }
 
@@ -268,7 +307,12 @@ void mosaicToPlanar(const PixelView& source, const PixelView& target) {
 }
 
 void interleavedToGrey(const PixelView& source, const PixelView& target) {
-    convertPixelwise(source, target, greyCode(source.description()));
+    if (widestVectors() == Vectors::Wide) {
+        mixGreyWidely(source.data(), source.description().channels, source.description().channelOfSample[0] == 0,
+                      source.pixelCount(), source.bytesPerSample(), target.data());
+    } else {
+        convertPixelwise(source, target, greyCode(source.description()));
+    }
 }
 
 void planarToInterleaved(const PixelView& source, const PixelView& target) {

@@ -100,71 +100,125 @@ template <typename Sample>
     }
 }
 
-/// Moves each sample of plane @p channel to its lane in one of the three vectors of interleaved samples; no two samples
-/// of a plane have the same lane.
-template <typename Sample, std::size_t channel, std::size_t... Lane>
-[[gnu::always_inline]] inline VectorOf<Sample> spread(VectorOf<Sample> plane, std::index_sequence<Lane...>) {
-    constexpr std::size_t kVector = kLanes<Sample>;
-    // Of the lanes of the three vectors, one belongs to this plane.
-    const auto sampleOf = [](std::size_t lane) constexpr {
-        while (lane % 3 != channel) {
-            lane += kVector;
-        }
-        return lane / 3;
-    };
-    return __builtin_shufflevector(plane, plane, sampleOf(Lane)...);
+// --- Interleaving and splitting, with vectors of two halves; instructions move bytes within a half. Only for
+// Vectors::Wide. ---
+
+constexpr std::size_t kWideBytes = 32;
+template <typename Sample>
+struct WideVector {
+    using Type [[gnu::vector_size(kWideBytes)]] = Sample;
+};
+template <typename Sample>
+using WideOf = typename WideVector<Sample>::Type;
+template <typename Sample>
+constexpr std::size_t kWideLanes = kWideBytes / sizeof(Sample);
+template <typename Sample>
+using AllLanes = std::make_index_sequence<kWideLanes<Sample>>;
+using Quads = WideOf<std::uint32_t>;
+
+template <typename Sample>
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline WideOf<Sample> loadWide(const unsigned char* samples) {
+    WideOf<Sample> vector;
+    std::memcpy(&vector, samples, sizeof vector);
+    return vector;
 }
 
-/// Takes from @p others the lanes that belong to plane @p channel in the interleaved vector number @p vector.
+/// The place of lane @p lane of a half within the half of lane @p of.
+template <typename Sample>
+constexpr std::size_t beside(std::size_t of, std::size_t lane) {
+    constexpr std::size_t kHalf = kWideLanes<Sample> / 2;
+    return of / kHalf * kHalf + lane;
+}
+template <typename Sample>
+constexpr std::size_t laneOfHalf(std::size_t lane) {
+    return lane % (kWideLanes<Sample> / 2);
+}
+
+/// Of the three vectors of as many interleaved pixels as a half has lanes: the one whose lane belongs to a channel.
+template <typename Sample>
+constexpr std::size_t vectorOfTriples(std::size_t lane, std::size_t channel) {
+    std::size_t vector = 0;
+    while ((vector * (kWideLanes<Sample> / 2) + lane) % 3 != channel) {
+        ++vector;
+    }
+    return vector;
+}
+
+/// Joins half number @p halfA of a vector and half number @p halfB of another.
+template <typename Sample, std::size_t halfA, std::size_t halfB, std::size_t... Lane>
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline WideOf<Sample> join(WideOf<Sample> a, WideOf<Sample> b,
+                                                                     std::index_sequence<Lane...>) {
+    constexpr std::size_t kHalf = kWideLanes<Sample> / 2;
+    return __builtin_shufflevector(a, b, (Lane < kHalf ? halfA * kHalf + Lane : (1 + halfB) * kHalf + Lane)...);
+}
+
+/// Moves each sample of plane @p channel to its lane in one of three vectors of interleaved samples; no two samples of
+/// a plane have the same lane.
+template <typename Sample, std::size_t channel, std::size_t... Lane>
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline WideOf<Sample> spread(WideOf<Sample> plane,
+                                                                       std::index_sequence<Lane...>) {
+    const auto sampleOf = [](std::size_t lane) constexpr {
+        return (vectorOfTriples<Sample>(lane, channel) * (kWideLanes<Sample> / 2) + lane) / 3;
+    };
+    return __builtin_shufflevector(plane, plane, beside<Sample>(Lane, sampleOf(laneOfHalf<Sample>(Lane)))...);
+}
+
+/// Takes from @p others the lanes that belong to @p channel in interleaved vector number @p vector.
 template <typename Sample, std::size_t vector, std::size_t channel, std::size_t... Lane>
-[[gnu::always_inline]] inline VectorOf<Sample> blend(VectorOf<Sample> some, VectorOf<Sample> others,
-                                                     std::index_sequence<Lane...>) {
-    constexpr std::size_t kVector = kLanes<Sample>;
-    return __builtin_shufflevector(some, others, ((vector * kVector + Lane) % 3 == channel ? kVector + Lane : Lane)...);
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline WideOf<Sample> blend(WideOf<Sample> some, WideOf<Sample> others,
+                                                                      std::index_sequence<Lane...>) {
+    return __builtin_shufflevector(
+        some, others,
+        (vectorOfTriples<Sample>(laneOfHalf<Sample>(Lane), channel) == vector ? kWideLanes<Sample> + Lane : Lane)...);
 }
 
 template <typename Sample, std::size_t vector>
-[[gnu::always_inline]] inline void storeTriples(VectorOf<Sample> a, VectorOf<Sample> b, VectorOf<Sample> c,
-                                                unsigned char* target) {
-    const auto ab = blend<Sample, vector, 1>(a, b, Lanes<Sample>{});
-    storeVector(target + vector * sizeof a, blend<Sample, vector, 2>(ab, c, Lanes<Sample>{}));
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline WideOf<Sample> triples(WideOf<Sample> a, WideOf<Sample> b,
+                                                                        WideOf<Sample> c) {
+    constexpr AllLanes<Sample> kAll;
+    return blend<Sample, vector, 2>(blend<Sample, vector, 1>(a, b, kAll), c, kAll);
 }
 
-/// Takes the lanes of the two vectors in turn, from the first one or from the middle on.
+/// Takes the lanes of the two vectors in turn, of each half from its begin or its middle on.
 template <typename Sample, std::size_t begin, std::size_t... Lane>
-[[gnu::always_inline]] inline VectorOf<Sample> zip(VectorOf<Sample> a, VectorOf<Sample> b,
-                                                   std::index_sequence<Lane...>) {
-    return __builtin_shufflevector(a, b, (begin + Lane / 2 + Lane % 2 * kLanes<Sample>)...);
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline WideOf<Sample> zip(WideOf<Sample> a, WideOf<Sample> b,
+                                                                    std::index_sequence<Lane...>) {
+    return __builtin_shufflevector(
+        a, b, (beside<Sample>(Lane, begin + laneOfHalf<Sample>(Lane) / 2) + Lane % 2 * kWideLanes<Sample>)...);
 }
 
 template <typename Sample, unsigned channels>
-[[gnu::always_inline]] inline void mergePlanes(const unsigned char* __restrict a, const unsigned char* __restrict b,
-                                               const unsigned char* __restrict c, const unsigned char* __restrict d,
-                                               std::size_t pixels, unsigned char* __restrict target) {
-    constexpr Lanes<Sample> kAll;
-    constexpr std::size_t kHalf = kLanes<Sample> / 2;
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline void
+mergePlanes(const unsigned char* __restrict a, const unsigned char* __restrict b, const unsigned char* __restrict c,
+            const unsigned char* __restrict d, std::size_t pixels, unsigned char* __restrict target) {
+    constexpr AllLanes<Sample> kAll;
+    constexpr std::size_t kQuarter = kWideLanes<Sample> / 4;
     std::size_t pixel = 0;
-    for (; pixel + kLanes<Sample> <= pixels; pixel += kLanes<Sample>) {
+    for (; pixel + kWideLanes<Sample> <= pixels; pixel += kWideLanes<Sample>) {
         const std::size_t byte = sizeof(Sample) * pixel;
         unsigned char* const to = target + channels * byte;
-        auto x = loadVector<Sample>(a + byte);
-        auto y = loadVector<Sample>(b + byte);
-        auto z = loadVector<Sample>(c + byte);
+        auto x = loadWide<Sample>(a + byte);
+        auto y = loadWide<Sample>(b + byte);
+        auto z = loadWide<Sample>(c + byte);
         if constexpr (channels == 3) {
             x = spread<Sample, 0>(x, kAll);
             y = spread<Sample, 1>(y, kAll);
             z = spread<Sample, 2>(z, kAll);
-            storeTriples<Sample, 0>(x, y, z, to);
-            storeTriples<Sample, 1>(x, y, z, to);
-            storeTriples<Sample, 2>(x, y, z, to);
+            const auto first = triples<Sample, 0>(x, y, z), second = triples<Sample, 1>(x, y, z);
+            const auto third = triples<Sample, 2>(x, y, z);
+            storeVector(to, join<Sample, 0, 0>(first, second, kAll));
+            storeVector(to + kWideBytes, join<Sample, 0, 1>(third, first, kAll));
+            storeVector(to + 2 * kWideBytes, join<Sample, 1, 1>(second, third, kAll));
         } else {
-            const auto w = loadVector<Sample>(d + byte);
+            const auto w = loadWide<Sample>(d + byte);
             const auto xz = zip<Sample, 0>(x, z, kAll), yw = zip<Sample, 0>(y, w, kAll);
-            const auto xz2 = zip<Sample, kHalf>(x, z, kAll), yw2 = zip<Sample, kHalf>(y, w, kAll);
-            storeVector(to, zip<Sample, 0>(xz, yw, kAll));
-            storeVector(to + sizeof x, zip<Sample, kHalf>(xz, yw, kAll));
-            storeVector(to + 2 * sizeof x, zip<Sample, 0>(xz2, yw2, kAll));
-            storeVector(to + 3 * sizeof x, zip<Sample, kHalf>(xz2, yw2, kAll));
+            const auto xz2 = zip<Sample, kQuarter>(x, z, kAll), yw2 = zip<Sample, kQuarter>(y, w, kAll);
+            const auto first = zip<Sample, 0>(xz, yw, kAll), second = zip<Sample, kQuarter>(xz, yw, kAll);
+            const auto third = zip<Sample, 0>(xz2, yw2, kAll), fourth = zip<Sample, kQuarter>(xz2, yw2, kAll);
+            storeVector(to, join<Sample, 0, 0>(first, second, kAll));
+            storeVector(to + kWideBytes, join<Sample, 0, 0>(third, fourth, kAll));
+            storeVector(to + 2 * kWideBytes, join<Sample, 1, 1>(first, second, kAll));
+            storeVector(to + 3 * kWideBytes, join<Sample, 1, 1>(third, fourth, kAll));
         }
     }
     const std::array<const unsigned char*, 4> planes{a, b, c, d};
@@ -175,6 +229,122 @@ template <typename Sample, unsigned channels>
     }
 }
 
+/// Takes the lanes of a channel from three vectors of interleaved samples, and puts them in order.
+template <typename Sample, std::size_t channel, std::size_t... Lane>
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline WideOf<Sample>
+gather(WideOf<Sample> a, WideOf<Sample> b, WideOf<Sample> c, std::index_sequence<Lane...> all) {
+    const auto lanes = blend<Sample, 2, channel>(blend<Sample, 1, channel>(a, b, all), c, all);
+    return __builtin_shufflevector(lanes, lanes,
+                                   beside<Sample>(Lane, laneOfHalf<Sample>(3 * laneOfHalf<Sample>(Lane) + channel))...);
+}
+
+/// Puts the samples of whole pixels of four in the order of channels, in each half.
+template <typename Sample, std::size_t... Lane>
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline Quads byChannel(WideOf<Sample> pixels, std::index_sequence<Lane...>) {
+    constexpr std::size_t kPixels = kWideLanes<Sample> / 8;
+    return reinterpret_cast<Quads>(__builtin_shufflevector(
+        pixels, pixels,
+        beside<Sample>(Lane, laneOfHalf<Sample>(Lane) % kPixels * 4 + laneOfHalf<Sample>(Lane) / kPixels)...));
+}
+
+/// Reads the samples of as many pixels as a vector has lanes.
+template <typename Sample, unsigned channels>
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline std::array<WideOf<Sample>, channels>
+loadPlanes(const unsigned char* source) {
+    using Vector = WideOf<Sample>;
+    constexpr AllLanes<Sample> kAll;
+    const Vector v0 = loadWide<Sample>(source), v1 = loadWide<Sample>(source + kWideBytes);
+    const Vector v2 = loadWide<Sample>(source + 2 * kWideBytes);
+    if constexpr (channels == 3) {
+        const Vector a = join<Sample, 0, 1>(v0, v1, kAll), b = join<Sample, 1, 0>(v0, v2, kAll);
+        const Vector c = join<Sample, 0, 1>(v1, v2, kAll);
+        return {gather<Sample, 0>(a, b, c, kAll), gather<Sample, 1>(a, b, c, kAll), gather<Sample, 2>(a, b, c, kAll)};
+    } else {
+        using Number = std::uint32_t;
+        constexpr AllLanes<Number> kQuads;
+        const Vector v3 = loadWide<Sample>(source + 3 * kWideBytes);
+        const Quads a = byChannel<Sample>(join<Sample, 0, 0>(v0, v2, kAll), kAll);
+        const Quads b = byChannel<Sample>(join<Sample, 1, 1>(v0, v2, kAll), kAll);
+        const Quads c = byChannel<Sample>(join<Sample, 0, 0>(v1, v3, kAll), kAll);
+        const Quads d = byChannel<Sample>(join<Sample, 1, 1>(v1, v3, kAll), kAll);
+        const Quads ac = zip<Number, 0>(a, c, kQuads), bd = zip<Number, 0>(b, d, kQuads);
+        const Quads ac2 = zip<Number, 2>(a, c, kQuads), bd2 = zip<Number, 2>(b, d, kQuads);
+        return {reinterpret_cast<Vector>(zip<Number, 0>(ac, bd, kQuads)),
+                reinterpret_cast<Vector>(zip<Number, 2>(ac, bd, kQuads)),
+                reinterpret_cast<Vector>(zip<Number, 0>(ac2, bd2, kQuads)),
+                reinterpret_cast<Vector>(zip<Number, 2>(ac2, bd2, kQuads))};
+    }
+}
+
+/// A missing plane is null.
+template <typename Sample, unsigned channels>
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline void
+splitPixels(const unsigned char* __restrict source, std::size_t pixels, unsigned char* __restrict a,
+            unsigned char* __restrict b, unsigned char* __restrict c, unsigned char* __restrict d) {
+    const std::array<unsigned char*, 4> planes{a, b, c, d};
+    std::size_t pixel = 0;
+    for (; pixel + kWideLanes<Sample> <= pixels; pixel += kWideLanes<Sample>) {
+        const std::size_t byte = sizeof(Sample) * pixel;
+        const auto samples = loadPlanes<Sample, channels>(source + channels * byte);
+        for (unsigned channel = 0; channel < channels; ++channel) {
+            if (planes[channel] != nullptr) {
+                storeVector(planes[channel] + byte, samples[channel]);
+            }
+        }
+    }
+    for (; pixel < pixels; ++pixel) {
+        for (unsigned channel = 0; channel < channels; ++channel) {
+            if (planes[channel] != nullptr) {
+                store(planes[channel], pixel, load<Sample>(source, channels * pixel + channel));
+            }
+        }
+    }
+}
+
+/// Multiplies neighbouring words and adds the two products.
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline Quads addProducts(WideOf<std::uint8_t> pairs, std::int16_t first,
+                                                                   std::int16_t second) {
+#ifdef __x86_64__
+    using Words = WideOf<std::int16_t>;
+    const auto weights = reinterpret_cast<Words>(
+        Quads{} + (static_cast<std::uint16_t>(first) | static_cast<std::uint32_t>(second) << 16));
+    return reinterpret_cast<Quads>(__builtin_ia32_pmaddwd256(reinterpret_cast<Words>(pairs), weights));
+#else
+    const auto numbers = reinterpret_cast<Quads>(pairs);
+    return (numbers & 0xFFFF) * static_cast<std::uint32_t>(first) +
+           (numbers >> 16) * static_cast<std::uint32_t>(second);
+#endif
+}
+
+/// Weighs four pixels of each half, from @p begin on. @p xy has samples of two planes in turn, @p z1 those of the third
+/// and ones.
+template <std::size_t begin>
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline Quads weighed(WideOf<std::uint8_t> xy, WideOf<std::uint8_t> z1,
+                                                               std::uint32_t xWeight, std::uint32_t zWeight) {
+    constexpr AllLanes<std::uint8_t> kAll;
+    const WideOf<std::uint8_t> zero{};
+    const auto weight = [](std::uint32_t number) { return static_cast<std::int16_t>(number); };
+    const Quads sum = addProducts(zip<std::uint8_t, begin>(xy, zero, kAll), weight(xWeight), weight(kGreenWeight)) +
+                      addProducts(zip<std::uint8_t, begin>(z1, zero, kAll), weight(zWeight), 1 << 14);
+    return sum >> 15;
+}
+
+/// Computes the grey of as many pixels as a vector has bytes; @p y is green.
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline WideOf<std::uint8_t>
+greyOf(WideOf<std::uint8_t> x, WideOf<std::uint8_t> y, WideOf<std::uint8_t> z, std::uint32_t xWeight,
+       std::uint32_t zWeight) {
+    constexpr AllLanes<std::uint8_t> kAll;
+    constexpr std::size_t kQuarter = kWideBytes / 4;
+    const WideOf<std::uint8_t> one = WideOf<std::uint8_t>{} + 1;
+    const auto xy = zip<std::uint8_t, 0>(x, y, kAll), xy2 = zip<std::uint8_t, kQuarter>(x, y, kAll);
+    const auto z1 = zip<std::uint8_t, 0>(z, one, kAll), z12 = zip<std::uint8_t, kQuarter>(z, one, kAll);
+    const Quads greys = weighed<0>(xy, z1, xWeight, zWeight) | weighed<kQuarter>(xy, z1, xWeight, zWeight) << 8 |
+                        weighed<0>(xy2, z12, xWeight, zWeight) << 16 |
+                        weighed<kQuarter>(xy2, z12, xWeight, zWeight) << 24;
+    return reinterpret_cast<WideOf<std::uint8_t>>(
+        byChannel<std::uint8_t>(reinterpret_cast<WideOf<std::uint8_t>>(greys), kAll));
+}
+
 template <typename Sample>
 [[gnu::always_inline]] inline void mixGrey(const unsigned char* __restrict red, const unsigned char* __restrict green,
                                            const unsigned char* __restrict blue, std::size_t pixels,
@@ -183,6 +353,42 @@ template <typename Sample>
         const std::uint32_t sum = load<Sample>(red, i) * kRedWeight + load<Sample>(green, i) * kGreenWeight +
                                   load<Sample>(blue, i) * kBlueWeight;
         store(grey, i, static_cast<Sample>((sum + (1U << 14)) >> 15));
+    }
+}
+
+/// Mixes planes of bytes.
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline void mixPlanes(const unsigned char* __restrict red,
+                                                                const unsigned char* __restrict green,
+                                                                const unsigned char* __restrict blue,
+                                                                std::size_t pixels, unsigned char* __restrict grey) {
+    std::size_t pixel = 0;
+    for (; pixel + kWideBytes <= pixels; pixel += kWideBytes) {
+        storeVector(grey + pixel, greyOf(loadWide<std::uint8_t>(red + pixel), loadWide<std::uint8_t>(green + pixel),
+                                         loadWide<std::uint8_t>(blue + pixel), kRedWeight, kBlueWeight));
+    }
+    mixGrey<std::uint8_t>(red + pixel, green + pixel, blue + pixel, pixels - pixel, grey + pixel);
+}
+
+/// Mixes interleaved pixels: bytes in registers; words after splitting a few pixels in the cache.
+template <typename Sample, unsigned channels>
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline void
+mixPixels(const unsigned char* __restrict source, std::size_t pixels, bool redFirst, unsigned char* __restrict grey) {
+    std::size_t pixel = 0;
+    if constexpr (sizeof(Sample) == 1) {
+        const std::uint32_t first = redFirst ? kRedWeight : kBlueWeight, third = redFirst ? kBlueWeight : kRedWeight;
+        for (; pixel + kWideBytes <= pixels; pixel += kWideBytes) {
+            const auto samples = loadPlanes<Sample, channels>(source + channels * pixel);
+            storeVector(grey + pixel, greyOf(samples[0], samples[1], samples[2], first, third));
+        }
+    }
+    constexpr std::size_t kPixelsAtOnce = 512;
+    alignas(64) unsigned char planes[3][kPixelsAtOnce * sizeof(Sample)];
+    for (; pixel < pixels; pixel += std::min(kPixelsAtOnce, pixels - pixel)) {
+        const std::size_t count = std::min(kPixelsAtOnce, pixels - pixel);
+        splitPixels<Sample, channels>(source + channels * sizeof(Sample) * pixel, count, planes[0], planes[1],
+                                      planes[2], nullptr);
+        mixGrey<Sample>(planes[redFirst ? 0 : 2], planes[1], planes[redFirst ? 2 : 0], count,
+                        grey + sizeof(Sample) * pixel);
     }
 }
 
@@ -242,10 +448,35 @@ void reverseTriples(const unsigned char* source, std::size_t pixels, std::size_t
 
 void greyOfPlanes(const unsigned char* red, const unsigned char* green, const unsigned char* blue, std::size_t pixels,
                   std::size_t bytesPerSample, unsigned char* grey, Vectors vectors) {
-    if (bytesPerSample == 1) {
-        run<mixGrey<std::uint8_t>>(vectors, red, green, blue, pixels, grey);
+    if (bytesPerSample == 1 && vectors == Vectors::Wide) {
+        runWidely<mixPlanes>(red, green, blue, pixels, grey);
+    } else if (bytesPerSample == 1) {
+        mixGrey<std::uint8_t>(red, green, blue, pixels, grey);
     } else {
         run<mixGrey<std::uint16_t>>(vectors, red, green, blue, pixels, grey);
+    }
+}
+
+void splitWidely(const unsigned char* source, unsigned channels, std::size_t pixels, std::size_t bytesPerSample,
+                 const std::array<unsigned char*, 4>& planes) {
+    const auto [a, b, c, d] = planes;
+    if (bytesPerSample == 1) {
+        channels == 3 ? runWidely<splitPixels<std::uint8_t, 3>>(source, pixels, a, b, c, d)
+                      : runWidely<splitPixels<std::uint8_t, 4>>(source, pixels, a, b, c, d);
+    } else {
+        channels == 3 ? runWidely<splitPixels<std::uint16_t, 3>>(source, pixels, a, b, c, d)
+                      : runWidely<splitPixels<std::uint16_t, 4>>(source, pixels, a, b, c, d);
+    }
+}
+
+void mixGreyWidely(const unsigned char* source, unsigned channels, bool redFirst, std::size_t pixels,
+                   std::size_t bytesPerSample, unsigned char* grey) {
+    if (bytesPerSample == 1) {
+        channels == 3 ? runWidely<mixPixels<std::uint8_t, 3>>(source, pixels, redFirst, grey)
+                      : runWidely<mixPixels<std::uint8_t, 4>>(source, pixels, redFirst, grey);
+    } else {
+        channels == 3 ? runWidely<mixPixels<std::uint16_t, 3>>(source, pixels, redFirst, grey)
+                      : runWidely<mixPixels<std::uint16_t, 4>>(source, pixels, redFirst, grey);
     }
 }
 

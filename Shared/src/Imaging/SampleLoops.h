@@ -40,4 +40,14 @@ void greyOfPlanes(const unsigned char* red, const unsigned char* green, const un
 void interleave(const std::array<const unsigned char*, 4>& planes, unsigned channels, std::size_t pixels,
                 std::size_t bytesPerSample, unsigned char* target, Vectors vectors = widestVectors());
 
+/// Splits @p pixels pixels of 3 or 4 samples into planes; a plane that is not wanted is null. For Vectors::Wide only.
+/// @param bytesPerSample 1 or 2
+void splitWidely(const unsigned char* source, unsigned channels, std::size_t pixels, std::size_t bytesPerSample,
+                 const std::array<unsigned char*, 4>& planes);
+
+/// Computes the grey of @p pixels pixels of 3 or 4 samples, as cv::cvtColor() does. For Vectors::Wide only.
+/// @param bytesPerSample 1 or 2
+void mixGreyWidely(const unsigned char* source, unsigned channels, bool redFirst, std::size_t pixels,
+                   std::size_t bytesPerSample, unsigned char* grey);
+
 } // namespace Imaging
