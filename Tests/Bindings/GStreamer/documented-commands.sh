@@ -37,7 +37,8 @@ while IFS= read -r line; do
     '$ '*' &')
         line=${line#\$ } line=${line% &}
         echo "$line &"
-        eval "exec $line" >"$work/started" 2>&1 &
+        : >"$work/started" # no line of an earlier job is left when the shell comes to wait
+        eval "exec $line" >>"$work/started" 2>&1 &
         job=$!
         until [[ -s $work/started ]]; do kill -0 "$job" || exit 1; sleep 0.1; done # its first line says that it runs
         ;;
