@@ -209,10 +209,10 @@ bool demosaicsByKernel(const PixelView& source, const PixelView& target) {
     return true;
 }
 
-/// Whether OpenCV computes greys of bytes as the kernel does. Its vectors round them roughly, and need not do so in
-/// every version.
+/// Whether the kernel, with wide vectors, computes greys of bytes as OpenCV does. Its vectors round them roughly, and
+/// need not do so in every version.
 bool kernelGivesOpenCvsGreys() {
-    static const bool gives = [] {
+    static const bool gives = widestVectors() == Vectors::Wide && [] {
         constexpr int kWidth = 67, kHeight = 8;
         std::array<unsigned char, std::size_t{kWidth} * kHeight> sites{};
         auto theirs = sites, ours = sites;
