@@ -206,8 +206,8 @@ std::string helpText() {
         text += helpLine("  --", row.name, row.argument, row.help);
     }
     return text + R"(
-While it runs, each line of standard input does something, and is answered by a
-line that begins with 'ok' or 'error':
+While it runs, it performs each line of standard input and prints a line that
+begins with 'ok' or 'error':
   loss 1                  sets a fault by its name; switches are on or off
   counts                  prints the counts so far
   help                    lists the faults
