@@ -168,7 +168,7 @@ bool demosaicsFaster(const PixelView& source, const FormatDescription& target, V
     case Layout::Grey:
         return vectors == Vectors::Wide;
     case Layout::Interleaved:
-        return source.depth() == CV_16U || vectors == Vectors::Wide;
+        return source.depth() == CV_16U || (target.channels == 3 && vectors == Vectors::Wide);
     default:
         return true;
     }

@@ -307,9 +307,9 @@ void mosaicToPlanar(const PixelView& source, const PixelView& target) {
 }
 
 void interleavedToGrey(const PixelView& source, const PixelView& target) {
-    if (widestVectors() == Vectors::Wide) {
-        mixGreyWidely(source.data(), source.description().channels, source.description().channelOfSample[0] == 0,
-                      source.pixelCount(), source.bytesPerSample(), target.data());
+    if (source.depth() == CV_8U && widestVectors() == Vectors::Wide) { // of words, OpenCV is faster
+        mixBytesWidely(source.data(), source.description().channels, source.description().channelOfSample[0] == 0,
+                       source.pixelCount(), target.data());
     } else {
         convertPixelwise(source, target, greyCode(source.description()));
     }

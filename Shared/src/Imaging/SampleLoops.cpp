@@ -236,26 +236,20 @@ template <typename Sample>
     mixGrey<std::uint8_t>(red + pixel, green + pixel, blue + pixel, pixels - pixel, grey + pixel);
 }
 
-/// Mixes interleaved pixels: bytes in registers; words after splitting a few pixels in the cache.
-template <typename Sample, unsigned channels>
+/// Mixes interleaved pixels of bytes.
+template <unsigned channels>
 [[gnu::always_inline]] QUILL_WIDE_VECTORS inline void
 mixPixels(const unsigned char* __restrict source, std::size_t pixels, bool redFirst, unsigned char* __restrict grey) {
+    const std::uint32_t first = redFirst ? kRedWeight : kBlueWeight, third = redFirst ? kBlueWeight : kRedWeight;
     std::size_t pixel = 0;
-    if constexpr (sizeof(Sample) == 1) {
-        const std::uint32_t first = redFirst ? kRedWeight : kBlueWeight, third = redFirst ? kBlueWeight : kRedWeight;
-        for (; pixel + kWideBytes <= pixels; pixel += kWideBytes) {
-            const auto samples = loadPlanes<Sample, channels>(source + channels * pixel);
-            storeVector(grey + pixel, greyOf(samples[0], samples[1], samples[2], first, third));
-        }
+    for (; pixel + kWideBytes <= pixels; pixel += kWideBytes) {
+        const auto samples = loadPlanes<std::uint8_t, channels>(source + channels * pixel);
+        storeVector(grey + pixel, greyOf(samples[0], samples[1], samples[2], first, third));
     }
-    constexpr std::size_t kPixelsAtOnce = 512;
-    alignas(64) unsigned char planes[3][kPixelsAtOnce * sizeof(Sample)];
-    for (; pixel < pixels; pixel += std::min(kPixelsAtOnce, pixels - pixel)) {
-        const std::size_t count = std::min(kPixelsAtOnce, pixels - pixel);
-        splitPixels<Sample, channels>(source + channels * sizeof(Sample) * pixel, count, planes[0], planes[1],
-                                      planes[2], nullptr);
-        mixGrey<Sample>(planes[redFirst ? 0 : 2], planes[1], planes[redFirst ? 2 : 0], count,
-                        grey + sizeof(Sample) * pixel);
+    for (; pixel < pixels; ++pixel) {
+        const unsigned char* const samples = source + channels * pixel;
+        grey[pixel] = static_cast<unsigned char>(
+            (samples[0] * first + samples[1] * kGreenWeight + samples[2] * third + (1U << 14)) >> 15);
     }
 }
 
@@ -336,15 +330,10 @@ void splitWidely(const unsigned char* source, unsigned channels, std::size_t pix
     }
 }
 
-void mixGreyWidely(const unsigned char* source, unsigned channels, bool redFirst, std::size_t pixels,
-                   std::size_t bytesPerSample, unsigned char* grey) {
-    if (bytesPerSample == 1) {
-        channels == 3 ? runWidely<mixPixels<std::uint8_t, 3>>(source, pixels, redFirst, grey)
-                      : runWidely<mixPixels<std::uint8_t, 4>>(source, pixels, redFirst, grey);
-    } else {
-        channels == 3 ? runWidely<mixPixels<std::uint16_t, 3>>(source, pixels, redFirst, grey)
-                      : runWidely<mixPixels<std::uint16_t, 4>>(source, pixels, redFirst, grey);
-    }
+void mixBytesWidely(const unsigned char* source, unsigned channels, bool redFirst, std::size_t pixels,
+                    unsigned char* grey) {
+    channels == 3 ? runWidely<mixPixels<3>>(source, pixels, redFirst, grey)
+                  : runWidely<mixPixels<4>>(source, pixels, redFirst, grey);
 }
 
 void interleave(const std::array<const unsigned char*, 4>& planes, unsigned channels, std::size_t pixels,

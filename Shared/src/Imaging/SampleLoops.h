@@ -45,9 +45,8 @@ void interleave(const std::array<const unsigned char*, 4>& planes, unsigned chan
 void splitWidely(const unsigned char* source, unsigned channels, std::size_t pixels, std::size_t bytesPerSample,
                  const std::array<unsigned char*, 4>& planes);
 
-/// Computes the grey of @p pixels pixels of 3 or 4 samples, as cv::cvtColor() does. For Vectors::Wide only.
-/// @param bytesPerSample 1 or 2
-void mixGreyWidely(const unsigned char* source, unsigned channels, bool redFirst, std::size_t pixels,
-                   std::size_t bytesPerSample, unsigned char* grey);
+/// Computes the grey of @p pixels pixels of 3 or 4 bytes, as cv::cvtColor() does. For Vectors::Wide only.
+void mixBytesWidely(const unsigned char* source, unsigned channels, bool redFirst, std::size_t pixels,
+                    unsigned char* grey);
 
 } // namespace Imaging

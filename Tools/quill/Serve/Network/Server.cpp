@@ -45,8 +45,10 @@ Listening::Listening(const std::string& address, unsigned port) : m_Sockets(std:
         acceptor.listen(asio::socket_base::max_listen_connections, error);
     }
     if (error) {
-        throw ToolError(ExitCode::Failed, "serve: cannot listen on " + address + ", port " + std::to_string(port) +
-                                              ": " + error.message());
+        throw ToolError(ExitCode::Failed,
+                        "serve: cannot listen on " + address + ", port " + std::to_string(port) + ": " +
+                            error.message() +
+                            (error == asio::error::address_in_use ? "; --port 0 takes a free one" : ""));
     }
     m_Sockets->endpoint = acceptor.local_endpoint();
 }
