@@ -198,7 +198,10 @@ TEST_F(QuillSrc, PlaysPausesAndStopsAgainAndAgain) {
         const Owned<GstSample> after = pipeline.pull();
         ASSERT_TRUE(after);
         EXPECT_GT(GST_BUFFER_PTS(bufferOf(after)), GST_BUFFER_PTS(bufferOf(before)));
-        EXPECT_GT(pipeline.count("delivered"), delivered);
+        // the pause may have caught one frame between its count and its way down: more than that one come
+        while (pipeline.count("delivered") == delivered) {
+            ASSERT_TRUE(pipeline.pull());
+        }
         ASSERT_TRUE(pipeline.setState(GST_STATE_NULL));
         EXPECT_FALSE(SoftwareDevices::isStreaming(serial));
         EXPECT_FALSE(SoftwareDevices::isOpen(serial));
