@@ -314,8 +314,8 @@ void FrameSender::resend(const ResendRequest& request, const Faults& faults) {
             packets.push_back(packetOf(*frame, id));
         }
     }
+    m_ResendsAnswered += packets.size(); // before they are sent: who has one finds it counted
     sendBatch(packets, frame->order.target);
-    m_ResendsAnswered += packets.size();
     const std::lock_guard lock(m_FramesMutex);
     frame.reset(); // under the lock that the frame's memory is taken again under
 }
