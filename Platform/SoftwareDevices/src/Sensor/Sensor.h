@@ -23,6 +23,13 @@ struct Exposure {
     }
 };
 
+/// The sample and noise that one light value gives.
+struct alignas(std::uint32_t) Response {
+    std::uint16_t sample;
+    std::int16_t noise; ///< standard deviation, in sixteenths of a sample value
+};
+using Responses = std::vector<Response>; ///< by light
+
 /// Turns the scene into frames. Thread-safe. The same seed, frame number, scene, format and exposure give the same
 /// bytes.
 class Sensor {
@@ -36,21 +43,14 @@ public:
                    std::uint8_t* buffer);
 
 private:
-    /// The sample and noise that one light value gives.
-    struct alignas(std::uint32_t) Response {
-        std::uint16_t sample;
-        std::uint16_t noise; ///< standard deviation, in sixteenths of a sample value
-    };
     struct Transfer {
         Exposure exposure;
-        std::array<std::vector<Response>, kFilterCount> responses; ///< by filter and light
+        std::array<std::shared_ptr<const Responses>, kFilterCount> responses; ///< by filter
     };
 
     std::shared_ptr<const Illumination> illumination(const ORVEX_FRAME_FORMAT& format);
     std::shared_ptr<const Transfer> transfer(const Exposure& exposure);
-    template <class Store>
-    void fillRaw(const FrameGeometry& geometry, const Illumination& illumination, const Transfer& transfer,
-                 std::uint64_t frameNumber, std::uint8_t* buffer, Store store) const;
+    std::shared_ptr<const Responses> respond(const Exposure& exposure, float filterGain) const;
     void takeRaw(const FrameGeometry& geometry, const Illumination& illumination, const Transfer& transfer,
                  std::uint64_t frameNumber, std::uint8_t* buffer) const;
 
