@@ -110,6 +110,8 @@ void Capture::captureVideo(std::uint8_t* buffer) {
     Run& video = run(FrameKind::Video);
     const std::uint64_t start = video.starts;
     const std::uint64_t arrivedBefore = video.arrived;
+    requireRunningLocked(video, start);
+    prepare(lock, video, m_Device->videoExposure());
     while (video.arrived == arrivedBefore) {
         requireRunningLocked(video, start);
         if (m_Device->hardware().isAsFastAsAsked()) {
@@ -128,6 +130,7 @@ void Capture::captureStill(std::uint8_t* buffer) {
     const std::uint64_t start = still.starts;
     requireRunningLocked(still, start);
     const ORVEX_SNAPSHOT settings = still.settings;
+    prepare(lock, still, m_Device->stillExposure(settings));
     const auto exposureTime = toTime(settings.exposureDelay + settings.exposure);
     do {
         if (settings.useHardwareTrigger != 0) {
@@ -147,6 +150,13 @@ void Capture::waitForTriggerLocked(Lock& lock, const Run& still, std::uint64_t s
     requireRunningLocked(still, start);
     require(m_Triggers > 0, kTimedOut);
     --m_Triggers;
+}
+
+void Capture::prepare(Lock& lock, const Run& run, const Exposure& exposure) {
+    const ORVEX_FRAME_FORMAT format = run.settings.format;
+    lock.unlock();
+    m_Device->hardware().sensor().prepare(format, exposure);
+    lock.lock();
 }
 
 void Capture::deliver(Lock& lock, Run& run, const Exposure& exposure, std::uint8_t* buffer) {

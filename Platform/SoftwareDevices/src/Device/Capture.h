@@ -66,6 +66,8 @@ private:
     /// @return whether the frame arrived
     bool completeFrameLocked(Run& run);
     void waitForTriggerLocked(Lock& lock, const Run& still, std::uint64_t start);
+    /// Computes ahead what the next frame needs, while it is not due.
+    void prepare(Lock& lock, const Run& run, const Exposure& exposure);
     void deliver(Lock& lock, Run& run, const Exposure& exposure, std::uint8_t* buffer);
 
     void runDeviceThread();

@@ -113,6 +113,12 @@ void Sensor::present(const Scene& scene) {
     m_Illumination = nullptr;
 }
 
+void Sensor::prepare(const ORVEX_FRAME_FORMAT& format, const Exposure& exposure) {
+    illumination(format);
+    transfer(exposure);
+    noiseTable();
+}
+
 void Sensor::takeFrame(const ORVEX_FRAME_FORMAT& format, const Exposure& exposure, std::uint64_t frameNumber,
                        std::uint8_t* buffer) {
     FrameGeometry geometry = frameGeometry(m_Description, format);

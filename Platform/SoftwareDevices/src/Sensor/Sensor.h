@@ -38,6 +38,9 @@ public:
 
     void present(const Scene& scene);
 
+    /// Computes what all frames of these settings share, and keeps it for the next of them.
+    void prepare(const ORVEX_FRAME_FORMAT& format, const Exposure& exposure);
+
     /// @param buffer  room for the format's image bytes
     void takeFrame(const ORVEX_FRAME_FORMAT& format, const Exposure& exposure, std::uint64_t frameNumber,
                    std::uint8_t* buffer);
