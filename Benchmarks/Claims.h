@@ -21,5 +21,8 @@ std::vector<Claim> firmwareClaims(Scope scope);
 std::vector<Claim> processClaims(Scope scope);
 std::vector<Claim> streamClaims(Scope scope);
 std::vector<Claim> sdkCameraClaims(Scope scope);
+#ifdef QUILL_BENCHMARK_TOOL
+std::vector<Claim> toolClaims(Scope scope);
+#endif
 
 } // namespace Benchmarks

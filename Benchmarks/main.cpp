@@ -75,9 +75,22 @@ std::vector<Claim> wantedClaims(const Options& options) {
     const Scope scope = options.brief ? Scope::Short : Scope::Full;
     const std::regex filter(options.filter);
     std::vector<Claim> wanted;
-    for (const auto& claims :
-         {conversionClaims, unpackingClaims, bufferClaims, exportClaims, cameraListClaims, propertyClaims, hashClaims,
-          firmwareClaims, streamClaims, sdkCameraClaims, processClaims}) {
+    for (const auto& claims : {
+             conversionClaims,
+             unpackingClaims,
+             bufferClaims,
+             exportClaims,
+             cameraListClaims,
+             propertyClaims,
+             hashClaims,
+             firmwareClaims,
+             streamClaims,
+             sdkCameraClaims,
+             processClaims,
+#ifdef QUILL_BENCHMARK_TOOL
+             toolClaims,
+#endif
+         }) {
         for (Claim& claim : claims(scope)) {
             if (std::regex_search(claim.goal + " " + claim.what, filter)) {
                 wanted.push_back(std::move(claim));
