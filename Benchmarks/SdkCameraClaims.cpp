@@ -22,9 +22,7 @@ using OrvexAdapter::orvexApi;
 
 constexpr double kPropertyLimit = 1.3;
 constexpr std::uint32_t kVideoExposureNumber = 20;
-/// Each property that the camera lacks costs an exception, and so does each row of the table that stands for two of
-/// these.
-constexpr double kConnectLimit = 3;
+constexpr double kConnectLimit = 2;
 
 /// Texts in turn, so that no two writes in a row are the same.
 constexpr std::array kTexts{"12.5", "137.25"};

@@ -192,6 +192,11 @@ std::unique_ptr<Property> OrvexPropertyBuilder::makeConditional(const std::strin
     if (row == std::end(kConditionals)) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, name);
     }
+    for (const char* const needed : {row->inVideoMode, row->otherwise, kStreamingMode}) {
+        if (!camera.isPropertySupported(needed)) {
+            return nullptr;
+        }
+    }
     Property& inVideoMode = camera.getProperty(row->inVideoMode);
     Property& otherwise = camera.getProperty(row->otherwise);
     if (row->sameTypes && (inVideoMode.getType() != type || otherwise.getType() != type)) {

@@ -35,10 +35,19 @@ constexpr std::uint32_t kNoNumber = 0xFFFFFFFF;
 template <typename PropertyClass>
 std::unique_ptr<Property> makeNumbered(const std::string& name, const PROPERTY_TYPE& type, OrvexCamera& camera,
                                        const unsigned long& number) {
-    return std::make_unique<PropertyClass>(name, type, camera, number);
+    const OrvexStandardProperty::Question question(camera, number);
+    return question.isSupported() ? std::make_unique<PropertyClass>(name, type, camera, number) : nullptr;
 }
 
-/// For a class that has its own number, or needs none.
+/// For a class that has its own number.
+template <typename PropertyClass>
+std::unique_ptr<Property> makeWithOwnNumber(const std::string& name, const PROPERTY_TYPE& type, OrvexCamera& camera,
+                                            const unsigned long& /*number*/) {
+    const OrvexStandardProperty::Question question(camera, PropertyClass::kNumber);
+    return question.isSupported() ? std::make_unique<PropertyClass>(name, type, camera) : nullptr;
+}
+
+/// For a class that needs no number.
 template <typename PropertyClass>
 std::unique_ptr<Property> make(const std::string& name, const PROPERTY_TYPE& type, OrvexCamera& camera,
                                const unsigned long& /*number*/) {
@@ -102,10 +111,10 @@ constexpr PropertyDefinition kTable[] = {
     {kUnitHeight, Integer, 84, makeNumbered<OrvexConstantProperty>},
     {kUnitWidth, Integer, 83, makeNumbered<OrvexConstantProperty>},
     {kFramerate, Float, kNoNumber, make<OrvexFramerate>},
-    {kEndianness, String, kNoNumber, make<OrvexEndianness>},
-    {kAutoExposure, String, kNoNumber, make<OrvexAutoExposure>},
-    {kHardwareTapCorrection, String, kNoNumber, make<OrvexTapCorrectionHW>},
-    {kSoftwareTapCorrection, String, kNoNumber, make<OrvexTapCorrectionSW>},
+    {kEndianness, String, kNoNumber, makeWithOwnNumber<OrvexEndianness>},
+    {kAutoExposure, String, kNoNumber, makeWithOwnNumber<OrvexAutoExposure>},
+    {kHardwareTapCorrection, String, kNoNumber, makeWithOwnNumber<OrvexTapCorrectionHW>},
+    {kSoftwareTapCorrection, String, kNoNumber, makeWithOwnNumber<OrvexTapCorrectionSW>},
     {kBufferLastFrame, Boolean, kNoNumber, make<OrvexBooleanProperty>},
     {kStrobeFromStartExposure, Boolean, kNoNumber, make<OrvexBooleanProperty>},
     {kStrobe, Boolean, kNoNumber, make<OrvexBooleanProperty>},
@@ -129,7 +138,7 @@ constexpr PropertyDefinition kTable[] = {
     {kFirmwareVersion, String, kNoNumber, make<OrvexFirmwareVersion>},
     {kHardwareInterface, String, kNoNumber, make<OrvexHardwareInterface>},
     {kFpga2Version, String, kNoNumber, make<OrvexFpga2Version>},
-    {kAfeTimingVersion, String, kNoNumber, make<OrvexAfeTimingVersion>},
+    {kAfeTimingVersion, String, kNoNumber, OrvexAfeTimingVersion::makeIfPresent},
     {kStreamingMode, String, kNoNumber, make<OrvexStreamingMode>},
     {kExposure, Float, kNoNumber, OrvexPropertyBuilder::makeConditional},
     {kGain, Float, kNoNumber, OrvexPropertyBuilder::makeConditional},

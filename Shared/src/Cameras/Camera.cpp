@@ -168,10 +168,11 @@ void Camera::updatePropertyChangeCallback() {
 }
 
 void Camera::connectIncrements() {
-    for (const auto& entry : m_Properties) {
-        const auto holder = m_Properties.find(getPropertyMetadata(entry.first).incrementProperty);
-        if (holder != m_Properties.end()) {
-            entry.second->m_IncrementProperty = holder->second.get();
+    for (const PropertyMetadata& row : getPropertiesWithIncrement()) {
+        const auto property = m_Properties.find(std::string(row.name));
+        const auto holder = m_Properties.find(row.incrementProperty);
+        if (property != m_Properties.end() && holder != m_Properties.end()) {
+            property->second->m_IncrementProperty = holder->second.get();
         }
     }
 }

@@ -8,14 +8,13 @@ namespace OrvexAdapter {
 
 namespace {
 
-constexpr unsigned long kColorFormat = 80;
 constexpr std::uint32_t kLittleEndian = 0x80000000U;
 
 } // namespace
 
 OrvexEndianness::OrvexEndianness(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
                                  OrvexCamera& camera)
-    : OrvexFixedProperty(name, type, camera, kColorFormat) {
+    : OrvexFixedProperty(name, type, camera, kNumber) {
     m_ValueList = {OrvexEndianness::getValue()};
 }
 

@@ -64,6 +64,8 @@ private:
 /// The byte order of 16-bit pixels, which the camera reports in a flag of its colour format.
 class OrvexEndianness : public OrvexFixedProperty {
 public:
+    static constexpr unsigned long kNumber = 80;
+
     OrvexEndianness(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);
 
     using OrvexFixedProperty::operator=;

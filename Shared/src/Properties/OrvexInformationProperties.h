@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -63,8 +64,11 @@ public:
 /// The version of the timing file of the analogue front end, "0.0" while none is stored. Only two models have one.
 class OrvexAfeTimingVersion : public OrvexInformationProperty {
 public:
-    /// @throws KestrelException_Property "PropertyUnsupported"
-    OrvexAfeTimingVersion(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);
+    using OrvexInformationProperty::OrvexInformationProperty;
+    /// Returns null if the camera has none.
+    static std::unique_ptr<CameraInterface::Property> makeIfPresent(const std::string& name,
+                                                                    const CameraInterface::PROPERTY_TYPE& type,
+                                                                    OrvexCamera& camera, const unsigned long& number);
     using OrvexInformationProperty::operator=;
 
     std::string getValue() override;

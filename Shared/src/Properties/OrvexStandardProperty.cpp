@@ -28,6 +28,9 @@ constexpr std::uint32_t kNotWritableNow = 22; // after a write
 /// Upper bound of the difference between a limit and its text.
 constexpr double kTextRounding = 1e-6;
 
+/// Of this thread.
+thread_local const OrvexStandardProperty::Question* t_Answered = nullptr;
+
 /// Limits a number's text to the texts of two limits.
 std::string limitTo(const std::string& minimum, const std::string& maximum, double number, const std::string& text) {
     if (number > Base::parseDouble(maximum)) {
@@ -42,23 +45,29 @@ bool isUnsupported(std::uint32_t error) {
 
 } // namespace
 
-OrvexStandardProperty::OrvexStandardProperty(Unasked /*unasked*/, const std::string& name,
-                                             const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,
-                                             const unsigned long& propertyId)
-    : Property(name, type), m_Camera(&camera), m_PropertyId(static_cast<std::uint32_t>(propertyId)) {}
+OrvexStandardProperty::Question::Question(OrvexCamera& camera, unsigned long propertyId)
+    : m_Camera(&camera), m_PropertyId(static_cast<std::uint32_t>(propertyId)),
+      m_IsSupported(OrvexStandardProperty::isSupported(camera, m_PropertyId)) {
+    t_Answered = this;
+}
+
+OrvexStandardProperty::Question::~Question() {
+    t_Answered = nullptr;
+}
 
 std::unique_ptr<CameraInterface::Property>
 OrvexStandardProperty::makeIfSupported(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
                                        OrvexCamera& camera, const unsigned long& propertyId) {
-    std::unique_ptr<OrvexStandardProperty> property(
-        new OrvexStandardProperty(Unasked{}, name, type, camera, propertyId));
-    return property->isSupportedByCamera() ? std::move(property) : nullptr;
+    const Question question(camera, propertyId);
+    return question.isSupported() ? std::make_unique<OrvexStandardProperty>(name, type, camera, propertyId) : nullptr;
 }
 
 OrvexStandardProperty::OrvexStandardProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
                                              OrvexCamera& camera, const unsigned long& propertyId)
-    : OrvexStandardProperty(Unasked{}, name, type, camera, propertyId) {
-    if (!isSupportedByCamera()) {
+    : Property(name, type), m_Camera(&camera), m_PropertyId(static_cast<std::uint32_t>(propertyId)) {
+    const bool isAnswered =
+        t_Answered != nullptr && t_Answered->m_Camera == m_Camera && t_Answered->m_PropertyId == m_PropertyId;
+    if (!(isAnswered ? t_Answered->isSupported() : isSupported(camera, m_PropertyId))) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
     }
 }
@@ -158,22 +167,23 @@ void OrvexStandardProperty::writeFlags(std::int32_t flags) {
     writeAndNotify({readValue(), flags});
 }
 
-bool OrvexStandardProperty::isSupportedByCamera() {
-    State state;
-    return tryToRead(state) || !isUnsupported(orvexApi().sdkGetLastErrorForCamera(m_Camera->getHandle()));
-}
-
 bool OrvexStandardProperty::isWritable() {
     return !isReadOnly() && isAvailableForWriting();
 }
 
-bool OrvexStandardProperty::tryToRead(State& state) {
-    return orvexApi().sdkGetProperty(m_Camera->getHandle(), m_PropertyId, &state.value, &state.flags) != 0;
+bool OrvexStandardProperty::tryToRead(OrvexCamera& camera, std::uint32_t propertyId, State& state) {
+    return orvexApi().sdkGetProperty(camera.getHandle(), propertyId, &state.value, &state.flags) != 0;
+}
+
+bool OrvexStandardProperty::isSupported(OrvexCamera& camera, std::uint32_t propertyId) {
+    State state;
+    return tryToRead(camera, propertyId, state) ||
+           !isUnsupported(orvexApi().sdkGetLastErrorForCamera(camera.getHandle()));
 }
 
 OrvexStandardProperty::State OrvexStandardProperty::readState() {
     State state;
-    if (!tryToRead(state)) {
+    if (!tryToRead(*m_Camera, m_PropertyId, state)) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyReadFailure, getName());
     }
     return state;

@@ -24,6 +24,25 @@ public:
     OrvexStandardProperty(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera,
                           const unsigned long& propertyId);
 
+    /// Asks a camera whether it has the property of a number. As long as this object lives, constructors of that camera
+    /// and number on this thread take the answer over instead of asking again.
+    class Question {
+    public:
+        Question(OrvexCamera& camera, unsigned long propertyId);
+        Question(const Question&) = delete;
+        Question& operator=(const Question&) = delete;
+        ~Question();
+
+        bool isSupported() const { return m_IsSupported; }
+
+    private:
+        friend OrvexStandardProperty;
+
+        OrvexCamera* m_Camera;
+        std::uint32_t m_PropertyId;
+        bool m_IsSupported;
+    };
+
     /// Makes the property as the constructor does; returns null instead of throwing.
     static std::unique_ptr<CameraInterface::Property> makeIfSupported(const std::string& name,
                                                                       const CameraInterface::PROPERTY_TYPE& type,
@@ -61,18 +80,12 @@ protected:
     void writeValue(const float& value);
     /// Writes flags, with the present value, and reports the change.
     void writeFlags(std::int32_t flags);
-    bool isSupportedByCamera();
     bool isWritable();
 
     OrvexCamera* m_Camera; // owns this property
     std::uint32_t m_PropertyId;
 
 private:
-    /// Chooses the constructor that asks nothing of the camera.
-    struct Unasked {};
-    OrvexStandardProperty(Unasked unasked, const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
-                          OrvexCamera& camera, const unsigned long& propertyId);
-
     struct State {
         float value = 0;
         std::int32_t flags = 0;
@@ -84,7 +97,8 @@ private:
         std::int32_t flags = 0;
     };
 
-    bool tryToRead(State& state);
+    static bool tryToRead(OrvexCamera& camera, std::uint32_t propertyId, State& state);
+    static bool isSupported(OrvexCamera& camera, std::uint32_t propertyId);
     State readState();
     Range readRange();
     bool writeState(const State& state);

@@ -11,7 +11,6 @@
 namespace OrvexAdapter {
 
 /// Number of the SDK's property whose flags are the two corrections.
-constexpr unsigned long kTapCorrection = 109;
 constexpr std::uint32_t kSoftwareTapCorrectionFlag = 0x08000000;
 constexpr std::uint32_t kHardwareTapCorrectionFlag = 0x20000000;
 
@@ -46,6 +45,8 @@ private:
 /// Whether the camera controls its exposure automatically.
 class OrvexAutoExposure : public OrvexSwitchProperty {
 public:
+    static constexpr unsigned long kNumber = 20;
+
     OrvexAutoExposure(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);
 
     using OrvexSwitchProperty::operator=;
@@ -69,6 +70,8 @@ public:
 /// Whether the camera itself corrects differences between its taps.
 class OrvexTapCorrectionHW : public OrvexSwitchProperty {
 public:
+    static constexpr unsigned long kNumber = 109;
+
     OrvexTapCorrectionHW(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);
 
     using OrvexSwitchProperty::operator=;
@@ -79,6 +82,8 @@ public:
 /// Whether differences between the taps are corrected in software.
 class OrvexTapCorrectionSW : public OrvexSwitchProperty {
 public:
+    static constexpr unsigned long kNumber = 109;
+
     OrvexTapCorrectionSW(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);
 
     using OrvexSwitchProperty::operator=;

@@ -158,4 +158,14 @@ const PropertyMetadata& getPropertyMetadata(std::string_view name) {
     return row == std::end(kMetadata) ? kNoMetadata : *row;
 }
 
+const std::vector<PropertyMetadata>& getPropertiesWithIncrement() {
+    static const auto& rows = *new std::vector<PropertyMetadata>([] { // never destroyed: cameras may connect at exit
+        std::vector<PropertyMetadata> found;
+        std::copy_if(std::begin(kMetadata), std::end(kMetadata), std::back_inserter(found),
+                     [](const PropertyMetadata& row) { return *row.incrementProperty != 0; });
+        return found;
+    }());
+    return rows;
+}
+
 } // namespace CameraInterface

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 namespace CameraInterface {
 
@@ -16,5 +17,8 @@ struct PropertyMetadata {
 
 /// Returns the row of one of the names of PropertyNames.h; empty texts for any other name.
 const PropertyMetadata& getPropertyMetadata(std::string_view name);
+
+/// Returns the rows with an increment property.
+const std::vector<PropertyMetadata>& getPropertiesWithIncrement();
 
 } // namespace CameraInterface
