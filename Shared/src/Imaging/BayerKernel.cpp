@@ -107,14 +107,6 @@ private:
 
     bool isWide() const { return m_Vectors == Vectors::Wide; }
 
-    /// Prefetches the samples read next, which the processor alone would do too late.
-    static void prefetch(const Sample* samples, int count) {
-        constexpr int kSamplesPerLine = 64 / static_cast<int>(sizeof(Sample));
-        for (int i = 0; i < count; i += kSamplesPerLine) {
-            __builtin_prefetch(samples + i);
-        }
-    }
-
     /// Assembles a row of interleaved pixels piece by piece in the cache.
     void assembleRow(int row) const {
         constexpr int kSpace = 64; // on both sides, for an overlapping pair
@@ -135,7 +127,7 @@ private:
             const std::array<Sample*, 3> planes{start(0), start(1), start(2)};
             const ColorRow<Sample> colors = colorRow(row, planes);
             const MosaicRow<Sample> sites = mosaicRow(row, begin + first);
-            prefetch(sites.below + m_Source.width(), last - first);
+            prefetch(sites.below + m_Source.width(), sizeof(Sample) * static_cast<std::size_t>(last - first));
             fillPixels(sites, last - first, colors.from(first), isWide());
             for (Sample* plane : planes) {
                 if (begin == 0) {

@@ -28,6 +28,11 @@ constexpr std::size_t kExportedBandBytes = 32 * 1024;
 
 constexpr std::size_t kSamplesAtOnce = 3 * 128;
 
+/// Bytes exported at a time: those that a vector grows by, and fills, are still in the first-level cache when they are
+/// written. Whole pixels and whole vectors of samples.
+constexpr std::size_t kBytesAtOnce = 3 * 352;
+constexpr std::size_t kBytesReadAhead = 2048;
+
 std::uint16_t loadWord(const unsigned char* bytes) {
     std::uint16_t word = 0;
     std::memcpy(&word, bytes, sizeof word);
@@ -122,12 +127,12 @@ public:
     template <typename Map>
     void appendTo(std::vector<unsigned char>& result, Map map) {
         forEachBand([&](const PixelView& rows, int firstRow) {
-            const std::size_t begin = result.size();
-            result.resize(begin + samplesOf(rows.height()));
-            if (liesAsExported()) {
-                map(rows.data(), samplesOfPlane(rows), result.data() + begin);
+            if (liesAsExported() || isReversed(rows)) {
+                appendPieces(rows, result, map);
                 return;
             }
+            const std::size_t begin = result.size();
+            result.resize(begin + samplesOf(rows.height()));
             // Scaling first halves the bytes to arrange.
             const PixelView scaled(m_Scaled.data(), rows.width(), rows.height(), CV_8U, samplesOfPlane(rows),
                                    rows.description());
@@ -163,6 +168,25 @@ private:
         for (int row = 0; row < m_Source.height(); row += m_BandRows) {
             const PixelView rows = m_Source.rows(row, std::min(row + m_BandRows, m_Source.height()));
             use(m_Swap ? swapped(rows) : rows, row);
+        }
+    }
+
+    template <typename Map>
+    void appendPieces(const PixelView& rows, std::vector<unsigned char>& result, Map map) {
+        alignas(64) std::array<unsigned char, kBytesAtOnce> scaled;
+        const std::size_t samples = samplesOf(rows.height());
+        for (std::size_t piece = 0; piece < samples; piece += kBytesAtOnce) {
+            const std::size_t count = std::min(kBytesAtOnce, samples - piece);
+            const unsigned char* const from = rows.data() + 2 * piece;
+            prefetch(from + kBytesReadAhead, 2 * count);
+            const std::size_t begin = result.size();
+            result.resize(begin + count);
+            if (liesAsExported()) {
+                map(from, count, result.data() + begin);
+            } else {
+                map(from, count, scaled.data());
+                reverseTriples(scaled.data(), count / 3, 1, result.data() + begin);
+            }
         }
     }
 

@@ -11,6 +11,14 @@
 /// alignment; source and target do not overlap.
 namespace Imaging {
 
+/// Prefetches bytes that are read soon, which the processor alone would do too late.
+inline void prefetch(const void* bytes, std::size_t count) {
+    constexpr std::size_t kLineBytes = 64;
+    for (std::size_t i = 0; i < count; i += kLineBytes) {
+        __builtin_prefetch(static_cast<const unsigned char*>(bytes) + i);
+    }
+}
+
 /// The largest of @p count 16-bit samples, 0 for none.
 std::uint16_t largestSample(const unsigned char* samples, std::size_t count, Vectors vectors = widestVectors());
 
