@@ -143,22 +143,33 @@ mergePlanes(const unsigned char* __restrict a, const unsigned char* __restrict b
     }
 }
 
+/// Stores nothing if the plane is null.
+template <typename Sample>
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline void storePlane(unsigned char* plane, std::size_t byte,
+                                                                 const WideOf<Sample>& samples) {
+    if (plane != nullptr) {
+        storeVector(plane + byte, samples);
+    }
+}
+
 /// A missing plane is null.
 template <typename Sample, unsigned channels>
 [[gnu::always_inline]] QUILL_WIDE_VECTORS inline void
 splitPixels(const unsigned char* __restrict source, std::size_t pixels, unsigned char* __restrict a,
             unsigned char* __restrict b, unsigned char* __restrict c, unsigned char* __restrict d) {
-    const std::array<unsigned char*, 4> planes{a, b, c, d};
     std::size_t pixel = 0;
     for (; pixel + kWideLanes<Sample> <= pixels; pixel += kWideLanes<Sample>) {
         const std::size_t byte = sizeof(Sample) * pixel;
+        // By name: in an array that a loop indexes, vectors go through memory.
         const auto samples = loadPlanes<Sample, channels>(source + channels * byte);
-        for (unsigned channel = 0; channel < channels; ++channel) {
-            if (planes[channel] != nullptr) {
-                storeVector(planes[channel] + byte, samples[channel]);
-            }
+        storePlane<Sample>(a, byte, samples[0]);
+        storePlane<Sample>(b, byte, samples[1]);
+        storePlane<Sample>(c, byte, samples[2]);
+        if constexpr (channels == 4) {
+            storePlane<Sample>(d, byte, samples[3]);
         }
     }
+    const std::array<unsigned char*, 4> planes{a, b, c, d};
     for (; pixel < pixels; ++pixel) {
         for (unsigned channel = 0; channel < channels; ++channel) {
             if (planes[channel] != nullptr) {
