@@ -10,6 +10,7 @@
 
 #include "Imaging/ByteOrder.h"
 #include "Imaging/MosaicRows.h"
+#include "Imaging/MosaicVectors.h"
 #include "Imaging/RowBands.h"
 #include "Imaging/SampleLoops.h"
 
@@ -39,6 +40,8 @@ public:
     }
 
 private:
+    static constexpr int kLanes = static_cast<int>(kWideLanes<Sample>);
+
     /// The planes that are demosaiced.
     unsigned planes() const { return std::min(m_Target.description().planes, 3U); }
 
@@ -73,12 +76,10 @@ private:
         for (int row = rows.start; row < rows.end; ++row) {
             switch (m_Target.description().layout) {
             case Layout::Interleaved:
-                assembleRow(row);
+                isWide() ? assembleWideRow(row) : assembleRow(row);
                 break;
             case Layout::Planar:
-                fillPixels(mosaicRow(row, 1), m_Target.width() - 2,
-                           colorRow(row, {targetRow(0, row) + 1, targetRow(1, row) + 1, targetRow(2, row) + 1}),
-                           isWide());
+                fillPlanes(row);
                 break;
             default:
                 fillGrey(row);
@@ -93,6 +94,21 @@ private:
         }
     }
 
+    void fillPlanes(int row) const {
+        const MosaicRow<Sample> sites = mosaicRow(row, 1);
+        const ColorRow<Sample> colors =
+            colorRow(row, {targetRow(0, row) + 1, targetRow(1, row) + 1, targetRow(2, row) + 1});
+        if (isWide()) {
+            forWholeVectors(m_Target.width() - 2, kLanes, [&](int begin, int count) {
+                const MosaicRow<Sample> from = sites.from(begin);
+                (from.greenFirst ? fillPlanesWidely<Sample, true>
+                                 : fillPlanesWidely<Sample, false>)(from, count, colors.from(begin));
+            });
+        } else {
+            fillPixels(sites, m_Target.width() - 2, colors);
+        }
+    }
+
     // The pixels computed are those that have neighbours on both sides.
     void fillGrey(int row) const {
         const bool red = isRedRow(row);
@@ -101,11 +117,32 @@ private:
         if constexpr (sizeof(Sample) == 1) {
             fillBytes(mosaicRow(row, 1), m_Target.width() - 2, grey);
         } else {
-            fillPixels(mosaicRow(row, 1), m_Target.width() - 2, grey, isWide());
+            fillPixels(mosaicRow(row, 1), m_Target.width() - 2, grey, m_Vectors == Vectors::Wide);
         }
     }
 
-    bool isWide() const { return m_Vectors == Vectors::Wide; }
+    /// Whether the pixels with neighbours on both sides fill a wide vector.
+    bool isWide() const { return m_Vectors == Vectors::Wide && m_Target.width() - 2 >= kLanes; }
+
+    /// Assembles a row of interleaved pixels in wide vectors.
+    void assembleWideRow(int row) const {
+        using Assemble = decltype(&assembleWidely<Sample, 3, false, false>);
+        static constexpr Assemble kFunctions[2][2][2] = {
+            {{assembleWidely<Sample, 3, false, false>, assembleWidely<Sample, 3, false, true>},
+             {assembleWidely<Sample, 3, true, false>, assembleWidely<Sample, 3, true, true>}},
+            {{assembleWidely<Sample, 4, false, false>, assembleWidely<Sample, 4, false, true>},
+             {assembleWidely<Sample, 4, true, false>, assembleWidely<Sample, 4, true, true>}}};
+        const auto channels = static_cast<std::size_t>(m_Target.description().channels);
+        const auto width = static_cast<std::size_t>(m_Target.width());
+        const MosaicRow<Sample> sites = mosaicRow(row, 1);
+        const bool redFirst = m_Target.description().channelOfSample[0] == 0;
+        Sample* const pixels = targetRow(0, row);
+        kFunctions[channels == 4][sites.greenFirst][isRedRow(row) == redFirst](sites, m_Target.width() - 2,
+                                                                               m_Source.width(), pixels + channels);
+        std::memcpy(pixels, pixels + channels, sizeof(Sample) * channels);
+        Sample* const last = pixels + (width - 1) * channels;
+        std::memcpy(last, last - channels, sizeof(Sample) * channels);
+    }
 
     /// Assembles a row of interleaved pixels piece by piece in the cache.
     void assembleRow(int row) const {
@@ -128,7 +165,7 @@ private:
             const ColorRow<Sample> colors = colorRow(row, planes);
             const MosaicRow<Sample> sites = mosaicRow(row, begin + first);
             prefetch(sites.below + m_Source.width(), sizeof(Sample) * static_cast<std::size_t>(last - first));
-            fillPixels(sites, last - first, colors.from(first), isWide());
+            fillPixels(sites, last - first, colors.from(first));
             for (Sample* plane : planes) {
                 if (begin == 0) {
                     plane[0] = plane[1];
@@ -160,7 +197,7 @@ bool demosaicsFaster(const PixelView& source, const FormatDescription& target, V
     case Layout::Grey:
         return vectors == Vectors::Wide;
     case Layout::Interleaved:
-        return source.depth() == CV_16U || (target.channels == 3 && vectors == Vectors::Wide);
+        return source.depth() == CV_16U || vectors == Vectors::Wide;
     default:
         return true;
     }

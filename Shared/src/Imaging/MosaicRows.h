@@ -222,13 +222,6 @@ void colorsPortably(const Sample* __restrict above, const Sample* __restrict her
     fillColors(above, here, below, greens, pixels, own, green, other);
 }
 
-template <typename Sample>
-QUILL_WIDE_VECTORS void colorsWidely(const Sample* __restrict above, const Sample* __restrict here,
-                                     const Sample* __restrict below, const Sample* __restrict greens, int pixels,
-                                     Sample* __restrict own, Sample* __restrict green, Sample* __restrict other) {
-    fillColors(above, here, below, greens, pixels, own, green, other);
-}
-
 template <typename Sample, bool GreenFirst>
 void greysPortably(const Sample* __restrict above, const Sample* __restrict here, const Sample* __restrict below,
                    int pairs, Sample* __restrict grey, std::uint32_t ownWeight, std::uint32_t otherWeight) {
@@ -265,16 +258,14 @@ void forWholeVectors(int items, int perVector, Work work) {
 }
 
 template <typename Sample>
-void fillPixels(const MosaicRow<Sample>& row, int pixels, const ColorRow<Sample>& result, bool wide) {
+void fillPixels(const MosaicRow<Sample>& row, int pixels, const ColorRow<Sample>& result) {
     constexpr int kPerVector = 32 / sizeof(Sample);
     for (int piece = 0; piece < pixels; piece += kPieceColumns) {
         forWholeVectors(std::min(kPieceColumns, pixels - piece), kPerVector, [&](int begin, int count) {
             const MosaicRow<Sample> from = row.from(piece + begin);
             const ColorRow<Sample> to = result.from(piece + begin);
-            (wide ? colorsWidely<Sample>
-                  : colorsPortably<Sample>)(from.above, from.here, from.below,
-                                            kAlternating<Sample>.masks + (from.greenFirst ? 0 : 1), count, to.own,
-                                            to.green, to.other);
+            colorsPortably(from.above, from.here, from.below, kAlternating<Sample>.masks + (from.greenFirst ? 0 : 1),
+                           count, to.own, to.green, to.other);
         });
     }
 }

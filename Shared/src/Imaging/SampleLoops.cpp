@@ -105,35 +105,15 @@ template <typename Sample, unsigned channels>
 [[gnu::always_inline]] QUILL_WIDE_VECTORS inline void
 mergePlanes(const unsigned char* __restrict a, const unsigned char* __restrict b, const unsigned char* __restrict c,
             const unsigned char* __restrict d, std::size_t pixels, unsigned char* __restrict target) {
-    constexpr AllLanes<Sample> kAll;
-    constexpr std::size_t kQuarter = kWideLanes<Sample> / 4;
     std::size_t pixel = 0;
     for (; pixel + kWideLanes<Sample> <= pixels; pixel += kWideLanes<Sample>) {
         const std::size_t byte = sizeof(Sample) * pixel;
-        unsigned char* const to = target + channels * byte;
-        auto x = loadWide<Sample>(a + byte);
-        auto y = loadWide<Sample>(b + byte);
-        auto z = loadWide<Sample>(c + byte);
-        if constexpr (channels == 3) {
-            x = spread<Sample, 0>(x, kAll);
-            y = spread<Sample, 1>(y, kAll);
-            z = spread<Sample, 2>(z, kAll);
-            const auto first = triples<Sample, 0>(x, y, z), second = triples<Sample, 1>(x, y, z);
-            const auto third = triples<Sample, 2>(x, y, z);
-            storeVector(to, join<Sample, 0, 0>(first, second, kAll));
-            storeVector(to + kWideBytes, join<Sample, 0, 1>(third, first, kAll));
-            storeVector(to + 2 * kWideBytes, join<Sample, 1, 1>(second, third, kAll));
-        } else {
-            const auto w = loadWide<Sample>(d + byte);
-            const auto xz = zip<Sample, 0>(x, z, kAll), yw = zip<Sample, 0>(y, w, kAll);
-            const auto xz2 = zip<Sample, kQuarter>(x, z, kAll), yw2 = zip<Sample, kQuarter>(y, w, kAll);
-            const auto first = zip<Sample, 0>(xz, yw, kAll), second = zip<Sample, kQuarter>(xz, yw, kAll);
-            const auto third = zip<Sample, 0>(xz2, yw2, kAll), fourth = zip<Sample, kQuarter>(xz2, yw2, kAll);
-            storeVector(to, join<Sample, 0, 0>(first, second, kAll));
-            storeVector(to + kWideBytes, join<Sample, 0, 0>(third, fourth, kAll));
-            storeVector(to + 2 * kWideBytes, join<Sample, 1, 1>(first, second, kAll));
-            storeVector(to + 3 * kWideBytes, join<Sample, 1, 1>(third, fourth, kAll));
+        WideOf<Sample> w{};
+        if constexpr (channels == 4) {
+            w = loadWide<Sample>(d + byte);
         }
+        storeInterleaved<Sample, channels>(loadWide<Sample>(a + byte), loadWide<Sample>(b + byte),
+                                           loadWide<Sample>(c + byte), w, target + channels * byte);
     }
     const std::array<const unsigned char*, 4> planes{a, b, c, d};
     for (; pixel < pixels; ++pixel) {
@@ -148,7 +128,7 @@ template <typename Sample>
 [[gnu::always_inline]] QUILL_WIDE_VECTORS inline void storePlane(unsigned char* plane, std::size_t byte,
                                                                  const WideOf<Sample>& samples) {
     if (plane != nullptr) {
-        storeVector(plane + byte, samples);
+        storeWide<Sample>(plane + byte, samples);
     }
 }
 
@@ -241,8 +221,9 @@ template <typename Sample>
                                                                 std::size_t pixels, unsigned char* __restrict grey) {
     std::size_t pixel = 0;
     for (; pixel + kWideBytes <= pixels; pixel += kWideBytes) {
-        storeVector(grey + pixel, greyOf(loadWide<std::uint8_t>(red + pixel), loadWide<std::uint8_t>(green + pixel),
-                                         loadWide<std::uint8_t>(blue + pixel), kRedWeight, kBlueWeight));
+        storeWide<std::uint8_t>(grey + pixel,
+                                greyOf(loadWide<std::uint8_t>(red + pixel), loadWide<std::uint8_t>(green + pixel),
+                                       loadWide<std::uint8_t>(blue + pixel), kRedWeight, kBlueWeight));
     }
     mixGrey<std::uint8_t>(red + pixel, green + pixel, blue + pixel, pixels - pixel, grey + pixel);
 }
@@ -255,7 +236,7 @@ mixPixels(const unsigned char* __restrict source, std::size_t pixels, bool redFi
     std::size_t pixel = 0;
     for (; pixel + kWideBytes <= pixels; pixel += kWideBytes) {
         const auto samples = loadPlanes<std::uint8_t, channels>(source + channels * pixel);
-        storeVector(grey + pixel, greyOf(samples[0], samples[1], samples[2], first, third));
+        storeWide<std::uint8_t>(grey + pixel, greyOf(samples[0], samples[1], samples[2], first, third));
     }
     for (; pixel < pixels; ++pixel) {
         const unsigned char* const samples = source + channels * pixel;

@@ -26,10 +26,15 @@ using AllLanes = std::make_index_sequence<kWideLanes<Sample>>;
 using Quads = WideOf<std::uint32_t>;
 
 template <typename Sample>
-[[gnu::always_inline]] QUILL_WIDE_VECTORS inline WideOf<Sample> loadWide(const unsigned char* samples) {
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline WideOf<Sample> loadWide(const void* samples) {
     WideOf<Sample> vector;
     std::memcpy(&vector, samples, sizeof vector);
     return vector;
+}
+
+template <typename Sample>
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline void storeWide(void* samples, const WideOf<Sample>& vector) {
+    std::memcpy(samples, &vector, sizeof vector);
 }
 
 /// The place of lane @p lane of a half within the half of lane @p of.
@@ -112,6 +117,34 @@ template <typename Sample, std::size_t... Lane>
     return reinterpret_cast<Quads>(__builtin_shufflevector(
         pixels, pixels,
         beside<Sample>(Lane, laneOfHalf<Sample>(Lane) % kPixels * 4 + laneOfHalf<Sample>(Lane) / kPixels)...));
+}
+
+/// Writes the samples of as many pixels as a vector has lanes.
+template <typename Sample, unsigned channels>
+[[gnu::always_inline]] QUILL_WIDE_VECTORS inline void
+storeInterleaved(WideOf<Sample> x, WideOf<Sample> y, WideOf<Sample> z, WideOf<Sample> w, void* target) {
+    constexpr AllLanes<Sample> kAll;
+    auto* const to = static_cast<unsigned char*>(target);
+    if constexpr (channels == 3) {
+        x = spread<Sample, 0>(x, kAll);
+        y = spread<Sample, 1>(y, kAll);
+        z = spread<Sample, 2>(z, kAll);
+        const auto first = triples<Sample, 0>(x, y, z), second = triples<Sample, 1>(x, y, z);
+        const auto third = triples<Sample, 2>(x, y, z);
+        storeWide<Sample>(to, join<Sample, 0, 0>(first, second, kAll));
+        storeWide<Sample>(to + kWideBytes, join<Sample, 0, 1>(third, first, kAll));
+        storeWide<Sample>(to + 2 * kWideBytes, join<Sample, 1, 1>(second, third, kAll));
+    } else {
+        constexpr std::size_t kQuarter = kWideLanes<Sample> / 4;
+        const auto xz = zip<Sample, 0>(x, z, kAll), yw = zip<Sample, 0>(y, w, kAll);
+        const auto xz2 = zip<Sample, kQuarter>(x, z, kAll), yw2 = zip<Sample, kQuarter>(y, w, kAll);
+        const auto first = zip<Sample, 0>(xz, yw, kAll), second = zip<Sample, kQuarter>(xz, yw, kAll);
+        const auto third = zip<Sample, 0>(xz2, yw2, kAll), fourth = zip<Sample, kQuarter>(xz2, yw2, kAll);
+        storeWide<Sample>(to, join<Sample, 0, 0>(first, second, kAll));
+        storeWide<Sample>(to + kWideBytes, join<Sample, 0, 0>(third, fourth, kAll));
+        storeWide<Sample>(to + 2 * kWideBytes, join<Sample, 1, 1>(first, second, kAll));
+        storeWide<Sample>(to + 3 * kWideBytes, join<Sample, 1, 1>(third, fourth, kAll));
+    }
 }
 
 /// Reads the samples of as many pixels as a vector has lanes.
