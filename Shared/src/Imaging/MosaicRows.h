@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -179,9 +180,6 @@ template <typename Sample, bool GreenFirst>
     std::memcpy(&word, bytes, sizeof word);
     return word;
 }
-[[gnu::always_inline]] inline std::uint16_t doubledLeft(std::uint16_t word) {
-    return static_cast<std::uint16_t>((word & 0xFF) << 1);
-}
 [[gnu::always_inline]] inline std::uint16_t upperHalf(std::uint16_t number, std::uint16_t weight) {
     return static_cast<std::uint16_t>((static_cast<std::uint32_t>(number) * weight) >> 16);
 }
@@ -194,22 +192,24 @@ template <typename Sample, bool GreenFirst>
                                                   std::uint8_t* __restrict grey, std::uint16_t ownWeight,
                                                   std::uint16_t otherWeight) {
     using Word = std::uint16_t;
-    constexpr auto kGreen = static_cast<std::uint16_t>(2 * kGreenWeight);
+    // Factors of two are in the weights as far as these stay words.
+    constexpr auto kGreen = static_cast<Word>(2 * kGreenWeight), kTwiceGreen = static_cast<Word>(2 * kGreen);
+    const auto twiceOther = static_cast<Word>(2 * otherWeight), fourOther = static_cast<Word>(4 * otherWeight);
+    const auto fourOwn = static_cast<Word>(4 * ownWeight);
     for (int i = 0; i < 2 * pairs; i += 2) {
         const Word up = loadWord(above + i - 1), row = loadWord(here + i - 1), down = loadWord(below + i - 1);
-        const Word row2 = loadWord(here + i + 1);
-        const auto corners = static_cast<Word>(doubledLeft(up) + doubledLeft(down));
-        const auto corners2 =
-            static_cast<Word>(doubledLeft(loadWord(above + i + 1)) + doubledLeft(loadWord(below + i + 1)));
-        const Word left = doubledLeft(row), right = doubledLeft(row2);
+        const Word up2 = loadWord(above + i + 1), row2 = loadWord(here + i + 1), down2 = loadWord(below + i + 1);
+        const auto corners = static_cast<Word>((up & 0xFF) + (down & 0xFF));
+        const auto corners2 = static_cast<Word>((up2 & 0xFF) + (down2 & 0xFF));
+        const auto left = static_cast<Word>(row & 0xFF), right = static_cast<Word>(row2 & 0xFF);
         const auto own = static_cast<Word>(row >> 8), own2 = static_cast<Word>(row2 >> 8);
-        const auto cross = static_cast<Word>((up >> 7) + (down >> 7) + left + right);
+        const auto cross = static_cast<Word>((up >> 7) + (down >> 7) + ((left + right) << 1));
         const auto colored =
-            static_cast<Word>(upperHalf(static_cast<Word>(corners + corners2), otherWeight) + upperHalf(cross, kGreen) +
+            static_cast<Word>(upperHalf(static_cast<Word>(corners + corners2), twiceOther) + upperHalf(cross, kGreen) +
                               upperHalf(static_cast<Word>(own << 3), ownWeight));
-        const auto green = static_cast<Word>(upperHalf(static_cast<Word>(corners2 << 1), otherWeight) +
-                                             upperHalf(static_cast<Word>(right << 2), kGreen) +
-                                             upperHalf(static_cast<Word>((own + own2) << 2), ownWeight));
+        const auto green =
+            static_cast<Word>(upperHalf(corners2, fourOther) + upperHalf(static_cast<Word>(right << 2), kTwiceGreen) +
+                              upperHalf(static_cast<Word>(own + own2), fourOwn));
         const auto both = static_cast<Word>((colored >> 2) | (green >> 2 << 8));
         std::memcpy(grey + i, &both, sizeof both);
     }
@@ -305,8 +305,15 @@ inline void fillBytes(const MosaicRow<std::uint8_t>& row, int pixels, const Grey
                          static_cast<std::uint16_t>(2 * result.ownWeight),
                          static_cast<std::uint16_t>(2 * result.otherWeight));
     });
-    if (first + rough < pixels) {
-        fillPixels(row.from(first + rough), pixels - first - rough, result.from(first + rough), true);
+    constexpr int kExactVector = 2 * kPairsPerVector;
+    const int exact = pixels - first - rough;
+    if (exact > 0 && pixels >= kExactVector) { // a whole vector, since few pixels would be computed one by one
+        std::array<std::uint8_t, kExactVector> greys;
+        fillPairs(row.from(pixels - kExactVector), kPairsPerVector,
+                  {greys.data(), result.ownWeight, result.otherWeight}, true);
+        std::memcpy(result.grey + pixels - exact, greys.data() + kExactVector - exact, static_cast<std::size_t>(exact));
+    } else if (exact > 0) {
+        fillPixels(row.from(pixels - exact), exact, result.from(pixels - exact), true);
     }
 }
 
