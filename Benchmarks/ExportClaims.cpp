@@ -16,7 +16,7 @@ using namespace Imaging;
 using Format = IMAGE_FORMAT;
 
 constexpr unsigned kBitDepth = 12;
-constexpr double kLimitTo8Bits = 3;
+constexpr double kLimitTo8Bits = 1.5;
 constexpr double kLimitTo16Bits = 1.5;
 constexpr Format kFormats[] = {Format::MONO, Format::BGR, Format::RGB};
 

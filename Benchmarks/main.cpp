@@ -57,7 +57,6 @@ struct KnownMiss {
 constexpr KnownMiss kKnownMisses[] = {
     {"P16 XSVF, TAP states", 2.0},
     {"P25 BAYER_GRBG to MONO, 1.3 MP, 8 bit", 5.5},
-    {"P25 BAYER_GRBG to BGR, 1.3 MP, 8 bit", 3.3},
 };
 
 /// The ratio above which the short form fails, far above the usual one.
