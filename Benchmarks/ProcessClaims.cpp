@@ -194,7 +194,7 @@ std::vector<Claim> processClaims(Scope scope) {
                                    idleEnumeration));
     claims.push_back(
         countingClaim("P21", "idle stream, waiting for a trigger", "% of a core", kIdlePercent, idleStream));
-    claims.push_back(countingClaim("P31", "first frame of a device in software, 5 MP", "milliseconds",
+    claims.push_back(countingClaim("P32", "first frame of a device in software, 5 MP", "milliseconds",
                                    kFirstFrameMilliseconds, millisecondsToFirstFrame));
     claims.push_back(
         countingClaim("P22", "1000 small frames of a stream, in order", "seconds", 1, secondsOfSmallFrames));

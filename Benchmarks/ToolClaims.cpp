@@ -144,7 +144,7 @@ std::vector<Claim> toolClaims(Scope scope) {
     }
     return {countingClaim("P23", "fresh process lists the cameras", "milliseconds", kStartMilliseconds,
                           millisecondsOfStart),
-            countingClaim("P32", "5 MP captured to PNG by a fresh process", "x frame period, libpng", kPictureLimit,
+            countingClaim("P33", "5 MP captured to PNG by a fresh process", "x frame period, libpng", kPictureLimit,
                           ratioOfCapture)};
 }
 
