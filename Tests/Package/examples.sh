@@ -26,6 +26,15 @@ examples=(
     'misbehaving_camera' 'true: a camera that is unplugged ends the wait'
 )
 status=0
+if [[ -e $programs/quill_record_pictures ]]; then
+    examples+=('record_pictures 41500102 5 pictures' '5 of 5 pictures written')
+    # As on a full disk: the end of a recording says what is wrong, and no part of a picture has a picture's name.
+    if (trap '' XFSZ && ulimit -f 1 && exec "$programs/quill_record_pictures" 41500102 5 full) >output 2>&1 \
+        || ! grep --quiet 'not written: File too large' output || ls full/*.jpg 2>/dev/null; then
+        echo "record_pictures without space prints:" && cat output
+        status=1
+    fi
+fi
 for ((i = 0; i < ${#examples[@]}; i += 2)); do
     read -ra words <<<"${examples[i]}"
     if ! "$programs/quill_${words[0]}" "${words[@]:1}" </dev/null >output 2>&1 || ! grep --quiet --line-regexp --extended-regexp -e "${examples[i + 1]}" output; then
