@@ -21,6 +21,7 @@ std::vector<Claim> firmwareClaims(Scope scope);
 std::vector<Claim> processClaims(Scope scope);
 std::vector<Claim> streamClaims(Scope scope);
 std::vector<Claim> sdkCameraClaims(Scope scope);
+std::vector<Claim> pipelineClaims(Scope scope);
 #ifdef QUILL_BENCHMARK_TOOL
 std::vector<Claim> toolClaims(Scope scope);
 #endif

@@ -85,6 +85,7 @@ std::vector<Claim> wantedClaims(const Options& options) {
              firmwareClaims,
              streamClaims,
              sdkCameraClaims,
+             pipelineClaims,
              processClaims,
 #ifdef QUILL_BENCHMARK_TOOL
              toolClaims,

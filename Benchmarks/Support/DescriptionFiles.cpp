@@ -2,11 +2,9 @@
 
 #include "Support/DescriptionFiles.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <stdexcept>
 
 #include <nlohmann/json.hpp>
 
@@ -16,6 +14,7 @@
 #include "Cameras/SimulatedCamera/IdentificationCache.h"
 #include "Cameras/SimulatedCamera/SimulatedCamera.h"
 #include "Cameras/Usb3VisionCamera/Usb3VisionCamera.h"
+#include "Support/TemporaryFolder.h"
 
 namespace Benchmarks {
 
@@ -25,29 +24,6 @@ using namespace CameraInterface;
 using nlohmann::json;
 
 constexpr int kPropertiesPerCamera = 4;
-
-/// The folder of the list files, removed at the end.
-class ListFolder {
-public:
-    ListFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "quill-benchmark-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) {
-            throw std::runtime_error("No temporary folder could be made.");
-        }
-        m_Path = pattern;
-    }
-    ListFolder(const ListFolder&) = delete;
-    ListFolder& operator=(const ListFolder&) = delete;
-    ~ListFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_Path, ignored);
-    }
-
-    const std::filesystem::path& path() const { return m_Path; }
-
-private:
-    std::filesystem::path m_Path;
-};
 
 json describeCamera(int number) {
     json properties = json::array();
@@ -94,7 +70,7 @@ void useDevices(bool use) {
 }
 
 std::string cameraListFile(int cameras) {
-    static const ListFolder folder;
+    static const TemporaryFolder folder;
     std::string path = folder.path() / (std::to_string(cameras) + ".json");
     if (!std::filesystem::exists(path)) {
         json list = json::array();

@@ -20,8 +20,9 @@ struct Variant {
 };
 
 /// The clock that counts: CPU time of the computing thread, or wall time if several threads work together. For wall
-/// time the calling thread is pinned to one core; the others move to another, see moveToOtherCore().
-enum class Timing { ComputingThread, Wall };
+/// time the calling thread is pinned to one core; the others move to another, see moveToOtherCore(). Wall time on all
+/// cores leaves the threads where the system puts them.
+enum class Timing { ComputingThread, Wall, WallOnAllCores };
 
 /// A goal: our implementation takes at most @p limit times as long as the floor.
 struct Claim {
