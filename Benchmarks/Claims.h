@@ -22,6 +22,7 @@ std::vector<Claim> processClaims(Scope scope);
 std::vector<Claim> streamClaims(Scope scope);
 std::vector<Claim> sdkCameraClaims(Scope scope);
 std::vector<Claim> pipelineClaims(Scope scope);
+std::vector<Claim> manyCamerasClaims(Scope scope);
 #ifdef QUILL_BENCHMARK_TOOL
 std::vector<Claim> toolClaims(Scope scope);
 #endif

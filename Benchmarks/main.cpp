@@ -86,6 +86,7 @@ std::vector<Claim> wantedClaims(const Options& options) {
              streamClaims,
              sdkCameraClaims,
              pipelineClaims,
+             manyCamerasClaims,
              processClaims,
 #ifdef QUILL_BENCHMARK_TOOL
              toolClaims,

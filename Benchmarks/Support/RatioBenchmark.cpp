@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <memory>
 #include <optional>
 
 #include <time.h>
@@ -63,6 +64,15 @@ double median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
     return *middle;
+}
+
+Variant selfTimed(double pieces, const std::function<double()>& secondsOfPiece) {
+    const auto seconds = std::make_shared<double>();
+    Variant variant;
+    variant.run = [=] { *seconds = pieces * secondsOfPiece(); };
+    variant.pieces = pieces;
+    variant.partSeconds = [seconds] { return *seconds; };
+    return variant;
 }
 
 Claim countingClaim(const std::string& goal, const std::string& what, const std::string& unit, double limit,

@@ -19,6 +19,11 @@ struct Variant {
     std::function<double()> partSeconds = {};
 };
 
+/// Makes a variant that times itself.
+/// @param pieces of a run
+/// @param secondsOfPiece runs, and returns the mean time of a piece
+Variant selfTimed(double pieces, const std::function<double()>& secondsOfPiece);
+
 /// The clock that counts: CPU time of the computing thread, or wall time if several threads work together. For wall
 /// time the calling thread is pinned to one core; the others move to another, see moveToOtherCore(). Wall time on all
 /// cores leaves the threads where the system puts them.

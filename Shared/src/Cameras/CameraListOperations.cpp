@@ -85,7 +85,8 @@ std::map<std::string, std::string> Camera::getCamerasList() {
     for (const CameraList::CameraPointer& camera : list().inOrderAdded()) {
         try {
             std::string modelName = camera->getModelName();
-            modelNames.emplace(camera->getSerialNumber(), std::move(modelName));
+            // Cameras are mostly added in the order of the map.
+            modelNames.emplace_hint(modelNames.end(), camera->getSerialNumber(), std::move(modelName));
         } catch (const std::exception&) {
             // A camera without a readable name is omitted.
         }
