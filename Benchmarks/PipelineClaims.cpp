@@ -35,7 +35,8 @@ using CameraInterface::WhenFull;
 constexpr double kPipelineLimit = 1.11;
 /// That take frames from the queue, one for each core. The camera's worker is another.
 constexpr std::size_t kThreads = 2;
-constexpr int kFirstFrames = 4; ///< fill the pipeline, not timed
+constexpr std::size_t kQueueCapacity = 8;
+constexpr int kFirstFrames = 8; ///< fill the pipeline, not timed
 constexpr int kTimedFrames = 16;
 constexpr int kAllFrames = kFirstFrames + kTimedFrames;
 constexpr int kQuality = 90;
@@ -143,7 +144,7 @@ private:
 
     template <typename QueueWork>
     double streamed(std::size_t threads, QueueWork work) {
-        FrameQueue queue = m_Camera->openFrameQueue({2 * kThreads, WhenFull::HoldBack, "pictures"});
+        FrameQueue queue = m_Camera->openFrameQueue({kQueueCapacity, WhenFull::HoldBack, "pictures"});
         m_Camera->startStream();
         const double seconds = secondsPerFrame(threads, m_Folder.path(),
                                                [&](int frame, PictureWriter& writer) { work(queue, frame, writer); });

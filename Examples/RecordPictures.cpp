@@ -33,7 +33,8 @@ void require(bool condition, const char* problem) {
 void writeFile(const path& file, const unsigned char* bytes, unsigned long size) {
     const path part = file.string() + ".part";
     std::ofstream stream(part, std::ios::binary);
-    stream.write(reinterpret_cast<const char*>(bytes), static_cast<std::streamsize>(size)).flush();
+    stream.write(reinterpret_cast<const char*>(bytes), static_cast<std::streamsize>(size));
+    stream.close();
     if (!stream) {
         throw std::filesystem::filesystem_error("not written", part, {errno, std::generic_category()});
     }
@@ -96,10 +97,9 @@ int main(int argumentCount, char* arguments[]) try {
     if (camera.isPropertySupported("Pixel Format")) {
         camera.getProperty("Pixel Format").setValue("8");
     }
-    const std::size_t cores = std::max(2U, std::thread::hardware_concurrency());
-    Recording recording{camera.openFrameQueue({2 * cores, WhenFull::HoldBack, "recorder"}), count, arguments[3]};
+    Recording recording{camera.openFrameQueue({8, WhenFull::HoldBack, "recorder"}), count, arguments[3]};
     camera.startStream();
-    std::vector<std::future<void>> threads(cores);
+    std::vector<std::future<void>> threads(std::max(2U, std::thread::hardware_concurrency()));
     for (std::future<void>& thread : threads) {
         thread = std::async(std::launch::async, &Recording::run, &recording);
     }
