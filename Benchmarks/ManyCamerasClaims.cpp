@@ -32,7 +32,8 @@ constexpr double kManyCamerasLimit = 1.2;
 /// For a program with a window, while both cores are busy with frames.
 constexpr double kReadMicroseconds = 100;
 constexpr double kListMilliseconds = 500;
-constexpr double kListWorkLimit = 1.5;
+/// Others use the caches in between.
+constexpr double kListWorkLimit = 2.5;
 /// The check comes every 500 milliseconds.
 constexpr double kUnplugMilliseconds = 1500;
 
