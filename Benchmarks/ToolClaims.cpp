@@ -17,6 +17,7 @@
 #include <unistd.h>
 
 #include "Claims.h"
+#include "Support/TemporaryFolder.h"
 
 namespace Benchmarks {
 
@@ -70,35 +71,6 @@ double millisecondsOfStart() {
     return median(times);
 }
 
-/// A folder that is removed with its files.
-class PictureFolder {
-public:
-    PictureFolder() {
-        if (mkdtemp(m_Path.data()) == nullptr) {
-            throw std::runtime_error("No folder can be made in /tmp.");
-        }
-    }
-    PictureFolder(const PictureFolder&) = delete;
-    PictureFolder& operator=(const PictureFolder&) = delete;
-    ~PictureFolder() {
-        for (const std::string& name : m_Names) {
-            std::remove(path(name).c_str());
-        }
-        rmdir(m_Path.c_str());
-    }
-
-    std::string file(const std::string& name) {
-        m_Names.push_back(name);
-        return path(name);
-    }
-
-private:
-    std::string path(const std::string& name) const { return m_Path + "/" + name; }
-
-    std::string m_Path = "/tmp/quill-benchmark-XXXXXX";
-    std::vector<std::string> m_Names;
-};
-
 /// The time in which libpng alone writes the samples of a picture.
 double millisecondsOfLibpng(const std::vector<char>& samples, const std::string& path) {
     const auto begin = std::chrono::steady_clock::now();
@@ -121,13 +93,13 @@ double millisecondsOfLibpng(const std::vector<char>& samples, const std::string&
 /// The time in which a fresh process captures a picture and writes it, in times of what it cannot do without.
 double ratioOfCapture() {
     constexpr int kPictures = 9;
-    PictureFolder folder;
-    const std::string raw = folder.file("picture.raw");
+    const TemporaryFolder folder;
+    const std::string raw = folder.path() / "picture.raw";
     millisecondsOfTool({"capture", kPictureCamera, "-o", raw});
     std::ifstream stream(raw, std::ios::binary);
     const std::vector<char> samples{std::istreambuf_iterator<char>(stream), {}};
-    const std::string written = folder.file("written.png");
-    const std::string captured = folder.file("captured.png");
+    const std::string written = folder.path() / "written.png";
+    const std::string captured = folder.path() / "captured.png";
     std::vector<double> ratios;
     for (int picture = 0; picture < kPictures; ++picture) {
         const double floor = kFramePeriodMilliseconds + millisecondsOfLibpng(samples, written);
