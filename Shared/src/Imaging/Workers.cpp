@@ -8,6 +8,7 @@
 #include <opencv2/core.hpp>
 
 #include "Base/AtExit.h"
+#include "Base/Cores.h"
 #include "Base/ProcessWide.h"
 
 namespace Imaging {
@@ -16,6 +17,8 @@ namespace {
 
 /// With the caller, more threads than any memory bandwidth can feed.
 constexpr int kMostWorkers = 15;
+
+constexpr int kNoCore = -1;
 
 /// The number of workers: with the caller, as many threads as OpenCV uses or the machine runs; at least one, for
 /// runElsewhere(). OpenCV is queried once, and not in a forked child before fork() returns there.
@@ -44,7 +47,7 @@ Workers& Workers::instance() {
 }
 
 void Workers::share(int pieces, int threads, const std::function<void(int)>& work) {
-    Job job{work, pieces};
+    Job job{work, pieces, Base::currentCore()};
     offer(job, std::min(pieces, threads) - 1);
     const auto takePiece = [&] {
         const Utilities::MutexLock lock(m_Mutex);
@@ -58,7 +61,7 @@ void Workers::share(int pieces, int threads, const std::function<void(int)>& wor
 
 void Workers::runElsewhere(const std::function<void()>& work) {
     const std::function<void(int)> onlyPiece = [&work](int) { work(); };
-    Job job{onlyPiece, 1};
+    Job job{onlyPiece, 1, kNoCore}; // its owner only waits
     if (offer(job, 1)) {
         finish(job);
     } else {
@@ -110,6 +113,7 @@ void Workers::startThreadsLocked(int wanted) {
 
 void Workers::runThread() {
     while (const std::optional<Piece> piece = waitForPiece()) {
+        Base::leaveCore(piece->job->ownersCore);
         run(*piece);
     }
 }

@@ -46,6 +46,7 @@ private:
     struct Job {
         const std::function<void(int)>& work;
         int pieces;
+        int ownersCore; ///< when the job began
         int begun = 0;
         int running = 0;
         std::exception_ptr failure{};
