@@ -70,6 +70,7 @@ double idleStream() {
     camera->getProperty(PropertyNames::kStreamingMode).setValue("Still");
     camera->getProperty(PropertyNames::kHardwareTrigger).setValue("Enabled");
     camera->startStream();
+    std::this_thread::sleep_for(500ms); // the device computes ahead what its first frame needs
     const double percent = percentWhileSleeping(3s);
     camera->stopStream();
     return percent;
