@@ -219,6 +219,8 @@ TEST(Conversion, LargeImagesAreConvertedInBands) {
                                      {F::RGBA_PLANAR, F::MONO},
                                      {F::RGB_PLANAR, F::BGRA_PLANAR},
                                      {F::BAYER_GBRG, F::BGR_PLANAR},
+                                     {F::BAYER_RGGB, F::RGB},
+                                     {F::BAYER_BGGR, F::BGRA},
                                      {F::BGR, F::RGBA},
                                      {F::MONO, F::BGR},
                                      {F::RGBA, F::MONO}};

@@ -136,9 +136,13 @@ private:
         const auto width = static_cast<std::size_t>(m_Target.width());
         const MosaicRow<Sample> sites = mosaicRow(row, 1);
         const bool redFirst = m_Target.description().channelOfSample[0] == 0;
+        const auto& functions = kFunctions[channels == 4];
         Sample* const pixels = targetRow(0, row);
-        kFunctions[channels == 4][sites.greenFirst][isRedRow(row) == redFirst](sites, m_Target.width() - 2,
-                                                                               m_Source.width(), pixels + channels);
+        forWholeVectors(m_Target.width() - 2, kLanes, [&](int begin, int count) {
+            const MosaicRow<Sample> from = sites.from(begin);
+            functions[from.greenFirst][isRedRow(row) == redFirst](
+                from, count, m_Source.width(), pixels + channels * (static_cast<std::size_t>(begin) + 1));
+        });
         std::memcpy(pixels, pixels + channels, sizeof(Sample) * channels);
         Sample* const last = pixels + (width - 1) * channels;
         std::memcpy(last, last - channels, sizeof(Sample) * channels);
