@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <iterator>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "Base/TextPieces.h"
@@ -59,6 +60,24 @@ constexpr PropertyLink kLinks[] = {
     {kFramerate, kVideoClockSpeed, OrvexPropertyBuilder::linkBothWays},
 };
 
+/// Returns null for the name of any other property.
+const ConditionalDefinition* findConditional(std::string_view name) {
+    const auto* const row =
+        std::find_if(std::begin(kConditionals), std::end(kConditionals),
+                     [name](const ConditionalDefinition& candidate) { return name == candidate.name; });
+    return row == std::end(kConditionals) ? nullptr : row;
+}
+
+/// Whether a property stands for two others of which the camera lacks one. Its factory would say so by an exception.
+bool lacksPartner(const PropertyDefinition& row, OrvexCamera& camera) {
+    if (row.m_Factory != OrvexPropertyBuilder::makeConditional) {
+        return false;
+    }
+    const ConditionalDefinition* const conditional = findConditional(row.m_Name);
+    return conditional != nullptr && !(camera.isPropertySupported(conditional->inVideoMode) &&
+                                       camera.isPropertySupported(conditional->otherwise));
+}
+
 /// The version record of a camera; empty if it cannot be read.
 std::optional<ORVEX_VERSION> queryVersion(OrvexCamera& camera) {
     ORVEX_VERSION version{};
@@ -86,6 +105,9 @@ void takeOverConstant(Property& kept, Property& made) {
 /// Makes a property if the camera has it. A property of an earlier connection stays, and takes over the present values
 /// of the camera.
 void make(const PropertyDefinition& row, OrvexPropertyBuilder::Properties& properties, OrvexCamera& camera) {
+    if (lacksPartner(row, camera)) {
+        return;
+    }
     std::unique_ptr<Property> property = row.m_Factory(row.m_Name, row.m_Type, camera, row.m_SdkProperty);
     if (!property) {
         return;
@@ -186,16 +208,9 @@ std::unique_ptr<Property> OrvexPropertyBuilder::makeApiVersion(const std::string
 
 std::unique_ptr<Property> OrvexPropertyBuilder::makeConditional(const std::string& name, const PROPERTY_TYPE& type,
                                                                 OrvexCamera& camera, const unsigned long& /*number*/) {
-    const auto* const row =
-        std::find_if(std::begin(kConditionals), std::end(kConditionals),
-                     [&](const ConditionalDefinition& candidate) { return name == candidate.name; });
-    if (row == std::end(kConditionals)) {
+    const ConditionalDefinition* const row = findConditional(name);
+    if (row == nullptr) {
         raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, name);
-    }
-    for (const char* const needed : {row->inVideoMode, row->otherwise, kStreamingMode}) {
-        if (!camera.isPropertySupported(needed)) {
-            return nullptr;
-        }
     }
     Property& inVideoMode = camera.getProperty(row->inVideoMode);
     Property& otherwise = camera.getProperty(row->otherwise);

@@ -49,8 +49,8 @@ public:
     static std::unique_ptr<Property> makeApiVersion(const std::string& name, const PROPERTY_TYPE& type,
                                                     OrvexCamera& camera, const unsigned long& number);
     /// Makes a property that stands for a video property while the streaming mode is "Video", otherwise for a still
-    /// property; the name selects the two. Returns null if the camera lacks one of them.
-    /// @throws KestrelException_Property "PropertyUnsupported"  no such name
+    /// property; the name selects the two.
+    /// @throws KestrelException_Property "PropertyUnsupported"  one of the two is missing
     /// @throws KestrelException_PropertyComparison "PropertyTypeMismatch"
     static std::unique_ptr<Property> makeConditional(const std::string& name, const PROPERTY_TYPE& type,
                                                      OrvexCamera& camera, const unsigned long& number);

@@ -24,10 +24,23 @@ bool hasAfeTiming(OrvexCamera& camera) {
 
 } // namespace
 
+OrvexAfeTimingVersion::OrvexAfeTimingVersion(Unasked /*unasked*/, const std::string& name,
+                                             const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera)
+    : OrvexInformationProperty(name, type, camera) {}
+
+OrvexAfeTimingVersion::OrvexAfeTimingVersion(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
+                                             OrvexCamera& camera)
+    : OrvexAfeTimingVersion(Unasked{}, name, type, camera) {
+    if (!hasAfeTiming(camera)) {
+        raise<KestrelException_Property>(QUILL_HERE, Errors::kPropertyUnsupported, getName());
+    }
+}
+
 std::unique_ptr<CameraInterface::Property>
 OrvexAfeTimingVersion::makeIfPresent(const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
                                      OrvexCamera& camera, const unsigned long& /*number*/) {
-    return hasAfeTiming(camera) ? std::make_unique<OrvexAfeTimingVersion>(name, type, camera) : nullptr;
+    return std::unique_ptr<CameraInterface::Property>(
+        hasAfeTiming(camera) ? new OrvexAfeTimingVersion(Unasked{}, name, type, camera) : nullptr);
 }
 
 std::string OrvexAfeTimingVersion::getValue() {

@@ -64,14 +64,21 @@ public:
 /// The version of the timing file of the analogue front end, "0.0" while none is stored. Only two models have one.
 class OrvexAfeTimingVersion : public OrvexInformationProperty {
 public:
-    using OrvexInformationProperty::OrvexInformationProperty;
-    /// Returns null if the camera has none.
+    /// @throws KestrelException_Property "PropertyUnsupported"
+    OrvexAfeTimingVersion(const std::string& name, const CameraInterface::PROPERTY_TYPE& type, OrvexCamera& camera);
+    /// Makes the property as the constructor does; returns null instead of throwing.
     static std::unique_ptr<CameraInterface::Property> makeIfPresent(const std::string& name,
                                                                     const CameraInterface::PROPERTY_TYPE& type,
                                                                     OrvexCamera& camera, const unsigned long& number);
     using OrvexInformationProperty::operator=;
 
     std::string getValue() override;
+
+private:
+    /// Chooses the constructor that asks nothing of the camera.
+    struct Unasked {};
+    OrvexAfeTimingVersion(Unasked unasked, const std::string& name, const CameraInterface::PROPERTY_TYPE& type,
+                          OrvexCamera& camera);
 };
 
 /// The interface that connects the camera, as read at construction.
