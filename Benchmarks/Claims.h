@@ -11,6 +11,7 @@ namespace Benchmarks {
 enum class Scope { Short, Full };
 
 std::vector<Claim> conversionClaims(Scope scope);
+std::vector<Claim> coresClaims(Scope scope);
 std::vector<Claim> unpackingClaims(Scope scope);
 std::vector<Claim> bufferClaims(Scope scope);
 std::vector<Claim> exportClaims(Scope scope);

@@ -76,6 +76,7 @@ std::vector<Claim> wantedClaims(const Options& options) {
     std::vector<Claim> wanted;
     for (const auto& claims : {
              conversionClaims,
+             coresClaims,
              unpackingClaims,
              bufferClaims,
              exportClaims,
