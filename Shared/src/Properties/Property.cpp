@@ -80,7 +80,7 @@ void Property::unregisterOnChangeCallback() {
 }
 
 void Property::onChange(bool notifyLinked) {
-    if (notifyLinked) {
+    if (notifyLinked && !m_LinkedProperties.empty()) {
         // By name, because the callback of a linked property may add and remove links.
         std::vector<std::string> names;
         names.reserve(m_LinkedProperties.size());
