@@ -152,7 +152,7 @@ private:
         return seconds;
     }
 
-    TemporaryFolder m_Folder;
+    TestSupport::TemporaryFolder m_Folder;
     SdkCamera m_Camera;
     std::array<Frame, kFrames> m_Frames;
     std::array<std::unique_ptr<Imaging::Image>, kFrames> m_Pictures;

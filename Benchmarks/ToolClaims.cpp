@@ -93,13 +93,13 @@ double millisecondsOfLibpng(const std::vector<char>& samples, const std::string&
 /// The time in which a fresh process captures a picture and writes it, in times of what it cannot do without.
 double ratioOfCapture() {
     constexpr int kPictures = 9;
-    const TemporaryFolder folder;
-    const std::string raw = folder.path() / "picture.raw";
+    const TestSupport::TemporaryFolder folder;
+    const std::string raw = folder.file("picture.raw");
     millisecondsOfTool({"capture", kPictureCamera, "-o", raw});
     std::ifstream stream(raw, std::ios::binary);
     const std::vector<char> samples{std::istreambuf_iterator<char>(stream), {}};
-    const std::string written = folder.path() / "written.png";
-    const std::string captured = folder.path() / "captured.png";
+    const std::string written = folder.file("written.png");
+    const std::string captured = folder.file("captured.png");
     std::vector<double> ratios;
     for (int picture = 0; picture < kPictures; ++picture) {
         const double floor = kFramePeriodMilliseconds + millisecondsOfLibpng(samples, written);

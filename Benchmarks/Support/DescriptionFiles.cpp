@@ -70,7 +70,7 @@ void useDevices(bool use) {
 }
 
 std::string cameraListFile(int cameras) {
-    static const TemporaryFolder folder;
+    static const TestSupport::TemporaryFolder folder;
     std::string path = folder.path() / (std::to_string(cameras) + ".json");
     if (!std::filesystem::exists(path)) {
         json list = json::array();
