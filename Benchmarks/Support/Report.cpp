@@ -89,4 +89,14 @@ void Report::finish() const {
     }
 }
 
+bool measureInto(Report& report, const Claim& claim, double usualRatio, const MeasuringForm& form) {
+    bool tolerated = false;
+    for (int attempt = 0; attempt < form.attempts && !tolerated; ++attempt) {
+        const Measurement measurement = measure(claim, form.rounds);
+        report.add(claim, measurement);
+        tolerated = measurement.ratio <= usualRatio * form.tolerance;
+    }
+    return tolerated;
+}
+
 } // namespace Benchmarks

@@ -35,4 +35,16 @@ private:
     nlohmann::ordered_json m_Scaling = nlohmann::ordered_json::array();
 };
 
+/// How exactly goals are measured, and what is tolerated.
+struct MeasuringForm {
+    int rounds;
+    double tolerance; ///< the ratio tolerated, as a multiple of the usual one
+    int attempts;     ///< to be within tolerance: a disturbance passes, slow code stays slow
+};
+constexpr MeasuringForm kFullForm{21, 1, 1};
+constexpr MeasuringForm kShortForm{3, 2, 3}; ///< for machines with other load
+
+/// Measures a claim and reports it, for each attempt. Returns whether one of them was within tolerance.
+bool measureInto(Report& report, const Claim& claim, double usualRatio, const MeasuringForm& form);
+
 } // namespace Benchmarks
