@@ -5,6 +5,20 @@
 #
 # Defines OpenCVModules::core and OpenCVModules::imgproc.
 
+# For Windows, OpenCV is built with these modules only, and its own package knows what the static libraries need.
+if(WIN32)
+    find_package(OpenCV CONFIG QUIET COMPONENTS core imgproc)
+    include(FindPackageHandleStandardArgs)
+    find_package_handle_standard_args(OpenCVModules REQUIRED_VARS OpenCV_LIBS VERSION_VAR OpenCV_VERSION)
+    foreach(module core imgproc)
+        if(OpenCVModules_FOUND AND NOT TARGET OpenCVModules::${module})
+            add_library(OpenCVModules::${module} INTERFACE IMPORTED)
+            set_property(TARGET OpenCVModules::${module} PROPERTY INTERFACE_LINK_LIBRARIES opencv_${module})
+        endif()
+    endforeach()
+    return()
+endif()
+
 find_path(OpenCVModules_INCLUDE_DIR opencv2/imgproc.hpp PATH_SUFFIXES opencv4)
 find_library(OpenCVModules_core_LIBRARY opencv_core)
 find_library(OpenCVModules_imgproc_LIBRARY opencv_imgproc)

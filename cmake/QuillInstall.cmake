@@ -12,14 +12,15 @@ if(PROJECT_IS_TOP_LEVEL)
         VERBATIM)
 endif()
 
-install(TARGETS quillcamera EXPORT QuillCameraTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+# For Windows, a library is where programs find it, and what programs are linked with is where other systems have the library.
+set(quill_library_places LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS quillcamera EXPORT QuillCameraTargets ${quill_library_places})
 if(QUILL_BUILD_SOFTWARE_DEVICES)
     # Beside the library, which searches for the flat libraries only there.
-    install(TARGETS orvexapi tarnulibrary LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
+    install(TARGETS orvexapi tarnulibrary LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
     # For tests of applications: the interface that controls the devices, and the boundary headers that it includes.
     set(quill_devices_headers "${CMAKE_INSTALL_INCLUDEDIR}/quillcamera-devices")
-    install(TARGETS softwaredevices EXPORT QuillSoftwareDevicesTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    install(TARGETS softwaredevices EXPORT QuillSoftwareDevicesTargets ${quill_library_places})
     install(FILES Platform/SoftwareDevices/include/SoftwareDevices.h DESTINATION ${quill_devices_headers})
     install(FILES Shared/src/OrvexApi/OrvexOperations.h Shared/src/OrvexApi/OrvexRecords.h DESTINATION ${quill_devices_headers}/OrvexApi)
     install(FILES Shared/src/TarnuLibrary/TarnuOperations.h DESTINATION ${quill_devices_headers}/TarnuLibrary)
@@ -32,7 +33,7 @@ if(TARGET quillcamera-genicam)
 endif()
 if(QUILL_BUILD_C)
     set_property(TARGET quillcamera-c PROPERTY INSTALL_RPATH "\$ORIGIN")
-    install(TARGETS quillcamera-c EXPORT QuillCameraTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    install(TARGETS quillcamera-c EXPORT QuillCameraTargets ${quill_library_places})
     install(FILES Bindings/C/include/quillcamera.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endif()
 if(TARGET gstquill)

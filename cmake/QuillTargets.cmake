@@ -1,6 +1,25 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Flags for every target of the project.
+# Flags for every target of the project, and its sources for each platform.
+
+# Of two sources with the same name but for this ending, each platform has one.
+if(WIN32)
+    set(quill_platform Windows)
+    set(quill_other_platform Posix)
+else()
+    set(quill_platform Posix)
+    set(quill_other_platform Windows)
+endif()
+
+# Removes other platforms' sources from a list. The system's header, which has many macros, is not seen by other sources.
+macro(quill_keep_own_platform sources)
+    list(FILTER ${sources} EXCLUDE REGEX "${quill_other_platform}\\.cpp$")
+    foreach(source IN LISTS ${sources})
+        if(WIN32 AND source MATCHES "Windows\\.cpp$")
+            set_source_files_properties("${source}" PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+        endif()
+    endforeach()
+endmacro()
 
 option(QUILL_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)
 set(QUILL_SANITIZERS "" CACHE STRING "Sanitizers to build with, such as address,undefined or thread")
@@ -35,7 +54,11 @@ else()
     target_compile_options(quill_flags INTERFACE
         -fstack-protector-strong -Wformat -Werror=format-security
         $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
-    target_link_options(quill_flags INTERFACE -Wl,-z,relro -Wl,-z,now)
+    if(WIN32)
+        target_link_options(quill_flags INTERFACE -fstack-protector-strong) # links the runtime of both
+    else()
+        target_link_options(quill_flags INTERFACE -Wl,-z,relro -Wl,-z,now)
+    endif()
 endif()
 
 # Makes a program from C11 sources that use the C interface.

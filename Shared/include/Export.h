@@ -14,4 +14,8 @@
 
 /// Marks what is exported for those of the library's own adapters that are libraries of their own. Not for
 /// applications: it may change in every version.
-#define QUILL_ADAPTER_API QUILL_API
+#if defined(_WIN32) // no adapter is a library of its own
+#    define QUILL_ADAPTER_API
+#else
+#    define QUILL_ADAPTER_API QUILL_API
+#endif

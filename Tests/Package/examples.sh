@@ -26,6 +26,8 @@ examples=(
     'misbehaving_camera' 'true: a camera that is unplugged ends the wait'
 )
 status=0
+# The first steps print the same on every system, to the byte, and write the same picture.
+diff --unified "$1/Tests/Package/first-steps.txt" <("$programs/quill_first_steps" "$data" && sha256sum coffee.ppm) || status=1
 if [[ -e $programs/quill_record_pictures ]]; then
     examples+=('record_pictures 41500102 5 pictures' '5 of 5 pictures written')
     # As on a full disk: the end of a recording says what is wrong, and no part of a picture has a picture's name.

@@ -93,6 +93,9 @@ TEST_F(StreamEnding, AFailedStopAroundAnImageStaysVisibleAndCanBeTriedAgain) {
 }
 
 TEST_F(StreamEnding, WithoutAThreadTheDeviceIsStoppedAndTheNextStartClearsWhatIsLeft) {
+    if (!TestSupport::NoThreads::isPossible) {
+        GTEST_SKIP() << "The system cannot be kept from starting threads.";
+    }
     for (const EndingMode& mode : kEndingModes) {
         Camera& camera = openIn(mode.name);
         camera.getImage(); // starts the device's own thread

@@ -9,5 +9,7 @@ namespace TestSupport {
 std::size_t residentBytes();
 std::size_t threadsOfProcess();
 std::size_t openDescriptors();
+/// Bytes that are allocated and not freed; 0 where nobody counts them, such as under AddressSanitizer.
+std::size_t allocatedBytes();
 
 } // namespace TestSupport

@@ -2,19 +2,17 @@
 
 #include "Support/TemporaryFolder.h"
 
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
+#include <random>
 
 namespace TestSupport {
 
 TemporaryFolder::TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "quill-test-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) {
-        throw std::runtime_error("No temporary folder could be made.");
-    }
-    m_Path = pattern;
+    std::random_device random;
+    do {
+        m_Path = std::filesystem::temp_directory_path() / ("quill-test-" + std::to_string(random()));
+    } while (!std::filesystem::create_directory(m_Path)); // throws if that is impossible
 }
 
 TemporaryFolder::~TemporaryFolder() {
@@ -23,7 +21,7 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 std::string TemporaryFolder::write(const std::string& name, const std::string& content) const {
-    std::ofstream(m_Path / name, std::ios::binary) << content;
+    std::ofstream(m_Path / std::filesystem::u8path(name), std::ios::binary) << content;
     return file(name);
 }
 

@@ -15,7 +15,8 @@ public:
     ~TemporaryFolder();
 
     std::filesystem::path path() const { return m_Path; }
-    std::string file(const std::string& name) const { return m_Path / name; }
+    /// The path of a file, in UTF-8.
+    std::string file(const std::string& name) const { return (m_Path / std::filesystem::u8path(name)).u8string(); }
     /// Writes a file and returns its path.
     std::string write(const std::string& name, const std::string& content) const;
 

@@ -4,9 +4,8 @@
 
 #include <memory>
 #include <random>
-#include <system_error>
 
-#include <pthread.h>
+#include "Process/Process.h"
 
 namespace CInterface {
 
@@ -49,9 +48,7 @@ void HandleTable::forgetInForkedChild() {
 void HandleTable::prepareOnce() {
     static const bool isPrepared = [this] {
         m_FirstGeneration = std::random_device()();
-        if (const int error = pthread_atfork(nullptr, nullptr, [] { g_Handles.forgetInForkedChild(); })) {
-            throw std::system_error(error, std::generic_category());
-        }
+        Process::callInForkedChild([] { g_Handles.forgetInForkedChild(); });
         return true;
     }();
     static_cast<void>(isPrepared);

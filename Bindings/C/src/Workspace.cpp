@@ -6,10 +6,9 @@
 #include <atomic>
 #include <chrono>
 #include <exception>
-#include <system_error>
 #include <utility>
 
-#include <pthread.h>
+#include "Process/Process.h"
 
 namespace CInterface {
 
@@ -32,7 +31,11 @@ struct ExitGuard {
     ExitGuard() = default;
     ExitGuard(const ExitGuard&) = delete;
     ExitGuard& operator=(const ExitGuard&) = delete;
-    ~ExitGuard() { Workspace::instance().closeAtExit(); }
+    ~ExitGuard() {
+        if (Process::hasOtherThreads()) {
+            Workspace::instance().closeAtExit();
+        }
+    }
 };
 
 /// The same failure as the library's own when a camera is not in the list.
@@ -54,10 +57,9 @@ void InsideCall::refuse() {
 Workspace& Workspace::instance() {
     static const bool isPrepared = [] {
         g_Workspace = new Workspace;
+        Process::keepThisLibraryLoaded(); // the C++ library keeps callbacks into it
         // The parent's may be locked by a thread that the child does not have.
-        if (const int error = pthread_atfork(nullptr, nullptr, [] { g_Workspace = new Workspace; })) {
-            throw std::system_error(error, std::generic_category());
-        }
+        Process::callInForkedChild([] { g_Workspace = new Workspace; });
         Camera::getEnumerationFailures(); // the library's own guard is made first, and acts last
         static const ExitGuard guard;
         return true;

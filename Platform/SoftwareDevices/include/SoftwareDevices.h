@@ -25,9 +25,14 @@
 #include "TarnuLibrary/TarnuOperations.h"
 
 #if defined(_WIN32)
-#    define SOFTWARE_DEVICES_API
+#    define SOFTWARE_DEVICES_EXPORT __declspec(dllexport)
 #else
-#    define SOFTWARE_DEVICES_API __attribute__((visibility("default")))
+#    define SOFTWARE_DEVICES_EXPORT __attribute__((visibility("default")))
+#endif
+#if defined(_WIN32) && !defined(SOFTWARE_DEVICES_BUILDING)
+#    define SOFTWARE_DEVICES_API __declspec(dllimport)
+#else
+#    define SOFTWARE_DEVICES_API SOFTWARE_DEVICES_EXPORT
 #endif
 
 /// Control of the devices in software.

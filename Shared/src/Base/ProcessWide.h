@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "Base/ForkedChild.h"
+#include "Process/Process.h"
 
 namespace Base {
 
@@ -15,7 +15,7 @@ class ProcessWide {
 public:
     ProcessWide() : m_State(new State) {
         s_This = this;
-        callInForkedChild([] {
+        Process::callInForkedChild([] {
             // The parent's state is left as it is: none of its code may run here, including destructors.
             auto state = std::make_unique<State>();
             state->parents = s_This->m_State;

@@ -17,11 +17,8 @@ void* SharedLibrary::find(const char* name) const {
     return m_Library == nullptr ? nullptr : dlsym(m_Library, name);
 }
 
-void keepThisLibraryLoaded() {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(&keepThisLibraryLoaded), &info) != 0 && info.dli_fname != nullptr) {
-        dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
-    }
+void* SharedLibrary::find(const char* prefix, unsigned number) const {
+    return find((std::string(prefix) + '_' + std::to_string(number)).c_str());
 }
 
 } // namespace Base

@@ -36,7 +36,7 @@ void Watchdog::start(const int& periodMs, const std::function<bool()>& callback)
     m_Callback = function;
     const MutexLock lock(m_Mutex);
     m_Command = kNoCommand;
-    m_Process = Base::processNumber();
+    m_Process = Process::number();
     m_Thread = std::thread(&Watchdog::poll, this);
 }
 
@@ -98,7 +98,7 @@ bool Watchdog::isOwnThread() const {
 }
 
 bool Watchdog::isThreadOfThisProcess() const {
-    return m_Process == Base::processNumber();
+    return m_Process == Process::number();
 }
 
 void Watchdog::refuseOwnThread() const {

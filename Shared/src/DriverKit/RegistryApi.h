@@ -39,6 +39,9 @@ struct RegistryApi {
     win32::LSTATUS (*RegCloseKey)(RegistryHandle key);
 };
 
+/// The operations of the platform's registry, or of a file in its place.
+RegistryApi platformRegistryApi();
+
 /// The table of the platform, or its replacement. Thread-safe.
 const RegistryApi& registryApi();
 

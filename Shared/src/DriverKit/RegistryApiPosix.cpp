@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "Base/TableInUse.h"
 #include "DriverKit/RegistryApi.h"
 #include "DriverKit/RegistryFile.h"
 
@@ -11,22 +10,12 @@ namespace {
 /// On a platform without a registry, installers of the driver kit write their entries to this file.
 constexpr const char* kRegistryFile = "/etc/quillcamera/drivers.conf";
 
-RegistryApi fileTable() {
+} // namespace
+
+RegistryApi platformRegistryApi() {
     return {[](RegistryHandle /*root*/, const char16_t* path, std::uint32_t /*options*/, std::uint32_t /*access*/,
                RegistryHandle* opened) { return openStoredKey(kRegistryFile, path, opened); },
             getStoredValue, closeStoredKey};
-}
-
-Base::TableInUse<RegistryApi, fileTable> tableInUse;
-
-} // namespace
-
-const RegistryApi& registryApi() {
-    return tableInUse.get();
-}
-
-void useRegistryApi(const RegistryApi* api) {
-    tableInUse.replace(api);
 }
 
 } // namespace Utilities

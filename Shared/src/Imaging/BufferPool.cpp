@@ -5,10 +5,15 @@
 #include <algorithm>
 #include <utility>
 
-#include <sanitizer/asan_interface.h>
-
 #include "Base/AtExit.h"
 #include "Base/ProcessWide.h"
+
+#if __has_include(<sanitizer/asan_interface.h>)
+#    include <sanitizer/asan_interface.h>
+#else // the compiler has no AddressSanitizer for this system
+#    define ASAN_POISON_MEMORY_REGION(address, size) (static_cast<void>(address), static_cast<void>(size))
+#    define ASAN_UNPOISON_MEMORY_REGION(address, size) (static_cast<void>(address), static_cast<void>(size))
+#endif
 
 namespace Imaging {
 

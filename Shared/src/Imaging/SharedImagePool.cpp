@@ -6,8 +6,8 @@
 #include <type_traits>
 #include <utility>
 
-#include "Base/ForkedChild.h"
 #include "Imaging/ImageClasses.h"
+#include "Process/Process.h"
 
 namespace Imaging {
 
@@ -59,7 +59,7 @@ struct SharedImagePool::BlockAllocator {
     std::shared_ptr<SharedImagePool> pool;
 };
 
-SharedImagePool::SharedImagePool() : m_Process(Base::processNumber()) {
+SharedImagePool::SharedImagePool() : m_Process(Process::number()) {
     m_SmallBuffers.reserve(kMaximumKept); // so that taking back never allocates
     m_Blocks.reserve(kMaximumKept);
 }
@@ -129,7 +129,7 @@ void SharedImagePool::giveBackBlock(void* block) noexcept {
 }
 
 bool SharedImagePool::isOfThisProcess() const {
-    return m_Process == Base::processNumber();
+    return m_Process == Process::number();
 }
 
 } // namespace Imaging

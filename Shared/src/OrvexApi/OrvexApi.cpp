@@ -37,7 +37,7 @@ OrvexApi OrvexApi::bindTo(const std::string& folder) {
     OrvexApi api;
     const Base::SharedLibrary library(folder, "orvexapi");
 #define QUILL_BIND_OPERATION(role, number, result, failure, parameters)                                                \
-    Base::bind(api.role, library.find("orvexapi_" #number));
+    Base::bind(api.role, library.find("orvexapi", number));
     ORVEX_OPERATIONS(QUILL_BIND_OPERATION)
 #undef QUILL_BIND_OPERATION
     return api;

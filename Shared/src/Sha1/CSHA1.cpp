@@ -12,7 +12,7 @@
 #include <new>
 #include <utility>
 
-#include "Base/Utf8.h"
+#include "Base/FilePath.h"
 #include "Sha1/Sha1Compression.h"
 
 namespace {
@@ -63,8 +63,7 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 File openFile(const wchar_t* path) {
     try {
-        // Independent of the locale, unlike the path class.
-        return File(std::fopen(Base::toUtf8<Base::WideConverter>(path).c_str(), "rb"));
+        return File(Base::openToRead(path));
     } catch (const std::exception&) {
         return nullptr; // the path is not valid text
     }

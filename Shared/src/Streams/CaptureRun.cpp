@@ -6,8 +6,8 @@
 #include <exception>
 #include <utility>
 
-#include "Base/SharedLibrary.h"
 #include "Exceptions/KestrelException.h"
+#include "Process/Process.h"
 #include "Streams/StreamSettings.h"
 #include "Utilities/Stopwatch.h"
 
@@ -119,7 +119,7 @@ bool CaptureRun::joinWithin(std::chrono::milliseconds patience) {
 }
 
 void CaptureRun::detach() {
-    Base::keepThisLibraryLoaded();
+    Process::keepThisLibraryLoaded();
     m_Thread.detach();
 }
 

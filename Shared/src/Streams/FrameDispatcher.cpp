@@ -22,11 +22,11 @@ struct FrameDispatcher::Work {
 };
 
 FrameDispatcher::FrameDispatcher(FrameQueue queue, Callback callback)
-    : m_Work(std::make_shared<Work>(Work{std::move(queue), std::move(callback)})), m_Process(Base::processNumber()),
+    : m_Work(std::make_shared<Work>(Work{std::move(queue), std::move(callback)})), m_Process(Process::number()),
       m_Thread([work = m_Work] { run(*work); }) {}
 
 FrameDispatcher::~FrameDispatcher() {
-    if (m_Process != Base::processNumber()) {
+    if (m_Process != Process::number()) {
         Base::renewInForkedChild(m_Thread);
         return;
     }

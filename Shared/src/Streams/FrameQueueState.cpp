@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "Base/ForkedChild.h"
+#include "Process/Process.h"
 
 namespace CameraInterface {
 
@@ -20,7 +20,7 @@ constexpr std::chrono::hours kLongest{24 * 365 * 100};
 
 FrameQueueState::FrameQueueState(const FrameQueueSettings& settings, std::optional<FrameQueueStatus> end,
                                  std::shared_ptr<const FrameCounts> counts)
-    : m_Settings(settings), m_Process(Base::processNumber()), m_Counts(std::move(counts)),
+    : m_Settings(settings), m_Process(Process::number()), m_Counts(std::move(counts)),
       m_LossesBefore(m_Counts->presentLosses()), m_Frames(settings.capacity), m_End(end) {}
 
 bool FrameQueueState::push(const Frame& frame) {
@@ -165,7 +165,7 @@ std::vector<StreamCounter> FrameQueueState::counters() const {
 }
 
 bool FrameQueueState::isOfThisProcess() const {
-    return m_Process == Base::processNumber();
+    return m_Process == Process::number();
 }
 
 } // namespace CameraInterface

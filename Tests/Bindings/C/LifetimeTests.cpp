@@ -13,8 +13,10 @@
 #include <SoftwareDevices.h>
 #include <gmock/gmock.h>
 #include <quillcamera.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#if !defined(_WIN32)
+#    include <sys/wait.h>
+#    include <unistd.h>
+#endif
 
 #include "Support/Event.h"
 
@@ -250,7 +252,8 @@ TEST_F(CInterfaceLifetime, OfThreadsThatReleaseOneHandleOnlyOneSucceeds) {
     EXPECT_EQ(released, kImages);
 }
 
-#ifndef QUILL_SANITIZED // ThreadSanitizer allows no threads in a forked child, and leaks are meant there
+#if !defined(QUILL_SANITIZED) &&                                                                                       \
+    !defined(_WIN32) // ThreadSanitizer allows no threads in a forked child, and leaks are meant there
 TEST_F(CInterfaceLifetime, AForkedChildHasImagesButNeitherCamerasNorQueues) {
     const quill_image image = takeImage();
     const quill_frame_queue queue = openQueue();

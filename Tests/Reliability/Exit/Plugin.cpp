@@ -4,7 +4,13 @@
 
 #include <Quill.h>
 
-extern "C" QUILL_API bool useQuill(const char* serialNumber) {
+#if defined(_WIN32)
+#    define PLUGIN_EXPORT __declspec(dllexport)
+#else
+#    define PLUGIN_EXPORT __attribute__((visibility("default")))
+#endif
+
+extern "C" PLUGIN_EXPORT bool useQuill(const char* serialNumber) {
     using CameraInterface::Camera;
     Camera::initialiseWorkspace();
     Camera& camera = Camera::getCamera(serialNumber);

@@ -62,15 +62,21 @@
 #define ARGUMENTS_sdkGetEthernetInfo (index, cameraMac, cameraAddresses, hostMac, hostAddresses)
 #define ARGUMENTS_sdkSetEthernetInfo (index, cameraAddresses)
 
+#if defined(_WIN32)
+#    define ORVEX_EXPORT // the build's list of exports has their numbers
+#else
+#    define ORVEX_EXPORT SOFTWARE_DEVICES_EXPORT
+#endif
+
 #define ORVEX_API_EXPORT(role, number, Result, failure, parameters)                                                    \
-    SOFTWARE_DEVICES_API Result orvexapi_##number parameters {                                                         \
+    ORVEX_EXPORT Result orvexapi_##number parameters {                                                                 \
         return SoftwareDevices::Boundary::role ARGUMENTS_##role;                                                       \
     }
 
 extern "C" {
 ORVEX_OPERATIONS(ORVEX_API_EXPORT)
 
-SOFTWARE_DEVICES_API uint32_t orvexapi_softwareDevices(void) {
+ORVEX_EXPORT uint32_t orvexapi_softwareDevices(void) {
     return 1;
 }
 }

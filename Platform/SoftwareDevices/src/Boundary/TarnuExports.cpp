@@ -14,7 +14,7 @@
 #define ARGUMENTS_TarnuSglWrite (handle, first, second, value, length, data)
 
 #define TARNU_LIBRARY_EXPORT(name, Result, parameters)                                                                 \
-    SOFTWARE_DEVICES_API Result name parameters {                                                                      \
+    SOFTWARE_DEVICES_EXPORT Result name parameters {                                                                   \
         return SoftwareDevices::Boundary::name ARGUMENTS_##name;                                                       \
     }
 

@@ -3,15 +3,19 @@
 #include "Scene/SceneSize.h"
 #include "SoftwareDevices.h"
 
-// The file that the build has painted.
-asm(".pushsection .rodata\n"
-    ".globl quillDefaultScene\n"
-    ".hidden quillDefaultScene\n"
-    "quillDefaultScene:\n"
-    ".incbin \"" QUILL_DEFAULT_SCENE "\"\n"
-    ".popsection\n");
+#if defined(_WIN32)
+#    define CONSTANTS ".section .rdata,\"dr\"\n"
+#else
+#    define CONSTANTS ".section .rodata\n"
+#endif
 
-extern "C" __attribute__((visibility("hidden"))) const std::uint8_t quillDefaultScene[];
+// The file that the build has painted.
+asm(CONSTANTS "quillDefaultScene:\n"
+              ".incbin \"" QUILL_DEFAULT_SCENE "\"\n"
+              ".text\n");
+
+// Named in assembly as in C++ on every system.
+extern "C" __attribute__((visibility("hidden"))) const std::uint8_t quillDefaultScene[] asm("quillDefaultScene");
 
 namespace SoftwareDevices {
 

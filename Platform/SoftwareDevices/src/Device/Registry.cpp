@@ -5,8 +5,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include <pthread.h>
-
+#include "Process/Process.h"
 #include "Refusal.h"
 
 namespace SoftwareDevices {
@@ -19,7 +18,8 @@ Registry& Registry::instance() {
     static OfProcess* current = nullptr;
     static const bool isMade = [] {
         current = new OfProcess{};
-        pthread_atfork(nullptr, nullptr, [] { current = new OfProcess{{}, current}; });
+        Process::callInForkedChild([] { current = new OfProcess{{}, current}; });
+        Process::keepThisLibraryLoaded(); // devices have threads
         return true;
     }();
     static_cast<void>(isMade);

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-#include <nettle/sha1.h>
+#include "Device/Digest.h"
 
 namespace SoftwareDevices {
 
@@ -20,15 +20,6 @@ constexpr std::uint8_t kModeDisabled = 0xFF;
 
 using Block = std::array<std::uint8_t, 96>;
 
-std::array<std::uint8_t, SHA1_DIGEST_SIZE> digestOf(const std::vector<std::uint8_t>& file) {
-    sha1_ctx context{};
-    sha1_init(&context);
-    sha1_update(&context, file.size(), file.data());
-    std::array<std::uint8_t, SHA1_DIGEST_SIZE> digest{};
-    sha1_digest(&context, digest.size(), digest.data());
-    return digest;
-}
-
 } // namespace
 
 void storeUsb3VisionFile(Flash& flash, const std::vector<std::uint8_t>& file) {
@@ -38,7 +29,7 @@ void storeUsb3VisionFile(Flash& flash, const std::vector<std::uint8_t>& file) {
     for (std::size_t i = 0; i < 4; ++i) {
         block[kSizeOffset + i] = static_cast<std::uint8_t>(file.size() >> (8 * i));
     }
-    const auto digest = digestOf(file);
+    const auto digest = sha1Of(file);
     std::copy(digest.begin(), digest.end(), block.begin() + kDigestOffset);
     flash.rewrite(kBlockAddress, block.data(), static_cast<std::uint32_t>(block.size()));
     flash.rewrite(kUsb3VisionFileAddress, file.data(), static_cast<std::uint32_t>(file.size()));
@@ -56,7 +47,7 @@ bool startsAsUsb3Vision(const Flash& flash) {
     }
     std::vector<std::uint8_t> file(size);
     flash.read(kUsb3VisionFileAddress, file.data(), size);
-    const auto digest = digestOf(file);
+    const auto digest = sha1Of(file);
     return std::equal(digest.begin(), digest.end(), block.begin() + kDigestOffset);
 }
 

@@ -3,7 +3,6 @@
 #include "Cameras/GenICam/GenICamSettings.h"
 
 #include <charconv>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <optional>
@@ -12,6 +11,7 @@
 #include "Base/ProcessWide.h"
 #include "Cameras/GenICam/Ipv4.h"
 #include "Exceptions/Raise.h"
+#include "Process/Process.h"
 #include "Utilities/Mutex.h"
 
 namespace CameraInterface::GenICam {
@@ -79,7 +79,7 @@ Settings readAtStart() {
     if (std::ifstream file(QUILL_GENICAM_FILE, std::ios::binary); file) {
         settings = parseSettings({std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()});
     }
-    if (const char* list = secure_getenv("QUILL_GENICAM")) {
+    if (const char* list = Process::environmentVariable("QUILL_GENICAM")) {
         replaceNetwork(settings, list);
     }
     return settings;

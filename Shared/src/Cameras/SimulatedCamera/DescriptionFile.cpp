@@ -10,6 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Base/FilePath.h"
 #include "Base/NeverDestroyed.h"
 #include "Cameras/SimulatedCamera/DescriptionParser.h"
 
@@ -24,7 +25,7 @@ using nlohmann::json;
 template <typename Record, typename Read>
 std::vector<Record> loadFromCameras(const std::string& key, Read read) {
     std::vector<Record> records;
-    const std::string path = getDescriptionFilePath();
+    const std::filesystem::path path = Base::filePath(getDescriptionFilePath());
     if (std::ifstream file(path); file.good()) {
         std::error_code noPlainFile;
         if (const auto size = std::filesystem::file_size(path, noPlainFile);

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 
+#include <malloc.h>
 #include <unistd.h>
 
 namespace TestSupport {
@@ -31,6 +32,10 @@ std::size_t threadsOfProcess() {
 
 std::size_t openDescriptors() {
     return entriesOf("/proc/self/fd") - 1; // without that of the folder itself
+}
+
+std::size_t allocatedBytes() {
+    return mallinfo2().uordblks;
 }
 
 } // namespace TestSupport
