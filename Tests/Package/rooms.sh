@@ -68,7 +68,7 @@ FNR == 1 {
     else if (used != room && !((room, used) in allowed)) fail(FILENAME ":" FNR ": " room " may not use " used " (" part[2] ")")
 }
 # Headers of the C++ library have no extension, those of the system are not counted as libraries.
-/^#include <[^>]*[\/.]/ && !/^#include <((sys|sanitizer|net|netinet|arpa)\/.*|(unistd|fcntl|poll|ifaddrs|dlfcn|pthread|cpuid|immintrin|stdbool|stdint|stddef|windows|bcrypt)\.h)>/ {
+/^#include <[^>]*[\/.]/ && !/^#include <((sys|sanitizer|net|netinet|arpa)\/.*|(unistd|fcntl|poll|ifaddrs|dlfcn|pthread|cpuid|immintrin|stdbool|stdint|stddef|io|windows|bcrypt|shellapi)\.h)>/ {
     split($0, part, /[<>]/)
     used = part[2] == "Quill.h" ? "Public headers" : part[2] ~ /\// ? "<" substr(part[2], 1, index(part[2], "/") - 1) ">" : "<" part[2] ">"
     ++arrows

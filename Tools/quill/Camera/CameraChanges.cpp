@@ -14,9 +14,9 @@ CameraChanges::CameraChanges() {
             const Utilities::MutexLock lock(m_Mutex);
             m_Departures.push_back({modelName, serialNumber});
         }
-        m_Pipe.wake();
+        m_Waker.wake();
     });
-    Camera::registerNewConnectCallback([this] { m_Pipe.wake(); });
+    Camera::registerNewConnectCallback([this] { m_Waker.wake(); });
 }
 
 CameraChanges::~CameraChanges() {
@@ -25,7 +25,7 @@ CameraChanges::~CameraChanges() {
 }
 
 std::vector<Departure> CameraChanges::takeDepartures() {
-    m_Pipe.drain();
+    m_Waker.drain();
     const Utilities::MutexLock lock(m_Mutex);
     return std::exchange(m_Departures, {});
 }

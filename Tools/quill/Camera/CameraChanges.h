@@ -6,7 +6,7 @@
 
 #include <Quill.h>
 
-#include "Terminal/WakePipe.h"
+#include "Terminal/Waker.h"
 
 namespace QuillTool {
 
@@ -26,12 +26,12 @@ public:
     ~CameraChanges();
 
     /// Becomes readable when the list changes.
-    int descriptor() const { return m_Pipe.descriptor(); }
+    const Waker& waker() const { return m_Waker; }
 
     std::vector<Departure> takeDepartures();
 
 private:
-    WakePipe m_Pipe;
+    Waker m_Waker;
     Utilities::Mutex m_Mutex; // guards the departures
     std::vector<Departure> m_Departures QUILL_GUARDED_BY(m_Mutex);
 };

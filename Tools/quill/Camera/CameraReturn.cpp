@@ -3,11 +3,9 @@
 #include "Camera/CameraReturn.h"
 
 #include <algorithm>
-#include <array>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <poll.h>
 
 #include "Camera/CameraKind.h"
 #include "Terminal/NumberArgument.h"
@@ -71,9 +69,7 @@ bool CameraReturn::waitUntil(Clock::time_point deadline, Condition&& isMet) {
 
 void CameraReturn::waitForChange(Clock::time_point deadline) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-    std::array<pollfd, 2> waiting{pollfd{m_Context.interrupt.descriptor(), POLLIN, 0},
-                                  pollfd{m_Changes.descriptor(), POLLIN, 0}};
-    poll(waiting.data(), waiting.size(), std::max(0, static_cast<int>(left.count())));
+    waitForAny({&m_Context.interrupt.waker(), &m_Changes.waker()}, left);
     if (m_Context.interrupt.requested()) {
         throw ToolError(ExitCode::Interrupted, m_Camera.about("interrupted during its restart, which continues"));
     }

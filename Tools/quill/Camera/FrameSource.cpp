@@ -2,10 +2,7 @@
 
 #include "Camera/FrameSource.h"
 
-#include <array>
 #include <stdexcept>
-
-#include <poll.h>
 
 namespace QuillTool {
 
@@ -38,9 +35,7 @@ FrameResult FrameSource::next(std::chrono::nanoseconds limit) {
 }
 
 void FrameSource::closeWhenInterrupted() {
-    std::array<pollfd, 2> waiting{pollfd{m_End.descriptor(), POLLIN, 0}, pollfd{m_Interrupt.descriptor(), POLLIN, 0}};
-    while (poll(waiting.data(), waiting.size(), -1) <= 0) {
-    }
+    waitForAny({&m_End, &m_Interrupt.waker()});
     m_Queue.close();
 }
 

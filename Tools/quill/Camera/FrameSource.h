@@ -8,7 +8,7 @@
 
 #include "Camera/Session.h"
 #include "Terminal/Interrupt.h"
-#include "Terminal/WakePipe.h"
+#include "Terminal/Waker.h"
 
 namespace QuillTool {
 
@@ -35,7 +35,7 @@ private:
     const Interrupt& m_Interrupt;
     SelectedCamera m_Camera;
     CameraInterface::FrameQueue m_Queue;
-    WakePipe m_End;
+    Waker m_End;
     std::thread m_Closer;
 };
 

@@ -4,18 +4,14 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <climits>
+#include <optional>
 #include <system_error>
 #include <utility>
 
 #include <fmt/format.h>
-#include <poll.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "Camera/ComputedColor.h"
-#include "Terminal/Output.h"
+#include "Terminal/StandardStreams.h"
 #include "Terminal/ToolError.h"
 
 namespace QuillTool {
@@ -42,11 +38,6 @@ constexpr std::array<RawVideoName, 9> kRawVideoNames{{
     {IMAGE_FORMAT::BGR, "bgr24", "bgr48"},
     {IMAGE_FORMAT::BGRA, "bgra", "bgra64"},
 }};
-
-bool isRegularFile(int descriptor) {
-    struct stat status {};
-    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-}
 
 } // namespace
 
@@ -101,34 +92,21 @@ void FrameWriter::run() {
 }
 
 bool FrameWriter::write(const Imaging::Image& image) {
-    // As much as a pipe that has space takes at once, so that an interrupt ends the wait for a reader that reads no
-    // more.
-    const std::size_t piece = isRegularFile(STDOUT_FILENO) ? image.getImageSize() : PIPE_BUF;
     const unsigned char* bytes = image.getDataAddress();
     for (std::size_t left = image.getImageSize(); left > 0;) {
-        if (!waitWritable()) {
+        std::optional<std::size_t> written;
+        try {
+            written = writeOutput(bytes, left, {&m_Interrupt.waker(), &m_Abandoned});
+        } catch (const std::system_error& failure) {
+            throw ToolError(ExitCode::Failed, fmt::format("cannot write the frames: {}", failure.code().message()));
+        }
+        if (!written) {
             return false;
         }
-        const ssize_t count = ::write(STDOUT_FILENO, bytes, std::min(left, piece));
-        if (count < 0 && errno == EPIPE) {
-            throw OutputClosed{};
-        }
-        if (count < 0 && errno != EINTR) {
-            throw ToolError(ExitCode::Failed,
-                            fmt::format("cannot write the frames: {}", std::generic_category().message(errno)));
-        }
-        bytes += std::max<ssize_t>(count, 0);
-        left -= static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        bytes += *written;
+        left -= *written;
     }
     return true;
-}
-
-bool FrameWriter::waitWritable() const {
-    std::array<pollfd, 3> waiting{pollfd{m_Interrupt.descriptor(), POLLIN, 0},
-                                  pollfd{m_Abandoned.descriptor(), POLLIN, 0}, pollfd{STDOUT_FILENO, POLLOUT, 0}};
-    while (poll(waiting.data(), waiting.size(), -1) <= 0) {
-    }
-    return waiting[0].revents == 0 && waiting[1].revents == 0;
 }
 
 } // namespace QuillTool

@@ -11,7 +11,7 @@
 #include <Quill.h>
 
 #include "Terminal/Interrupt.h"
-#include "Terminal/WakePipe.h"
+#include "Terminal/Waker.h"
 
 namespace QuillTool {
 
@@ -44,7 +44,6 @@ private:
     void run();
     /// @return false after an interrupt, or when nobody waits for the end
     bool write(const Imaging::Image& image);
-    bool waitWritable() const;
 
     const Interrupt& m_Interrupt;
     CameraInterface::FrameQueue m_Queue;
@@ -52,7 +51,7 @@ private:
     const Callback m_OnEnd;
     std::atomic<std::uint64_t> m_Written{0};
     std::atomic<std::uint64_t> m_Dropped{0};
-    WakePipe m_Abandoned;
+    Waker m_Abandoned;
     std::exception_ptr m_Failure; // written by the thread, read once it has ended
     std::thread m_Thread;
 };

@@ -2,10 +2,7 @@
 
 #include "Camera/ImageSource.h"
 
-#include <array>
 #include <exception>
-
-#include <poll.h>
 
 #include "Camera/ComputedColor.h"
 #include "Camera/Region.h"
@@ -14,7 +11,7 @@ namespace QuillTool {
 
 namespace {
 
-constexpr int kRepetitionMs = 20; // a stop that arrives just before the start has no effect
+constexpr std::chrono::milliseconds kRepetition{20}; // a stop that arrives just before the start has no effect
 
 } // namespace
 
@@ -42,16 +39,13 @@ std::unique_ptr<Imaging::Image> ImageSource::next() {
 }
 
 void ImageSource::stopWhenInterrupted() {
-    std::array<pollfd, 2> waiting{pollfd{m_End.descriptor(), POLLIN, 0}, pollfd{m_Interrupt.descriptor(), POLLIN, 0}};
-    while (poll(waiting.data(), waiting.size(), -1) <= 0) {
-    }
-    while (waiting[0].revents == 0) {
+    for (bool hasEnded = waitForAny({&m_End, &m_Interrupt.waker()}) == 0U; !hasEnded;) {
         try {
             m_Camera->stopStream();
         } catch (const std::exception&) {
             // The wait for the image ends on its own and reports the camera's reason.
         }
-        poll(waiting.data(), 1, kRepetitionMs);
+        hasEnded = waitForAny({&m_End}, kRepetition).has_value();
     }
 }
 

@@ -8,7 +8,7 @@
 
 #include "Camera/Session.h"
 #include "Terminal/Interrupt.h"
-#include "Terminal/WakePipe.h"
+#include "Terminal/Waker.h"
 
 namespace QuillTool {
 
@@ -30,7 +30,7 @@ private:
 
     const Interrupt& m_Interrupt;
     SelectedCamera m_Camera;
-    WakePipe m_End;
+    Waker m_End;
     std::thread m_Stopper;
 };
 

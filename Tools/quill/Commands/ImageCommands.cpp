@@ -11,7 +11,6 @@
 #include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include "Camera/CameraKind.h"
 #include "Camera/ImageSource.h"
@@ -19,6 +18,7 @@
 #include "Commands/Command.h"
 #include "ImageFiles/ImageFile.h"
 #include "Terminal/NumberArgument.h"
+#include "Terminal/StandardStreams.h"
 #include "Terminal/Text.h"
 
 namespace QuillTool {
@@ -77,7 +77,7 @@ public:
         if (isStandardOutput() && m_Json) {
             throw ToolError(ExitCode::Usage, "--json excludes -o -: standard output has room for one of them");
         }
-        if (isStandardOutput() && isatty(STDOUT_FILENO) == 1) {
+        if (isStandardOutput() && isTerminal(StandardStream::Output)) {
             throw ToolError(ExitCode::Usage, "standard output is a terminal, not a file or pipe for an image");
         }
     }
@@ -129,10 +129,10 @@ private:
 
     /// Returns NAME-0001.EXT: names in the order of the images.
     std::string numbered(unsigned number, unsigned count) const {
-        const std::filesystem::path file(m_Target.path);
-        const std::string name = fmt::format("{}-{:0{}}{}", file.stem().string(), number, std::to_string(count).size(),
-                                             file.extension().string());
-        return (file.parent_path() / name).string();
+        const auto file = std::filesystem::u8path(m_Target.path);
+        const std::string name = fmt::format("{}-{:0{}}{}", file.stem().u8string(), number,
+                                             std::to_string(count).size(), file.extension().u8string());
+        return (file.parent_path() / std::filesystem::u8path(name)).u8string();
     }
 
     ImageTarget m_Target{""};

@@ -8,7 +8,6 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <poll.h>
 
 #include "Commands/Command.h"
 #include "Commands/ServeDescription.h"
@@ -70,12 +69,7 @@ private:
         return Serve::isLoopback(address) ? "" : Serve::makeToken();
     }
 
-    static void waitForInterrupt(const Interrupt& interrupt) {
-        pollfd waiting{interrupt.descriptor(), POLLIN, 0};
-        while (!interrupt.requested()) {
-            poll(&waiting, 1, -1);
-        }
-    }
+    static void waitForInterrupt(const Interrupt& interrupt) { waitForAny({&interrupt.waker()}); }
 
     ServeOptions m_Options;
 };

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include <array>
 #include <map>
 #include <string>
 #include <vector>
@@ -8,11 +7,10 @@
 #include <CLI/CLI.hpp>
 #include <Quill.h>
 #include <fmt/format.h>
-#include <poll.h>
-#include <unistd.h>
 
 #include "Camera/CameraChanges.h"
 #include "Commands/Command.h"
+#include "Terminal/StandardStreams.h"
 
 namespace QuillTool {
 
@@ -61,20 +59,7 @@ private:
 
     /// @return false after an interrupt
     static bool waitForChange(const Interrupt& interrupt, const CameraChanges& changes) {
-        std::array<pollfd, 3> waiting{pollfd{interrupt.descriptor(), POLLIN, 0},
-                                      pollfd{changes.descriptor(), POLLIN, 0}, pollfd{STDOUT_FILENO, 0, 0}};
-        while (!interrupt.requested()) {
-            if (poll(waiting.data(), waiting.size(), -1) <= 0) {
-                continue;
-            }
-            if ((waiting[2].revents & POLLERR) != 0) {
-                throw OutputClosed{}; // at once, not at the next change
-            }
-            if (waiting[1].revents != 0) {
-                return true;
-            }
-        }
-        return false;
+        return waitWhileOutputIsRead({&interrupt.waker(), &changes.waker()}) == 1;
     }
 
     bool m_Json = false;

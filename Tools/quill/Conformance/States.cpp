@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <chrono>
 
-#include <poll.h>
-
 #include "Camera/CameraChanges.h"
 #include "Terminal/ToolError.h"
 
@@ -49,8 +47,7 @@ void awaitRetirement(Subject& subject) {
         if (left.count() <= 0) {
             throw ToolError(ExitCode::TimedOut, "the library did not notice that the camera left");
         }
-        pollfd waiting{changes.descriptor(), POLLIN, 0};
-        poll(&waiting, 1, static_cast<int>(left.count()));
+        waitForAny({&changes.waker()}, left);
         changes.takeDepartures();
     }
 }

@@ -10,20 +10,9 @@
 #include <system_error>
 #include <utility>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 namespace QuillTool {
 
 namespace {
-
-/// The permission bits that a new file takes from the file it replaces; other mode bits depend on the content.
-constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
-
-[[noreturn]] void raiseSystemError(int error) {
-    throw std::system_error(error, std::generic_category());
-}
 
 /// Calls a transfer until all bytes are through, or it fails or ends.
 /// @param transfer  takes the number of bytes that are done; returns those added, or -1 with errno
@@ -31,7 +20,7 @@ template <typename Transfer>
 std::size_t transferred(std::size_t size, int& error, Transfer transfer) {
     std::size_t done = 0;
     while (error == 0 && done < size) {
-        const ssize_t added = transfer(done);
+        const std::ptrdiff_t added = transfer(done);
         if (added == 0) {
             break;
         }
@@ -48,75 +37,65 @@ std::size_t transferred(std::size_t size, int& error, Transfer transfer) {
 
 AtomicFile::AtomicFile(const std::string& path, Access access)
     : m_Path(path), m_File(nullptr, &std::fclose), m_Receiver(nullptr, &std::fclose) {
-    struct stat status = {};
-    const bool exists = ::stat(path.c_str(), &status) == 0;
-    if (!exists && errno != ENOENT) {
-        raiseSystemError(errno);
-    }
-    if (exists && S_ISDIR(status.st_mode)) {
+    const FilePlace place = examinePlace(path);
+    if (place.kind == FilePlace::Kind::Folder) {
         raiseSystemError(EISDIR);
     }
-    // Renaming does not check the permissions of the replaced file.
-    if (exists && ::access(path.c_str(), W_OK) != 0) {
-        raiseSystemError(errno);
-    }
-    if (exists && !S_ISREG(status.st_mode)) {
-        openDirectly({std::fopen(path.c_str(), "wbe"), &std::fclose}, access);
+    const bool isReplaced = place.kind == FilePlace::Kind::RegularFile;
+    if (place.kind == FilePlace::Kind::Other) {
+        openDirectly(openHandle(path, "wb"), access);
     } else {
-        if (exists) {
+        if (isReplaced) {
             // Keeps a link and replaces its target.
-            m_Path = std::filesystem::canonical(path).string();
+            m_Path = std::filesystem::canonical(pathOf(path)).u8string();
         }
         createTemporary();
     }
     if (!m_File) {
         raiseSystemError(errno);
     }
-    if (exists && !m_Temporary.empty()) {
-        ::fchmod(::fileno(m_File.get()), status.st_mode & kPermissions);
+    if (isReplaced) {
+        setPermissions(m_File.get(), place.permissions);
     }
 }
 
 AtomicFile::AtomicFile(Access access) : m_File(nullptr, &std::fclose), m_Receiver(nullptr, &std::fclose) {
     static_cast<void>(std::fflush(stdout)); // what was printed before comes first
-    const int descriptor = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
-    openDirectly({descriptor < 0 ? nullptr : ::fdopen(descriptor, "wb"), &std::fclose}, access);
+    openDirectly(duplicateOutput(), access);
     if (!m_File) {
         raiseSystemError(errno);
     }
 }
 
-AtomicFile::AtomicFile(int descriptor)
-    : m_File(::fdopen(descriptor, "w+b"), &std::fclose), m_Receiver(nullptr, &std::fclose) {
+AtomicFile::AtomicFile(int descriptor) : m_File(takeDescriptor(descriptor)), m_Receiver(nullptr, &std::fclose) {
     if (!m_File) {
-        const int error = errno;
-        ::close(descriptor);
-        raiseSystemError(error);
+        raiseSystemError(errno);
     }
 }
 
 AtomicFile::~AtomicFile() {
     if (!m_Temporary.empty()) {
-        ::unlink(m_Temporary.c_str());
+        removeFile(m_Temporary);
     }
 }
 
 void AtomicFile::createTemporary() {
     static std::atomic<unsigned> s_Number{0};
-    const std::filesystem::path folder = std::filesystem::path(m_Path).parent_path();
+    const std::filesystem::path folder = pathOf(m_Path).parent_path();
     std::string name;
     do {
-        name = folder / (".quill-" + std::to_string(::getpid()) + "-" + std::to_string(s_Number++) + ".part");
-        m_File.reset(std::fopen(name.c_str(), "w+bxe"));
+        const std::string number = std::to_string(processNumber()) + "-" + std::to_string(s_Number++);
+        name = (folder / (".quill-" + number + ".part")).u8string();
+        m_File = openHandle(name, "w+bx");
     } while (!m_File && errno == EEXIST);
     if (m_File) {
         m_Temporary = name;
     }
 }
 
-void AtomicFile::openDirectly(File file, Access access) {
+void AtomicFile::openDirectly(FileHandle file, Access access) {
     if (file && access == Access::Random) {
-        m_Receiver = std::exchange(file, File(std::tmpfile(), &std::fclose));
+        m_Receiver = std::exchange(file, openUnnamed());
     }
     m_File = std::move(file);
 }
@@ -129,8 +108,8 @@ void AtomicFile::write(const void* bytes, std::size_t size) noexcept {
 
 std::size_t AtomicFile::writeAt(std::uint64_t position, const void* bytes, std::size_t size) noexcept {
     const std::size_t done = transferred(size, m_Error, [&](std::size_t offset) {
-        return ::pwrite(::fileno(m_File.get()), static_cast<const char*>(bytes) + offset, size - offset,
-                        static_cast<off_t>(position + offset));
+        return QuillTool::writeAt(m_File.get(), position + offset, static_cast<const char*>(bytes) + offset,
+                                  size - offset);
     });
     m_Size = std::max(m_Size, position + done);
     return done;
@@ -138,8 +117,7 @@ std::size_t AtomicFile::writeAt(std::uint64_t position, const void* bytes, std::
 
 std::size_t AtomicFile::readAt(std::uint64_t position, void* bytes, std::size_t size) noexcept {
     return transferred(size, m_Error, [&](std::size_t offset) {
-        return ::pread(::fileno(m_File.get()), static_cast<char*>(bytes) + offset, size - offset,
-                       static_cast<off_t>(position + offset));
+        return QuillTool::readAt(m_File.get(), position + offset, static_cast<char*>(bytes) + offset, size - offset);
     });
 }
 
@@ -167,7 +145,7 @@ void AtomicFile::commit() {
     if (std::fclose(m_File.release()) != 0 && m_Error == 0) {
         m_Error = errno;
     }
-    if (m_Error == 0 && !m_Temporary.empty() && ::rename(m_Temporary.c_str(), m_Path.c_str()) != 0) {
+    if (m_Error == 0 && !m_Temporary.empty() && !renameOver(m_Temporary, m_Path)) {
         m_Error = errno;
     }
     requireNoFailure();

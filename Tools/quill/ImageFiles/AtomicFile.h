@@ -3,9 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <memory>
 #include <string>
+
+#include "ImageFiles/FileAccess.h"
 
 namespace QuillTool {
 
@@ -50,18 +50,16 @@ public:
     void commit();
 
 private:
-    using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
     void createTemporary();
-    void openDirectly(File file, Access access);
+    void openDirectly(FileHandle file, Access access);
     void sendBuffered();
 
     std::string m_Path;
     /// Empty if no file needs removal.
     std::string m_Temporary;
-    File m_File;
+    FileHandle m_File;
     /// The pipe or device of Access::Random; then m_File is the temporary file.
-    File m_Receiver;
+    FileHandle m_Receiver;
     std::uint64_t m_Size = 0;
     /// Error number of the first failure.
     int m_Error = 0;

@@ -95,7 +95,7 @@ const FileType* findFileType(std::string extension) {
 }
 
 std::string extensionOf(const std::string& path) {
-    return std::filesystem::path(path).extension().string();
+    return std::filesystem::u8path(path).extension().u8string();
 }
 
 const FileType* findFileType(const ImageTarget& target) {

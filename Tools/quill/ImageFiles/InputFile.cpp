@@ -6,11 +6,12 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <stdexcept>
 #include <system_error>
 
 #include <fmt/format.h>
+
+#include "ImageFiles/FileAccess.h"
 
 namespace QuillTool {
 
@@ -44,12 +45,12 @@ std::vector<unsigned char> readToEnd(std::FILE* file, std::size_t chunk) {
 } // namespace
 
 std::vector<unsigned char> readInputFile(const std::string& path) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"), &std::fclose);
+    const FileHandle file = openHandle(path, "rb");
     if (!file) {
         throw std::system_error(errno, std::generic_category());
     }
     std::error_code notRegular;
-    const std::uintmax_t size = std::filesystem::file_size(path, notRegular);
+    const std::uintmax_t size = std::filesystem::file_size(pathOf(path), notRegular);
     if (!notRegular) {
         requireReadable(size);
     }

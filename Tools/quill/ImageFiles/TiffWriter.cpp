@@ -34,13 +34,9 @@ constexpr float kBlack = 0;
 
 /// The time in the form of the tag DateTime: local, in seconds.
 std::string dateTime() {
-    const std::time_t now = std::time(nullptr);
-    std::tm parts = {};
+    const std::tm now = localTime(std::time(nullptr));
     std::array<char, 32> text{};
-    const std::size_t length = ::localtime_r(&now, &parts) == nullptr
-                                   ? 0
-                                   : std::strftime(text.data(), text.size(), "%Y:%m:%d %H:%M:%S", &parts);
-    return {text.data(), length};
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y:%m:%d %H:%M:%S", &now)};
 }
 
 unsigned rowsPerStrip(const Imaging::Image& image) {

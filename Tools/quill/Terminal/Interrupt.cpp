@@ -2,52 +2,35 @@
 
 #include "Terminal/Interrupt.h"
 
-#include <array>
 #include <atomic>
-#include <cerrno>
-#include <csignal>
 
-#include <poll.h>
+#include "Terminal/InterruptSource.h"
 
 namespace QuillTool {
 
 namespace {
 
-constexpr std::array kSignals{SIGINT, SIGTERM};
-
 std::atomic<bool> s_Requested{false};
-std::atomic<const WakePipe*> s_Pipe{nullptr};
-static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<const WakePipe*>::is_always_lock_free);
+std::atomic<const Waker*> s_Waker{nullptr};
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<const Waker*>::is_always_lock_free);
 
-extern "C" void requestInterrupt(int /*signal*/) {
-    const int savedError = errno;
+void request() {
     s_Requested = true;
-    if (const WakePipe* pipe = s_Pipe) {
-        pipe->wake();
-    }
-    errno = savedError;
-}
-
-void handleSignals(void (*handler)(int)) {
-    struct sigaction action = {};
-    action.sa_handler = handler;
-    // Restarted calls keep libraries working that do not expect signals; poll() returns nevertheless.
-    action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
-    for (const int signal : kSignals) {
-        sigaction(signal, &action, nullptr);
+    if (const Waker* waker = s_Waker) {
+        waker->wake();
     }
 }
 
 } // namespace
 
 Interrupt::Interrupt() {
-    s_Pipe = &m_Pipe;
-    handleSignals(requestInterrupt);
+    s_Waker = &m_Waker;
+    callAtNextInterrupt(request);
 }
 
 Interrupt::~Interrupt() {
-    handleSignals(SIG_DFL);
-    s_Pipe = nullptr;
+    callAtNextInterrupt(nullptr);
+    s_Waker = nullptr;
 }
 
 bool Interrupt::requested() const {
@@ -55,19 +38,9 @@ bool Interrupt::requested() const {
 }
 
 void Interrupt::clear() {
-    m_Pipe.drain();
+    m_Waker.drain();
     s_Requested = false;
-    handleSignals(requestInterrupt);
-}
-
-bool Interrupt::waitReadable(int descriptor) const {
-    std::array<pollfd, 2> waiting{pollfd{m_Pipe.descriptor(), POLLIN, 0}, pollfd{descriptor, POLLIN, 0}};
-    while (!requested()) {
-        if (poll(waiting.data(), waiting.size(), -1) > 0 && waiting[0].revents == 0) {
-            return true; // bytes, end of file or an error, which reading reports
-        }
-    }
-    return false;
+    callAtNextInterrupt(request);
 }
 
 } // namespace QuillTool

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Terminal/WakePipe.h"
+#include "Terminal/Waker.h"
 
 namespace QuillTool {
 
-/// Turns the first SIGINT or SIGTERM into a request to end. Waits end at once, other work when it completes. A second
-/// signal ends the process immediately. At most one object exists at a time.
+/// Turns the first SIGINT or SIGTERM, or Ctrl-C or the closing of a console, into a request to end. Waits end at once,
+/// other work when it completes. A second one ends the process immediately. At most one object exists at a time.
 class Interrupt {
 public:
     Interrupt();
@@ -15,16 +15,13 @@ public:
     ~Interrupt();
 
     bool requested() const;
-    /// Is readable from the request on.
-    int descriptor() const { return m_Pipe.descriptor(); }
+    /// Is awake from the request on.
+    const Waker& waker() const { return m_Waker; }
     /// Discards the request and accepts another.
     void clear();
-    /// Waits until @p descriptor is readable.
-    /// @return false after an interrupt
-    bool waitReadable(int descriptor) const;
 
 private:
-    WakePipe m_Pipe;
+    Waker m_Waker;
 };
 
 } // namespace QuillTool

@@ -33,4 +33,7 @@ using Completer = std::function<std::vector<std::string>(const std::vector<std::
 /// @param interrupt  outlives the reader
 std::unique_ptr<LineReader> makeLineReader(Interrupt& interrupt, Completer completer);
 
+/// That of a terminal.
+std::unique_ptr<LineReader> makePromptReader(Interrupt& interrupt, Completer completer);
+
 } // namespace QuillTool

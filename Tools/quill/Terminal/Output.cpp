@@ -9,8 +9,8 @@
 #include <system_error>
 
 #include <fmt/format.h>
-#include <unistd.h>
 
+#include "Terminal/StandardStreams.h"
 #include "Terminal/Text.h"
 #include "Terminal/ToolError.h"
 
@@ -29,10 +29,10 @@ bool isSet(const char* variable) {
     return value != nullptr && *value != '\0';
 }
 
-bool wantsColor(int descriptor) {
+bool wantsColor(StandardStream stream) {
     const char* terminal = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe): as above
     const bool dumb = terminal != nullptr && std::string_view(terminal) == "dumb";
-    return isatty(descriptor) == 1 && !isSet("NO_COLOR") && !dumb;
+    return isTerminal(stream) && !isSet("NO_COLOR") && !dumb;
 }
 
 void requireWritten(bool written) {
@@ -71,7 +71,8 @@ std::string alignedRow(const std::vector<std::string>& cells, const std::vector<
 
 } // namespace
 
-Output::Output() : m_ColorResults(wantsColor(STDOUT_FILENO)), m_ColorComplaints(wantsColor(STDERR_FILENO)) {}
+Output::Output()
+    : m_ColorResults(wantsColor(StandardStream::Output)), m_ColorComplaints(wantsColor(StandardStream::Error)) {}
 
 void Output::print(std::string_view text) {
     requireWritten(std::fwrite(text.data(), 1, text.size(), stdout) == text.size());
@@ -113,7 +114,7 @@ void Output::flush() {
 }
 
 bool Output::isOnTerminal() const {
-    return isatty(STDOUT_FILENO) == 1 && isatty(STDERR_FILENO) == 1;
+    return isTerminal(StandardStream::Output) && isTerminal(StandardStream::Error);
 }
 
 void Output::notify(std::string_view sentence) {

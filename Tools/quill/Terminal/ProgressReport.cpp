@@ -7,8 +7,8 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <unistd.h>
 
+#include "Terminal/StandardStreams.h"
 #include "Terminal/ToolError.h"
 
 namespace QuillTool {
@@ -44,7 +44,7 @@ ProgressReport::Form ProgressReport::formOf(const ProgressOptions& options) {
     if (options.quiet) {
         return Form::None;
     }
-    return isatty(STDERR_FILENO) == 1 ? Form::Bar : Form::Lines;
+    return isTerminal(StandardStream::Error) ? Form::Bar : Form::Lines;
 }
 
 void ProgressReport::update(std::string_view stage, double done) {

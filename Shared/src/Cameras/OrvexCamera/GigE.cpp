@@ -2,9 +2,6 @@
 
 #include "Cameras/OrvexCamera/GigE.h"
 
-#include <algorithm>
-#include <array>
-#include <charconv>
 #include <iterator>
 #include <stdexcept>
 #include <vector>
@@ -70,11 +67,10 @@ constexpr ReportLine kReportLines[] = {
 static_assert(std::size(kReportLines) == 31);
 
 std::string hexadecimal(unsigned byte) {
-    std::array<char, 8> digits{};
-    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), byte, 16);
-    std::transform(digits.data(), result.ptr, digits.data(),
-                   [](char digit) { return digit >= 'a' ? static_cast<char>(digit - 'a' + 'A') : digit; });
-    return {digits.data(), result.ptr};
+    constexpr const char* kDigits = "0123456789ABCDEF";
+    std::string text = byte < 0x10 ? "" : hexadecimal(byte / 0x10);
+    text += kDigits[byte % 0x10];
+    return text;
 }
 
 std::string macText(const unsigned char* mac) {

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Terminal/StandardStreams.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+
+#include <shellapi.h>
+
+#include "Terminal/Output.h"
+
+namespace QuillTool {
+
+namespace {
+
+/// Small enough that an interrupt does not wait for long.
+constexpr DWORD kPieceBytes = 1U << 20;
+
+HANDLE handleOf(StandardStream stream) {
+    return GetStdHandle(stream == StandardStream::Input    ? STD_INPUT_HANDLE
+                        : stream == StandardStream::Output ? STD_OUTPUT_HANDLE
+                                                           : STD_ERROR_HANDLE);
+}
+
+std::string utf8(const wchar_t* text) {
+    const int length = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
+    std::string result(static_cast<std::size_t>(std::max(length, 1)), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text, -1, result.data(), length, nullptr, nullptr);
+    result.pop_back(); // the zero
+    return result;
+}
+
+/// Reads standard input on a thread of its own, since the system cannot wait for the bytes of a pipe.
+class InputThread {
+public:
+    static InputThread& instance() {
+        static auto* const thread = new InputThread; // reads until the process ends
+        return *thread;
+    }
+
+    std::optional<std::string> take(const Waker& waker) {
+        if (waitForAny({&waker, &m_Filled}) == 0U) {
+            return std::nullopt;
+        }
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        if (!m_AtEnd) {
+            m_Filled.drain();
+            m_Taken.wake();
+        }
+        return std::move(m_Bytes);
+    }
+
+private:
+    InputThread() {
+        std::thread([this] { run(); }).detach();
+    }
+
+    void run() {
+        for (bool atEnd = false; !atEnd;) {
+            std::array<char, 4096> bytes{};
+            DWORD length = 0;
+            atEnd = ReadFile(handleOf(StandardStream::Input), bytes.data(), static_cast<DWORD>(bytes.size()), &length,
+                             nullptr) == 0 ||
+                    length == 0;
+            {
+                const std::lock_guard<std::mutex> lock(m_Mutex);
+                m_Bytes.assign(bytes.data(), length);
+                m_AtEnd = atEnd;
+                m_Filled.wake();
+            }
+            waitForAny({&m_Taken});
+            m_Taken.drain();
+        }
+    }
+
+    std::mutex m_Mutex; // guards the bytes and the end
+    std::string m_Bytes;
+    bool m_AtEnd = false;
+    Waker m_Filled;
+    Waker m_Taken;
+};
+
+} // namespace
+
+void prepareStandardStreams() {
+    for (std::FILE* stream : {stdin, stdout, stderr}) {
+        _setmode(_fileno(stream), _O_BINARY);
+    }
+    SetConsoleOutputCP(CP_UTF8);
+    SetConsoleCP(CP_UTF8);
+    for (const StandardStream stream : {StandardStream::Output, StandardStream::Error}) {
+        DWORD mode = 0;
+        if (GetConsoleMode(handleOf(stream), &mode) != 0) {
+            SetConsoleMode(handleOf(stream), mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+        }
+    }
+}
+
+std::vector<std::string> programArguments(int /*argc*/, char** /*argv*/) {
+    int count = 0;
+    wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    for (int i = 1; words != nullptr && i < count; ++i) {
+        arguments.push_back(utf8(words[i]));
+    }
+    LocalFree(words);
+    return arguments;
+}
+
+bool isTerminal(StandardStream stream) {
+    DWORD mode = 0;
+    return GetConsoleMode(handleOf(stream), &mode) != 0;
+}
+
+std::optional<std::string> readInput(const Waker& waker) {
+    return InputThread::instance().take(waker);
+}
+
+// The system does not say that the reader of a pipe has gone before something is written.
+std::size_t waitWhileOutputIsRead(std::initializer_list<const Waker*> wakers) {
+    return waitForAny(wakers).value();
+}
+
+std::optional<std::size_t> writeOutput(const unsigned char* bytes, std::size_t size,
+                                       std::initializer_list<const Waker*> wakers) {
+    if (waitForAny(wakers, std::chrono::milliseconds(0))) {
+        return std::nullopt;
+    }
+    DWORD count = 0;
+    const auto piece = static_cast<DWORD>(std::min<std::size_t>(size, kPieceBytes));
+    if (WriteFile(handleOf(StandardStream::Output), bytes, piece, &count, nullptr) == 0) {
+        const auto failure = static_cast<int>(GetLastError());
+        if (failure == ERROR_NO_DATA || failure == ERROR_BROKEN_PIPE) {
+            throw OutputClosed{};
+        }
+        throw std::system_error(failure, std::system_category());
+    }
+    return count;
+}
+
+} // namespace QuillTool
