@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "ImageFiles/AtomicFile.h"
+#include "ImageFiles/ImageFile.h"
 #include "ImageFiles/InputFile.h"
 #include "Terminal/ToolError.h"
 
@@ -68,6 +69,20 @@ constexpr std::array kArgumentForms{
     ArgumentForm{"text:", literal},
 };
 
+/// Calls @p read for the bytes of a file, which are at least one and at most so many.
+template <typename Read>
+std::vector<unsigned char> readWhole(const std::string& path, std::size_t maximumSize, Read read) {
+    std::vector<unsigned char> bytes = attempt(fmt::format("file '{}': cannot be read", path), read);
+    if (bytes.empty()) {
+        throw ToolError(ExitCode::Failed, fmt::format("file '{}': is empty", path));
+    }
+    if (bytes.size() > maximumSize) {
+        throw ToolError(ExitCode::Failed,
+                        fmt::format("file '{}': has {} bytes, more than {}", path, bytes.size(), maximumSize));
+    }
+    return bytes;
+}
+
 } // namespace
 
 std::string readArgument(const std::string& argument) {
@@ -80,16 +95,12 @@ std::string readArgument(const std::string& argument) {
 }
 
 std::vector<unsigned char> readFileForCamera(const std::string& path, std::size_t maximumSize) {
-    std::vector<unsigned char> bytes =
-        attempt(fmt::format("file '{}': cannot be read", path), [&] { return readInputFile(path); });
-    if (bytes.empty()) {
-        throw ToolError(ExitCode::Failed, fmt::format("file '{}': is empty", path));
-    }
-    if (bytes.size() > maximumSize) {
-        throw ToolError(ExitCode::Failed,
-                        fmt::format("file '{}': has {} bytes, more than {}", path, bytes.size(), maximumSize));
-    }
-    return bytes;
+    return readWhole(path, maximumSize, [&] { return readInputFile(path); });
+}
+
+std::vector<unsigned char> readDocument(const std::string& path, std::size_t maximumSize) {
+    return readWhole(path, maximumSize,
+                     [&] { return path == kStandardStream ? readStandardInput() : readInputFile(path); });
 }
 
 std::string toHex(std::string_view bytes) {

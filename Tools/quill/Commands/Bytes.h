@@ -16,6 +16,9 @@ std::string readArgument(const std::string& argument);
 /// @throws ToolError  the file cannot be read, is empty or has more than @p maximumSize bytes
 std::vector<unsigned char> readFileForCamera(const std::string& path, std::size_t maximumSize);
 
+/// The same for a text, which is standard input if the path is "-".
+std::vector<unsigned char> readDocument(const std::string& path, std::size_t maximumSize);
+
 /// Returns two lower-case hexadecimal digits per byte.
 std::string toHex(std::string_view bytes);
 

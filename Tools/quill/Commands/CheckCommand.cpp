@@ -26,8 +26,7 @@ public:
 
     ExitCode run(Context& context) override {
         refuseCommandsAsInput(context, m_File);
-        const std::vector<unsigned char> bytes =
-            readFileForCamera(m_File == kStandardStream ? "/dev/stdin" : m_File, kLargestCameraList);
+        const std::vector<unsigned char> bytes = readDocument(m_File, kLargestCameraList);
         const CameraListReport report = examineCameraList({bytes.begin(), bytes.end()});
         if (m_Json) {
             print(context.output, report);

@@ -180,8 +180,8 @@ private:
             throw ToolError(ExitCode::Usage, fmt::format("{} takes a {}number, decimal or hexadecimal as 0x...",
                                                          parameter.m_Label, whole ? "whole " : ""));
         }
-        constexpr double kLeast = -0x80000000L;
-        constexpr double kMost = 0xFFFFFFFFL;
+        constexpr double kLeast = -2147483648.0;
+        constexpr double kMost = 4294967295.0;
         const double size = parseNumber(*number, NumberKind::Real).value_or(0);
         if (whole && (size < kLeast || size > kMost)) {
             throw ToolError(ExitCode::Usage, fmt::format("{} takes a number of 32 bits", parameter.m_Label));

@@ -36,8 +36,7 @@ public:
 protected:
     CameraSettings readFile(const Context& context) const {
         refuseCommandsAsInput(context, m_File);
-        const std::vector<unsigned char> text =
-            readFileForCamera(m_File == kStandardStream ? "/dev/stdin" : m_File, kLargestDocument);
+        const std::vector<unsigned char> text = readDocument(m_File, kLargestDocument);
         return attempt(fmt::format("file '{}'", m_File), [&] {
             return CameraInterface::parseSettings({text.begin(), text.end()});
         });

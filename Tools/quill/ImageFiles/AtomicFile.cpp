@@ -10,6 +10,8 @@
 #include <system_error>
 #include <utility>
 
+#include "Terminal/StandardStreams.h"
+
 namespace QuillTool {
 
 namespace {
@@ -102,7 +104,7 @@ void AtomicFile::openDirectly(FileHandle file, Access access) {
 
 void AtomicFile::write(const void* bytes, std::size_t size) noexcept {
     if (m_Error == 0 && std::fwrite(bytes, 1, size, m_File.get()) != size) {
-        m_Error = errno;
+        m_Error = errorOfWriting();
     }
 }
 
@@ -126,7 +128,7 @@ void AtomicFile::sendBuffered() {
     std::size_t length = 0;
     for (std::uint64_t sent = 0; (length = readAt(sent, bytes.data(), bytes.size())) != 0; sent += length) {
         if (std::fwrite(bytes.data(), 1, length, m_Receiver.get()) != length) {
-            m_Error = errno;
+            m_Error = errorOfWriting();
         }
     }
     m_File = std::move(m_Receiver);
@@ -143,7 +145,7 @@ void AtomicFile::commit() {
         sendBuffered();
     }
     if (std::fclose(m_File.release()) != 0 && m_Error == 0) {
-        m_Error = errno;
+        m_Error = errorOfWriting();
     }
     if (m_Error == 0 && !m_Temporary.empty() && !renameOver(m_Temporary, m_Path)) {
         m_Error = errno;

@@ -39,7 +39,7 @@ void requireWritten(bool written) {
     if (written) {
         return;
     }
-    const int reason = errno;
+    const int reason = errorOfWriting();
     std::clearerr(stdout);
     if (reason == EPIPE) {
         throw OutputClosed{};
@@ -135,6 +135,7 @@ void Output::complain(std::string_view style, std::string_view sentence) {
     const std::string place = m_Place.empty() ? "" : m_Place + ": ";
     const std::string line = fmt::format("{} {}{}\n", program, place, oneLine(sentence));
     static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr)); // a failure cannot be reported
+    static_cast<void>(std::fflush(stderr));                              // not every system's is without a buffer
 }
 
 } // namespace QuillTool

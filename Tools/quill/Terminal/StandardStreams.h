@@ -22,6 +22,9 @@ std::vector<std::string> programArguments(int argc, char** argv);
 
 bool isTerminal(StandardStream stream);
 
+/// The value of errno after a C function failed to write; EPIPE if nobody reads what it writes.
+int errorOfWriting();
+
 /// Waits for bytes of standard input.
 /// @return what is there, nothing of it at the end or after a failure; no value once the waker is awake
 std::optional<std::string> readInput(const Waker& waker);

@@ -63,6 +63,10 @@ bool isTerminal(StandardStream stream) {
     return isatty(static_cast<int>(stream)) == 1;
 }
 
+int errorOfWriting() {
+    return errno;
+}
+
 std::optional<std::string> readInput(const Waker& waker) {
     std::vector<pollfd> waiting = pollfdsOf({&waker}, STDIN_FILENO, POLLIN);
     if (waitFor(waiting) == 0) {

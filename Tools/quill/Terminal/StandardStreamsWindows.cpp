@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <mutex>
 #include <system_error>
@@ -36,6 +37,10 @@ std::string utf8(const wchar_t* text) {
     WideCharToMultiByte(CP_UTF8, 0, text, -1, result.data(), length, nullptr, nullptr);
     result.pop_back(); // the zero
     return result;
+}
+
+bool isReaderGone(DWORD failure) {
+    return failure == ERROR_NO_DATA || failure == ERROR_BROKEN_PIPE || failure == ERROR_PIPE_NOT_CONNECTED;
 }
 
 /// Reads standard input on a thread of its own, since the system cannot wait for the bytes of a pipe.
@@ -120,6 +125,11 @@ bool isTerminal(StandardStream stream) {
     return GetConsoleMode(handleOf(stream), &mode) != 0;
 }
 
+int errorOfWriting() {
+    const int error = errno;
+    return isReaderGone(_doserrno) ? EPIPE : error;
+}
+
 std::optional<std::string> readInput(const Waker& waker) {
     return InputThread::instance().take(waker);
 }
@@ -137,11 +147,11 @@ std::optional<std::size_t> writeOutput(const unsigned char* bytes, std::size_t s
     DWORD count = 0;
     const auto piece = static_cast<DWORD>(std::min<std::size_t>(size, kPieceBytes));
     if (WriteFile(handleOf(StandardStream::Output), bytes, piece, &count, nullptr) == 0) {
-        const auto failure = static_cast<int>(GetLastError());
-        if (failure == ERROR_NO_DATA || failure == ERROR_BROKEN_PIPE) {
+        const DWORD failure = GetLastError();
+        if (isReaderGone(failure)) {
             throw OutputClosed{};
         }
-        throw std::system_error(failure, std::system_category());
+        throw std::system_error(static_cast<int>(failure), std::system_category());
     }
     return count;
 }
