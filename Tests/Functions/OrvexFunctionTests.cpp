@@ -145,7 +145,9 @@ TEST_F(OrvexFunctionTest, RefusalsLeaveTheCameraUntouched) {
 /// A text that claims to have 2^32 bytes but has none.
 class HugeText {
 public:
-    explicit HugeText(std::string& text) : m_Text(text) { setLength(std::size_t{1} << 32); }
+    static constexpr auto kLength =
+        static_cast<std::size_t>(std::uint64_t{1} << 32); ///< 0 where no text can be as long
+    explicit HugeText(std::string& text) : m_Text(text) { setLength(kLength); }
     HugeText(const HugeText&) = delete;
     HugeText& operator=(const HugeText&) = delete;
     ~HugeText() { setLength(0); }
@@ -160,6 +162,9 @@ private:
 };
 
 TEST_F(OrvexFunctionTest, DataOf33BitsOfLengthAreRefusedBeforeTheCameraIsTouched) {
+    if (HugeText::kLength == 0) {
+        GTEST_SKIP() << "Memory has 32 bits of addresses.";
+    }
     SoftwareDevices::startLog();
     for (const char* name : {"Write Flash", "Update Flash", "Write Flash Status", "Write Ram"}) {
         Texts parameters{"0", ""};

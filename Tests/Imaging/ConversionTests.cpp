@@ -173,7 +173,8 @@ PixelView viewOf(Image& image) {
     const int depth = image.getBytesPerChannel() == 1 ? CV_8U : CV_16U;
     const auto width = static_cast<int>(image.getWidth());
     const auto height = static_cast<int>(image.getHeight());
-    return {image.getDataAddress(), width, height, depth, image.getImageSize() / format.samplesPerPixel(), format};
+    const auto planeBytes = static_cast<std::size_t>(image.getImageSize()) / format.samplesPerPixel();
+    return {image.getDataAddress(), width, height, depth, planeBytes, format};
 }
 
 TEST(BayerKernel, EqualsOpenCvWithEitherKindOfVectors) {

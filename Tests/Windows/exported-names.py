@@ -28,7 +28,7 @@ def comparable(filter_program: str, names: list[str]) -> set[str]:
 
     Names of types are left out: they are exported only where types are compared by the address of their name.
     """
-    text = subprocess.run([filter_program], input="\n".join(names), check=True, capture_output=True, text=True).stdout
+    text = subprocess.run([filter_program, "--no-strip-underscore"], input="\n".join(names), check=True, capture_output=True, text=True).stdout
     text = re.sub(r"\b(unsigned )?(long long|long|int)\b", r"\1int", text)
     text = re.sub(r"\b(\d+)l+\b", r"\1", text)
     return {line for line in text.splitlines() if not line.startswith("typeinfo name for ")}

@@ -162,9 +162,9 @@ std::uint32_t getBitsPerPixel(std::uint32_t pixelFormat) {
 
 std::size_t getFrameSize(std::uint32_t width, std::uint32_t height, std::uint32_t pixelFormat) {
     constexpr std::size_t kLargest = std::numeric_limits<std::size_t>::max();
-    const std::size_t pixels = std::size_t{width} * height;
+    const std::uint64_t pixels = std::uint64_t{width} * height;
     const std::size_t bytesPerPixel = getBitsPerPixel(pixelFormat) / 8;
-    return pixels > kLargest / bytesPerPixel ? kLargest : pixels * bytesPerPixel;
+    return pixels > kLargest / bytesPerPixel ? kLargest : static_cast<std::size_t>(pixels) * bytesPerPixel;
 }
 
 } // namespace OrvexAdapter

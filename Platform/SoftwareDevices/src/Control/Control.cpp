@@ -161,7 +161,7 @@ std::vector<JtagClocks> takeJtagLog(std::uint32_t serial) {
 }
 
 void presentScene(std::uint32_t serial, const Scene& scene) {
-    if (scene.width == 0 || scene.height == 0 || scene.rgb.size() != std::size_t{scene.width} * scene.height * 3) {
+    if (scene.width == 0 || scene.height == 0 || scene.rgb.size() != std::uint64_t{scene.width} * scene.height * 3) {
         throw std::invalid_argument("A scene has width times height points of three bytes.");
     }
     registry().device(serial)->hardware().sensor().present(scene);
