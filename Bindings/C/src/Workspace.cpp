@@ -57,7 +57,7 @@ void InsideCall::refuse() {
 Workspace& Workspace::instance() {
     static const bool isPrepared = [] {
         g_Workspace = new Workspace;
-        Process::keepThisLibraryLoaded(); // the C++ library keeps callbacks into it
+        Process::keepThisLibraryWithItsThreads(); // the C++ library keeps callbacks into it
         // The parent's may be locked by a thread that the child does not have.
         Process::callInForkedChild([] { g_Workspace = new Workspace; });
         Camera::getEnumerationFailures(); // the library's own guard is made first, and acts last

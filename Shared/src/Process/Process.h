@@ -19,7 +19,7 @@ void callInForkedChild(void (*function)());
 /// Keeps this library loaded until the process ends, even if it is unloaded. Has no effect once it is being unloaded.
 void keepThisLibraryLoaded();
 
-/// Keeps this library loaded where it could not end its threads while it is unloaded.
+/// Keeps this library loaded where the linker cannot, or where it could not end its threads while it is unloaded.
 void keepThisLibraryWithItsThreads();
 
 /// Whether the other threads of the process still run. Some systems end them before they destroy the static objects of

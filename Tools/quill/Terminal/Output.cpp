@@ -30,9 +30,7 @@ bool isSet(const char* variable) {
 }
 
 bool wantsColor(StandardStream stream) {
-    const char* terminal = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe): as above
-    const bool dumb = terminal != nullptr && std::string_view(terminal) == "dumb";
-    return isTerminal(stream) && !isSet("NO_COLOR") && !dumb;
+    return showsColors(stream) && !isSet("NO_COLOR");
 }
 
 void requireWritten(bool written) {

@@ -21,6 +21,8 @@ void prepareStandardStreams();
 std::vector<std::string> programArguments(int argc, char** argv);
 
 bool isTerminal(StandardStream stream);
+/// Whether a stream is a terminal that understands the escape sequences of colours.
+bool showsColors(StandardStream stream);
 
 /// The value of errno after a C function failed to write; EPIPE if nobody reads what it writes.
 int errorOfWriting();

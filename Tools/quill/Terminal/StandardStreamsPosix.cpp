@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdlib>
+#include <string_view>
 #include <system_error>
 
 #include <fcntl.h>
@@ -61,6 +63,11 @@ std::vector<std::string> programArguments(int argc, char** argv) {
 
 bool isTerminal(StandardStream stream) {
     return isatty(static_cast<int>(stream)) == 1;
+}
+
+bool showsColors(StandardStream stream) {
+    const char* terminal = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe): nobody changes the environment
+    return isTerminal(stream) && (terminal == nullptr || std::string_view(terminal) != "dumb");
 }
 
 int errorOfWriting() {

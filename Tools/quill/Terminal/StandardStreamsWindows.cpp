@@ -7,8 +7,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <mutex>
+#include <string_view>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include <fcntl.h>
 #include <io.h>
@@ -31,12 +33,37 @@ HANDLE handleOf(StandardStream stream) {
                                                            : STD_ERROR_HANDLE);
 }
 
-std::string utf8(const wchar_t* text) {
-    const int length = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
-    std::string result(static_cast<std::size_t>(std::max(length, 1)), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text, -1, result.data(), length, nullptr, nullptr);
-    result.pop_back(); // the zero
+std::string utf8(std::wstring_view text) {
+    const auto size = static_cast<int>(text.size());
+    const int length = WideCharToMultiByte(CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
+    std::string result(static_cast<std::size_t>(length), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), size, result.data(), length, nullptr, nullptr);
     return result;
+}
+
+/// Waits for bytes of standard input; none at its end. A console gives whole lines.
+std::string readBytes() {
+    constexpr wchar_t kEndOfInput = 0x1A; // Ctrl-Z
+    const HANDLE input = handleOf(StandardStream::Input);
+    for (;;) {
+        DWORD length = 0;
+        SetLastError(ERROR_SUCCESS);
+        if (isTerminal(StandardStream::Input)) {
+            std::array<wchar_t, 4096> text{};
+            if (ReadConsoleW(input, text.data(), static_cast<DWORD>(text.size()), &length, nullptr) != 0 &&
+                length > 0) {
+                return text[0] == kEndOfInput ? "" : utf8({text.data(), length});
+            }
+        } else {
+            std::array<char, 4096> bytes{};
+            if (ReadFile(input, bytes.data(), static_cast<DWORD>(bytes.size()), &length, nullptr) != 0 && length > 0) {
+                return {bytes.data(), length};
+            }
+        }
+        if (GetLastError() != ERROR_OPERATION_ABORTED) { // by an interrupt
+            return {};
+        }
+    }
 }
 
 bool isReaderGone(DWORD failure) {
@@ -70,14 +97,11 @@ private:
 
     void run() {
         for (bool atEnd = false; !atEnd;) {
-            std::array<char, 4096> bytes{};
-            DWORD length = 0;
-            atEnd = ReadFile(handleOf(StandardStream::Input), bytes.data(), static_cast<DWORD>(bytes.size()), &length,
-                             nullptr) == 0 ||
-                    length == 0;
+            std::string bytes = readBytes();
+            atEnd = bytes.empty();
             {
                 const std::lock_guard<std::mutex> lock(m_Mutex);
-                m_Bytes.assign(bytes.data(), length);
+                m_Bytes = std::move(bytes);
                 m_AtEnd = atEnd;
                 m_Filled.wake();
             }
@@ -123,6 +147,11 @@ std::vector<std::string> programArguments(int /*argc*/, char** /*argv*/) {
 bool isTerminal(StandardStream stream) {
     DWORD mode = 0;
     return GetConsoleMode(handleOf(stream), &mode) != 0;
+}
+
+bool showsColors(StandardStream stream) {
+    DWORD mode = 0;
+    return GetConsoleMode(handleOf(stream), &mode) != 0 && (mode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
 int errorOfWriting() {

@@ -19,7 +19,7 @@ Registry& Registry::instance() {
     static const bool isMade = [] {
         current = new OfProcess{};
         Process::callInForkedChild([] { current = new OfProcess{{}, current}; });
-        Process::keepThisLibraryLoaded(); // devices have threads
+        Process::keepThisLibraryWithItsThreads();
         return true;
     }();
     static_cast<void>(isMade);
