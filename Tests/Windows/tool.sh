@@ -23,7 +23,7 @@ for camera in 41500101 41500102 41500103 90001; do
     quill conform "$camera" >conform.txt || fail "$camera: $(tail --lines 5 conform.txt)"
 done
 
-# Names beyond ASCII, of files and of properties' values, come and go unchanged; a file that exists is replaced.
+# Files have names of any language; one that exists is replaced.
 for _ in 1 2; do
     quill capture 41500102 -o 'Bild 検査 é.png' >/dev/null
 done
